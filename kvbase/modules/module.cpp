@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/modules/module.h"
+
+namespace KV_1_1 {
+
+Module* Module::head = nullptr;
+Module* Module::tail = nullptr;
+unsigned long long Module::count = 0;
+
+Module::Module() : previous_(tail) {
+  (previous_ != nullptr ? previous_->next_ : head) = this;
+  tail = this;
+  ++count;
+}
+
+Module::~Module() {
+  delete moduleName_;
+  moduleName_ = nullptr;
+  --count;
+  (next_ != nullptr ? next_->previous_ : tail) = previous_;
+  (previous_ != nullptr ? previous_->next_ : head) = next_;
+}
+
+Module::const_iterator Module::begin() {
+  return const_iterator(head);
+}
+
+Module::const_iterator Module::end() {
+  return const_iterator(nullptr);
+}
+
+std::reverse_iterator<Module::const_iterator> Module::rbegin() {
+  return std::reverse_iterator<const_iterator>(end());
+}
+
+std::reverse_iterator<Module::const_iterator> Module::rend() {
+  return std::reverse_iterator<const_iterator>(begin());
+}
+
+String const& Module::getModuleName() const {
+  return moduleName_ != nullptr ? *moduleName_ : String::EMPTY;
+}
+
+Module::const_iterator& Module::const_iterator::operator++() {
+  module_ = module_ != nullptr ? module_->next_ : head;
+  return *this;
+}
+
+Module::const_iterator& Module::const_iterator::operator--() {
+  module_ = module_ != nullptr ? module_->previous_ : tail;
+  return *this;
+}
+
+}  // namespace KV_1_1

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+//
+// The seam to the operating system. Everything that differs between systems is asked through one abstract class per
+// group of calls (file_api.h, text_api.h); platform/windows and platform/linux implement each once.
+//
+// The current backends stand in one constant-initialised record, so that they answer before the first initialiser of
+// the library has run and after the last one has been undone.
+#pragma once
+
+#include <utility>
+
+#include "kvbase/export.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+class FileApi;
+class TextApi;
+
+struct Backends {
+  FileApi* files;
+  TextApi* text;
+};
+
+// What the library uses now: the native backends, unless a test has swapped one.
+extern KVBASE_API Backends current;
+
+inline FileApi& files() {
+  return *current.files;
+}
+inline TextApi& text() {
+  return *current.text;
+}
+
+// The backends of the system the library was built for. They live for ever.
+KVBASE_API FileApi& nativeFiles();
+KVBASE_API TextApi& nativeText();
+
+// Puts another backend in place for a scope; scopes may nest.
+//
+//   ScriptedFiles script;
+//   platform::ScopedBackend<platform::FileApi> scope(script);
+//
+// Thread rule: the swap is process-wide, so no other thread may be inside the library meanwhile.
+template <class Api>
+class ScopedBackend {
+ public:
+  explicit ScopedBackend(Api& replacement) : previous_(std::exchange(slot(), &replacement)) {}
+  ~ScopedBackend() { slot() = previous_; }
+  ScopedBackend(ScopedBackend const&) = delete;
+  ScopedBackend& operator=(ScopedBackend const&) = delete;
+
+ private:
+  static Api*& slot() { return slot(static_cast<Api*>(nullptr)); }
+  static FileApi*& slot(FileApi*) { return current.files; }
+  static TextApi*& slot(TextApi*) { return current.text; }
+
+  Api* previous_;
+};
+
+}  // namespace platform
+}  // namespace KV_1_1
