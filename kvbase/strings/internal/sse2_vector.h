@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <emmintrin.h>
+
+#include "kvbase/export.h"
+#include "kvbase/text_unit.h"
+
+namespace KV_1_1 {
+namespace strings {
+namespace {
+
+// Eight units: what vector_kernels.h asks of a vector.
+struct Sse2Vector {
+  using Register = __m128i;
+  using Half = void;
+  static constexpr int kUnits = 8;
+
+  static Register load(wchar const* units) { return _mm_loadu_si128(reinterpret_cast<__m128i const*>(units)); }
+  KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {
+    return _mm_load_si128(reinterpret_cast<__m128i const*>(block));
+  }
+  static void store(wchar* units, Register value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(units), value); }
+  // As many bytes as the vector has units, all ASCII.
+  static bool isAscii(char const* bytes) {
+    return (_mm_movemask_epi8(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes))) & 0xFF) == 0;
+  }
+  static Register loadNarrow(char const* bytes) {
+    return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes)), zero());
+  }
+  static void storeNarrow(char* bytes, Register units) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(units, units));
+  }
+
+  static Register zero() { return _mm_setzero_si128(); }
+  static Register of(int unit) { return _mm_set1_epi16(static_cast<short>(unit)); }
+  static Register equal(Register a, Register b) { return _mm_cmpeq_epi16(a, b); }
+  // As signed numbers.
+  static Register greater(Register a, Register b) { return _mm_cmpgt_epi16(a, b); }
+  static Register both(Register a, Register b) { return _mm_and_si128(a, b); }
+  static Register either(Register a, Register b) { return _mm_or_si128(a, b); }
+  static Register inverse(Register a) { return _mm_xor_si128(a, _mm_set1_epi16(-1)); }
+  static Register choose(Register mask, Register yes, Register no) {
+    return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));
+  }
+  static Register sum(Register a, Register b) { return _mm_add_epi16(a, b); }
+  static Register difference(Register a, Register b) { return _mm_sub_epi16(a, b); }
+  // Of units as signed numbers.
+  static int sumOfUnits(Register units) {
+    __m128i sums = _mm_madd_epi16(units, _mm_set1_epi16(1));
+    sums = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, 0x4E));
+    sums = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, 0xB1));
+    return _mm_cvtsi128_si32(sums);
+  }
+  static unsigned int mask(Register a) { return static_cast<unsigned int>(_mm_movemask_epi8(a)); }
+};
+
+}  // namespace
+}  // namespace strings
+}  // namespace KV_1_1

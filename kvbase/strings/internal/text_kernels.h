@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+//
+// The inner loops of the string code, each in three twins with the same result: scalar (the definition, and what tests
+// compare with), SSE2 (every x86-64 processor) and AVX2 (chosen once when the library starts).
+//
+// Lengths and positions count units (bytes where it says so). A function reads nothing outside the range it is given,
+// `length` excepted: it reads whole aligned vectors, which never cross into another page.
+#pragma once
+
+#include "kvbase/text_unit.h"
+
+namespace KV_1_1 {
+namespace strings {
+
+struct TextKernels {
+  // Units before the first NUL.
+  int (*length)(wchar const* text);
+  // First index below n at which the texts differ; n if there is none. NULs are units like all others.
+  int (*mismatch)(wchar const* a, wchar const* b, int n);
+  // The same with A to Z taken as a to z.
+  int (*mismatchIgnoringCase)(wchar const* a, wchar const* b, int n);
+  // First index below n that holds the unit or a NUL; n if there is none.
+  int (*findUnit)(wchar const* text, wchar unit, int n);
+  // Last index that holds the unit, before the first NUL and below n (for a NUL unit: the first NUL); -1 if there is none.
+  int (*findLastUnit)(wchar const* text, wchar unit, int n);
+  // First index at which the m units of the needle stand, all before the first NUL and below n; -1 if there is none.
+  // m is at least 1 and the needle holds no NUL.
+  int (*findText)(wchar const* text, int n, wchar const* needle, int m);
+  // Overwrites each unit `from` before the first NUL and below n with `to`; returns how many. `from` is not NUL.
+  int (*replaceUnit)(wchar* text, int n, wchar from, wchar to);
+
+  // Bytes that n units take in UTF-8 (at most 3n); a lone surrogate counts as U+FFFD.
+  long long (*utf8Size)(wchar const* units, int n);
+  // Writes n units as UTF-8 and returns the bytes written; there is room for utf8Size of them.
+  long long (*toUtf8)(wchar const* units, int n, char* bytes);
+  // Units that n bytes of UTF-8 decode to (at most n). Each longest piece that begins a valid sequence but does not
+  // complete it, and each byte that cannot begin one, counts as one U+FFFD.
+  int (*utf16Size)(char const* bytes, int n);
+  // Decodes n bytes of UTF-8 and returns the units written; there is room for utf16Size of them.
+  int (*fromUtf8)(char const* bytes, int n, wchar* units);
+};
+
+extern TextKernels const kScalarKernels;
+extern TextKernels const kSse2Kernels;
+extern TextKernels const kAvx2Kernels;
+
+// The kernels in use; SSE2 until the library has started.
+extern TextKernels const* activeKernels;
+
+inline TextKernels const& kernels() {
+  return *activeKernels;
+}
+
+// Sets activeKernels to the best that this processor has.
+void chooseKernels();
+
+}  // namespace strings
+}  // namespace KV_1_1

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/strings/string_val.h"
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <utility>
+
+#include "kvbase/strings/internal/allocation.h"
+#include "kvbase/strings/internal/narrow_text.h"
+#include "kvbase/strings/internal/text_kernels.h"
+
+namespace KV_1_1 {
+
+namespace strings {
+BlockAllocator blockAllocator = {&std::malloc, &std::free};
+}  // namespace strings
+
+namespace {
+
+constexpr char kEmptyNarrowText[] = "";
+
+void copyUnits(wchar* to, wchar const* from, int units) {
+  if (units > 0) std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
+}
+
+}  // namespace
+
+void* StringVal::allocate(int capacity) {
+  std::size_t const units = static_cast<std::size_t>(capacity) + 1;
+  void* place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
+  if (place == nullptr) throw std::bad_alloc();
+  return place;
+}
+
+StringVal::StringVal(wchar const* text, int length, int) : length_(length), narrow_{nullptr, nullptr} {
+  copyUnits(str(), text, length);
+  str()[length] = 0;
+}
+
+StringVal::~StringVal() {
+  delete[] narrow_[kAnsi];
+  delete[] narrow_[kUtf8];
+}
+
+StringVal* StringVal::construct(void* place, wchar const* text, int length, int capacity) {
+  StringVal* payload = new (place) StringVal(text, length, capacity);
+  payload->ref();
+  return payload;
+}
+
+void StringVal::destruct(StringVal* payload) {
+  payload->~StringVal();
+  strings::blockAllocator.release(payload);
+}
+
+StringVal* StringVal::construct(wchar const* text, int length, int capacity) {
+  if (length == -1) {
+    length = strings::kernels().length(text);
+  } else if (length >= 1 && text[length - 1] == 0) {
+    --length;
+  }
+  if (capacity == -1) capacity = length;
+  return construct(allocate(capacity), text, length, capacity);
+}
+
+StringVal* StringVal::construct(char const* text, int length, int capacity) {
+  return decode(CodePageInterface(text, strings::kAnsiCodePage), length, capacity);
+}
+
+StringVal* StringVal::constructUsingCodepage(CodePageInterface text, int length, int capacity) {
+  return text.data() != nullptr ? decode(text, length, capacity) : nullptr;
+}
+
+StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
+  if (length >= 1 && text.data()[length - 1] == 0) --length;
+  int const size = strings::decodeNarrow(text.codePage(), text.data(), length, nullptr, 0);
+  if (size == 0) return nullptr;
+  if (capacity == -1) capacity = size;
+  StringVal* payload = construct(allocate(capacity), KVW(""), 0, capacity);
+  // Where the length rule below writes no terminator, this one keeps readers inside the block.
+  payload->str()[capacity] = 0;
+  int const converted = strings::decodeNarrow(text.codePage(), text.data(), length, payload->str(), size);
+  if (converted == 0) {
+    payload->unref();
+    return nullptr;
+  }
+  if (converted == length) {
+    payload->str()[length] = 0;
+    payload->length_ = length;
+  } else {
+    payload->length_ = converted - 1;
+  }
+  return payload;
+}
+
+StringVal* StringVal::concatenation(wchar const* text, int units) const {
+  if (units == -1) units = strings::kernels().length(text);
+  int const own = length();
+  if (units > INT_MAX - own) throw std::bad_alloc();
+  StringVal* sum = construct(allocate(own + units), str(), own, own + units);
+  copyUnits(sum->str() + own, text, units);
+  sum->length_ = own + units;
+  sum->str()[sum->length_] = 0;
+  return sum;
+}
+
+int StringVal::measure() const {
+  length_ = strings::kernels().length(str());
+  dropNarrowCopies();
+  return length_;
+}
+
+void StringVal::dropNarrowCopies() const {
+  for (char*& copy : narrow_) delete[] std::exchange(copy, nullptr);
+}
+
+void StringVal::reverse() {
+  int const n = length();
+  for (int i = 0; i < n / 2; ++i) {
+    std::swap(str()[i], str()[n - 1 - i]);
+    length_ = kUnknown;
+  }
+}
+
+char const* StringVal::stringAnsi() const {
+  return narrow(kAnsi);
+}
+
+char const* StringVal::stringUTF8() const {
+  return narrow(kUtf8);
+}
+
+char const* StringVal::narrow(NarrowCopy which) const {
+  // The text decides, not the length: a first unit overwritten with NUL counts at once.
+  if (str()[0] == 0) return kEmptyNarrowText;
+  if (narrow_[which] != nullptr && length_ != kUnknown) return narrow_[which];
+  if (length_ == kUnknown) measure();
+  unsigned int const codePage = which == kAnsi ? strings::kAnsiCodePage : strings::kUtf8CodePage;
+  int const units = length_ + 1;
+  int const size = strings::encodeNarrow(codePage, str(), units, nullptr, 0);
+  if (size == 0) return kEmptyNarrowText;
+  std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(size)]);
+  if (strings::encodeNarrow(codePage, str(), units, copy.get(), size) == 0) return kEmptyNarrowText;
+  delete[] std::exchange(narrow_[which], copy.release());
+  return narrow_[which];
+}
+
+void StringVal::validityCheck(unsigned int) const {}
+
+}  // namespace KV_1_1

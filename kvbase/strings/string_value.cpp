@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <climits>
+#include <new>
+
+#include "kvbase/strings/internal/character_class.h"
+#include "kvbase/strings/internal/text_builder.h"
+#include "kvbase/strings/internal/text_kernels.h"
+#include "kvbase/strings/kv_string.h"
+
+namespace KV_1_1 {
+
+namespace {
+
+constexpr wchar kEmptyText[] = KVW("");
+
+// A text and an index at which it has a NUL, not always its first.
+struct Text {
+  wchar const* units;
+  int end;
+};
+
+using Mismatch = int (*)(wchar const*, wchar const*, int);
+
+// Where the texts first differ; any index at which both have a NUL if they do not.
+int findDifference(Text a, Text b, Mismatch mismatch) {
+  int const at = mismatch(a.units, b.units, std::min(a.end, b.end));
+  if (a.units[at] == b.units[at]) return at;
+  // Behind a difference it matters whether both texts ended before it.
+  return strings::kernels().findUnit(a.units, 0, at);
+}
+
+int compareTexts(Text a, Text b) {
+  int const at = findDifference(a, b, strings::kernels().mismatch);
+  return a.units[at] == b.units[at] ? 0 : a.units[at] < b.units[at] ? -1 : 1;
+}
+
+int compareTextsIgnoringCase(Text a, Text b) {
+  int const at = findDifference(a, b, strings::kernels().mismatchIgnoringCase);
+  return static_cast<int>(strings::foldCase(a.units[at])) - static_cast<int>(strings::foldCase(b.units[at]));
+}
+
+Text measured(wchar const* text) {
+  return {text, strings::kernels().length(text)};
+}
+
+}  // namespace
+
+wchar const* String::emptyText() {
+  return kEmptyText;
+}
+
+String::String(wchar const* text) : String(text, -1) {}
+
+String::String(wchar const* text, int size) : payload_(nullptr) {
+  if (text != nullptr) payload_ = StringVal::construct(text, size, -1);
+}
+
+String::String(wchar ch, int count) : payload_(StringVal::construct(kEmptyText, 0, count)) {
+  std::fill_n(payload_->str(), count, ch);
+  payload_->str()[count] = 0;
+  payload_->length_ = StringVal::kUnknown;
+}
+
+String::String(CodePageInterface text) : payload_(StringVal::constructUsingCodepage(text, -1, -1)) {}
+
+char const* String::stringAnsi() const {
+  return payload_ != nullptr ? payload_->stringAnsi() : nullptr;
+}
+
+char const* String::stringUTF8() const {
+  return payload_ != nullptr ? payload_->stringUTF8() : nullptr;
+}
+
+StringBuffer String::buffer(int size, bool keep) {
+  return StringBuffer(*this, size, keep);
+}
+
+void String::unshare() {
+  if (payload_ == nullptr || payload_->inqRefCount() <= 1) return;
+  adopt(StringVal::construct(payload_->str(), payload_->length(), -1)).swap(*this);
+}
+
+void String::takeOverDataFrom(String const& other) {
+  other.payload_->ref();
+  payload_->unref();
+  payload_ = other.payload_;
+}
+
+wchar& String::operator[](int index) {
+  if (payload_ == nullptr) return outOfRange;
+  unshare();
+  return (*payload_)[index];
+}
+
+void String::write(wchar const* text, int size) {
+  if (text == nullptr) return;
+  StringVal* sum = payload_ != nullptr ? payload_->concatenation(text, size) : StringVal::construct(text, size, -1);
+  adopt(sum).swap(*this);
+}
+
+int String::textLength() const {
+  int const stored = payload_->lazyLength();
+  // A payload of counted double-byte text has its NUL further on.
+  bool const known = stored >= 0 && payload_->at(stored) == 0;
+  return known ? stored : strings::kernels().length(payload_->str());
+}
+
+int String::compare(String const& other) const {
+  if (payload_ == other.payload_) return 0;
+  if (payload_ == nullptr) return -1;
+  if (other.payload_ == nullptr) return 1;
+  return compareTexts({*this, textLength()}, {other, other.textLength()});
+}
+
+int String::compare(wchar const* text) const {
+  if (text == nullptr) return payload_ == nullptr ? 0 : 1;
+  if (payload_ == nullptr) return -1;
+  return compareTexts({*this, textLength()}, measured(text));
+}
+
+int String::compare(wchar ch) const {
+  wchar const text[] = {ch, 0};
+  return compare(text);
+}
+
+int String::compare(String const& other) {
+  int const order = static_cast<String const*>(this)->compare(other);
+  if (order == 0) takeOverDataFrom(other);
+  return order;
+}
+
+bool String::equalsUnits(String const& other) const {
+  return compareTexts({*this, textLength()}, {other, other.textLength()}) == 0;
+}
+
+bool String::compareEquality(String const& other) {
+  bool const equal = static_cast<String const*>(this)->compareEquality(other);
+  if (equal) takeOverDataFrom(other);
+  return equal;
+}
+
+int String::compareIgnoreCase(String const& other) const {
+  if (other.payload_ == nullptr) return payload_ == nullptr ? 0 : 1;
+  if (payload_ == nullptr) return -1;
+  if (payload_ == other.payload_) return 0;
+  return compareTextsIgnoringCase({*this, textLength()}, {other, other.textLength()});
+}
+
+int String::compareIgnoreCase(wchar const* text) const {
+  if (text == nullptr) return payload_ == nullptr ? 0 : 1;
+  if (payload_ == nullptr) return -1;
+  return compareTextsIgnoringCase({*this, textLength()}, measured(text));
+}
+
+int String::compareIgnoreCase(wchar ch) const {
+  wchar const text[] = {ch, 0};
+  return compareIgnoreCase(text);
+}
+
+String String::substr(int start, int end) const {
+  int const length = this->length();
+  start = std::min(std::max(start, 0), length);
+  if (end < 0 || end > length) end = length;
+  int const units = end - start;
+  if (units <= 0) return EMPTY;
+  if (units >= length) return *this;
+  return String(payload_->str() + start, units);
+}
+
+String String::trim(bool left, bool right) const {
+  if (payload_ == nullptr || payload_->str()[0] == 0) return *this;
+  int const length = payload_->length();
+  wchar const* const text = payload_->str();
+  int first = 0;
+  while (left && first < length && strings::hasClass(text[first], platform::kSpace)) ++first;
+  int end = length;
+  while (right && end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
+  return substr(first, end);
+}
+
+bool String::startsWith(String const& prefix) const {
+  int const units = prefix.length();
+  if (units > length()) return false;
+  return units == 0 || strings::kernels().mismatch(payload_->str(), prefix.payload_->str(), units) == units;
+}
+
+bool String::endsWith(String const& suffix, bool ignoreCase) const {
+  int const units = suffix.length();
+  if (units == 0 || units > length()) return false;
+  wchar const* const end = payload_->str() + payload_->length() - units;
+  auto const mismatch = ignoreCase ? strings::kernels().mismatchIgnoringCase : strings::kernels().mismatch;
+  int const at = mismatch(end, suffix, units);
+  // An inner NUL ends both texts.
+  return at == units || strings::kernels().findUnit(end, 0, at) < at;
+}
+
+String operator+(String const& a, String const& b) {
+  if (b.payload_ == nullptr) return a;
+  if (a.payload_ == nullptr) return b;
+  return String::adopt(a.payload_->concatenation(b, b.length()));
+}
+
+String operator+(String const& a, wchar const* b) {
+  if (b == nullptr) return a;
+  return a.payload_ != nullptr ? String::adopt(a.payload_->concatenation(b, -1)) : String(b);
+}
+
+String operator+(String const& a, wchar b) {
+  wchar const text[] = {b, 0};
+  return a + text;
+}
+
+String operator+(wchar const* a, String const& b) {
+  if (a == nullptr) return b;
+  if (b.payload_ == nullptr) return String(a);
+  int const units = strings::kernels().length(a);
+  int const more = b.length();
+  if (more > INT_MAX - units) throw std::bad_alloc();
+  return TextBuilder(units + more).append(a, units).append(b, more).finish();
+}
+
+String operator+(wchar a, String const& b) {
+  wchar const text[] = {a, 0};
+  return text + b;
+}
+
+}  // namespace KV_1_1

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/strings/internal/text_kernels.h"
+
+#include "kvbase/platform/cpu_features.h"
+#include "kvbase/strings/internal/scalar_kernels.h"
+
+namespace KV_1_1 {
+namespace strings {
+
+TextKernels const kScalarKernels = {
+    &lengthScalar,      &mismatchScalar,     &mismatchIgnoringCaseScalar,
+    &findUnitScalar,    &findLastUnitScalar, &findTextScalar,
+    &replaceUnitScalar, &utf8SizeScalar,     &toUtf8Scalar,
+    &utf16SizeScalar,   &fromUtf8Scalar,
+};
+
+TextKernels const* activeKernels = &kSse2Kernels;
+
+void chooseKernels() {
+  if (platform::hasAvx2()) activeKernels = &kAvx2Kernels;
+}
+
+}  // namespace strings
+}  // namespace KV_1_1
