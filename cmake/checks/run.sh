@@ -1,0 +1,129 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+#
+# All checks that are no tests; `./kv check` calls this. Each check is a function that prints its reasons and fails, or succeeds.
+set -u -o pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit
+readonly logs=build/logs jobs=${KV_JOBS:-$(nproc)}
+mkdir -p "$logs"
+failures=0
+
+check() {
+  local name=$1 start=$SECONDS log=${1//[^a-zA-Z+]/-}
+  log=$logs/check-${log//--/-}.log
+  shift
+  if "$@" >"$log" 2>&1 </dev/null; then
+    printf 'ok   %s (%d s)\n' "$name" $((SECONDS - start))
+    return
+  fi
+  ((++failures))
+  printf 'FAIL %s (%s)\n' "$name" "$log"
+  # The errors, or where a tool knows no such word the end of what it said.
+  sed -i 's/\x1b\[[0-9;]*m//g' "$log"
+  { grep -E 'error: |Error|FAILED: ' "$log" || tail -n 25 "$log"; } | awk '!seen[$0]++' | head -n 40 | sed 's/^/     /'
+}
+
+cpp_files() {
+  local folder
+  for folder in kvbase tests examples benchmarks fuzzers; do
+    [[ ! -d $folder ]] || find "$folder" \( -name '*.cpp' -o -name '*.h' \) -print0
+  done
+}
+
+library_sources() { find kvbase -name '*.cpp' "$@" -print0; }
+
+# --- Text ---------------------------------------------------------------------------------------------------------------
+
+format() { cpp_files | xargs -0 clang-format --dry-run -Werror; }
+
+licence() {
+  ! { cpp_files; find cmake -name '*.cmake' -print0; } | xargs -0 grep -L 'SPDX-License-Identifier: MIT' |
+    sed 's/^/error: no licence line in /' | grep .
+}
+
+scripts() { shellcheck kv .ci/run cmake/*.sh cmake/checks/*.sh; }
+
+# --- Compilers ----------------------------------------------------------------------------------------------------------
+
+# Everything compiles without a warning (they are errors in these presets), and each public header compiles alone.
+compile() {
+  local preset=$1
+  cmake --preset "$preset" &&
+    cmake --build --preset "$preset" -j "$jobs" -- -k 0 &&
+    cmake --build --preset "$preset" -j "$jobs" --target all_verify_interface_header_sets -- -k 0
+}
+
+# A second compiler for the Windows sources: it names what only one compiler takes for C++.
+windows_clang() {
+  local gcc headers
+  gcc=$(dirname "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")
+  headers=(-nostdinc++ -isystem "$gcc/include/c++" -isystem "$gcc/include/c++/x86_64-w64-mingw32"
+    -isystem "$gcc/include/c++/backward" -isystem /usr/x86_64-w64-mingw32/include)
+  library_sources -not -path '*/platform/linux/*' | xargs -0 -n 1 -P "$jobs" \
+    clang++ --target=x86_64-w64-windows-gnu -std=c++17 -fsyntax-only "${headers[@]}" -I. -DKVBASE_BUILD -mavx2 \
+    -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
+}
+
+tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-clang "^$PWD/kvbase/"; }
+
+# --- Products -----------------------------------------------------------------------------------------------------------
+
+# Names under the private version of the seam are left out: they may change at any time.
+exports_linux() {
+  nm -DC --defined-only --with-symbol-versions build/linux-release/bin/KVBase.so |
+    sed -n 's/^[0-9a-f]* [A-Z] \(.*\)@@KVBASE_10\.0$/\1/p' | grep -v '^KVBASE_' | LC_ALL=C sort -u
+}
+
+exports_windows() {
+  x86_64-w64-mingw32-objdump -p build/windows-release/bin/KVBase.dll |
+    sed -n '/Ordinal\/Name Pointer/,$s/^\t\[ *[0-9]*\] //p' | c++filt | grep -v 'KV_1_1::platform::' | LC_ALL=C sort -u
+}
+
+exports() {
+  local system=$1 list=cmake/exports/$1.txt
+  "exports_$system" >"build/exports-$system.txt"
+  [[ -s build/exports-$system.txt ]] || { echo "error: no exported name found"; return 1; }
+  [[ -z $update_exports ]] || cp "build/exports-$system.txt" "$list"
+  diff -u "$list" "build/exports-$system.txt" && return
+  echo "exported names changed; ./kv check --update-exports writes the new list"
+  return 1
+}
+
+# Only library_globals may run code before the entry function: anywhere else the order would be the linker's.
+initialisers() {
+  local build=$1 tool=$2 object count=0 faults=0
+  while IFS= read -r -d '' object; do
+    ((++count))
+    if "$tool" -h "$object" | grep -qE ' \.(init_array|ctors)'; then
+      [[ $object == */core/library_globals.cpp.* ]] || { echo "error: dynamic initialiser in $object"; ((++faults)); }
+    fi
+  done < <(find "$build/CMakeFiles/kvbase_objects.dir" \( -name '*.o' -o -name '*.obj' \) -print0)
+  echo "$count objects"
+  ((count > 0 && faults == 0))
+}
+
+# ------------------------------------------------------------------------------------------------------------------------
+
+update_exports=
+case ${1:-} in
+  '') ;;
+  --update-exports) update_exports=yes ;;
+  *) echo "check: unknown option $1" >&2; exit 2 ;;
+esac
+
+check "format" format
+check "licence lines" licence
+check "scripts" scripts
+check "layering" python3 cmake/checks/layering.py
+check "warnings and headers, g++" compile linux-release
+check "warnings and headers, mingw g++" compile windows-release
+check "warnings and headers, clang++" compile linux-clang
+check "Windows sources, clang++" windows_clang
+check "initialisers, Linux" initialisers build/linux-release objdump
+check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32-objdump
+check "exported names, Linux" exports linux
+check "exported names, Windows" exports windows
+check "clang-tidy" tidy
+
+echo "$failures checks failed"
+((failures == 0))

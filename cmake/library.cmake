@@ -1,0 +1,72 @@
+# SPDX-License-Identifier: MIT
+# Three targets:
+#   kvbase_objects  all sources, compiled once; the tests link these, so that they reach the internals
+#   KVBase          the library made of them (alias KVBase::KVBase, the name that an installed KVBase has too)
+
+file(GLOB_RECURSE kvbase_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.cpp")
+file(GLOB_RECURSE kvbase_public_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.h")
+file(GLOB_RECURSE kvbase_resources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.rc")
+list(FILTER kvbase_public_headers EXCLUDE REGEX "/internal/|/platform/(linux|windows)/")
+if(WIN32)
+  list(FILTER kvbase_sources EXCLUDE REGEX "/platform/linux/")
+else()
+  list(FILTER kvbase_sources EXCLUDE REGEX "/platform/windows/")
+endif()
+
+# All dynamic initialisation is in this one unit. It has to come first in any program that links the objects, so that no
+# static object of the program meets a library that is not up. ELF systems start units in link order, mingw in reverse.
+set(kvbase_globals "${PROJECT_SOURCE_DIR}/kvbase/core/library_globals.cpp")
+list(REMOVE_ITEM kvbase_sources "${kvbase_globals}")
+list(PREPEND kvbase_sources "${kvbase_globals}")
+
+add_library(kvbase_objects OBJECT ${kvbase_sources})
+kvbase_warnings(kvbase_objects)
+target_include_directories(kvbase_objects PUBLIC "${PROJECT_SOURCE_DIR}")
+target_compile_features(kvbase_objects PUBLIC cxx_std_17)
+target_compile_definitions(kvbase_objects PRIVATE KVBASE_BUILD $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:KVBASE_STATIC>)
+set_target_properties(
+  kvbase_objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+
+if(WIN32)
+  set(kvbase_system_libraries version comctl32 shlwapi shell32 ole32 uuid advapi32 user32)
+  target_compile_definitions(kvbase_objects PRIVATE _CRT_SECURE_NO_WARNINGS)
+else()
+  find_package(ICU REQUIRED COMPONENTS uc)
+  find_package(Threads REQUIRED)
+  set(kvbase_system_libraries ICU::uc Threads::Threads ${CMAKE_DL_LIBS})
+  # A symbol of the kind "unique" (g++ makes them of statics in inline functions) would keep the library loaded for ever.
+  target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+endif()
+target_link_libraries(kvbase_objects PUBLIC ${kvbase_system_libraries})
+
+# Units named so may use AVX2; they are called only where the processor has it. mingw keeps the stack at 16 bytes but lets
+# the compiler count on 32, so its spills of whole vectors must be unaligned moves.
+set(kvbase_avx2_sources ${kvbase_sources})
+list(FILTER kvbase_avx2_sources INCLUDE REGEX "_avx2\\.cpp$")
+if(MSVC)
+  set(kvbase_avx2_options /arch:AVX2)
+elseif(MINGW)
+  set(kvbase_avx2_options -mavx2 -Wa,-muse-unaligned-vector-move)
+else()
+  set(kvbase_avx2_options -mavx2)
+endif()
+set_source_files_properties(${kvbase_avx2_sources} PROPERTIES COMPILE_OPTIONS "${kvbase_avx2_options}")
+
+add_library(KVBase $<TARGET_OBJECTS:kvbase_objects>)
+add_library(KVBase::KVBase ALIAS KVBase)
+target_link_libraries(KVBase PRIVATE ${kvbase_system_libraries})
+target_compile_features(KVBase PUBLIC cxx_std_17)
+target_compile_definitions(KVBase INTERFACE $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:KVBASE_STATIC>)
+target_sources(KVBase PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${kvbase_public_headers})
+kvbase_add_resources(KVBase ${kvbase_resources})
+set_target_properties(KVBase PROPERTIES LINKER_LANGUAGE CXX)
+
+if(BUILD_SHARED_LIBS)
+  # The stem of a module's file name is a contract: translations, help and settings hang on it, on every system.
+  set_target_properties(KVBase PROPERTIES PREFIX "" IMPORT_PREFIX "lib" RUNTIME_OUTPUT_NAME KVBase)
+  if(NOT WIN32)
+    set(kvbase_version_script "${PROJECT_SOURCE_DIR}/cmake/exports/linux.map")
+    target_link_options(KVBase PRIVATE LINKER:--version-script=${kvbase_version_script} LINKER:-z,defs)
+    set_target_properties(KVBase PROPERTIES LINK_DEPENDS "${kvbase_version_script}")
+  endif()
+endif()

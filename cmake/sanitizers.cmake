@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: MIT
+# KVBASE_SANITIZE names the sanitizers, as in -fsanitize=... . They apply to everything in the build, GoogleTest included,
+# because a sanitized program must not be mixed from both kinds of code.
+set(KVBASE_SANITIZE "" CACHE STRING "Sanitizers of this build: address,undefined or thread")
+
+if(KVBASE_SANITIZE)
+  add_compile_options(-fsanitize=${KVBASE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KVBASE_SANITIZE})
+
+  # The sanitizers' run time cannot place its shadow memory where the kernel randomises addresses widely. Containers may
+  # forbid to switch that off, and then mostly do not need it.
+  execute_process(COMMAND setarch ${CMAKE_HOST_SYSTEM_PROCESSOR} -R true RESULT_VARIABLE failed OUTPUT_QUIET ERROR_QUIET)
+  if(NOT failed)
+    set(CMAKE_CROSSCOMPILING_EMULATOR setarch ${CMAKE_HOST_SYSTEM_PROCESSOR} -R)
+  endif()
+endif()

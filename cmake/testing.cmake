@@ -1,0 +1,53 @@
+# SPDX-License-Identifier: MIT
+# GoogleTest is built with each kind of build, from the sources that Debian's package `googletest` installs: a library for
+# mingw or for a sanitizer is packaged nowhere.
+set(KVBASE_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+block()
+  set(BUILD_SHARED_LIBS OFF)
+  set(INSTALL_GTEST OFF)
+  add_subdirectory("${KVBASE_GOOGLETEST_DIR}" "${PROJECT_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
+endblock()
+
+set(kvbase_results_dir "${PROJECT_BINARY_DIR}/results")
+file(MAKE_DIRECTORY "${kvbase_results_dir}")
+
+# Registers a GoogleTest program as one test. Its single cases are counted from the report that it leaves under the test's
+# name. The report's name is relative because a Windows program knows no path that starts with a slash.
+function(kvbase_add_gtest target)
+  add_test(
+    NAME ${target}
+    COMMAND ${target} --gtest_output=xml:results/${target}.xml
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
+  set_tests_properties(${target} PROPERTIES TIMEOUT 900 RUN_SERIAL ON)
+endfunction()
+
+# Registers the cases of a source that must not compile: the blocks `#ifdef CASE_...` with a line `// expect: <regex>`. Each is
+# compiled alone and must fail with that message; the rest of the file must compile.
+function(kvbase_add_compile_fail source)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
+  cmake_path(GET source STEM stem)
+  kvbase_add_compile_case(${stem} "${source}" NO_CASE "")
+  file(STRINGS "${source}" lines REGEX "^#ifdef CASE_|// expect: ")
+  set(case)
+  foreach(line IN LISTS lines)
+    if(line MATCHES "^#ifdef (CASE_[A-Z0-9_]+)")
+      if(case)
+        message(FATAL_ERROR "${source}: ${case} says no `// expect:`")
+      endif()
+      set(case ${CMAKE_MATCH_1})
+    elseif(line MATCHES "// expect: (.+)$")
+      kvbase_add_compile_case(${stem} "${source}" ${case} "${CMAKE_MATCH_1}")
+      set(case)
+    endif()
+  endforeach()
+  if(case)
+    message(FATAL_ERROR "${source}: ${case} says no `// expect:`")
+  endif()
+endfunction()
+
+function(kvbase_add_compile_case stem source case expected)
+  add_test(
+    NAME compile_fail.${stem}.${case}
+    COMMAND "${CMAKE_COMMAND}" "-Dcompiler=${CMAKE_CXX_COMPILER}" "-Dinclude=${PROJECT_SOURCE_DIR}" "-Dsource=${source}"
+            "-Dcase=${case}" "-Dexpected=${expected}" -P "${PROJECT_SOURCE_DIR}/cmake/checks/compile_fail.cmake")
+endfunction()
