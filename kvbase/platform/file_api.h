@@ -58,6 +58,8 @@ class FileApi {
   // wildcards * and ?. Fills `data` with the first match. invalidSearch() if nothing matches or the directory is
   // missing or unreadable; `data` is then unspecified. Matching is without case; the matches include "." and ".."
   // (where the pattern matches them). The order is the system's, the same for each search of an unchanged directory.
+  // The attributes tell directories, links and hidden items; on Linux they do not tell read-only files, which would need a
+  // query for each, and a link never is a directory.
   // A search started must be ended with findClose.
   virtual SearchHandle findFirst(wchar const* pattern, FindData& data) = 0;
   // Fills `data` with the next match. False at the end, on an error and for a search that has been closed.

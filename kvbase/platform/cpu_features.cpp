@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/cpu_features.h"
+
+#if defined(_MSC_VER)
+#include <immintrin.h>
+#include <intrin.h>
+#else
+#include <cpuid.h>
+#endif
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+struct CpuidLeaf {
+  unsigned int eax, ebx, ecx, edx;
+};
+
+#if defined(_MSC_VER)
+
+CpuidLeaf cpuid(unsigned int leaf) {
+  int registers[4];
+  __cpuidex(registers, static_cast<int>(leaf), 0);
+  return {static_cast<unsigned int>(registers[0]), static_cast<unsigned int>(registers[1]),
+          static_cast<unsigned int>(registers[2]), static_cast<unsigned int>(registers[3])};
+}
+
+unsigned int enabledStates() {
+  return static_cast<unsigned int>(_xgetbv(0));
+}
+
+#else
+
+CpuidLeaf cpuid(unsigned int leaf) {
+  CpuidLeaf result;
+  __cpuid_count(leaf, 0, result.eax, result.ebx, result.ecx, result.edx);
+  return result;
+}
+
+// By the instruction itself: the intrinsic would need a compiler flag for this file.
+unsigned int enabledStates() {
+  unsigned int low, high;
+  __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
+  return low;
+}
+
+#endif
+
+constexpr unsigned int kOsxsave = 1u << 27;  // leaf 1, ecx: the system has switched extended states on
+constexpr unsigned int kAvx = 1u << 28;      // leaf 1, ecx
+constexpr unsigned int kAvx2 = 1u << 5;      // leaf 7, ebx
+constexpr unsigned int kXmmYmm = 0x6;        // the system saves both kinds of registers
+
+}  // namespace
+
+bool hasAvx2() {
+  if (cpuid(0).eax < 7) return false;
+  constexpr unsigned int needed = kOsxsave | kAvx;
+  if ((cpuid(1).ecx & needed) != needed) return false;
+  if ((enabledStates() & kXmmYmm) != kXmmYmm) return false;
+  return (cpuid(7).ebx & kAvx2) != 0;
+}
+
+}  // namespace platform
+}  // namespace KV_1_1
