@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/linux/wide_print.h"
 
-#include <stdint.h>
 #include <stdio.h>
 #include <string.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -172,7 +172,7 @@ class Printer {
   }
 
   void printPointer() {
-    auto const value = reinterpret_cast<uintptr_t>(va_arg(arguments_.list, void*));
+    auto const value = reinterpret_cast<std::uintptr_t>(va_arg(arguments_.list, void*));
     spec_.precision = 2 * sizeof value;
     printDigits("", value, 16, true);
   }
@@ -194,32 +194,43 @@ class Printer {
     bool const isLong = spec_.size == Size::kLongDouble;
     double const value =
         isLong ? static_cast<double>(va_arg(arguments_.list, long double)) : va_arg(arguments_.list, double);
+    bool const isHexadecimal = spec_.conversion == 'a' || spec_.conversion == 'A';
+    if (spec_.precision == kNoPrecision) spec_.precision = isHexadecimal ? 13 : 6;
+
+    SmallBuffer<char, 512> buffer;
+    buffer.resize(512);
+    std::size_t size = printFloatTo(buffer, value);
+    if (size >= buffer.size()) {
+      buffer.resize(size + 1);
+      printFloatTo(buffer, value);
+    }
+    if (isIndefinite(value)) size = static_cast<std::size_t>(stpcpy(buffer.data() + size, "(ind)") - buffer.data());
+
+    char const* const text = buffer.data();
+    bool const hasSign = text[0] == '-' || text[0] == '+' || text[0] == ' ';
+    std::size_t const prefix = (hasSign ? 1u : 0u) + (isHexadecimal && std::isfinite(value) ? 2u : 0u);
+    printField(text, prefix, 0, text + prefix, size - prefix, spec_.zero && std::isfinite(value));
+  }
+
+  // Returns the size of the whole text, as snprintf does.
+  std::size_t printFloatTo(SmallBuffer<char, 512>& buffer, double value) const {
     char format[16], *f = format;
     *f++ = '%';
     if (spec_.plus) *f++ = '+';
     if (spec_.blank) *f++ = ' ';
     if (spec_.alternate) *f++ = '#';
-    bool const hasPrecision = spec_.precision != kNoPrecision;
-    if (hasPrecision) f = std::copy_n(".*", 2, f);
+    f = std::copy_n(".*", 2, f);
     *f++ = static_cast<char>(spec_.conversion);
     *f = 0;
     int const precision = std::min(spec_.precision, std::max(kMostDecimals, sink_.capacity()));
-    SmallBuffer<char, 512> buffer;
-    auto const print = [&] {
-      return hasPrecision ? snprintf(buffer.data(), buffer.size(), format, precision, value)
-                          : snprintf(buffer.data(), buffer.size(), format, value);
-    };
-    buffer.resize(512);
-    auto const size = static_cast<std::size_t>(print());
-    if (size >= buffer.size()) {
-      buffer.resize(size + 1);
-      print();
-    }
-    char const* const text = buffer.data();
-    bool const hasSign = text[0] == '-' || text[0] == '+' || text[0] == ' ';
-    bool const isHexadecimal = spec_.conversion == 'a' || spec_.conversion == 'A';
-    std::size_t const prefix = (hasSign ? 1u : 0u) + (isHexadecimal && std::isfinite(value) ? 2u : 0u);
-    printField(text, prefix, 0, text + prefix, size - prefix, spec_.zero && std::isfinite(value));
+    return static_cast<std::size_t>(snprintf(buffer.data(), buffer.size(), format, precision, value));
+  }
+
+  // The value of the processor for an operation without a result, which the runtime of Windows shows apart.
+  static bool isIndefinite(double value) {
+    std::uint64_t bits;
+    memcpy(&bits, &value, sizeof bits);
+    return bits == 0xFFF8000000000000;
   }
 
   void printCharacter(bool narrow) {

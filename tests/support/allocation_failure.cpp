@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+//
+// Payloads are reached through the allocator of the library that tests may exchange, everything else by operator new,
+// which is replaced here for the whole program. All its forms are, so that no two of them come from different makers.
+#include "tests/support/allocation_failure.h"
+
+#include <cstdlib>
+#include <new>
+
+#include "kvbase/strings/internal/allocation.h"
+
+namespace KV_1_1 {
+namespace testing {
+
+namespace {
+
+enum Kind { kBlock, kObject, kArray };
+
+thread_local AllocationFailure* current = nullptr;
+
+}  // namespace
+
+// A block of the scope that has not been released.
+struct AllocationFailure::Entry {
+  void* block;
+  Kind kind;
+};
+
+struct AllocationHooks {
+  static void* allocate(Kind kind, std::size_t bytes) {
+    AllocationFailure* const scope = current;
+    if (scope != nullptr && ++scope->allocations_ == scope->failAt_) return nullptr;
+    void* const block = std::malloc(bytes);
+    if (scope != nullptr && block != nullptr) enter(*scope, block, kind);
+    return block;
+  }
+
+  static void release(Kind kind, void* block) {
+    if (current != nullptr && block != nullptr) remove(*current, block, kind);
+    std::free(block);
+  }
+
+  static void* allocateBlock(std::size_t bytes) { return allocate(kBlock, bytes); }
+  static void releaseBlock(void* block) { release(kBlock, block); }
+
+ private:
+  static void enter(AllocationFailure& scope, void* block, Kind kind) {
+    if (scope.live_ == scope.capacity_) {
+      scope.capacity_ = 2 * scope.capacity_ + 16;
+      std::size_t const bytes = static_cast<std::size_t>(scope.capacity_) * sizeof(AllocationFailure::Entry);
+      void* const entries = std::realloc(scope.entries_, bytes);
+      if (entries == nullptr) std::abort();
+      scope.entries_ = static_cast<AllocationFailure::Entry*>(entries);
+    }
+    scope.entries_[scope.live_++] = {block, kind};
+  }
+
+  // A block from before the scope is none of its business.
+  static void remove(AllocationFailure& scope, void* block, Kind kind) {
+    for (int i = scope.live_ - 1; i >= 0; --i) {
+      if (scope.entries_[i].block != block) continue;
+      if (scope.entries_[i].kind != kind) ++scope.mismatched_;
+      scope.entries_[i] = scope.entries_[--scope.live_];
+      return;
+    }
+  }
+};
+
+AllocationFailure::AllocationFailure(int failAt) : failAt_(failAt) {
+  if (current != nullptr) std::abort();
+  strings::blockAllocator = {&AllocationHooks::allocateBlock, &AllocationHooks::releaseBlock};
+  current = this;
+}
+
+AllocationFailure::~AllocationFailure() {
+  end();
+}
+
+void AllocationFailure::end() {
+  if (ended_) return;
+  ended_ = true;
+  current = nullptr;
+  strings::blockAllocator = {&std::malloc, &std::free};
+  std::free(entries_);
+}
+
+}  // namespace testing
+}  // namespace KV_1_1
+
+namespace {
+
+using KV_1_1::testing::AllocationHooks;
+using KV_1_1::testing::kArray;
+using KV_1_1::testing::kObject;
+
+void* allocateOrThrow(KV_1_1::testing::Kind kind, std::size_t bytes) {
+  void* const block = AllocationHooks::allocate(kind, bytes != 0 ? bytes : 1);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+  return allocateOrThrow(kObject, bytes);
+}
+void* operator new[](std::size_t bytes) {
+  return allocateOrThrow(kArray, bytes);
+}
+void* operator new(std::size_t bytes, std::nothrow_t const&) noexcept {
+  return AllocationHooks::allocate(kObject, bytes != 0 ? bytes : 1);
+}
+void* operator new[](std::size_t bytes, std::nothrow_t const&) noexcept {
+  return AllocationHooks::allocate(kArray, bytes != 0 ? bytes : 1);
+}
+void operator delete(void* block) noexcept {
+  AllocationHooks::release(kObject, block);
+}
+void operator delete[](void* block) noexcept {
+  AllocationHooks::release(kArray, block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  AllocationHooks::release(kObject, block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  AllocationHooks::release(kArray, block);
+}
+void operator delete(void* block, std::nothrow_t const&) noexcept {
+  AllocationHooks::release(kObject, block);
+}
+void operator delete[](void* block, std::nothrow_t const&) noexcept {
+  AllocationHooks::release(kArray, block);
+}

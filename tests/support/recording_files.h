@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+//
+// A file backend that writes down each call and then forwards it, to the native backend unless told otherwise.
+//
+//   RecordingFiles files;
+//   platform::ScopedBackend<platform::FileApi> scope(files);
+//   directory.exists();
+//   EXPECT_EQ(files.log(), Log({"getAttributes \\\\?\\C:\\a\\"}));
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/intercepted_files.h"
+#include "tests/support/narrow_text.h"
+
+namespace KV_1_1 {
+namespace testing {
+
+using Log = std::vector<std::string>;
+
+class RecordingFiles : public InterceptedFiles {
+ public:
+  explicit RecordingFiles(platform::FileApi& target = platform::nativeFiles()) : InterceptedFiles(target) {}
+
+  // The calls so far: the method's name and, behind a blank, its text in UTF-8 ("findNext" and "findClose" have none).
+  Log const& log() const { return log_; }
+  void clearLog() { log_.clear(); }
+
+ protected:
+  bool enter(char const* call, wchar const* text) override {
+    log_.push_back(text == nullptr ? std::string(call) : std::string(call) + ' ' + narrow(text));
+    return true;
+  }
+
+ private:
+  Log log_;
+};
+
+}  // namespace testing
+}  // namespace KV_1_1

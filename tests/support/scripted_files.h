@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+//
+// A file backend that answers what the test says and nothing else; the disk is not touched. Whatever the script does not
+// name is missing. It writes down each call as RecordingFiles does.
+//
+//   ScriptedFiles files;
+//   files.script.attributes[KVW("\\\\?\\C:\\a\\")] = platform::kAttributeDirectory;
+//   files.script.infos[KVW("\\\\?\\C:\\a\\x.txt")] = {platform::kAttributeNormal, 42};
+//   files.script.searches[KVW("C:\\a\\*")] = {{platform::kAttributeDirectory, KVW(".")},
+//                                              {platform::kAttributeNormal, KVW("x")}};
+//   files.script.directory = KVW("C:\\work");
+//   files.script.driveDirectories[4] = KVW("D:\\data");
+//   platform::ScopedBackend<platform::FileApi> scope(files);
+//
+// Texts are compared unit by unit.
+#pragma once
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/support/recording_files.h"
+
+namespace KV_1_1 {
+namespace testing {
+
+struct ScriptedEntry {
+  ulong32 attributes;
+  wstring name;  // at most 259 units
+};
+
+// The answers of a script.
+class FileScript : public platform::FileApi {
+ public:
+  virtual ~FileScript() = default;
+
+  std::map<wstring, ulong32> attributes;
+  std::map<wstring, platform::FileInfo> infos;
+  std::map<wstring, std::vector<ScriptedEntry>> searches;  // an empty list: nothing matches
+  std::map<int, wstring> driveDirectories;
+  wstring directory;  // empty: there is none
+
+  ulong32 getAttributes(wchar const* path) override {
+    auto const found = attributes.find(path);
+    return found == attributes.end() ? platform::kInvalidAttributes : found->second;
+  }
+  bool getInfo(wchar const* path, platform::FileInfo& info) override {
+    auto const found = infos.find(path);
+    if (found == infos.end()) return false;
+    info = found->second;
+    return true;
+  }
+  platform::SearchHandle findFirst(wchar const* pattern, platform::FindData& data) override {
+    auto const found = searches.find(pattern);
+    if (found == searches.end() || found->second.empty()) return platform::invalidSearch();
+    auto* const search = new Search{found->second, 0};
+    running_.insert(search);
+    findNext(search, data);
+    return search;
+  }
+  bool findNext(platform::SearchHandle handle, platform::FindData& data) override {
+    auto* const search = static_cast<Search*>(handle);
+    if (running_.count(search) == 0 || search->next == search->entries.size()) return false;
+    ScriptedEntry const& entry = search->entries[search->next++];
+    data.attributes = entry.attributes;
+    data.name[entry.name.copy(data.name, std::size(data.name) - 1)] = 0;
+    return true;
+  }
+  bool findClose(platform::SearchHandle handle) override {
+    auto* const search = static_cast<Search*>(handle);
+    if (running_.erase(search) == 0) return false;
+    delete search;
+    return true;
+  }
+  wchar* currentDirectory() override { return directory.empty() ? nullptr : copyOf(directory); }
+  wchar* currentDirectoryOfDrive(int drive) override {
+    auto const found = driveDirectories.find(drive);
+    return found == driveDirectories.end() ? nullptr : copyOf(found->second);
+  }
+  void freeText(wchar* text) override { delete[] text; }
+
+ private:
+  struct Search {
+    std::vector<ScriptedEntry> entries;
+    std::size_t next;
+  };
+
+  static wchar* copyOf(wstring const& text) {
+    auto* const copy = new wchar[text.size() + 1];
+    std::copy_n(text.c_str(), text.size() + 1, copy);
+    return copy;
+  }
+
+  std::set<Search*> running_;  // a search left open stays allocated, for the leak checker to find
+};
+
+class ScriptedFiles final : public RecordingFiles {
+ public:
+  ScriptedFiles() : RecordingFiles(script) {}
+
+  FileScript script;
+};
+
+}  // namespace testing
+}  // namespace KV_1_1
