@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
-# Three targets:
+# Two targets:
 #   kvbase_objects  all sources, compiled once; the tests link these, so that they reach the internals
 #   KVBase          the library made of them (alias KVBase::KVBase, the name that an installed KVBase has too)
 
-file(GLOB_RECURSE kvbase_sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.cpp")
-file(GLOB_RECURSE kvbase_public_headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.h")
-file(GLOB_RECURSE kvbase_resources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/kvbase/*.rc")
+file(GLOB_RECURSE kvbase_sources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.cpp")
+file(GLOB_RECURSE kvbase_public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.h")
+file(GLOB_RECURSE kvbase_resources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.rc")
 list(FILTER kvbase_public_headers EXCLUDE REGEX "/internal/|/platform/(linux|windows)/")
 if(WIN32)
   list(FILTER kvbase_sources EXCLUDE REGEX "/platform/linux/")
@@ -15,9 +15,9 @@ endif()
 
 # All dynamic initialisation is in this one unit. It has to come first in any program that links the objects, so that no
 # static object of the program meets a library that is not up. ELF systems start units in link order, mingw in reverse.
-set(kvbase_globals "${PROJECT_SOURCE_DIR}/kvbase/core/library_globals.cpp")
-list(REMOVE_ITEM kvbase_sources "${kvbase_globals}")
-list(PREPEND kvbase_sources "${kvbase_globals}")
+set(kvbase_globals kvbase/core/library_globals.cpp)
+list(REMOVE_ITEM kvbase_sources ${kvbase_globals})
+list(PREPEND kvbase_sources ${kvbase_globals})
 
 add_library(kvbase_objects OBJECT ${kvbase_sources})
 kvbase_warnings(kvbase_objects)

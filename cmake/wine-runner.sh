@@ -17,10 +17,13 @@ fi
 prefix=$1
 shift
 
-unset DISPLAY WAYLAND_DISPLAY
+# Nothing of the user's: no display, no home folder.
+unset DISPLAY WAYLAND_DISPLAY XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME
+export HOME=$prefix/home
 export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all}
-# No debugger: an unhandled fault shall end the program at once. No .NET, no HTML engine: nobody asks to download them.
-export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe="
+# No debugger: an unhandled fault shall end the program at once. No menu entries on the host. No .NET, no HTML engine: nobody
+# asks to download them.
+export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe="
 
 if [[ -n $stop ]]; then
   [[ ! -d $prefix ]] || wineserver -k
@@ -29,8 +32,8 @@ fi
 
 create_prefix() {
   rm -rf "$prefix"
-  mkdir -p "$prefix/home"
-  HOME=$prefix/home wineboot -i || return
+  mkdir -p "$HOME"
+  wineboot -i || return
   # Message boxes really run with the null driver, and tests answer them; without a driver they fail at once.
   wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f || return
   wineserver -k

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/filesystem/file.h"
+
+#include <utility>
+
+#include "kvbase/core/internal/library_class.h"
+
+namespace KV_1_1 {
+
+File::File() : directory_(new Directory) {}
+
+File::File(SmartPtr<Directory const> directory) : directory_(std::move(directory)) {}
+
+File::File(File const& other)
+    : FileSystemItem(other), baseName_(other.baseName_), directory_(other.directory_), extension_(other.extension_) {}
+
+File& File::operator=(File const& other) {
+  baseName_ = other.baseName_;
+  directory_ = other.directory_;
+  extension_ = other.extension_;
+  return *this;
+}
+
+File::~File() = default;
+
+File::ClassCreator::~ClassCreator() = default;
+
+mZClass const* File::getClassType() const {
+  return Class();
+}
+
+mZClass const* File::Class() {
+  static LibraryClass<ClassCreator> record(KVW("File"), &FileSystemItem::Class);
+  return record.get();
+}
+
+void File::initStatics() {}
+
+void File::clearStatics() {}
+
+}  // namespace KV_1_1

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "kvbase/core/smart_ptr.h"
+#include "kvbase/export.h"
+#include "kvbase/filesystem/directory.h"
+#include "kvbase/filesystem/file_system_item.h"
+#include "kvbase/platform/types.h"
+#include "kvbase/strings/kv_string.h"
+
+namespace KV_1_1 {
+
+// A file path: a directory, a base name, and the extension behind the last dot. See FileSystemItem for ownership, threads
+// and failure.
+//
+//   name       base name   extension
+//   a.txt      a           txt
+//   a.b.c      a.b         c
+//   b          b           EMPTY
+//   .hidden    EMPTY       hidden
+//
+// REQUIRES: a file that makeAbsolute gave without a directory is asked for nothing but isAbsolute, makeAbsolute and its
+// own name.
+class KVBASE_API File : public FileSystemItem {
+ public:
+  // Shares the directory and the texts; the new object is unowned.
+  File(File const& other);
+  File& operator=(File const& other);
+
+  // --- Parsing (path_parsing.cpp) ------------------------------------------------------------------------------------
+
+  // Splits at the last backslash or slash, or at a colon behind it, and reads the directory. Null for a NIL or empty text,
+  // a directory that is refused (with its message), and a name that is invalid, "." or ".." (without a message).
+  //   a.txt => .\a.txt      C:b.txt => C:b.txt      a\ => null      a.txt:stream => null
+  static SmartPtr<File> fromString(String const& text);
+  // The same from its two parts; shares the directory.
+  // REQUIRES: the directory is owned through SmartPtr, not an object on the stack.
+  static SmartPtr<File> fromString(Directory const& directory, String const& name);
+
+  // --- Texts (path_text.cpp) -----------------------------------------------------------------------------------------
+
+  // The directory's name followed by getName.
+  String const getFullName() const override;
+  String getFullNameUnicode() const override;
+  String const getFullNameUnix() const override;
+  // Base name, and a dot and the extension unless that is NIL or empty.
+  String const getName() const override;
+  // Splits at the last dot; without one the extension is EMPTY. Nothing is checked: NIL gives a NIL base name.
+  //   a. => base name a, extension EMPTY, so the name is a
+  void setName(String const& name) override;
+
+  // --- Algebra (path_algebra.cpp) ------------------------------------------------------------------------------------
+
+  String const getBaseName() const { return baseName_; }
+  String const getExtension() const { return extension_; }
+  // Null only for a file that makeAbsolute gave without one.
+  SmartPtr<Directory const> getDirectory() const { return directory_; }
+  bool isAbsolute() const { return directory_ != nullptr && directory_->isAbsolute(); }
+  // A copy with the extension, which is not checked: with a leading dot the name has two.
+  SmartPtr<File const> replaceExtension(String const& extension) const;
+  // This object if it is absolute. A file without directory gives a new file without any name. If the directory has no
+  // absolute form the result is a file whose directory is null.
+  SmartPtr<File const> makeAbsolute() const;
+  // With its directory made relative (Directory::makeRelative); null where that is null.
+  // REQUIRES: the reference is not null.
+  SmartPtr<File const> makeRelative(SmartPtr<Directory const> const& reference) const;
+  // The directories by Directory::equals, then base name and extension without case. NIL differs from EMPTY.
+  ComparisonResult equals(SmartPtr<File const> const& other) const;
+
+  // --- The disk (file_operations.cpp) --------------------------------------------------------------------------------
+
+  bool exists() const override;
+  // The size in bytes, without opening the file. False if the disk does not tell; `size` is then left alone.
+  bool getFileSize(ULARGE_INTEGER& size) const;
+
+  // --- Class ---------------------------------------------------------------------------------------------------------
+
+  mZClass const* getClassType() const override;
+  static mZClass const* Class();
+  static void initStatics();
+  static void clearStatics();
+  class ClassCreator;
+
+ protected:
+  ~File() override;
+
+ private:
+  friend class Directory;
+
+  // NIL names in a default directory.
+  File();
+  // NIL names in the given directory, which may be null.
+  explicit File(SmartPtr<Directory const> directory);
+
+  // The two-argument fromString for a directory that may be null.
+  static SmartPtr<File> inDirectory(Directory const* directory, String const& name);
+  // setName with the text from an index on.
+  void splitName(String const& text, int from);
+
+  String baseName_;
+  SmartPtr<Directory const> directory_;
+  String extension_;
+};
+
+class KVBASE_API File::ClassCreator : public mZClass {
+ public:
+  using mZClass::mZClass;
+  ~ClassCreator() override;
+};
+
+}  // namespace KV_1_1

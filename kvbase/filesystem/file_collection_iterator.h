@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "kvbase/filesystem/file_system_iterator.h"
+
+namespace KV_1_1 {
+
+// The interface of FileIterator over a list that the caller holds.
+class KVBASE_API FileCollectionIterator : public FileIterator {
+ public:
+  // A copy has its own list and position.
+  FileCollectionIterator(FileCollectionIterator const&) = default;
+  FileCollectionIterator& operator=(FileCollectionIterator const&) = default;
+
+  // Shares the files; later changes of the caller's list change nothing here.
+  // REQUIRES: the process has a current directory.
+  static SmartPtr<FileCollectionIterator> create(std::vector<SmartPtr<File const>> const& files);
+
+  // The elements in their order, then null for ever. A null element comes as null, which looks like the end.
+  SmartPtr<File const> getNext() override;
+
+  mZClass const* getClassType() const override;
+  static mZClass const* Class();
+  static void initStatics();
+  static void clearStatics();
+  class ClassCreator;
+
+ protected:
+  FileCollectionIterator(std::vector<SmartPtr<File const>> const& files, Directory const& directory);
+  ~FileCollectionIterator() override;
+
+ private:
+  std::vector<SmartPtr<File const>> files_;
+  std::size_t given_ = 0;  // how many elements have been given
+};
+
+class KVBASE_API FileCollectionIterator::ClassCreator : public mZClass {
+ public:
+  using mZClass::mZClass;
+  ~ClassCreator() override;
+};
+
+}  // namespace KV_1_1

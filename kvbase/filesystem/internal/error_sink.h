@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+//
+// A hook for tests: FileSystemItem::reportError hands every message to it, so that a test sees the text and the moment.
+// Null, as it is in every program, means that a message goes nowhere.
+//
+// Thread rule: set it while no other thread works with paths.
+#pragma once
+
+#include "kvbase/export.h"
+#include "kvbase/strings/kv_string.h"
+
+namespace KV_1_1 {
+
+extern KVBASE_API void (*errorSink)(String const& message);
+
+}  // namespace KV_1_1

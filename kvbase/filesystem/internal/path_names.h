@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+//
+// What may stand in a name. A text counts by its length here: an inner NUL is a control unit and makes a name invalid.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "kvbase/strings/kv_string.h"
+#include "kvbase/text_unit.h"
+
+namespace KV_1_1 {
+
+// Units in somebody else's memory.
+using TextView = std::basic_string_view<wchar>;
+
+inline TextView viewOf(String const& text) {
+  return TextView(text, static_cast<std::size_t>(text.length()));
+}
+
+// 1 for ".", 2 for "..", 0 for any other text.
+constexpr int dotsIn(TextView text) {
+  std::size_t const size = text.size();
+  if (size == 0 || size > 2 || text[0] != KVW('.') || text[size - 1] != KVW('.')) return 0;
+  return static_cast<int>(size);
+}
+
+// The rule for one level: not empty, no control unit below 0x20, none of *?<>:"\/|, and no blank or dot at the end; but "."
+// and ".." are valid. NIL is invalid.
+bool isValidItemName(String const& name);
+// The rule for the name of a file: "." and ".." are not valid.
+bool isValidFileName(TextView name);
+// The rule for the pattern of a search: as for a file, with * and ? allowed. NIL is invalid.
+bool isValidSearchPattern(String const& pattern);
+
+}  // namespace KV_1_1

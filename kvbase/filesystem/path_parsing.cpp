@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: MIT
+//
+// From texts to paths. The caller's text is read where it stands, slashes as backslashes, and nothing is allocated but what
+// the path holds; a copy with replaced slashes is made only for a message.
+#include <utility>
+
+#include "kvbase/filesystem/directory.h"
+#include "kvbase/filesystem/file.h"
+#include "kvbase/filesystem/internal/path_names.h"
+#include "kvbase/filesystem/internal/report.h"
+#include "kvbase/strings/internal/character_class.h"
+#include "kvbase/strings/internal/text_builder.h"
+#include "kvbase/strings/internal/text_kernels.h"
+
+namespace KV_1_1 {
+
+namespace {
+
+bool isSeparator(wchar unit) {
+  return unit == KVW('\\') || unit == KVW('/');
+}
+
+// A text up to its first NUL.
+TextView untilNul(String const& text) {
+  TextView const units = viewOf(text);
+  return units.substr(0, static_cast<std::size_t>(strings::kernels().findUnit(units.data(), 0, text.length())));
+}
+
+// Cuts a prefix, written with backslashes, if the text begins with it.
+bool cutPrefix(TextView& text, TextView prefix) {
+  if (text.size() < prefix.size()) return false;
+  for (std::size_t i = 0; i < prefix.size(); ++i) {
+    bool const equal = prefix[i] == KVW('\\') ? isSeparator(text[i]) : text[i] == prefix[i];
+    if (!equal) return false;
+  }
+  text.remove_prefix(prefix.size());
+  return true;
+}
+
+// The text as a message shows it.
+String shown(TextView text) {
+  String copy(text.data(), static_cast<int>(text.size()));
+  copy.replace(KVW('/'), KVW('\\'));
+  return copy;
+}
+
+// Cuts the first level of a text, and the separators in front of it; empty if there is none.
+TextView cutLevel(TextView& text) {
+  std::size_t begin = 0;
+  while (begin < text.size() && isSeparator(text[begin])) ++begin;
+  std::size_t end = begin;
+  while (end < text.size() && !isSeparator(text[end])) ++end;
+  TextView const level = text.substr(begin, end - begin);
+  text.remove_prefix(end);
+  return level;
+}
+
+// How many levels remain when "." and ".." are resolved.
+struct Resolution {
+  std::size_t kept = 0;
+  bool isBeyondRoot = false;
+
+  void add(int dots) {
+    if (dots == 0) {
+      ++kept;
+    } else if (dots == 2 && kept > 0) {
+      --kept;
+    } else if (dots == 2) {
+      isBeyondRoot = true;
+    }
+  }
+};
+
+// What one pass over the levels of a text tells.
+struct Survey {
+  bool isValid = true;  // as names; nothing else counts if not
+  std::size_t levels = 0;
+  Resolution resolution;
+};
+
+Survey survey(TextView text) {
+  Survey result;
+  for (TextView level = cutLevel(text); result.isValid && !level.empty(); level = cutLevel(text)) {
+    int const dots = dotsIn(level);
+    result.isValid = dots != 0 || isValidFileName(level);
+    result.resolution.add(dots);
+    ++result.levels;
+  }
+  return result;
+}
+
+// The last `count` levels of a text, or what remains of all levels when "." and ".." are resolved. It goes backwards, so
+// that a level that a later ".." takes away is passed over and never made.
+// REQUIRES: so many there are.
+std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
+  std::vector<String> levels(count);
+  std::size_t end = text.size();
+  for (std::size_t skip = 0; count > 0;) {
+    while (isSeparator(text[end - 1])) --end;
+    std::size_t begin = end;
+    while (begin > 0 && !isSeparator(text[begin - 1])) --begin;
+    TextView const level = text.substr(begin, end - begin);
+    int const dots = resolve ? dotsIn(level) : 0;
+    if (dots == 2) {
+      ++skip;
+    } else if (dots == 0 && skip > 0) {
+      --skip;
+    } else if (dots == 0) {
+      levels[--count] = String(level.data(), static_cast<int>(level.size()));
+    }
+    end = begin;
+  }
+  return levels;
+}
+
+// "\\server\share".
+String shareRoot(TextView server, TextView share) {
+  TextBuilder root(static_cast<int>(server.size() + share.size()) + 3);
+  root.append(KVW("\\\\"), 2).append(server.data(), static_cast<int>(server.size()));
+  return root.append(KVW('\\')).append(share.data(), static_cast<int>(share.size())).finish();
+}
+
+}  // namespace
+
+SmartPtr<Directory> Directory::fromString(String const& text) {
+  return fromText(untilNul(text));
+}
+
+SmartPtr<Directory> Directory::fromUTF8(char const* text) {
+  return fromString(String(UTF8Interface(text)));
+}
+
+SmartPtr<Directory> Directory::fromUTF8(std::string const& text) {
+  return fromUTF8(text.c_str());
+}
+
+SmartPtr<Directory> Directory::fromText(std::basic_string_view<wchar> text) {
+  // Two separators more stand behind a share with a prefix: no level, but part of what a message shows.
+  if (cutPrefix(text, KVW("\\\\?\\UNC\\"))) return fromTextUNC(text, KVW("\\\\"));
+  if (cutPrefix(text, KVW("\\\\?\\"))) return fromTextLocal(text);
+  if (cutPrefix(text, KVW("\\\\"))) return fromTextUNC(text, nullptr);
+  return fromTextLocal(text);
+}
+
+SmartPtr<Directory> Directory::fromTextLocal(std::basic_string_view<wchar> text) {
+  TextView rest = text;
+  String root;
+  if (text.size() > 1 && text[1] == KVW(':') && text[0] != KVW(':')) {
+    wchar const letter = strings::foldCase(text[0]);
+    if (letter < KVW('a') || letter > KVW('z')) {
+      report(KVW("Invalid drive letter in path '%ls'."), shown(text));
+      return nullptr;
+    }
+    wchar const drive[] = {static_cast<wchar>(letter - KVW('a') + KVW('A')), KVW(':')};
+    root = String(drive, 2);
+    rest.remove_prefix(2);
+  }
+  bool const absolute = !rest.empty() && isSeparator(rest[0]);
+
+  Survey const found = survey(rest);
+  if (!found.isValid) {
+    reportInvalidName(shown(text));
+    return nullptr;
+  }
+  bool const resolve = absolute && !found.resolution.isBeyondRoot;
+  std::size_t const count = resolve ? found.resolution.kept : found.levels;
+  SmartPtr<Directory> directory(new Directory(absolute, std::move(root), levelsOf(rest, count, resolve)));
+  // What leads beyond the root is left to normalize, whose message needs the path as it was written.
+  if (absolute && !resolve && !directory->normalize()) return nullptr;
+  return directory;
+}
+
+SmartPtr<Directory> Directory::fromTextUNC(std::basic_string_view<wchar> text, wchar const* behind) {
+  Survey const found = survey(text);
+  if (!found.isValid) {
+    reportInvalidName(shown(text) + behind);
+    return nullptr;
+  }
+  if (found.levels < 2) {
+    report(KVW("The network path '%ls' is missing the server and/or share name."), shown(text) + behind);
+    return nullptr;
+  }
+  TextView const server = cutLevel(text);
+  TextView const share = cutLevel(text);
+  return new Directory(true, shareRoot(server, share), levelsOf(text, found.levels - 2, false));
+}
+
+bool Directory::normalize() {
+  Resolution resolution;
+  for (String const& level : levels_) resolution.add(dotsIn(viewOf(level)));
+  if (resolution.isBeyondRoot) {
+    report(KVW("Invalid path '%ls': parent references go beyond root."), getFullName());
+    levels_.clear();
+    return false;
+  }
+  if (resolution.kept == levels_.size()) return true;
+
+  auto end = levels_.begin();
+  for (String& level : levels_) {
+    int const dots = dotsIn(viewOf(level));
+    if (dots == 0) {
+      *end++ = std::move(level);
+    } else if (dots == 2) {
+      --end;
+    }
+  }
+  levels_.erase(end, levels_.end());
+  return true;
+}
+
+wchar Directory::getDriveLetter() const {
+  return root_.find(KVW(':')) == 1 ? static_cast<wchar const*>(root_)[0] : wchar(0);
+}
+
+SmartPtr<File> File::fromString(Directory const& directory, String const& name) {
+  return inDirectory(&directory, name);
+}
+
+SmartPtr<File> File::inDirectory(Directory const* directory, String const& name) {
+  if (!isValidFileName(viewOf(name))) return nullptr;
+  SmartPtr<File> file(new File(directory));
+  file->setName(name);
+  return file;
+}
+
+SmartPtr<File> File::fromString(String const& text) {
+  TextView const units = untilNul(text);
+  std::size_t begin = units.size();
+  while (begin > 0 && !isSeparator(units[begin - 1]) && units[begin - 1] != KVW(':')) --begin;
+
+  SmartPtr<Directory const> directory;
+  if (begin > 0) {
+    directory = Directory::fromText(units.substr(0, begin));
+    if (directory == nullptr) return nullptr;
+  }
+  // The name goes by the length, so that a NUL inside is seen.
+  if (!isValidFileName(viewOf(text).substr(begin))) return nullptr;
+  if (begin == 0) directory = new Directory;
+  SmartPtr<File> file(new File(std::move(directory)));
+  file->splitName(text, static_cast<int>(begin));
+  return file;
+}
+
+}  // namespace KV_1_1

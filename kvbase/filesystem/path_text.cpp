@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+//
+// The texts of paths, and the names in them.
+#include <climits>
+#include <new>
+#include <utility>
+
+#include "kvbase/filesystem/directory.h"
+#include "kvbase/filesystem/file.h"
+#include "kvbase/filesystem/internal/path_names.h"
+#include "kvbase/strings/internal/text_builder.h"
+
+namespace KV_1_1 {
+
+namespace {
+
+void append(TextBuilder& builder, TextView text) {
+  builder.append(text.data(), static_cast<int>(text.size()));
+}
+
+}  // namespace
+
+String Directory::text(Form form, String const& baseName, String const& extension) const {
+  wchar const separator = form == Form::kUnix ? KVW('/') : KVW('\\');
+  bool const isLong = form == Form::kLong && absolute_;
+  // A file's name is not checked when it is set, so it can make a share of a path from the root.
+  wchar const* const second = root_.length() > 0 ? root_ : levels_.empty() ? baseName : nullptr;
+  bool const isShare = isLong && second != nullptr && *second == KVW('\\');
+
+  // A share continues its prefix with one of its two separators.
+  TextView const prefix = !isLong ? TextView() : isShare ? KVW("\\\\?\\UNC") : KVW("\\\\?\\");
+  TextView root = viewOf(root_);
+  bool separatorBehindRoot = absolute_;
+  if (isShare && root.empty()) separatorBehindRoot = false;
+  if (isShare && !root.empty()) root.remove_prefix(1);
+
+  bool const isHere = root.empty() && !absolute_ && levels_.empty();
+  long long units = static_cast<long long>(prefix.size() + root.size()) + (separatorBehindRoot ? 1 : 0);
+  for (String const& level : levels_) units += level.length() + 1;
+  if (isHere) units = 2;
+  units += baseName.length();
+  bool const hasExtension = extension.length() > 0;
+  if (hasExtension) units += 1 + extension.length();
+  if (units > INT_MAX) throw std::bad_alloc();
+
+  TextBuilder builder(static_cast<int>(units));
+  append(builder, prefix);
+  for (wchar const unit : root) builder.append(unit == KVW('\\') ? separator : unit);
+  if (separatorBehindRoot) builder.append(separator);
+  for (String const& level : levels_) builder.append(level).append(separator);
+  if (isHere) builder.append(KVW('.')).append(separator);
+  builder.append(baseName);
+  if (hasExtension) builder.append(KVW('.')).append(extension);
+  return builder.finish();
+}
+
+String const Directory::getFullName() const {
+  return text(Form::kPlain, String::NIL, String::NIL);
+}
+
+String Directory::getFullNameUnicode() const {
+  return text(Form::kLong, String::NIL, String::NIL);
+}
+
+String const Directory::getFullNameUnix() const {
+  return text(Form::kUnix, String::NIL, String::NIL);
+}
+
+String const Directory::getName() const {
+  return levels_.empty() ? String(KVW(".")) : levels_.back();
+}
+
+void Directory::setName(String const& name) {
+  if (isValidItemName(name) && !levels_.empty()) levels_.back() = name;
+}
+
+String const File::getFullName() const {
+  return directory_->text(Directory::Form::kPlain, baseName_, extension_);
+}
+
+String File::getFullNameUnicode() const {
+  return directory_->text(Directory::Form::kLong, baseName_, extension_);
+}
+
+String const File::getFullNameUnix() const {
+  return directory_->text(Directory::Form::kUnix, baseName_, extension_);
+}
+
+String const File::getName() const {
+  int const extensionUnits = extension_.length();
+  if (extensionUnits == 0) return baseName_;
+  if (extensionUnits > INT_MAX - 1 - baseName_.length()) throw std::bad_alloc();
+  TextBuilder builder(baseName_.length() + 1 + extensionUnits);
+  return builder.append(baseName_).append(KVW('.')).append(extension_).finish();
+}
+
+void File::setName(String const& name) {
+  splitName(name, 0);
+}
+
+void File::splitName(String const& text, int from) {
+  int const dot = text.findLastOf(KVW('.'), from);
+  // The whole text is shared as it is; NIL stays NIL.
+  String baseName = dot < 0 && from == 0 ? text : text.substr(from, dot);
+  String extension = dot < 0 ? String::EMPTY : text.substr(dot + 1);
+  baseName_ = std::move(baseName);
+  extension_ = std::move(extension);
+}
+
+}  // namespace KV_1_1

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+//
+// Conversions that a SmartPtr must refuse.
+#include "kvbase/kvbase.h"
+
+using KV_1_1::BaseNode;
+using KV_1_1::Directory;
+using KV_1_1::SmartPtr;
+
+void use(SmartPtr<Directory> directory) {
+  SmartPtr<Directory const> const same = directory;
+  SmartPtr<BaseNode const> const base = same;
+
+#ifdef CASE_FROM_CONST
+  // expect: conversion from
+  SmartPtr<Directory> const writable = same;
+#endif
+
+#ifdef CASE_FROM_BASE
+  // expect: conversion from
+  SmartPtr<Directory const> const derived = base;
+#endif
+
+#ifdef CASE_TO_A_RAW_POINTER
+  // expect: cannot convert
+  Directory* const raw = directory;
+#endif
+
+#ifdef CASE_TO_AN_INTEGER
+  // expect: cannot convert
+  int const number = directory;
+#endif
+}

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/modules/module.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+#include "kvbase/modules/client_module.h"
+#include "kvbase/modules/internal/library_module.h"
+
+namespace KV_1_1 {
+namespace {
+
+using Modules = std::vector<Module const*>;
+using Position = Module::const_iterator;
+
+Modules forward() {
+  Modules modules;
+  for (Position i = Module::begin(); i != Module::end(); ++i) modules.push_back(&*i);
+  return modules;
+}
+
+Modules backward() {
+  Modules modules;
+  for (auto i = Module::rbegin(); i != Module::rend(); ++i) modules.push_back(&*i);
+  return modules;
+}
+
+Modules joined(Modules left, Modules const& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+TEST(ModuleList, TheLibrarysModuleIsBuiltOnceAndStandsFirst) {
+  EXPECT_EQ(&getLibraryModule(), &getLibraryModule());
+  ASSERT_NE(Module::begin(), Module::end());
+  EXPECT_EQ(&*Module::begin(), &getLibraryModule());
+}
+
+TEST(ModuleList, AModuleJoinsAtTheEndAndLeavesWhenItGoes) {
+  Modules const before = forward();
+  {
+    ModuleOwner one;
+    EXPECT_EQ(forward(), joined(before, {&one.module()}));
+    ModuleOwner two;
+    EXPECT_EQ(forward(), joined(before, {&one.module(), &two.module()}));
+  }
+  EXPECT_EQ(forward(), before);
+}
+
+TEST(ModuleList, AModuleGoesFromAnyPlaceOfTheList) {
+  Modules const before = forward();
+  for (std::size_t gone = 0; gone < 3; ++gone) {
+    SCOPED_TRACE(gone);
+    std::vector<std::unique_ptr<ModuleOwner>> owners;
+    for (int i = 0; i < 3; ++i) owners.push_back(std::make_unique<ModuleOwner>());
+    Modules expected = before;
+    for (std::size_t i = 0; i < 3; ++i) {
+      if (i != gone) expected.push_back(&owners[i]->module());
+    }
+    owners[gone].reset();
+    EXPECT_EQ(forward(), expected);
+    EXPECT_EQ(backward(), Modules(expected.rbegin(), expected.rend()));
+    // The list grows as before behind the gap.
+    ModuleOwner next;
+    EXPECT_EQ(forward(), joined(expected, {&next.module()}));
+  }
+  EXPECT_EQ(forward(), before);
+}
+
+TEST(ModuleList, ReadsBackwards) {
+  ModuleOwner one;
+  ModuleOwner two;
+  Modules const all = forward();
+  EXPECT_EQ(backward(), Modules(all.rbegin(), all.rend()));
+}
+
+TEST(ModuleList, IsARange) {
+  ModuleOwner one;
+  Modules modules;
+  for (Module const& module : Module::all()) modules.push_back(&module);
+  EXPECT_EQ(modules, forward());
+}
+
+TEST(ModuleList, IsCircularThroughTheEnd) {
+  ModuleOwner owner;
+  Module const* const last = &owner.module();
+  Position position = Module::end();
+  EXPECT_EQ(++position, Module::begin());
+  position = Module::end();
+  EXPECT_EQ(&*--position, last);
+  EXPECT_EQ(++position, Module::end());
+  position = Module::begin();
+  EXPECT_EQ(--position, Module::end());
+}
+
+TEST(ModuleList, WithOneModuleFirstAndLastAreTheSame) {
+  if (forward().size() != 1) GTEST_SKIP() << "other modules are loaded";
+  Position last = Module::end();
+  --last;
+  EXPECT_EQ(Module::begin(), last);
+  EXPECT_EQ(++last, Module::end());
+}
+
+// The postfix forms move and give the iterator itself, not a copy of its old position.
+TEST(ModuleList, PostfixFormsAreThePrefixForms) {
+  ModuleOwner owner;
+  Position position = Module::begin();
+  Position& up = position++;
+  EXPECT_EQ(&up, &position);
+  EXPECT_NE(position, Module::begin());
+  Position& down = position--;
+  EXPECT_EQ(&down, &position);
+  EXPECT_EQ(position, Module::begin());
+  EXPECT_EQ(&++position, &position);
+  EXPECT_EQ(&--position, &position);
+}
+
+TEST(ModuleList, PositionsCopyAndCompareByTheirModule) {
+  ModuleOwner owner;
+  Position position = Module::begin();
+  Position const copy(position);
+  EXPECT_TRUE(copy == position && !(copy != position));
+  ++position;
+  EXPECT_TRUE(copy != position && !(copy == position));
+  position = copy;
+  EXPECT_EQ(position, Module::begin());
+  EXPECT_EQ(position.operator->(), &*position);
+}
+
+TEST(ModuleList, PositionsTellTheirTypes) {
+  using Traits = std::iterator_traits<Position>;
+  EXPECT_TRUE((std::is_same<Traits::iterator_category, std::bidirectional_iterator_tag>::value));
+  EXPECT_TRUE((std::is_same<Traits::value_type, Module const>::value));
+  EXPECT_TRUE((std::is_same<Traits::difference_type, unsigned long long>::value));
+  EXPECT_TRUE((std::is_same<Traits::pointer, Module const*>::value));
+  EXPECT_TRUE((std::is_same<Traits::reference, Module const&>::value));
+}
+
+TEST(ModuleList, AModuleThatWasNotStartedHasTheEmptyName) {
+  ModuleOwner owner;
+  EXPECT_EQ(&owner.module().getModuleName(), &String::EMPTY);
+}
+
+TEST(ModuleList, AModuleIsMadeOnlyByItsOwner) {
+  EXPECT_FALSE(std::is_default_constructible<Module>::value);
+  EXPECT_FALSE(std::is_destructible<Module>::value);
+  EXPECT_FALSE(std::is_copy_constructible<Module>::value);
+}
+
+}  // namespace
+}  // namespace KV_1_1

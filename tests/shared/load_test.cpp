@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+//
+// The library comes and goes: a plug-in host loads it late and drops it, as often as it likes.
+#include <gtest/gtest.h>
+
+#include "tests/shared/loader.h"
+
+namespace {
+
+TEST(LoadTest, ComesUpAndGoesAwayCompletelyTwice) {
+  for (int round = 0; round < 2; ++round) {
+    SCOPED_TRACE(round);
+    ASSERT_FALSE(isLibraryLoaded());
+    void* const library = loadLibrary();
+    ASSERT_NE(nullptr, library);
+    EXPECT_TRUE(isLibraryLoaded());
+    EXPECT_TRUE(unloadLibrary(library));
+    EXPECT_FALSE(isLibraryLoaded());
+  }
+}
+
+TEST(LoadTest, TwoUsersShareOneLibrary) {
+  void* const first = loadLibrary();
+  void* const second = loadLibrary();
+  ASSERT_NE(nullptr, first);
+  EXPECT_EQ(first, second);
+  EXPECT_TRUE(unloadLibrary(first));
+  EXPECT_TRUE(isLibraryLoaded());
+  EXPECT_TRUE(unloadLibrary(second));
+  EXPECT_FALSE(isLibraryLoaded());
+}
+
+}  // namespace
