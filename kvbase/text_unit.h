@@ -24,9 +24,12 @@ namespace KV_1_1 {
 #if defined(_WIN32)
 using wchar = wchar_t;
 using ulong32 = unsigned long;
+// A unit of text that is not the library's, though it looks alike.
+using ForeignUnit = char16_t;
 #else
 using wchar = char16_t;
 using ulong32 = std::uint32_t;
+using ForeignUnit = wchar_t;
 #endif
 using wstring = std::basic_string<wchar>;
 

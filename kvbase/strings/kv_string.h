@@ -23,6 +23,7 @@
 // Failure: std::bad_alloc when memory is exhausted; the receiver then keeps its old value.
 #pragma once
 
+#include <iosfwd>
 #include <type_traits>
 #include <utility>
 
@@ -204,6 +205,124 @@ class KVBASE_API String {
   int replace(String const& from, wchar const* to);
   int replace(wchar const* from, String const& to);
 
+  // --- Values as text ------------------------------------------------------------------------------------------------
+  // Each appends the text of a value by building a new payload; NIL becomes a string. A float or double that is not 0 has
+  // as many significant digits as show a fixed number of places around its integer part; the decimal point is that of
+  // the C locale.
+  //   NIL << 5 << KVW("mm")     => "5mm"
+  //   float:  1234.5678f        => "1234.56775"        1.5e-7f => "1.5e-07"        0.0f => "0"
+  //   double: 2.0 / 3           => "0.66666667"        1e10    => "10000000000"    NaN  => "nan"     -infinity => "-inf"
+
+  // Integers as decimal text, the char types too: 65 is "65", not a letter. On Linux a long of 64 bits is printed whole.
+  String& operator+=(signed char value) { return *this += static_cast<long long>(value); }
+  String& operator+=(unsigned char value) { return *this += static_cast<unsigned long long>(value); }
+  String& operator+=(short value) { return *this += static_cast<long long>(value); }
+  String& operator+=(unsigned short value) { return *this += static_cast<unsigned long long>(value); }
+  String& operator+=(int value) { return *this += static_cast<long long>(value); }
+  String& operator+=(unsigned int value) { return *this += static_cast<unsigned long long>(value); }
+  String& operator+=(long value) { return *this += static_cast<long long>(value); }
+  String& operator+=(unsigned long value) { return *this += static_cast<unsigned long long>(value); }
+  String& operator+=(long long value);
+  String& operator+=(unsigned long long value);
+  // "true" or "false".
+  String& operator+=(bool value);
+  // That unit; NUL is the empty text.
+  String& operator+=(wchar value);
+  // Null appends nothing and leaves NIL as NIL.
+  String& operator+=(wchar const* text);
+  // NIL appends nothing; on NIL the payload is shared.
+  String& operator+=(String const& other);
+  String& operator+=(float value);
+  String& operator+=(double value);
+  // What would slide into an integer or bool: texts and units of other kinds, pointers.
+  String& operator+=(char32_t) = delete;
+  String& operator+=(ForeignUnit) = delete;
+  template <class T, class = std::enable_if_t<!std::is_same<std::remove_cv_t<T>, wchar>::value>>
+  String& operator+=(T*) = delete;
+
+  // The same as += of the same type.
+  template <class T>
+  auto operator<<(T const& value) -> decltype(*this += value) {
+    return *this += value;
+  }
+
+  // --- The number at the end -----------------------------------------------------------------------------------------
+  // The digits at the very end of a text are its index: scan012 has 12.
+
+  // 0 without digits and for NIL; at most 2147483647.
+  unsigned int getIndex() const;
+  // Replaces the index; zeros at its front are lost. 0 leaves the index off, unless nothing else remains.
+  //   scan012, 5 => scan5      scan012, 0 => scan      012, 0 => 0      NIL, 5 => 5
+  void setIndex(unsigned int index);
+  // One more and one less, in at least as many digits, in wrapping 32-bit arithmetic. Without an index both append "1",
+  // and a minus sign takes the place of a digit. That is meant to stay so.
+  //   file009 => file010      file99 => file100      file => file1
+  //   file10  => file09       file0  => file-1       file => file1
+  void incrementIndex();
+  void decrementIndex();
+
+  // --- Values from text ----------------------------------------------------------------------------------------------
+  // The String is its own input: each operator takes a value from the front and keeps what remains. There is no failure
+  // state. Where no value begins it is 0 (false, NUL) and the String becomes EMPTY. Numbers begin at findAlphaNum(0), and
+  // what is before is dropped.
+
+  // Drops what is not graphic from the front; a text without any graphic unit stays. NIL stays.
+  void eatwhite();
+
+  // Signed forms, and unsigned short: saturating at int (long, long long: at 64 bits), then cut to the type's width; a
+  // long takes 32 bits. What remains begins at findNonSignedDigit: a leading plus is not consumed, so "+5" stays for ever;
+  // minus signs inside are. That is meant to stay so.
+  //   "12 34" => 12, " 34"      "5-3" => 5, EMPTY      "1.5" => 1, ".5"      "abc" => 0, "abc"
+  String& operator>>(signed char& value);
+  String& operator>>(short& value);
+  String& operator>>(unsigned short& value);
+  String& operator>>(int& value);
+  String& operator>>(long& value);
+  String& operator>>(long long& value);
+  // Unsigned forms: saturating at 32 bits (unsigned long long: at 64), "-1" is the largest value. What remains begins where
+  // the number ends. For unsigned long and unsigned long long the stored length of what remains is too large by as many
+  // units as were dropped in front (by none where that is one): its text up to the first NUL is right. That is meant to
+  // stay so.
+  String& operator>>(unsigned char& value);
+  String& operator>>(unsigned int& value);
+  String& operator>>(unsigned long& value);
+  String& operator>>(unsigned long long& value);
+  // Decimal and hexadecimal numbers, inf and nan.
+  //   "1.5e3 x" => 1500, " x"
+  String& operator>>(double& value);
+  String& operator>>(float& value);
+  // "true" and "false" without regard to case, further letters being left; another word is false and stays, with all that
+  // is before it. Of a number only its first unit is consumed: "10 x" => true, "0 x".
+  String& operator>>(bool& value);
+  // The first graphic unit.
+  String& operator>>(wchar& value);
+  // A quoted text if the first unit is a double quote, otherwise a line; nothing is skipped. A line ends before a line feed,
+  // which is dropped. A quoted text ends at a quote without one backslash before it (two or more count as none) or at the
+  // end of the text; escapes are kept (escToControls). The token of NIL is NIL.
+  String& operator>>(String& token);
+
+  // --- Escapes -------------------------------------------------------------------------------------------------------
+  //   line feed \n      carriage return \r      double quote \"      backslash \\      U+0080 and above \uXXXX
+
+  // Puts escapes in place of the units of the table; a text without any keeps sharing. Without `unicode` wide units stay,
+  // but room for their escapes is made: with 5 units of room for each, the text gets that many of its own first units in
+  // front if that is no more than its length, and reads unchanged otherwise. That is meant to stay so.
+  void controlsToEsc(bool unicode);
+  // Puts units in place of their escapes, \uXXXX only with `unicode` (otherwise it stays); digits may be of either case.
+  // -1 on success. A bad escape gives the index of its backslash, and the text is put back by escaping again what was
+  // decoded: exactly, unless a \u escape stood for an ASCII unit or was left alone or had digits in lower case. A
+  // backslash at the very end stays. A decoded NUL ends the text.
+  int escToControls(bool unicode);
+
+  // --- Display -------------------------------------------------------------------------------------------------------
+
+  // The text in at most `limit` units: the first `head` units (0: none; negative: all), "...", and as much of the end as
+  // fits. Where there are slashes, the front ends behind its last one and the end begins at its first one. Texts that fit
+  // are shared, NIL too. The front and the dots are never given up, so the result may be longer than the limit. With room
+  // for exactly 48 units the end is not moved to a slash; required, however odd.
+  //   "C:/data/projects/2020/march/scans/scan0001.dat".shortenString(30, 10) => "C:/data/.../scans/scan0001.dat"
+  String shortenString(int limit, int head) const;
+
   // --- Printf --------------------------------------------------------------------------------------------------------
 
   // Replaces the text by the formatted one, of at most 32768 units; what is longer is cut there. NIL becomes a string. A
@@ -250,6 +369,18 @@ class KVBASE_API String {
   bool equalsUnits(String const& other) const;
   template <class Accept>
   int findClass(int from, Accept accept) const;
+  // Where the digits at the end begin; the length if there are none.
+  int indexStart() const;
+  void stepIndex(int step);
+  enum EndRule { kEndExact, kEndOvershoots };
+  String remainder(int from, int surplus) const;
+  template <class Value, class Convert>
+  String& extract(Value& value, Convert convert);
+  template <class Value, class Read>
+  String& extractSigned(Value& value, Read read);
+  template <class Value, class Read>
+  String& extractUnsigned(Value& value, Read read, EndRule rule);
+  String& extractQuoted(String& token);
 
   template <class Argument>
   static constexpr bool isPrintable() {
@@ -277,6 +408,14 @@ KVBASE_API String operator+(wchar const* a, String const& b);
 // The unit is a text of one unit, NUL the empty text; so the result is never NIL.
 KVBASE_API String operator+(String const& a, wchar b);
 KVBASE_API String operator+(wchar a, String const& b);
+
+// Writes the text in the ANSI code page with the stream's width and fill, without quotes or escapes. NIL and an empty text
+// leave the stream alone, its width too.
+KVBASE_API std::basic_ostream<char>& operator<<(std::basic_ostream<char>& stream, String const& text);
+// Reads a token in the ANSI code page, white space before it being skipped: a word up to white space, or the text between
+// double quotes, in which a backslash drops out and protects the char behind it. A text that the page cannot decode gives
+// NIL; a stream at its end an empty text, and the stream has failed. The stream's flags stay.
+KVBASE_API std::basic_istream<char>& operator>>(std::basic_istream<char>& stream, String& text);
 
 // The rules of the const compareEquality and compare, with a null text for NIL.
 inline bool operator==(String const& a, String const& b) {

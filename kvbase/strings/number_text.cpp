@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/strings/internal/number_text.h"
+
+#include <charconv>
+#include <climits>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "kvbase/strings/internal/character_class.h"
+
+namespace KV_1_1 {
+namespace strings {
+
+namespace {
+
+constexpr char kPairs[] =
+    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
+    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
+
+// The zeros of the decimal digits that the C runtime converts.
+constexpr wchar kZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66, 0x0AE6, 0x0B66, 0x0C66,
+                            0x0CE6, 0x0D66, 0x0E50, 0x0ED0, 0x0F20, 0x1040, 0x17E0, 0x1810, 0xFF10};
+
+// -1 if the unit is no such digit.
+int digitValue(wchar unit) {
+  if (unit < 0x80) return unit >= KVW('0') && unit <= KVW('9') ? unit - KVW('0') : -1;
+  for (wchar const zero : kZeros) {
+    if (unit >= zero && unit < zero + 10) return unit - zero;
+  }
+  return -1;
+}
+
+struct Magnitude {
+  std::uint64_t value;
+  bool negative;
+  bool tooLarge;
+  wchar const* end;  // null if there is no digit
+};
+
+// Sign and digits, up to `limit`.
+Magnitude readMagnitude(wchar const* text, std::uint64_t limit) {
+  while (hasClass(*text, platform::kSpace)) ++text;
+  Magnitude number = {0, *text == KVW('-'), false, nullptr};
+  if (*text == KVW('-') || *text == KVW('+')) ++text;
+  for (int digit; (digit = digitValue(*text)) >= 0; number.end = ++text) {
+    std::uint64_t const added = static_cast<std::uint64_t>(digit);
+    if (number.value > (limit - added) / 10) number.tooLarge = true;
+    if (!number.tooLarge) number.value = number.value * 10 + added;
+  }
+  return number;
+}
+
+template <class Value>
+Value readSigned(wchar const* text, Value smallest, Value largest) {
+  // The smallest value has a magnitude of one more than the largest.
+  std::uint64_t const limit = static_cast<std::uint64_t>(largest);
+  Magnitude const number = readMagnitude(text, limit);
+  if (number.tooLarge) return number.negative ? smallest : largest;
+  Value const value = static_cast<Value>(number.value);
+  return number.negative ? static_cast<Value>(-value) : value;
+}
+
+template <class Value>
+Parsed<Value> readUnsigned(wchar const* text) {
+  Value const largest = static_cast<Value>(-1);
+  Magnitude const number = readMagnitude(text, largest);
+  if (number.end == nullptr) return {0, text};
+  if (number.tooLarge) return {largest, number.end};
+  Value const value = static_cast<Value>(number.value);
+  return {number.negative ? static_cast<Value>(0 - value) : value, number.end};
+}
+
+// The units that can belong to a number, as chars.
+std::string narrowNumber(wchar const* text) {
+  std::string narrow;
+  for (; *text != 0 && *text < 0x80 && hasClass(*text, platform::kGraphic); ++text) {
+    narrow.push_back(static_cast<char>(*text));
+  }
+  return narrow;
+}
+
+bool isHexadecimal(char const* digits) {
+  return digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
+}
+
+}  // namespace
+
+DecimalText::DecimalText(long long value) {
+  write(value < 0 ? 0 - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value), value < 0);
+}
+
+DecimalText::DecimalText(unsigned long long value) {
+  write(value, false);
+}
+
+void DecimalText::write(unsigned long long magnitude, bool negative) {
+  while (magnitude >= 100) {
+    char const* pair = kPairs + 2 * (magnitude % 100);
+    magnitude /= 100;
+    units_[--start_] = static_cast<wchar>(pair[1]);
+    units_[--start_] = static_cast<wchar>(pair[0]);
+  }
+  char const* pair = kPairs + 2 * magnitude;
+  units_[--start_] = static_cast<wchar>(pair[1]);
+  if (magnitude >= 10) units_[--start_] = static_cast<wchar>(pair[0]);
+  if (negative) units_[--start_] = KVW('-');
+}
+
+int printGeneral(double value, int precision, wchar* out, int capacity) {
+  char narrow[512];
+  char* const end = std::to_chars(narrow, narrow + sizeof narrow, value, std::chars_format::general, precision).ptr;
+  char const* const point = std::localeconv()->decimal_point;
+  int written = 0;
+  for (char const* p = narrow; p < end && written < capacity; ++p) {
+    out[written++] = static_cast<wchar>(*p == '.' ? static_cast<unsigned char>(*point) : static_cast<unsigned char>(*p));
+  }
+  return written;
+}
+
+int readInt(wchar const* text) {
+  return readSigned<int>(text, INT_MIN, INT_MAX);
+}
+
+long long readInt64(wchar const* text) {
+  return readSigned<long long>(text, LLONG_MIN, LLONG_MAX);
+}
+
+Parsed<std::uint32_t> readUnsigned32(wchar const* text) {
+  return readUnsigned<std::uint32_t>(text);
+}
+
+Parsed<std::uint64_t> readUnsigned64(wchar const* text) {
+  return readUnsigned<std::uint64_t>(text);
+}
+
+Parsed<double> readDouble(wchar const* text) {
+  wchar const* start = text;
+  while (hasClass(*start, platform::kSpace)) ++start;
+  std::string const narrow = narrowNumber(start);
+  char const* const first = narrow.c_str();
+  char const* const digits = first + (*first == '+' || *first == '-' ? 1 : 0);
+
+  // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point, and
+  // says nothing but "out of range" beyond the limits.
+  double value = 0;
+  bool const plain = *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';
+  if (plain) {
+    auto const [end, error] = std::from_chars(digits, first + narrow.size(), value);
+    if (error == std::errc::invalid_argument) return {0, text};
+    if (error == std::errc()) return {*first == '-' ? -value : value, start + (end - first)};
+  }
+  char* end = nullptr;
+  value = std::strtod(first, &end);
+  return {value, end == first ? text : start + (end - first)};
+}
+
+}  // namespace strings
+}  // namespace KV_1_1
