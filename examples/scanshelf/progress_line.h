@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+#include "survey.h"
+
+namespace scanshelf {
+
+// Tells the user how far a long survey has come; a survey of less than a second shows nothing. On a terminal one line is
+// written over and over and cleared at the end. Anywhere else, a log for one, plain lines come at ever longer intervals.
+class ProgressLine {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  ProgressLine(std::ostream& out, bool isTerminal, Clock::time_point start = Clock::now());
+  ~ProgressLine();
+  ProgressLine(ProgressLine const&) = delete;
+  ProgressLine& operator=(ProgressLine const&) = delete;
+
+  // Shows the counts if it is time to.
+  void show(Totals const& totals, Clock::time_point now = Clock::now());
+
+ private:
+  void writeOver(std::string const& line);
+
+  std::ostream& out_;
+  bool isTerminal_;
+  Clock::duration interval_;
+  Clock::time_point next_;
+  std::size_t shown_ = 0;  // the places that the line on the terminal takes
+};
+
+// Whether the standard error stream is known to be a terminal.
+bool isErrorStreamTerminal();
+
+}  // namespace scanshelf

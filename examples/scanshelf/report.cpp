@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "report.h"
+
+#include <algorithm>
+#include <ostream>
+#include <tuple>
+#include <utility>
+
+#include "table.h"
+#include "text.h"
+
+namespace scanshelf {
+
+using KV_1_1::Directory;
+using KV_1_1::File;
+using KV_1_1::SmartPtr;
+using KV_1_1::String;
+using KV_1_1::wchar;
+
+namespace {
+
+constexpr int kNameWidth = 40;
+
+String orNone(String const& text) {
+  return text.length() > 0 ? text : String(KVW("none"));
+}
+
+// The folder as seen from where the user is.
+String relativeName(Directory const& folder) {
+  SmartPtr<Directory const> const here = Directory::fromString(String::EMPTY)->makeAbsolute();
+  SmartPtr<Directory const> const relative = here ? folder.makeRelative(here) : nullptr;
+  return relative ? relative->getFullName() : String::NIL;
+}
+
+// The largest first. What is behind the first `limit` becomes one group, unless that would save no line.
+std::vector<Group> largestGroups(std::vector<Group> groups, std::size_t limit) {
+  std::sort(groups.begin(), groups.end(), [](Group const& a, Group const& b) {
+    return std::tie(b.totals.bytes, b.totals.files, a.name) < std::tie(a.totals.bytes, a.totals.files, b.name);
+  });
+  if (groups.size() <= limit + 1) return groups;
+
+  Group rest = {KVW("(") + countText(groups.size() - limit) + KVW(" more)"), Totals()};
+  for (std::size_t i = limit; i < groups.size(); ++i) {
+    rest.totals.files += groups[i].totals.files;
+    rest.totals.folders += groups[i].totals.folders;
+    rest.totals.bytes += groups[i].totals.bytes;
+  }
+  groups.resize(limit);
+  groups.push_back(rest);
+  return groups;
+}
+
+std::size_t listLength(Arguments const& arguments, std::size_t available) {
+  return arguments.all ? available : kListLength;
+}
+
+void printExtensions(std::ostream& out, Survey const& survey, Arguments const& arguments) {
+  std::vector<Group> groups;
+  for (auto const& [extension, totals] : survey.byExtension) {
+    groups.push_back({extension.length() > 0 ? KVW(".") + extension : String(KVW("(none)")), totals});
+  }
+  if (groups.empty()) return;
+  Table table({{KVW("Extension"), Align::Left}, {KVW("Files"), Align::Right}, {KVW("Size"), Align::Right}});
+  for (Group const& group : largestGroups(std::move(groups), listLength(arguments, survey.byExtension.size()))) {
+    table.add({shorten(group.name, kNameWidth), countText(group.totals.files), sizeText(group.totals.bytes)});
+  }
+  table.print(out);
+  out << '\n';
+}
+
+void printFolders(std::ostream& out, Survey const& survey, Arguments const& arguments) {
+  if (survey.byFolder.empty()) return;
+  Table table({{KVW("Folder"), Align::Left},
+               {KVW("Files"), Align::Right},
+               {KVW("Folders"), Align::Right},
+               {KVW("Size"), Align::Right}});
+  std::vector<Group> groups = largestGroups(survey.byFolder, listLength(arguments, survey.byFolder.size()));
+  groups.push_back({KVW("(directly in it)"), survey.direct});
+  for (Group const& group : groups) {
+    table.add({shorten(group.name, kNameWidth), countText(group.totals.files), countText(group.totals.folders),
+               sizeText(group.totals.bytes)});
+  }
+  table.print(out);
+  out << '\n';
+}
+
+void printLargest(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder, bool unixNames) {
+  if (survey.largest.empty()) return;
+  bool const isComplete = survey.largest.size() == survey.all.files;
+  Table table({{KVW("Size"), Align::Right}, {isComplete ? KVW("File") : KVW("Largest files"), Align::Left}});
+  for (FoundFile const& found : survey.largest) {
+    SmartPtr<File const> const relative = found.file->makeRelative(folder);
+    File const& file = relative ? *relative : *found.file;
+    table.add({sizeText(found.bytes), unixNames ? file.getFullNameUnix() : file.getFullName()});
+  }
+  table.print(out);
+  out << '\n';
+}
+
+void printSummary(std::ostream& out, Survey const& survey, String const& pattern) {
+  Totals const& all = survey.all;
+  if (all.files == 0) {
+    out << "No file matches " << utf8(pattern);
+  } else {
+    out << utf8(countOf(all.files, KVW("file"))) << (all.files == 1 ? " matches " : " match ") << utf8(pattern) << ", "
+        << utf8(sizeText(all.bytes)) << " in all";
+  }
+  out << "; " << utf8(countOf(all.folders + 1, KVW("folder"))) << " searched.\n";
+  if (survey.unmeasured > 0) {
+    out << "The size of " << utf8(countOf(survey.unmeasured, KVW("file"))) << " could not be told.\n";
+  }
+}
+
+}  // namespace
+
+void printNames(std::ostream& out, Directory const& folder) {
+  SmartPtr<Directory const> const parent = folder.getParent();
+  std::pair<wchar const*, String> const lines[] = {
+      {KVW("Folder"), folder.getFullName()},
+      {KVW("Unix name"), folder.getFullNameUnix()},
+      {KVW("Long path"), folder.getFullNameUnicode()},
+      {KVW("From here"), orNone(relativeName(folder))},
+      {KVW("Parent"), parent ? parent->getFullName() : orNone(String::NIL)},
+      {KVW("Name"), folder.getName()},
+      {KVW("Root"), orNone(folder.getRoot())},
+  };
+  Table table({{String::EMPTY, Align::Left}, {String::EMPTY, Align::Left}});
+  for (auto const& [label, text] : lines) table.add({label, text});
+  table.print(out);
+  out << '\n';
+}
+
+void printSurvey(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder,
+                 Arguments const& arguments) {
+  printExtensions(out, survey, arguments);
+  printFolders(out, survey, arguments);
+  printLargest(out, survey, folder, arguments.unixNames);
+  printSummary(out, survey, arguments.pattern);
+}
+
+}  // namespace scanshelf

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <kvbase/kvbase.h>
+
+#include <iosfwd>
+#include <vector>
+
+namespace scanshelf {
+
+// The whole program: the words behind its name, its two output streams, and its exit status.
+int run(std::vector<KV_1_1::String> const& words, std::ostream& out, std::ostream& err);
+
+}  // namespace scanshelf

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <kvbase/kvbase.h>
+
+#include <cstdint>
+
+namespace scanshelf {
+
+// The text as UTF-8; an empty text for NIL. Valid as long as the String.
+char const* utf8(KV_1_1::String const& text);
+
+//   1234567 => "1,234,567"
+KV_1_1::String countText(std::uint64_t count);
+// The count and the noun, with an s unless there is one.
+//   1, "file" => "1 file"      1200, "file" => "1,200 files"
+KV_1_1::String countOf(std::uint64_t count, KV_1_1::wchar const* noun);
+//   1023 => "1023 B"      1536 => "1.5 KB"      1048575 => "1.0 MB"
+KV_1_1::String sizeText(std::uint64_t bytes);
+
+// How many places the text takes on a terminal: a pair of surrogates is one character, combining marks take no place,
+// ideographs and their kin take two.
+int displayWidth(KV_1_1::String const& text);
+// The text, with an ellipsis for its middle if it takes more than `width` places. No character is cut in two.
+//   "abcdefgh", 5 => "ab…gh"
+KV_1_1::String shorten(KV_1_1::String const& text, int width);
+
+}  // namespace scanshelf

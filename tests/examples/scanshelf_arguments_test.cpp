@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+// The example is a program of its own; its units are linked into the suite by the tests that try them.
+#include "examples/scanshelf/arguments.cpp"
+
+namespace scanshelf {
+namespace {
+
+struct Row {
+  char const* name;
+  std::vector<String> words;
+  String folder;
+  String pattern;
+  char const* flags;  // of: all, unix, help
+};
+
+std::string flagsOf(Arguments const& arguments) {
+  return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.help ? "h" : "");
+}
+
+TEST(ScanshelfArgumentsTest, Understood) {
+  String const all = KVW("*");
+  Row const rows[] = {
+      {"nothing", {}, String::NIL, all, ""},
+      {"folder", {KVW("scans")}, KVW("scans"), all, ""},
+      {"folder and pattern", {KVW("scans"), KVW("*.dat")}, KVW("scans"), KVW("*.dat"), ""},
+      {"brief options", {KVW("-a"), KVW("-u")}, String::NIL, all, "au"},
+      {"full options", {KVW("--unix"), KVW("--all"), KVW("--help")}, String::NIL, all, "auh"},
+      {"option between", {KVW("scans"), KVW("--all"), KVW("*")}, KVW("scans"), all, "a"},
+      {"dash alone is a name", {KVW("-")}, KVW("-"), all, ""},
+      {"end of options", {KVW("--"), KVW("-a"), KVW("--")}, KVW("-a"), KVW("--"), ""},
+      {"empty folder", {String::EMPTY}, String::EMPTY, all, ""},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Arguments const arguments = readArguments(row.words);
+    EXPECT_TRUE(arguments.folder == row.folder);
+    EXPECT_TRUE(arguments.pattern == row.pattern);
+    EXPECT_EQ(flagsOf(arguments), row.flags);
+  }
+}
+
+TEST(ScanshelfArgumentsTest, Refused) {
+  struct {
+    char const* name;
+    std::vector<String> words;
+    char const* sentence;
+  } const rows[] = {
+      {"unknown full option", {KVW("--fast")}, "There is no option '--fast'."},
+      {"unknown brief option", {KVW("x"), KVW("-q")}, "There is no option '-q'."},
+      {"options are not joined", {KVW("-au")}, "There is no option '-au'."},
+      {"pattern expanded by the shell",
+       {KVW("."), KVW("a.dat"), KVW("b.dat")},
+       "'b.dat' is one word too many. Quote a pattern, so that the shell leaves it alone."},
+  };
+  for (auto const& row : rows) {
+    SCOPED_TRACE(row.name);
+    try {
+      readArguments(row.words);
+      ADD_FAILURE() << "accepted";
+    } catch (Complaint const& complaint) {
+      EXPECT_STREQ(complaint.what(), row.sentence);
+      EXPECT_EQ(complaint.status(), Status::Misused);
+    }
+  }
+}
+
+TEST(ScanshelfArgumentsTest, HelpNamesEveryOption) {
+  std::string const help = helpText();
+  for (Option const& option : kOptions) {
+    EXPECT_NE(help.find(String(option.brief).stringUTF8() + std::string(", ") + String(option.full).stringUTF8()),
+              std::string::npos)
+        << String(option.full).stringUTF8();
+  }
+}
+
+}  // namespace
+}  // namespace scanshelf

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <sstream>
+
+#include "examples/scanshelf/table.cpp"
+#include "examples/scanshelf/text.cpp"
+
+namespace scanshelf {
+namespace {
+
+TEST(ScanshelfTextTest, Counts) {
+  struct {
+    std::uint64_t count;
+    char const* text;
+  } const rows[] = {{0, "0"},
+                    {999, "999"},
+                    {1000, "1,000"},
+                    {104233, "104,233"},
+                    {1234567, "1,234,567"},
+                    {UINT64_MAX, "18,446,744,073,709,551,615"}};
+  for (auto const& row : rows) EXPECT_STREQ(utf8(countText(row.count)), row.text);
+  EXPECT_STREQ(utf8(countOf(1, KVW("file"))), "1 file");
+  EXPECT_STREQ(utf8(countOf(0, KVW("file"))), "0 files");
+  EXPECT_STREQ(utf8(countOf(1200, KVW("file"))), "1,200 files");
+}
+
+TEST(ScanshelfTextTest, Sizes) {
+  constexpr std::uint64_t kKilo = 1024, kMega = kKilo * 1024, kGiga = kMega * 1024, kTera = kGiga * 1024;
+  struct {
+    std::uint64_t bytes;
+    char const* text;
+  } const rows[] = {{0, "0 B"},
+                    {1023, "1023 B"},
+                    {kKilo, "1.0 KB"},
+                    {1536, "1.5 KB"},
+                    {1280, "1.3 KB"},
+                    {kMega - 1, "1.0 MB"},
+                    {kMega - 60, "1023.9 KB"},
+                    {kMega, "1.0 MB"},
+                    {kGiga - 1, "1.0 GB"},
+                    {3 * kGiga, "3.0 GB"},
+                    {kTera - 1, "1.0 TB"},
+                    {5000 * kTera, "5000.0 TB"}};
+  for (auto const& row : rows) EXPECT_STREQ(utf8(sizeText(row.bytes)), row.text) << row.bytes;
+}
+
+TEST(ScanshelfTextTest, Widths) {
+  KV_1_1::wchar const loneHigh[] = {'a', 0xD83D, 'b', 0};
+  KV_1_1::wchar const highAtEnd[] = {'a', 0xD83D, 0};
+  KV_1_1::wchar const low[] = {0xDE00, 'a', 0};
+  struct {
+    char const* name;
+    String text;
+    int width;
+  } const rows[] = {
+      {"NIL", String::NIL, 0},
+      {"EMPTY", String::EMPTY, 0},
+      {"ASCII", KVW("abc"), 3},
+      {"umlaut", KVW("\u00C4rzte"), 5},
+      {"umlaut of two characters", KVW("A\u0308rzte"), 5},
+      {"ideograph", KVW("\u5854a"), 3},
+      {"first wide one", KVW("\u1100"), 2},
+      {"behind the wide ones", KVW("\u1160"), 1},
+      {"narrow pair", KVW("\U00010400"), 1},
+      {"wide pair", KVW("\U0001F600"), 2},
+      {"ideograph of two units", KVW("\U00020000"), 2},
+      {"lone high surrogate", loneHigh, 3},
+      {"high surrogate at the end", highAtEnd, 2},
+      {"lone low surrogate", low, 2},
+  };
+  for (auto const& row : rows) EXPECT_EQ(displayWidth(row.text), row.width) << row.name;
+}
+
+TEST(ScanshelfTextTest, Shortening) {
+  struct {
+    char const* name;
+    String text;
+    int width;
+    String result;
+  } const rows[] = {
+      {"NIL", String::NIL, 5, String::NIL},
+      {"EMPTY", String::EMPTY, 5, String::EMPTY},
+      {"fits", KVW("abcde"), 5, KVW("abcde")},
+      {"one too many", KVW("abcdef"), 5, KVW("ab\u2026ef")},
+      {"many", KVW("abcdefghij"), 6, KVW("ab\u2026hij")},
+      {"pairs stay whole", KVW("\U0001F600\U0001F601\U0001F602\U0001F603"), 5, KVW("\U0001F600\u2026\U0001F603")},
+  };
+  for (auto const& row : rows) {
+    SCOPED_TRACE(row.name);
+    String const result = shorten(row.text, row.width);
+    EXPECT_TRUE(result == row.result) << utf8(result);
+    EXPECT_LE(displayWidth(result), row.width);
+  }
+}
+
+TEST(ScanshelfTextTest, NilIsAnEmptyText) {
+  EXPECT_STREQ(utf8(String::NIL), "");
+  EXPECT_STREQ(utf8(String::EMPTY), "");
+}
+
+TEST(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
+  Table table({{KVW("Name"), Align::Left}, {KVW("N"), Align::Right}});
+  table.add({KVW("\u00C4rztehaus"), KVW("1,200")});
+  table.add({KVW("\u5854"), KVW("7")});
+  std::ostringstream out;
+  table.print(out);
+  EXPECT_EQ(out.str(),
+            "  Name           N\n"
+            "  \xC3\x84rztehaus  1,200\n"
+            "  \xE5\xA1\x94             7\n");
+}
+
+TEST(ScanshelfTableTest, EmptyTitlesAreLeftOutAndTheLastCellIsNotPadded) {
+  Table table({{String::EMPTY, Align::Left}, {String::EMPTY, Align::Left}});
+  table.add({KVW("Name"), KVW("x")});
+  table.add({KVW("Of"), KVW("longer")});
+  std::ostringstream out;
+  table.print(out);
+  EXPECT_EQ(out.str(), "  Name  x\n  Of    longer\n");
+}
+
+}  // namespace
+}  // namespace scanshelf
