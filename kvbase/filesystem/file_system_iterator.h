@@ -69,7 +69,9 @@ class KVBASE_API DirectoryIterator : public FileSystemIterator {
   DirectoryIterator(DirectoryIterator const&) = default;
   DirectoryIterator(DirectoryIterator&& other) : DirectoryIterator(static_cast<DirectoryIterator const&>(other)) {}
   DirectoryIterator& operator=(DirectoryIterator const&) = default;
-  DirectoryIterator& operator=(DirectoryIterator&& other) { return *this = static_cast<DirectoryIterator const&>(other); }
+  DirectoryIterator& operator=(DirectoryIterator&& other) {
+    return *this = static_cast<DirectoryIterator const&>(other);
+  }
   ~DirectoryIterator() override;
 
   // The next directory; null at the end.

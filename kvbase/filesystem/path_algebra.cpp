@@ -8,14 +8,27 @@
 #include "kvbase/filesystem/internal/current_directory.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/strings/internal/text_kernels.h"
 
 namespace KV_1_1 {
 
 namespace {
 
-// NIL equals only NIL. Paths made from each other share their texts, so many comparisons end at the payload.
+// Paths made from each other share their texts, so many comparisons end at the payload.
+bool isSamePayload(String const& a, String const& b) {
+  return static_cast<wchar const*>(a) == static_cast<wchar const*>(b);
+}
+
+// NIL equals only NIL.
 bool equalIgnoringCase(String const& a, String const& b) {
-  return static_cast<wchar const*>(a) == static_cast<wchar const*>(b) || a.compareIgnoreCase(b) == 0;
+  return isSamePayload(a, b) || a.compareIgnoreCase(b) == 0;
+}
+
+// The same for levels, which are never NIL and hold no NUL: their lengths decide first.
+bool equalLevels(String const& a, String const& b) {
+  if (isSamePayload(a, b)) return true;
+  int const length = a.length();
+  return length == b.length() && strings::kernels().mismatchIgnoringCase(a, b, length) == length;
 }
 
 }  // namespace
@@ -96,7 +109,7 @@ SmartPtr<Directory const> Directory::makeRelative(SmartPtr<Directory const> cons
   std::size_t const ownSize = path->levels_.size();
   std::size_t const fromSize = from->levels_.size();
   std::size_t common = 0;
-  while (common < ownSize && common < fromSize && equalIgnoringCase(path->levels_[common], from->levels_[common])) {
+  while (common < ownSize && common < fromSize && equalLevels(path->levels_[common], from->levels_[common])) {
     ++common;
   }
   std::vector<String> levels;
@@ -118,7 +131,7 @@ FileSystemItem::ComparisonResult Directory::equals(SmartPtr<Directory const> con
   if (!equalIgnoringCase(root_, other->root_)) return Different;
   if (levels_.size() != other->levels_.size()) return Different;
   for (std::size_t i = 0; i < levels_.size(); ++i) {
-    if (!equalIgnoringCase(levels_[i], other->levels_[i])) return Different;
+    if (!equalLevels(levels_[i], other->levels_[i])) return Different;
   }
   return Equal;
 }

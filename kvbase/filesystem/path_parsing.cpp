@@ -17,7 +17,7 @@ namespace KV_1_1 {
 namespace {
 
 bool isSeparator(wchar unit) {
-  return unit == KVW('\\') || unit == KVW('/');
+  return (nameClassesOf(unit) & kSeparator) != 0;
 }
 
 // A text up to its first NUL.
@@ -80,9 +80,19 @@ struct Survey {
 
 Survey survey(TextView text) {
   Survey result;
-  for (TextView level = cutLevel(text); result.isValid && !level.empty(); level = cutLevel(text)) {
-    int const dots = dotsIn(level);
-    result.isValid = dots != 0 || isValidFileName(level);
+  for (std::size_t at = 0; at < text.size() && result.isValid; ++at) {
+    std::size_t const begin = at;
+    unsigned int inside = 0;
+    unsigned int last = 0;
+    for (; at < text.size(); ++at) {
+      unsigned int const classes = nameClassesOf(text[at]);
+      if ((classes & kSeparator) != 0) break;
+      inside |= classes;
+      last = classes;
+    }
+    if (at == begin) continue;
+    int const dots = dotsIn(text.substr(begin, at - begin));
+    result.isValid = dots != 0 || ((inside & (kReserved | kWildcard)) == 0 && (last & kBadAtEnd) == 0);
     result.resolution.add(dots);
     ++result.levels;
   }
@@ -135,11 +145,11 @@ SmartPtr<Directory> Directory::fromUTF8(std::string const& text) {
 }
 
 SmartPtr<Directory> Directory::fromText(std::basic_string_view<wchar> text) {
+  if (text.size() < 2 || !isSeparator(text[0]) || !isSeparator(text[1])) return fromTextLocal(text);
   // Two separators more stand behind a share with a prefix: no level, but part of what a message shows.
   if (cutPrefix(text, KVW("\\\\?\\UNC\\"))) return fromTextUNC(text, KVW("\\\\"));
   if (cutPrefix(text, KVW("\\\\?\\"))) return fromTextLocal(text);
-  if (cutPrefix(text, KVW("\\\\"))) return fromTextUNC(text, nullptr);
-  return fromTextLocal(text);
+  return fromTextUNC(text.substr(2), nullptr);
 }
 
 SmartPtr<Directory> Directory::fromTextLocal(std::basic_string_view<wchar> text) {

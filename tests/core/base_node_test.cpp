@@ -160,8 +160,10 @@ TEST(BaseNode, IsOfTheKindOfItsClassAndOfAllAncestors) {
     bool expected;
   };
   Row const rows[] = {
-      {"own class", Directory::Class(), true},      {"base class", FileSystemItem::Class(), true},
-      {"root", BaseNode::Class(), true},            {"sibling", File::Class(), false},
+      {"own class", Directory::Class(), true},
+      {"base class", FileSystemItem::Class(), true},
+      {"root", BaseNode::Class(), true},
+      {"sibling", File::Class(), false},
       {"null", nullptr, false},
   };
   for (Row const& row : rows) {

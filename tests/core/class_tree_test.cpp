@@ -161,10 +161,17 @@ TEST_F(ClassTree, KinshipFollowsTheParents) {
     bool expected;
   };
   Row const rows[] = {
-      {"itself", &a, &a, true},         {"parent", &a1, &a, true},        {"grandparent", &c11, &c, true},
-      {"root", &c11, &r, true},         {"child", &a, &a1, false},        {"sibling", &a, &b, false},
-      {"other root", &a, &s, false},    {"null", &a, nullptr, false},     {"null of a root", &r, nullptr, false},
-      {"cousin", &a1, &c1, false},      {"library class", &a, BaseNode::Class(), false},
+      {"itself", &a, &a, true},
+      {"parent", &a1, &a, true},
+      {"grandparent", &c11, &c, true},
+      {"root", &c11, &r, true},
+      {"child", &a, &a1, false},
+      {"sibling", &a, &b, false},
+      {"other root", &a, &s, false},
+      {"null", &a, nullptr, false},
+      {"null of a root", &r, nullptr, false},
+      {"cousin", &a1, &c1, false},
+      {"library class", &a, BaseNode::Class(), false},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);

@@ -39,15 +39,15 @@ struct Start {
   bool firstModuleIsTheLibrarys = Module::begin() != Module::end() && &*Module::begin() == &getLibraryModule();
   wchar outOfRange = String::outOfRange;
   // A path read before main.
-  std::string text = KV_1_1::testing::narrow(
-      static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
+  std::string text =
+      KV_1_1::testing::narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
 };
 // Never destroyed: objects of the library that go last still look at it.
 Start const& start = *new Start;
 
 TEST(LibraryOrder, TheRecordsStandBeforeAnyOtherInitialiserInTheOrderOfTheirWalk) {
-  Log const walk = {"BaseNode", "FileSystemIterator", "FileIterator", "FileCollectionIterator", "DirectoryIterator",
-                    "FileSystemItem", "File", "Directory"};
+  Log const walk = {"BaseNode",          "FileSystemIterator", "FileIterator", "FileCollectionIterator",
+                    "DirectoryIterator", "FileSystemItem",     "File",         "Directory"};
   ASSERT_GE(start.classes.size(), walk.size());
   EXPECT_EQ(start.classes.front(), "BaseNode");
   // Classes that other parts of the library add below BaseNode stand in front of these.

@@ -32,7 +32,8 @@ class DirectoryCollect : public ::testing::Test {
   DirectoryCollect() {
     ScriptedEntry const dot = {kFolder, KVW(".")};
     ScriptedEntry const dots = {kFolder, KVW("..")};
-    add(KVW(R"(C:\d\)"), {dot, dots, {kFolder, KVW("x")}, {kFile, KVW("x1.txt")}, {kFolder, KVW("a2")}, {kFile, KVW("a.txt")}},
+    add(KVW(R"(C:\d\)"),
+        {dot, dots, {kFolder, KVW("x")}, {kFile, KVW("x1.txt")}, {kFolder, KVW("a2")}, {kFile, KVW("a.txt")}},
         {{kFolder, KVW("a2")}, {kFile, KVW("a.txt")}});
     add(KVW(R"(C:\d\x\)"), {dot, dots, {kFile, KVW("a3.txt")}, {kFolder, KVW("a1")}},
         {{kFile, KVW("a3.txt")}, {kFolder, KVW("a1")}});
@@ -82,10 +83,18 @@ TEST_F(DirectoryCollect, RecursiveWalksInPreorderThroughAllSubdirectories) {
 TEST_F(DirectoryCollect, EachStepIsASearchOfItsOwn) {
   directory->collectContents(pattern, true);
   EXPECT_EQ(searches(), Texts({
-                            R"(C:\d\a*)", R"(C:\d\a*)", R"(C:\d\*)",                 // directories, files, descent
-                            R"(C:\d\x\a*)", R"(C:\d\x\a*)", R"(C:\d\x\*)",           //
-                            R"(C:\d\x\a1\a*)", R"(C:\d\x\a1\a*)", R"(C:\d\x\a1\*)",  //
-                            R"(C:\d\a2\a*)", R"(C:\d\a2\a*)", R"(C:\d\a2\*)",
+                            R"(C:\d\a*)",
+                            R"(C:\d\a*)",
+                            R"(C:\d\*)",  // directories, files, descent
+                            R"(C:\d\x\a*)",
+                            R"(C:\d\x\a*)",
+                            R"(C:\d\x\*)",  //
+                            R"(C:\d\x\a1\a*)",
+                            R"(C:\d\x\a1\a*)",
+                            R"(C:\d\x\a1\*)",  //
+                            R"(C:\d\a2\a*)",
+                            R"(C:\d\a2\a*)",
+                            R"(C:\d\a2\*)",
                         }));
   directory->collectDirectories(pattern, true);
   EXPECT_EQ(searches(), Texts({R"(C:\d\a*)", R"(C:\d\*)", R"(C:\d\x\a*)", R"(C:\d\x\*)", R"(C:\d\x\a1\a*)",

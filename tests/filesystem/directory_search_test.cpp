@@ -71,7 +71,8 @@ TEST_F(DirectorySearch, EachKindGivesItsItemsInTheOrderOfTheSystem) {
            {kFile | platform::kAttributeHidden, KVW(".hidden")},
            {kFolder | platform::kAttributeReparsePoint, KVW("link")},
            {0, KVW("a")}});
-  EXPECT_EQ(itemsOf(kContents), Texts({R"(C:\d\z.txt)", R"(C:\d\b\)", R"(C:\d\.hidden)", R"(C:\d\link\)", R"(C:\d\a)"}));
+  EXPECT_EQ(itemsOf(kContents),
+            Texts({R"(C:\d\z.txt)", R"(C:\d\b\)", R"(C:\d\.hidden)", R"(C:\d\link\)", R"(C:\d\a)"}));
   EXPECT_EQ(itemsOf(kDirectories), Texts({R"(C:\d\b\)", R"(C:\d\link\)"}));
   EXPECT_EQ(itemsOf(kFiles), Texts({R"(C:\d\z.txt)", R"(C:\d\.hidden)", R"(C:\d\a)"}));
 }
@@ -240,10 +241,14 @@ TEST_F(DirectorySearch, AnInvalidPatternGivesNoIteratorAndOneMessage) {
     char const* shownPattern;
   };
   Row const rows[] = {
-      {"NIL", String::NIL, ""},           {"EMPTY", String::EMPTY, ""},
-      {"a dot", String(KVW(".")), "."},   {"two dots", String(KVW("..")), ".."},
-      {"last dot", String(KVW("*.")), "*."}, {"path", String(KVW(R"(sub\*.txt)")), R"(sub\*.txt)"},
-      {"slash", String(KVW("sub/*")), "sub/*"}, {"drive", String(KVW("C:*")), "C:*"},
+      {"NIL", String::NIL, ""},
+      {"EMPTY", String::EMPTY, ""},
+      {"a dot", String(KVW(".")), "."},
+      {"two dots", String(KVW("..")), ".."},
+      {"last dot", String(KVW("*.")), "*."},
+      {"path", String(KVW(R"(sub\*.txt)")), R"(sub\*.txt)"},
+      {"slash", String(KVW("sub/*")), "sub/*"},
+      {"drive", String(KVW("C:*")), "C:*"},
   };
   SmartPtr<Directory const> const relative = directoryAt(KVW("q:x"));  // not even made absolute
   for (Row const& row : rows) {

@@ -92,8 +92,9 @@ TEST_F(PathAlgebraAbsolute, MakeAbsoluteByWhatTheCurrentDirectoryIs) {
     files.script.directory = row.current;
     // From a root the path would lead too far, so each row takes the way that fits it.
     bool const fromRoot = wstring(row.current) == KVW(R"(C:\)");
-    SmartPtr<Directory const> const path = directoryAt(
-        fromRoot ? KVW("b") : wstring(row.current) == KVW(R"(\\s\t)") ? KVW(R"(x\..\..\b)") : KVW(R"(..\b)"));
+    SmartPtr<Directory const> const path = directoryAt(fromRoot                                  ? KVW("b")
+                                                       : wstring(row.current) == KVW(R"(\\s\t)") ? KVW(R"(x\..\..\b)")
+                                                                                                 : KVW(R"(..\b)"));
     EXPECT_EQ(described(path->makeAbsolute()), row.result);
     EXPECT_EQ(messages.take(), row.messages);
   }

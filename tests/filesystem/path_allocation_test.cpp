@@ -161,7 +161,10 @@ TEST(PathAllocation, EveryOperationCleansUp) {
       {"collectContents", [&] { r->collectContents(all, true); }},
       {"collectDirectories", [&] { r->collectDirectories(all, true); }},
       {"collectFiles", [&] { r->collectFiles(all, true); }},
-      {"FileCollectionIterator", [&] { FileCollectionIterator::create({f, rf})->getNext(); }},
+      {"FileCollectionIterator",
+       [&] {
+         FileCollectionIterator::create({f, rf})->getNext();
+       }},
       {"copy of a FileCollectionIterator",
        [&] { SmartPtr<FileCollectionIterator>(new FileCollectionIterator(*collection)); }},
       {"Module", [] { ModuleOwner(); }},

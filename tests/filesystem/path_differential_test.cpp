@@ -43,8 +43,8 @@ using KV_1_1::testing::described;
 template <class Path>
 std::string textsOf(SmartPtr<Path> const& path) {
   if (path == nullptr) return "null";
-  return shown(path->getFullName()) + " " + shown(path->getFullNameUnicode()) + " " + shown(path->getFullNameUnix()) + " " +
-         shown(path->getName());
+  return shown(path->getFullName()) + " " + shown(path->getFullNameUnicode()) + " " + shown(path->getFullNameUnix()) +
+         " " + shown(path->getName());
 }
 template <class Model>
 std::string textsOf(std::optional<Model> const& path) {
@@ -59,12 +59,28 @@ class RandomTexts {
   explicit RandomTexts(unsigned int seed) : random_(seed) {}
 
   wstring path() {
-    static wstring const fronts[] = {KVW(""),          KVW(""),           KVW("\\"),      KVW("/"),      KVW("C:"),
-                                     KVW("c:\\"),      KVW("D:/"),        KVW("\\\\"),    KVW("//"),     KVW("\\\\s\\t\\"),
-                                     KVW("//S/t/"),    KVW("\\\\?\\"),    KVW("//?/"),    KVW("\\\\?\\C:\\"),
-                                     KVW("\\\\?\\UNC\\"), KVW("//?/UNC/s/t/"), KVW("\\\\?\\unc\\"), KVW("1:"), KVW("z:")};
-    static wstring const pieces[] = {KVW("\\"), KVW("/"),  KVW("."),  KVW(".."), KVW("a"), KVW("A"),  KVW("b"),
-                                     KVW("\\"), KVW("/"),  KVW("\\..\\"), KVW("\\.\\"), KVW("/../"), KVW("ab.c"), KVW("B.C")};
+    static wstring const fronts[] = {KVW(""),
+                                     KVW(""),
+                                     KVW("\\"),
+                                     KVW("/"),
+                                     KVW("C:"),
+                                     KVW("c:\\"),
+                                     KVW("D:/"),
+                                     KVW("\\\\"),
+                                     KVW("//"),
+                                     KVW("\\\\s\\t\\"),
+                                     KVW("//S/t/"),
+                                     KVW("\\\\?\\"),
+                                     KVW("//?/"),
+                                     KVW("\\\\?\\C:\\"),
+                                     KVW("\\\\?\\UNC\\"),
+                                     KVW("//?/UNC/s/t/"),
+                                     KVW("\\\\?\\unc\\"),
+                                     KVW("1:"),
+                                     KVW("z:")};
+    static wstring const pieces[] = {KVW("\\"),    KVW("/"),    KVW("."),    KVW(".."), KVW("a"),
+                                     KVW("A"),     KVW("b"),    KVW("\\"),   KVW("/"),  KVW("\\..\\"),
+                                     KVW("\\.\\"), KVW("/../"), KVW("ab.c"), KVW("B.C")};
     wstring text = fronts[below(std::size(fronts))];
     for (std::size_t i = below(9); i > 0; --i) {
       text += below(6) == 0 ? wstring(1, unit()) : pieces[below(std::size(pieces))];
@@ -84,7 +100,7 @@ class RandomTexts {
  private:
   std::size_t below(std::size_t end) { return random_() % end; }
   wchar unit() {
-    static wchar const alphabet[] = {'\\', '/', '.', '.', ':', 'a', 'A', 'b', 'B', 'z', ' ',    '*',    '?',
+    static wchar const alphabet[] = {'\\', '/', '.', '.', ':', 'a', 'A', 'b', 'B',  'z',  ' ',  '*',    '?',
                                      '<',  '"', '|', '_', '[', '1', 0,   1,   0x1F, 0xE4, 0xC4, 0xD800, 0xFFFF};
     return alphabet[below(std::size(alphabet))];
   }

@@ -61,7 +61,8 @@ TEST(PathDisk, WhichNameGoesToWhichCall) {
       ScriptedFiles files;
       platform::ScopedBackend<platform::FileApi> const scope(files);
       row.run(*directory, *file);
-      std::string const name = std::string(row.given == kPlain ? place.plain : place.prefixed) + (row.onFiles ? "f.e" : "");
+      std::string const name =
+          std::string(row.given == kPlain ? place.plain : place.prefixed) + (row.onFiles ? "f.e" : "");
       EXPECT_EQ(files.log(), Log{std::string(row.call) + ' ' + name + row.behind});
     }
   }
@@ -76,8 +77,8 @@ TEST(PathDisk, RelativePathsGoAsTheyAre) {
   directory->exists();
   fileAt(KVW("x"))->exists();
   directory->findFiles(String(KVW("*")));
-  EXPECT_EQ(files.log(), Log({R"(getAttributes a\..\b\)", R"(getAttributes .\x)", "currentDirectory",
-                              R"(findFirst C:\work\b\*)"}));
+  EXPECT_EQ(files.log(),
+            Log({R"(getAttributes a\..\b\)", R"(getAttributes .\x)", "currentDirectory", R"(findFirst C:\work\b\*)"}));
 }
 
 TEST(PathDisk, ExistsByAttributes) {

@@ -52,7 +52,8 @@ inline std::string described(Directory const* directory) {
 // The directory, base name and extension: "rel NIL | a | txt".
 inline std::string described(File const* file) {
   if (file == nullptr) return "null";
-  return described(file->getDirectory().get()) + " | " + shown(file->getBaseName()) + " | " + shown(file->getExtension());
+  return described(file->getDirectory().get()) + " | " + shown(file->getBaseName()) + " | " +
+         shown(file->getExtension());
 }
 template <class T>
 std::string described(SmartPtr<T> const& path) {

@@ -35,8 +35,8 @@ TEST(PathText, OfDirectories) {
       {"relative", KVW(R"(a\b)"), R"(a\b\)", R"(a\b\)", "a/b/", "b"},
       {"a dot", KVW("."), R"(.\)", R"(.\)", "./", "."},
       {"two dots", KVW(".."), R"(..\)", R"(..\)", "../", ".."},
-      {"share with dots", KVW(R"(\\srv\share\..)"), R"(\\srv\share\..\)", R"(\\?\UNC\srv\share\..\)",
-       "//srv/share/../", ".."},
+      {"share with dots", KVW(R"(\\srv\share\..)"), R"(\\srv\share\..\)", R"(\\?\UNC\srv\share\..\)", "//srv/share/../",
+       ".."},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
@@ -65,7 +65,8 @@ TEST(PathText, OfFiles) {
       {"absolute", KVW(R"(C:\a\b.c.d)"), R"(C:\a\b.c.d)", R"(\\?\C:\a\b.c.d)", "C:/a/b.c.d", "b.c.d"},
       {"in a drive root", KVW(R"(C:\b)"), R"(C:\b)", R"(\\?\C:\b)", "C:/b", "b"},
       {"relative on a drive", KVW("C:b.txt"), "C:b.txt", "C:b.txt", "C:b.txt", "b.txt"},
-      {"on a share", KVW(R"(\\srv\share\x\b)"), R"(\\srv\share\x\b)", R"(\\?\UNC\srv\share\x\b)", "//srv/share/x/b", "b"},
+      {"on a share", KVW(R"(\\srv\share\x\b)"), R"(\\srv\share\x\b)", R"(\\?\UNC\srv\share\x\b)", "//srv/share/x/b",
+       "b"},
       {"absolute without drive", KVW(R"(\a\b)"), R"(\a\b)", R"(\\?\\a\b)", "/a/b", "b"},
       {"relative", KVW(R"(a\b)"), R"(a\b)", R"(a\b)", "a/b", "b"},
   };

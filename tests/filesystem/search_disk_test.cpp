@@ -117,7 +117,8 @@ TEST_F(DirectorySearchOnDisk, RecursionGoesThroughFoldersThatDoNotMatch) {
   folder.write("x/a1/deep.txt");
   folder.write("x/a1/other.dat");
   folder.makeFolder("a2");
-  EXPECT_EQ(sortedNames(directory()->collectFiles(String(KVW("*.txt")), true)), Texts({"deep.txt", "in.txt", "top.txt"}));
+  EXPECT_EQ(sortedNames(directory()->collectFiles(String(KVW("*.txt")), true)),
+            Texts({"deep.txt", "in.txt", "top.txt"}));
   EXPECT_EQ(sortedNames(directory()->collectFiles(String(KVW("*.txt")), false)), Texts{"top.txt"});
   EXPECT_EQ(sortedNames(directory()->collectDirectories(String(KVW("a*")), true)), Texts({"a1", "a2"}));
   EXPECT_EQ(sortedNames(directory()->collectDirectories(String(KVW("a*")), false)), Texts{"a2"});
@@ -132,7 +133,8 @@ TEST_F(DirectorySearchOnDisk, EachFolderStandsBeforeWhatLiesInIt) {
   // The groups: two folders and a file; then one folder and all below it; then the other.
   EXPECT_EQ(fullName(items[2]), narrow(folder.text(KVW("z"))));
   for (std::size_t i : {3u, 5u}) {
-    SmartPtr<Directory const> const top = i == 3 ? directoryAt(items[0]->getFullName()) : directoryAt(items[1]->getFullName());
+    SmartPtr<Directory const> const top =
+        i == 3 ? directoryAt(items[0]->getFullName()) : directoryAt(items[1]->getFullName());
     EXPECT_TRUE(top->contains(*items[i]));
     EXPECT_TRUE(top->contains(*items[i + 1]));
     EXPECT_TRUE(items[i]->isKindOf(Directory::Class()));
@@ -141,8 +143,9 @@ TEST_F(DirectorySearchOnDisk, EachFolderStandsBeforeWhatLiesInIt) {
 }
 
 TEST_F(DirectorySearchOnDisk, NamesOfManyScripts) {
-  std::u16string const names[] = {u"\u00e4\u00f6\u00fc.txt", u"\u65e5\u672c.txt", u"\U0001F600.txt", u" blank in front.txt",
-                                  u"CON1.txt", u"a.b.c.txt", u"!#$%&'()+,-;=@[]^_`{}~.txt"};
+  std::u16string const names[] = {u"\u00e4\u00f6\u00fc.txt",    u"\u65e5\u672c.txt", u"\U0001F600.txt",
+                                  u" blank in front.txt",       u"CON1.txt",         u"a.b.c.txt",
+                                  u"!#$%&'()+,-;=@[]^_`{}~.txt"};
   Texts expected;
   for (std::u16string const& name : names) {
     folder.write(std::filesystem::path(name), "x");

@@ -30,7 +30,8 @@ inline std::optional<DirectoryModel> appendLevel(DirectoryModel const& path, wst
   return std::nullopt;
 }
 
-inline std::optional<DirectoryModel> appendPath(DirectoryModel const& path, DirectoryModel const& more, PathWorld& world) {
+inline std::optional<DirectoryModel> appendPath(DirectoryModel const& path, DirectoryModel const& more,
+                                                PathWorld& world) {
   if (more.absolute) {
     world.report(KVW("The path to be appended must be relative."), wstring(), wstring());
     return std::nullopt;

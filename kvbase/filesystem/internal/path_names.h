@@ -3,6 +3,7 @@
 // What may stand in a name. A text counts by its length here: an inner NUL is a control unit and makes a name invalid.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -16,6 +17,29 @@ using TextView = std::basic_string_view<wchar>;
 
 inline TextView viewOf(String const& text) {
   return TextView(text, static_cast<std::size_t>(text.length()));
+}
+
+// What a unit is in a name. Units beyond ASCII are nothing but text.
+enum NameClass : unsigned int {
+  kReserved = 1,  // stands in no name and no pattern
+  kWildcard = 2,  // stands in patterns only
+  kBadAtEnd = 4,  // ends neither a name nor a pattern
+  kSeparator = 8,
+};
+
+constexpr std::array<unsigned char, 128> makeNameClasses() {
+  std::array<unsigned char, 128> classes{};
+  for (std::size_t unit = 0; unit < 0x20; ++unit) classes[unit] = kReserved;
+  for (wchar const unit : TextView(KVW("<>:\"|"))) classes[unit] = kReserved;
+  for (wchar const unit : TextView(KVW("\\/"))) classes[unit] = kReserved | kSeparator;
+  for (wchar const unit : TextView(KVW("*?"))) classes[unit] = kWildcard;
+  for (wchar const unit : TextView(KVW(" ."))) classes[unit] = kBadAtEnd;
+  return classes;
+}
+inline constexpr std::array<unsigned char, 128> kNameClasses = makeNameClasses();
+
+constexpr unsigned int nameClassesOf(wchar unit) {
+  return unit < kNameClasses.size() ? kNameClasses[unit] : 0u;
 }
 
 // 1 for ".", 2 for "..", 0 for any other text.

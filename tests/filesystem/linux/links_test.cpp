@@ -28,7 +28,9 @@ Texts sortedFullNames(Items const& items) {
 
 class PathDiskLinux : public ::testing::Test {
  protected:
-  SmartPtr<Directory const> directory(wchar const* below = KVW("")) const { return directoryAt(folder.text(below).c_str()); }
+  SmartPtr<Directory const> directory(wchar const* below = KVW("")) const {
+    return directoryAt(folder.text(below).c_str());
+  }
   SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
   std::string name(wchar const* below) const { return narrow(folder.text(below)); }
   void link(char const* target, char const* at) const { ASSERT_EQ(symlink(target, folder.path(at).c_str()), 0) << at; }
@@ -71,7 +73,8 @@ TEST_F(PathDiskLinux, ALinkIsListedAsAFileWhateverItLeadsTo) {
   EXPECT_EQ(sortedFullNames(directory()->collectFiles(all, false)),
             Texts({name(KVW("plain")), name(KVW("toFile")), name(KVW("toFolder")), name(KVW("toNothing"))}));
   // and never walked
-  EXPECT_EQ(sortedFullNames(directory()->collectFiles(String(KVW("inside")), true)), Texts{name(KVW("target\\inside"))});
+  EXPECT_EQ(sortedFullNames(directory()->collectFiles(String(KVW("inside")), true)),
+            Texts{name(KVW("target\\inside"))});
 }
 
 TEST_F(PathDiskLinux, ATrailingSeparatorLooksThroughALink) {
@@ -89,7 +92,8 @@ TEST_F(PathDiskLinux, ATrailingSeparatorLooksThroughALink) {
   ULARGE_INTEGER size;
   EXPECT_TRUE(file(KVW("toFile"))->getFileSize(size));
   EXPECT_EQ(size.QuadPart, 5u);
-  EXPECT_EQ(sortedFullNames(directory(KVW("toFolder"))->collectFiles(all, false)), Texts{name(KVW("toFolder\\inside"))});
+  EXPECT_EQ(sortedFullNames(directory(KVW("toFolder"))->collectFiles(all, false)),
+            Texts{name(KVW("toFolder\\inside"))});
 }
 
 TEST_F(PathDiskLinux, ACircularLinkEndsTheWalk) {
@@ -97,7 +101,8 @@ TEST_F(PathDiskLinux, ACircularLinkEndsTheWalk) {
   link("..", "a/b/up");
   link("self", "a/self");
   EXPECT_EQ(sortedFullNames(directory()->collectContents(all, true)),
-            Texts({name(KVW("a\\")), name(KVW("a\\b\\")), name(KVW("a\\b\\file")), name(KVW("a\\b\\up")), name(KVW("a\\self"))}));
+            Texts({name(KVW("a\\")), name(KVW("a\\b\\")), name(KVW("a\\b\\file")), name(KVW("a\\b\\up")),
+                   name(KVW("a\\self"))}));
 }
 
 // Names that Windows could not hold map into U+F000..F0FF, so no entry stops a walk and each name leads back to its file.
@@ -108,15 +113,19 @@ TEST_F(PathDiskLinux, ForeignNamesComeMappedAndLeadBack) {
     char const* shownName;
   };
   Row const rows[] = {
-      {"backslash", "a\\b", "a\xEF\x81\x9C" "b"},         // U+F05C
-      {"colon", "a:b", "a\xEF\x80\xBA" "b"},              // U+F03A
-      {"wildcards", "*?", "\xEF\x80\xAA\xEF\x80\xBF"},    // U+F02A U+F03F
+      {"backslash", "a\\b",
+       "a\xEF\x81\x9C"
+       "b"},  // U+F05C
+      {"colon", "a:b",
+       "a\xEF\x80\xBA"
+       "b"},                                            // U+F03A
+      {"wildcards", "*?", "\xEF\x80\xAA\xEF\x80\xBF"},  // U+F02A U+F03F
       {"quote, brackets and bar", "\"<>|", "\xEF\x80\xA2\xEF\x80\xBC\xEF\x80\xBE\xEF\x81\xBC"},
-      {"control unit", "a\x01", "a\xEF\x80\x81"},         // U+F001
-      {"last dot", "end.", "end\xEF\x80\xAE"},            // U+F02E
-      {"last blank", "end ", "end\xEF\x80\xA0"},          // U+F020
+      {"control unit", "a\x01", "a\xEF\x80\x81"},  // U+F001
+      {"last dot", "end.", "end\xEF\x80\xAE"},     // U+F02E
+      {"last blank", "end ", "end\xEF\x80\xA0"},   // U+F020
       {"three dots", "...", "..\xEF\x80\xAE"},
-      {"no UTF-8", "bad\xFF.txt", "bad\xEF\x83\xBF.txt"}, // U+F0FF
+      {"no UTF-8", "bad\xFF.txt", "bad\xEF\x83\xBF.txt"},  // U+F0FF
       {"cut UTF-8", "bad\xE2\x82", "bad\xEF\x83\xA2\xEF\x82\x82"},
   };
   Texts expected;
