@@ -36,6 +36,8 @@ else()
   set(kvbase_system_libraries ICU::uc Threads::Threads ${CMAKE_DL_LIBS})
   # A symbol of the kind "unique" (g++ makes them of statics in inline functions) would keep the library loaded for ever.
   target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+  # Nobody replaces the library's functions from outside, so it calls its own ones directly (clang++ takes that for granted).
+  target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
 endif()
 target_link_libraries(kvbase_objects PUBLIC ${kvbase_system_libraries})
 

@@ -27,13 +27,6 @@ void mZClass::initClassStatics() const {}
 
 void mZClass::clearClassStatics() const {}
 
-bool mZClass::isDerivedFrom(mZClass const* other) const {
-  for (mZClass const* record = this; record != nullptr; record = record->parent_) {
-    if (record == other) return true;
-  }
-  return false;
-}
-
 mZClass const* mZClass::nextInWalk(mZClass const* top) const {
   if (firstChild_ != nullptr) return firstChild_;
   for (mZClass const* record = this; record != top; record = record->parent_) {

@@ -60,7 +60,11 @@ class KVBASE_API mZClass {
   ClassVersion version() const { return version_; }
 
   // Whether `other` is this record or one of its ancestors; false for null.
-  bool isDerivedFrom(mZClass const* other) const;
+  bool isDerivedFrom(mZClass const* other) const {
+    mZClass const* record = this;
+    while (record != nullptr && record != other) record = record->parent_;
+    return record != nullptr;
+  }
 
   // Walks. The caller sets the cursor to null and calls until the result is false; the cursor is null again then, so a
   // further call starts anew. Children come newest first.

@@ -237,8 +237,10 @@ class KVBASE_API String {
   // What would slide into an integer or bool: texts and units of other kinds, pointers.
   String& operator+=(char32_t) = delete;
   String& operator+=(ForeignUnit) = delete;
-  template <class T, class = std::enable_if_t<!std::is_same<std::remove_cv_t<T>, wchar>::value>>
+  template <class T, class = std::enable_if_t<!std::is_same<std::remove_const_t<T>, wchar>::value>>
   String& operator+=(T*) = delete;
+  template <class T, class Class>
+  String& operator+=(T Class::*) = delete;
 
   // The same as += of the same type.
   template <class T>
@@ -369,6 +371,8 @@ class KVBASE_API String {
   bool equalsUnits(String const& other) const;
   template <class Accept>
   int findClass(int from, Accept accept) const;
+  template <class Accept>
+  int findClassInRange(int from, wchar low, wchar high, Accept accept) const;
   // Where the digits at the end begin; the length if there are none.
   int indexStart() const;
   void stepIndex(int step);

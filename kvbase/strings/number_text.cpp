@@ -114,7 +114,8 @@ int printGeneral(double value, int precision, wchar* out, int capacity) {
   char const* const point = std::localeconv()->decimal_point;
   int written = 0;
   for (char const* p = narrow; p < end && written < capacity; ++p) {
-    out[written++] = static_cast<wchar>(*p == '.' ? static_cast<unsigned char>(*point) : static_cast<unsigned char>(*p));
+    out[written++] =
+        static_cast<wchar>(*p == '.' ? static_cast<unsigned char>(*point) : static_cast<unsigned char>(*p));
   }
   return written;
 }
@@ -145,7 +146,8 @@ Parsed<double> readDouble(wchar const* text) {
   // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point, and
   // says nothing but "out of range" beyond the limits.
   double value = 0;
-  bool const plain = *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';
+  bool const plain =
+      *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';
   if (plain) {
     auto const [end, error] = std::from_chars(digits, first + narrow.size(), value);
     if (error == std::errc::invalid_argument) return {0, text};
@@ -153,7 +155,8 @@ Parsed<double> readDouble(wchar const* text) {
   }
   char* end = nullptr;
   value = std::strtod(first, &end);
-  return {value, end == first ? text : start + (end - first)};
+  if (end == first) return {0, text};
+  return {value, start + (end - first)};
 }
 
 }  // namespace strings

@@ -43,7 +43,8 @@ bool isHexDigit(wchar unit) {
 wchar hexValue(wchar const* digits) {
   unsigned int value = 0;
   for (int i = 0; i < 4; ++i) {
-    wchar const unit = digits[i] >= 0xFF10 && digits[i] <= 0xFF19 ? static_cast<wchar>(digits[i] - 0xFF10 + KVW('0')) : digits[i];
+    wchar const unit =
+        digits[i] >= 0xFF10 && digits[i] <= 0xFF19 ? static_cast<wchar>(digits[i] - 0xFF10 + KVW('0')) : digits[i];
     if (!isAscii(unit)) break;
     value = value * 16 + (unit <= KVW('9') ? unit - KVW('0') : (unit | 0x20u) - KVW('a') + 10u);
   }

@@ -60,7 +60,11 @@ void String::stepIndex(int step) {
   DecimalText const number(static_cast<long long>(static_cast<std::int32_t>(stepped)));
   int const zeros = std::max(length - start - number.length(), 0);
   if (start + number.length() > length) {
-    TextBuilder(start + number.length()).append(*this, start).append(number.units(), number.length()).finish().swap(*this);
+    TextBuilder(start + number.length())
+        .append(*this, start)
+        .append(number.units(), number.length())
+        .finish()
+        .swap(*this);
     return;
   }
   wchar* const run = &(*this)[start];

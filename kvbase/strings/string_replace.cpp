@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
 #include <climits>
 #include <new>
 
@@ -12,10 +13,10 @@ namespace {
 
 using strings::kernels;
 
-// Calls `visit` with the position of each match, from left to right and without overlap.
+// Calls `visit` with the position of each match at or behind `from`, from left to right and without overlap.
 template <class Visit>
-void forEachMatch(wchar const* text, int length, wchar const* wanted, int size, Visit visit) {
-  for (int from = 0; from < length;) {
+void forEachMatch(wchar const* text, int from, int length, wchar const* wanted, int size, Visit visit) {
+  while (from < length) {
     int const at = kernels().findText(text + from, length - from, wanted, size);
     if (at < 0) return;
     visit(from + at);
@@ -43,10 +44,14 @@ int String::replace(wchar const* from, wchar const* to) {
   int const length = textLength();
   int const size = kernels().length(from);
 
-  // The matches are found twice, first to measure and then to build, so that the result is one block of exact size.
+  // The matches are found first and put in place then, so that the result is one block of exact size. Those that do not fit
+  // in here are found again.
+  constexpr int kRemembered = 256;
+  int places[kRemembered];
   int count = 0;
   int rest = 0;
-  forEachMatch(text, length, from, size, [&](int at) {
+  forEachMatch(text, 0, length, from, size, [&](int at) {
+    if (count < kRemembered) places[count] = at;
     ++count;
     rest = at + size;
   });
@@ -63,11 +68,13 @@ int String::replace(wchar const* from, wchar const* to) {
   }
   TextBuilder result(static_cast<int>(newLength));
   int copied = 0;
-  forEachMatch(text, length, from, size, [&](int at) {
+  auto const put = [&](int at) {
     result.append(text + copied, at - copied);
     if (to != nullptr) result.append(to, added);
     copied = at + size;
-  });
+  };
+  std::for_each_n(places, std::min(count, kRemembered), put);
+  if (count > kRemembered) forEachMatch(text, copied, length, from, size, put);
   result.append(text + copied, end - copied);
   result.finish().swap(*this);
   return count;

@@ -69,6 +69,18 @@ int String::findClass(int from, Accept accept) const {
   return -1;
 }
 
+// For a class whose ASCII members lie in a range: only units in it, and those beyond ASCII, are asked.
+template <class Accept>
+int String::findClassInRange(int from, wchar low, wchar high, Accept accept) const {
+  int const end = length();
+  if (from < 0) return -1;
+  for (int i = from; i < end; ++i) {
+    i += kernels().findRange(payload_->str() + i, end - i, low, high);
+    if (i < end && accept(payload_->str()[i])) return i;
+  }
+  return -1;
+}
+
 int String::findAlpha(int from) const {
   return findClass(from, [](wchar unit) { return hasClass(unit, kAlpha); });
 }
@@ -86,7 +98,8 @@ int String::findNonAlphaNum(int from) const {
 }
 
 int String::findDigit(int from, wchar except) const {
-  return findClass(from, [except](wchar unit) { return hasClass(unit, kDigit) && (except == 0 || unit != except); });
+  return findClassInRange(from, KVW('0'), KVW('9'),
+                          [except](wchar unit) { return hasClass(unit, kDigit) && (except == 0 || unit != except); });
 }
 
 int String::findNonDigit(int from) const {
@@ -94,7 +107,7 @@ int String::findNonDigit(int from) const {
 }
 
 int String::findSignedDigit(int from) const {
-  return findClass(from, isSignedDigit);
+  return findClassInRange(from, KVW('-'), KVW('9'), isSignedDigit);
 }
 
 int String::findNonSignedDigit(int from) const {

@@ -35,7 +35,7 @@ void* StringVal::allocate(int capacity) {
   return place;
 }
 
-StringVal::StringVal(wchar const* text, int length, int) : length_(length), narrow_{nullptr, nullptr} {
+StringVal::StringVal(wchar const* text, int length, int) : references_(1), length_(length), narrow_{nullptr, nullptr} {
   copyUnits(str(), text, length);
   str()[length] = 0;
 }
@@ -46,9 +46,7 @@ StringVal::~StringVal() {
 }
 
 StringVal* StringVal::construct(void* place, wchar const* text, int length, int capacity) {
-  StringVal* payload = new (place) StringVal(text, length, capacity);
-  payload->ref();
-  return payload;
+  return new (place) StringVal(text, length, capacity);
 }
 
 void StringVal::destruct(StringVal* payload) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <climits>
+#include <cstring>
 #include <new>
 
 #include "kvbase/strings/internal/character_class.h"
@@ -131,7 +132,19 @@ int String::compare(String const& other) {
 }
 
 bool String::equalsUnits(String const& other) const {
-  return compareTexts({*this, textLength()}, {other, other.textLength()}) == 0;
+  int const units = textLength();
+  if (units != other.textLength()) return compareTexts({*this, units}, {other, other.textLength()}) == 0;
+  // Where all units agree it does not matter whether a NUL is among them. A difference is looked at within its part only.
+  constexpr int kPart = 2048;
+  wchar const* const a = *this;
+  wchar const* const b = other;
+  for (int from = 0; from < units; from += kPart) {
+    int const size = std::min(kPart, units - from);
+    if (std::memcmp(a + from, b + from, static_cast<std::size_t>(size) * sizeof(wchar)) == 0) continue;
+    int const at = from + strings::kernels().mismatch(a + from, b + from, size);
+    return strings::kernels().findUnit(a, 0, at) < at;
+  }
+  return true;
 }
 
 bool String::compareEquality(String const& other) {
@@ -176,6 +189,7 @@ String String::trim(bool left, bool right) const {
   while (left && first < length && strings::hasClass(text[first], platform::kSpace)) ++first;
   int end = length;
   while (right && end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
+  if (first == 0 && end == length) return *this;
   return substr(first, end);
 }
 
@@ -207,8 +221,9 @@ String operator+(String const& a, wchar const* b) {
 }
 
 String operator+(String const& a, wchar b) {
-  wchar const text[] = {b, 0};
-  return a + text;
+  // Built in place: units just written to the stack would be read back as a vector, which stalls.
+  int const units = b != 0 ? 1 : 0;
+  return TextBuilder(a.length() + units).append(a).append(&b, units).finish();
 }
 
 String operator+(wchar const* a, String const& b) {
@@ -221,8 +236,8 @@ String operator+(wchar const* a, String const& b) {
 }
 
 String operator+(wchar a, String const& b) {
-  wchar const text[] = {a, 0};
-  return text + b;
+  int const units = a != 0 ? 1 : 0;
+  return TextBuilder(units + b.length()).append(&a, units).append(b).finish();
 }
 
 }  // namespace KV_1_1

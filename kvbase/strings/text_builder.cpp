@@ -5,10 +5,12 @@
 
 namespace KV_1_1 {
 
-TextBuilder::TextBuilder(int units) : payload_(StringVal::construct(StringVal::allocate(units), KVW(""), 0, units)) {}
+TextBuilder::TextBuilder(int units)
+    : payload_(StringVal::construct(StringVal::allocate(units), KVW(""), 0, units)), end_(payload_->str()) {}
 
 String TextBuilder::finish() {
-  payload_->str()[payload_->length_] = 0;
+  *end_ = 0;
+  payload_->length_ = static_cast<int>(end_ - payload_->str());
   return String::adopt(std::exchange(payload_, nullptr));
 }
 

@@ -8,10 +8,9 @@ namespace KV_1_1 {
 namespace strings {
 
 TextKernels const kScalarKernels = {
-    &lengthScalar,      &mismatchScalar,     &mismatchIgnoringCaseScalar,
-    &findUnitScalar,    &findLastUnitScalar, &findTextScalar,
-    &replaceUnitScalar, &utf8SizeScalar,     &toUtf8Scalar,
-    &utf16SizeScalar,   &fromUtf8Scalar,
+    &lengthScalar,    &mismatchScalar,  &mismatchIgnoringCaseScalar, &findUnitScalar, &findLastUnitScalar,
+    &findTextScalar,  &findRangeScalar, &replaceUnitScalar,          &utf8SizeScalar, &toUtf8Scalar,
+    &utf16SizeScalar, &fromUtf8Scalar,
 };
 
 TextKernels const* activeKernels = &kSse2Kernels;

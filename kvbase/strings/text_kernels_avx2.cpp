@@ -20,6 +20,9 @@ struct Avx2Vector {
   KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {
     return _mm256_load_si256(reinterpret_cast<__m256i const*>(block));
   }
+  static Register loadEnds(wchar const* units, int n) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(Half::load(units)), Half::load(units + n - Half::kUnits), 1);
+  }
   static void store(wchar* units, Register value) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(units), value); }
   static bool isAscii(char const* bytes) {
     return _mm_movemask_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const*>(bytes))) == 0;
@@ -38,6 +41,8 @@ struct Avx2Vector {
   static Register greater(Register a, Register b) { return _mm256_cmpgt_epi16(a, b); }
   static Register both(Register a, Register b) { return _mm256_and_si256(a, b); }
   static Register either(Register a, Register b) { return _mm256_or_si256(a, b); }
+  static Register unlike(Register a, Register b) { return _mm256_xor_si256(a, b); }
+  static Register lesser(Register a, Register b) { return _mm256_min_epu16(a, b); }
   static Register inverse(Register a) { return _mm256_xor_si256(a, _mm256_set1_epi16(-1)); }
   static Register choose(Register mask, Register yes, Register no) { return _mm256_blendv_epi8(no, yes, mask); }
   static Register sum(Register a, Register b) { return _mm256_add_epi16(a, b); }

@@ -12,7 +12,8 @@
 //     if (!scope.failed()) break;
 //   }
 //
-// Scopes do not nest. An expectation that fails allocates itself, so look at things inside the scope and judge them after end().
+// Scopes do not nest. An expectation that fails allocates itself, so look at things inside the scope and judge them
+// after end().
 #pragma once
 
 #include <cstddef>

@@ -51,11 +51,26 @@ wstring RandomText::text(int length, RandomUnits units) {
 
 std::string RandomText::utf8(int length) {
   // Pieces at the edge of what is well-formed: over-long forms, surrogates, beyond the last character, lone bytes.
-  static char const* const kPieces[] = {"\xC0\x80", "\xC1\xBF",         "\xE0\x80\x80",     "\xE0\x9F\xBF",
-                                        "\xED\xA0", "\xED\xBF\xBF",     "\xF0\x80\x80\x80", "\xF0\x8F\xBF\xBF",
-                                        "\xF4\x90", "\xF5\x80\x80\x80", "\xFE",             "\xFF",
-                                        "\x80",     "\xBF",             "\xC3",             "\xE2\x82",
-                                        "\xF0\x9F", "\xF0\x9F\x98",     "\xF4\x8F\xBF\xBF", "\xEF\xBF\xBF"};
+  static char const* const kPieces[] = {"\xC0\x80",
+                                        "\xC1\xBF",
+                                        "\xE0\x80\x80",
+                                        "\xE0\x9F\xBF",
+                                        "\xED\xA0",
+                                        "\xED\xBF\xBF",
+                                        "\xF0\x80\x80\x80",
+                                        "\xF0\x8F\xBF\xBF",
+                                        "\xF4\x90",
+                                        "\xF5\x80\x80\x80",
+                                        "\xFE",
+                                        "\xFF",
+                                        "\x80",
+                                        "\xBF",
+                                        "\xC3",
+                                        "\xE2\x82",
+                                        "\xF0\x9F",
+                                        "\xF0\x9F\x98",
+                                        "\xF4\x8F\xBF\xBF",
+                                        "\xEF\xBF\xBF"};
   std::string bytes;
   while (static_cast<int>(bytes.size()) < length) {
     switch (below(8)) {

@@ -55,6 +55,12 @@ inline int findTextScalar(wchar const* text, int n, wchar const* needle, int m) 
   return -1;
 }
 
+inline int findRangeScalar(wchar const* text, int n, wchar low, wchar high) {
+  int i = 0;
+  while (i < n && (text[i] < low || text[i] > high) && text[i] < 0x80) ++i;
+  return i;
+}
+
 inline int replaceUnitScalar(wchar* text, int n, wchar from, wchar to) {
   int count = 0;
   for (int i = 0; i < n && text[i] != 0; ++i) {

@@ -20,6 +20,11 @@ struct Sse2Vector {
   KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {
     return _mm_load_si128(reinterpret_cast<__m128i const*>(block));
   }
+  // The first half of the vector from the front of n units, the other half from their end.
+  static Register loadEnds(wchar const* units, int n) {
+    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(units)),
+                              _mm_loadl_epi64(reinterpret_cast<__m128i const*>(units + n - kUnits / 2)));
+  }
   static void store(wchar* units, Register value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(units), value); }
   // As many bytes as the vector has units, all ASCII.
   static bool isAscii(char const* bytes) {
@@ -39,6 +44,9 @@ struct Sse2Vector {
   static Register greater(Register a, Register b) { return _mm_cmpgt_epi16(a, b); }
   static Register both(Register a, Register b) { return _mm_and_si128(a, b); }
   static Register either(Register a, Register b) { return _mm_or_si128(a, b); }
+  // Zero where the units are alike.
+  static Register unlike(Register a, Register b) { return _mm_xor_si128(a, b); }
+  static Register lesser(Register a, Register b) { return _mm_sub_epi16(a, _mm_subs_epu16(a, b)); }
   static Register inverse(Register a) { return _mm_xor_si128(a, _mm_set1_epi16(-1)); }
   static Register choose(Register mask, Register yes, Register no) {
     return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));

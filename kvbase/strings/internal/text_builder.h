@@ -24,13 +24,13 @@ class TextBuilder {
   TextBuilder& operator=(TextBuilder const&) = delete;
 
   TextBuilder& append(wchar const* text, int units) {
-    if (units > 0) std::memcpy(payload_->str() + payload_->length_, text, sizeof(wchar) * static_cast<unsigned>(units));
-    payload_->length_ += units;
+    if (units > 0) std::memcpy(end_, text, sizeof(wchar) * static_cast<unsigned>(units));
+    end_ += units;
     return *this;
   }
   TextBuilder& append(String const& text) { return append(text, text.length()); }
   TextBuilder& append(wchar unit) {
-    payload_->str()[payload_->length_++] = unit;
+    *end_++ = unit;
     return *this;
   }
 
@@ -39,6 +39,7 @@ class TextBuilder {
 
  private:
   StringVal* payload_;
+  wchar* end_;  // where the next unit goes
 };
 
 }  // namespace KV_1_1

@@ -34,63 +34,82 @@ inline unsigned int unitsBefore(unsigned int mask) {
 template <class V>
 constexpr bool kNarrowest = std::is_void<typename V::Half>::value;
 
+// The zero units of a vector.
+template <class V>
+unsigned int zeros(typename V::Register units) {
+  return V::mask(V::equal(units, V::zero()));
+}
+
+// The smaller units of four vectors: one that is zero in any of them is zero in the result.
+template <class V>
+typename V::Register least(typename V::Register a, typename V::Register b, typename V::Register c,
+                           typename V::Register d) {
+  return V::lesser(V::lesser(a, b), V::lesser(c, d));
+}
+
 template <class V>
 KVBASE_READS_ALIGNED_BLOCKS int length(wchar const* text) {
   constexpr std::uintptr_t kBytes = V::kUnits * sizeof(wchar);
-  std::uintptr_t const skipped = reinterpret_cast<std::uintptr_t>(text) % kBytes;
+  std::uintptr_t const address = reinterpret_cast<std::uintptr_t>(text);
+  std::uintptr_t const skipped = address % kBytes;
   char const* block = reinterpret_cast<char const*>(text) - skipped;
-  unsigned int zeros = V::mask(V::equal(V::loadAligned(block), V::zero())) >> skipped;
-  if (zeros != 0) return firstUnit(zeros);
-  do {
-    block += kBytes;
-    zeros = V::mask(V::equal(V::loadAligned(block), V::zero()));
-  } while (zeros == 0);
+  unsigned int found = zeros<V>(V::loadAligned(block)) >> skipped;
+  if (found != 0) return firstUnit(found);
+  block += kBytes;
+  // Four vectors to a branch, once they are aligned together and so lie in one page.
+  for (; reinterpret_cast<std::uintptr_t>(block) % (4 * kBytes) != 0; block += kBytes) {
+    found = zeros<V>(V::loadAligned(block));
+    if (found != 0) break;
+  }
+  if (found == 0) {
+    while (zeros<V>(least<V>(V::loadAligned(block), V::loadAligned(block + kBytes), V::loadAligned(block + 2 * kBytes),
+                             V::loadAligned(block + 3 * kBytes))) == 0) {
+      block += 4 * kBytes;
+    }
+    while ((found = zeros<V>(V::loadAligned(block))) == 0) block += kBytes;
+  }
   return static_cast<int>((block - reinterpret_cast<char const*>(text)) / static_cast<int>(sizeof(wchar))) +
-         firstUnit(zeros);
+         firstUnit(found);
 }
 
-// Index of the first of n units that the test finds; n if there is none. test(i) gives a vector with all bits set for each
-// unit found among the V::kUnits units from i on. n is at least V::kUnits.
+// Ranges below this are left to the scalar kernels.
+constexpr int kFew = 4;
+
+// Index of the first of n units for which the test gives zero; n if there is none. test(V(), load) gives a vector of
+// results, where load(text) loads the units of a text that are to be tested.
+// REQUIRES: n is at least kFew.
 template <class V, class Test>
-int firstFound(int n, Test test) {
+int firstZero(int n, Test test) {
   constexpr int kUnits = V::kUnits;
+  if (n < kUnits) {
+    if constexpr (!kNarrowest<V>) {
+      if (n < kUnits / 2) return firstZero<typename V::Half>(n, test);
+    }
+    unsigned int const found = zeros<V>(test(V(), [n](wchar const* text) { return V::loadEnds(text, n); }));
+    if (found == 0) return n;
+    int const unit = firstUnit(found);
+    return unit < kUnits / 2 ? unit : unit + n - kUnits;
+  }
+  auto const at = [test](int i) { return test(V(), [i](wchar const* text) { return V::load(text + i); }); };
   int i = 0;
   // Long texts go four vectors to a branch.
   for (; i + 4 * kUnits <= n; i += 4 * kUnits) {
-    auto const found =
-        V::either(V::either(test(i), test(i + kUnits)), V::either(test(i + 2 * kUnits), test(i + 3 * kUnits)));
-    if (V::mask(found) != 0) break;
+    if (zeros<V>(least<V>(at(i), at(i + kUnits), at(i + 2 * kUnits), at(i + 3 * kUnits))) != 0) break;
   }
   for (; i + kUnits <= n; i += kUnits) {
-    if (unsigned int const found = V::mask(test(i))) return i + firstUnit(found);
+    if (unsigned int const found = zeros<V>(at(i))) return i + firstUnit(found);
   }
   if (i < n) {
     i = n - kUnits;
-    if (unsigned int const found = V::mask(test(i))) return i + firstUnit(found);
+    if (unsigned int const found = zeros<V>(at(i))) return i + firstUnit(found);
   }
   return n;
 }
 
-// Four to seven units, as two overlapping words of four.
-inline int mismatchOfFew(wchar const* a, wchar const* b, int n) {
-  std::uint64_t wordA;
-  std::uint64_t wordB;
-  std::memcpy(&wordA, a, sizeof wordA);
-  std::memcpy(&wordB, b, sizeof wordB);
-  int const start = wordA != wordB ? 0 : n - 4;
-  return start + mismatchScalar(a + start, b + start, n - start);
-}
-
 template <class V>
 int mismatch(wchar const* a, wchar const* b, int n) {
-  if (n >= V::kUnits) {
-    return firstFound<V>(n, [a, b](int i) { return V::inverse(V::equal(V::load(a + i), V::load(b + i))); });
-  }
-  if constexpr (kNarrowest<V>) {
-    return n >= 4 ? mismatchOfFew(a, b, n) : mismatchScalar(a, b, n);
-  } else {
-    return mismatch<typename V::Half>(a, b, n);
-  }
+  if (n < kFew) return mismatchScalar(a, b, n);
+  return firstZero<V>(n, [a, b](auto v, auto load) { return decltype(v)::equal(load(a), load(b)); });
 }
 
 template <class V>
@@ -101,31 +120,22 @@ typename V::Register folded(typename V::Register units) {
 
 template <class V>
 int mismatchIgnoringCase(wchar const* a, wchar const* b, int n) {
-  if (n >= V::kUnits) {
-    return firstFound<V>(
-        n, [a, b](int i) { return V::inverse(V::equal(folded<V>(V::load(a + i)), folded<V>(V::load(b + i)))); });
-  }
-  if constexpr (kNarrowest<V>) {
-    return mismatchIgnoringCaseScalar(a, b, n);
-  } else {
-    return mismatchIgnoringCase<typename V::Half>(a, b, n);
-  }
+  if (n < kFew) return mismatchIgnoringCaseScalar(a, b, n);
+  return firstZero<V>(n, [a, b](auto v, auto load) {
+    using W = decltype(v);
+    return W::equal(folded<W>(load(a)), folded<W>(load(b)));
+  });
 }
 
 template <class V>
 int findUnit(wchar const* text, wchar unit, int n) {
-  if (n >= V::kUnits) {
-    auto const wanted = V::of(unit);
-    return firstFound<V>(n, [text, wanted](int i) {
-      auto const units = V::load(text + i);
-      return V::either(V::equal(units, wanted), V::equal(units, V::zero()));
-    });
-  }
-  if constexpr (kNarrowest<V>) {
-    return findUnitScalar(text, unit, n);
-  } else {
-    return findUnit<typename V::Half>(text, unit, n);
-  }
+  if (n < kFew) return findUnitScalar(text, unit, n);
+  if (unit == 0) return firstZero<V>(n, [text](auto, auto load) { return load(text); });
+  return firstZero<V>(n, [text, unit](auto v, auto load) {
+    using W = decltype(v);
+    auto const units = load(text);
+    return W::lesser(units, W::unlike(units, W::of(unit)));
+  });
 }
 
 template <class V>
@@ -145,49 +155,61 @@ int findLastUnit(wchar const* text, wchar unit, int n) {
   return rest >= 0 ? i + rest : last;
 }
 
-// Where the needle may stand: its first and its last unit are in place. The middle is compared then. A text on which that
-// goes wrong too often is left to the linear search.
+// Where the needle may stand: its first and last unit are in place, and one in its middle. What is between them is
+// compared then. A text on which that goes wrong too often is left to the linear search.
 template <class V>
 int findText(wchar const* text, int n, wchar const* needle, int m) {
-  if (m > n) return -1;
   int const starts = n - m + 1;
-  if (starts < V::kUnits) {
-    if constexpr (kNarrowest<V>) {
-      return findTextScalar(text, n, needle, m);
-    } else {
-      return findText<typename V::Half>(text, n, needle, m);
-    }
-  }
-  if (findUnit<V>(text, 0, m - 1) < m - 1) return -1;
-  auto const first = V::of(needle[0]);
-  auto const last = V::of(needle[m - 1]);
+  wchar const first = needle[0];
+  wchar const middle = needle[m / 2];
+  wchar const last = needle[m - 1];
   long long wasted = 0;
-  for (int next = 0; next < starts;) {
-    // The last vector overlaps the one before it.
-    int const i = next + V::kUnits <= starts ? next : starts - V::kUnits;
-    auto const ends = V::load(text + i + m - 1);
-    auto const places = V::both(V::equal(V::load(text + i), first), V::equal(ends, last));
-    auto const nul = V::equal(ends, V::zero());
-    if (V::mask(V::either(places, nul)) != 0) {
-      unsigned int const nulMask = V::mask(nul);
-      unsigned int candidates = V::mask(places) & ~0u << 2 * (next - i);
-      if (nulMask != 0) candidates &= unitsBefore(nulMask);
-      for (; candidates != 0; candidates &= candidates - 1, candidates &= candidates - 1) {
-        int const at = i + firstUnit(candidates);
-        int const matched = m > 2 ? mismatch<V>(text + at + 1, needle + 1, m - 2) : 0;
-        if (m <= 2 || matched == m - 2) return at;
-        wasted += matched;
-        if (wasted > 8ll * (at + m)) {
-          int const end = at + findUnit<V>(text + at, 0, n - at);
-          int const found = findTextLinear(text + at, end - at, needle, m);
-          return found < 0 ? -1 : at + found;
-        }
-      }
-      if (nulMask != 0) return -1;
+  for (int at = 0; at < starts; ++at) {
+    wchar const* const rest = text + at;
+    int const few = starts - at;
+    if (few < kFew) {
+      int const found = findTextScalar(rest, n - at, needle, m);
+      return found < 0 ? -1 : at + found;
     }
-    next = i + V::kUnits;
+    // Zero is a place for the needle, or a NUL: it ends the text, and no needle that stands before it can contain it.
+    auto const two = [rest, first, last, m](auto v, auto load) {
+      using W = decltype(v);
+      auto const units = load(rest);
+      return W::lesser(units, W::either(W::unlike(units, W::of(first)), W::unlike(load(rest + m - 1), W::of(last))));
+    };
+    at += m > 2 ? firstZero<V>(few,
+                               [rest, first, middle, last, m](auto v, auto load) {
+                                 using W = decltype(v);
+                                 auto const units = load(rest);
+                                 auto const ends = W::either(W::unlike(units, W::of(first)),
+                                                             W::unlike(load(rest + m - 1), W::of(last)));
+                                 return W::lesser(units, W::either(ends, W::unlike(load(rest + m / 2), W::of(middle))));
+                               })
+                : firstZero<V>(few, two);
+    if (at == starts || text[at] == 0) return -1;
+    int const matched = m > 2 ? mismatch<V>(text + at + 1, needle + 1, m - 2) : 0;
+    if (m <= 2 || matched == m - 2) return at;
+    wasted += matched;
+    if (wasted > 8ll * (at + m)) {
+      int const end = at + findUnit<V>(text + at, 0, n - at);
+      int const found = findTextLinear(text + at, end - at, needle, m);
+      return found < 0 ? -1 : at + found;
+    }
   }
   return -1;
+}
+
+// Units beyond ASCII are found on either side of the signed comparison: as numbers below zero, or above the range.
+template <class V>
+int findRange(wchar const* text, int n, wchar low, wchar high) {
+  if (n < kFew) return findRangeScalar(text, n, low, high);
+  return firstZero<V>(n, [text, low, high](auto v, auto load) {
+    using W = decltype(v);
+    auto const units = load(text);
+    auto const beyond = W::either(W::greater(W::zero(), units), W::greater(units, W::of(0x7F)));
+    auto const outside = W::either(W::greater(W::of(low), units), W::greater(units, W::of(high)));
+    return W::both(outside, W::inverse(beyond));
+  });
 }
 
 template <class V>
@@ -295,10 +317,9 @@ int fromUtf8(char const* bytes, int n, wchar* units) {
 
 template <class V>
 constexpr TextKernels kVectorKernels = {
-    &length<V>,      &mismatch<V>,     &mismatchIgnoringCase<V>,
-    &findUnit<V>,    &findLastUnit<V>, &findText<V>,
-    &replaceUnit<V>, &utf8Size<V>,     &toUtf8<V>,
-    &utf16Size<V>,   &fromUtf8<V>,
+    &length<V>,    &mismatch<V>,  &mismatchIgnoringCase<V>, &findUnit<V>, &findLastUnit<V>,
+    &findText<V>,  &findRange<V>, &replaceUnit<V>,          &utf8Size<V>, &toUtf8<V>,
+    &utf16Size<V>, &fromUtf8<V>,
 };
 
 }  // namespace

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+//
+// The disk, as far as the library and not the disk decides: a tree on a file system in memory.
+#include <fts.h>
+#include <unistd.h>
+
+#include <QDirIterator>
+#include <QFileInfo>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "benchmarks/support.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// 20 folders with 24 folders each, so 500 in all, and 40 files in each of them. Built when first asked for.
+class Tree {
+ public:
+  static std::string const& root() {
+    static Tree const tree;
+    return tree.root_;
+  }
+
+ private:
+  Tree() {
+    fs::path const base = fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
+    root_ = (base / "kvbase-bench-XXXXXX").string();
+    if (mkdtemp(root_.data()) == nullptr) throw fs::filesystem_error("no folder", fs::path(root_), std::error_code());
+    for (int i = 0; i < 20; ++i) {
+      fs::path const upper = fs::path(root_) / ("scan" + std::to_string(i));
+      addFolder(upper);
+      for (int j = 0; j < 24; ++j) addFolder(upper / ("part" + std::to_string(j)));
+    }
+  }
+  ~Tree() {
+    std::error_code ignored;
+    fs::remove_all(root_, ignored);
+  }
+
+  static void addFolder(fs::path const& folder) {
+    fs::create_directory(folder);
+    for (int i = 0; i < 40; ++i) std::ofstream(folder / ("points" + std::to_string(i) + ".dat"));
+  }
+
+  std::string root_;
+};
+
+int collected(SmartPtr<Directory const> const& root) {
+  return static_cast<int>(root->collectFiles(KVW("*"), true).size());
+}
+
+int collectedByFts(std::string const& root) {
+  std::vector<std::string> files;
+  char* const roots[] = {const_cast<char*>(root.c_str()), nullptr};
+  FTS* const walk = fts_open(roots, FTS_PHYSICAL | FTS_NOSTAT, nullptr);
+  while (FTSENT const* entry = fts_read(walk)) {
+    if (entry->fts_info == FTS_F || entry->fts_info == FTS_NSOK)
+      files.emplace_back(entry->fts_path, entry->fts_pathlen);
+  }
+  fts_close(walk);
+  return static_cast<int>(files.size());
+}
+
+int collectedByStd(std::string const& root) {
+  std::vector<fs::path> files;
+  for (fs::directory_entry const& entry : fs::recursive_directory_iterator(root)) {
+    if (!entry.is_directory()) files.push_back(entry.path());
+  }
+  return static_cast<int>(files.size());
+}
+
+template <class Kept>
+int collectedByQt(std::string const& root, Kept (QDirIterator::*kept)() const) {
+  std::vector<Kept> files;
+  QDirIterator walk(QString::fromStdString(root), QDir::Files | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+  while (walk.hasNext()) {
+    walk.next();
+    files.push_back((walk.*kept)());
+  }
+  return static_cast<int>(files.size());
+}
+
+void addCollecting() {
+  Row("disk: collect 20000 files in 500 folders")
+      .add("KVBase", [] { return collected(Directory::fromUTF8(Tree::root())); })
+      .add("fts", [] { return collectedByFts(Tree::root()); })
+      .add("std", [] { return collectedByStd(Tree::root()); })
+      .add("QDirIterator", [] { return collectedByQt(Tree::root(), &QDirIterator::filePath); })
+      .add("QDirIterator, QFileInfo", [] { return collectedByQt(Tree::root(), &QDirIterator::fileInfo); });
+}
+
+// Peers are given their path once, as File is.
+void addExists() {
+  static auto const path = [] { return Tree::root() + "/scan7/part7/points7.dat"; };
+  Row("disk: exists")
+      .add("KVBase",
+           [] {
+             static SmartPtr<File> const file = File::fromString(String(UTF8Interface(path().c_str())));
+             return file->exists();
+           })
+      .add("std",
+           [] {
+             static fs::path const file = path();
+             return fs::exists(file);
+           })
+      .add("QFileInfo", [] {
+        static QString const file = QString::fromStdString(path());
+        return QFileInfo::exists(file);
+      });
+}
+
+}  // namespace
+
+void addDisk() {
+  addCollecting();
+  addExists();
+}
+
+}  // namespace bench
+}  // namespace KV_1_1

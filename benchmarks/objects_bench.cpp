@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+//
+// Counted objects and the questions after their class.
+#include <QExplicitlySharedDataPointer>
+#include <QFile>
+#include <QSharedData>
+#include <QSharedPointer>
+#include <QTemporaryFile>
+#include <QTimer>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+#include <memory>
+#include <vector>
+
+#include "benchmarks/support.h"
+#include "kvbase/modules/client_module.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+namespace {
+
+constexpr int kMany = 1000;
+
+// The same small object with a virtual destructor, once for each kind of pointer.
+class Node : public BaseNode {
+ public:
+  int value = 7;
+};
+struct CountedByBoost : boost::intrusive_ref_counter<CountedByBoost, boost::thread_safe_counter> {
+  virtual ~CountedByBoost() = default;
+  int value = 7;
+};
+struct CountedByQt : QSharedData {
+  virtual ~CountedByQt() = default;
+  int value = 7;
+};
+struct Uncounted {
+  virtual ~Uncounted() = default;
+  int value = 7;
+};
+
+// Adds the row's work for each kind of pointer; makeWork takes a function that gives a new owned object.
+template <class MakeWork>
+void addPointers(char const* name, MakeWork makeWork) {
+  Row(name)
+      .add("KVBase", makeWork([] { return SmartPtr<Node>(new Node); }))
+      .add("intrusive_ptr", makeWork([] { return boost::intrusive_ptr<CountedByBoost>(new CountedByBoost); }))
+      .add("QExplicitly...", makeWork([] { return QExplicitlySharedDataPointer<CountedByQt>(new CountedByQt); }))
+      .add("QSharedPointer", makeWork([] { return QSharedPointer<Uncounted>::create(); }))
+      .add("shared_ptr", makeWork([] { return std::make_shared<Uncounted>(); }));
+}
+
+template <class Pointer>
+struct Held {
+  Pointer pointer;
+};
+template <class Pointer>
+u16string plain(Held<Pointer> const& held) {
+  return bench::plain(held.pointer->value);
+}
+
+template <class Pointer>
+u16string plain(std::vector<Pointer> const& pointers) {
+  int sum = 0;
+  for (Pointer const& pointer : pointers) sum += pointer->value;
+  return bench::plain(sum);
+}
+
+void addOwnership() {
+  addPointers("objects: copy + drop a pointer", [](auto create) {
+    using Pointer = decltype(create());
+    return [pointer = create()] { return Held<Pointer>{pointer}; };
+  });
+  addPointers("objects: new + own + drop", [](auto create) {
+    using Pointer = decltype(create());
+    return [create] { return Held<Pointer>{create()}; };
+  });
+  addPointers("objects: vector of 1000, copy + drop", [](auto create) {
+    std::vector<decltype(create())> pointers;
+    for (int i = 0; i < kMany; ++i) pointers.push_back(create());
+    return [pointers] { return pointers; };
+  });
+  // The objects stand already; the vector grows as it is filled.
+  addPointers("objects: push_back 1000, drop", [](auto create) {
+    using Pointer = decltype(create());
+    return [pointer = create()] {
+      std::vector<Pointer> pointers;
+      for (int i = 0; i < kMany; ++i) pointers.push_back(pointer);
+      return pointers;
+    };
+  });
+}
+
+Module const& ownModule() {
+  static ModuleOwner owner;
+  return owner.module();
+}
+
+// A line of classes, Level<4> four below Level<0>.
+template <int depth>
+class Level : public Level<depth - 1> {
+ public:
+  mZClass const* getClassType() const override { return Class(); }
+  static mZClass const* Class() {
+    static mZClass const record(KVW("Level"), Level<depth - 1>::Class(), ownModule(), ClassVersion());
+    return &record;
+  }
+};
+template <>
+class Level<0> : public BaseNode {
+ public:
+  mZClass const* getClassType() const override { return Class(); }
+  static mZClass const* Class() {
+    static mZClass const record(KVW("Level0"), BaseNode::Class(), ownModule(), ClassVersion());
+    return &record;
+  }
+};
+// Beside that line.
+class Stranger : public Level<1> {
+ public:
+  mZClass const* getClassType() const override { return Class(); }
+  static mZClass const* Class() {
+    static mZClass const record(KVW("Stranger"), Level<1>::Class(), ownModule(), ClassVersion());
+    return &record;
+  }
+};
+
+// Qt's own line of classes as deep: QTemporaryFile - QFile - QFileDevice - QIODevice - QObject.
+template <class Asked>
+void addKind(char const* name, QMetaObject const& qtAsked) {
+  SmartPtr<BaseNode const> const object(new Level<4>);
+  Row(name)
+      .add("KVBase", [object, asked = Asked::Class()] { return object->isKindOf(asked); })
+      .add("dynamic_cast", [object] { return dynamic_cast<Asked const*>(object.get()) != nullptr; })
+      .add("QMetaObject", [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile),
+                           asked = &qtAsked] { return qtObject->metaObject()->inherits(asked); })
+      .add("QObject::inherits", [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile), asked = &qtAsked] {
+        return qtObject->inherits(asked->className());
+      });
+}
+
+}  // namespace
+
+void addObjects() {
+  addOwnership();
+  addKind<Level<4>>("objects: isKindOf, own class", QTemporaryFile::staticMetaObject);
+  addKind<Level<3>>("objects: isKindOf, 1 up", QFile::staticMetaObject);
+  addKind<Level<0>>("objects: isKindOf, 4 up", QObject::staticMetaObject);
+  addKind<Stranger>("objects: isKindOf, unrelated", QTimer::staticMetaObject);
+}
+
+}  // namespace bench
+}  // namespace KV_1_1

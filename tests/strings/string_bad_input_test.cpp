@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+//
+// Texts that nobody wrote by hand: every unit there is, halves of pairs, NULs inside, and a million units. Large texts
+// would hang where an operation takes more than linear time.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/reference/string_encoding.h"
+#include "tests/reference/string_model.h"
+#include "tests/strings/string_support.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+wstring everyUnit() {
+  wstring text;
+  for (int unit = 1; unit <= 0xFFFF; ++unit) text += static_cast<wchar>(unit);
+  return text;
+}
+
+TEST(StringBadInput, EveryUnitInOneText) {
+  wstring const all = everyUnit();
+  String const text = make(all);
+  ASSERT_EQ(0xFFFF, text.length());
+  EXPECT_TRUE(units(text) == all);
+  for (int i = 0; i < 0xFFFF; ++i) {
+    wchar const unit = all[static_cast<std::size_t>(i)];
+    ASSERT_EQ(i, text.find(unit, 0));
+    ASSERT_EQ(i, text.findLastOf(unit, 0));
+  }
+  EXPECT_EQ(0x8000 - 1, text.find(String(wchar(0x8000), 1), 0));
+  EXPECT_TRUE(text.endsWith(make(all.substr(0x7000))));
+  EXPECT_TRUE(text.startsWith(make(all.substr(0, 0x7000))));
+  EXPECT_TRUE(text.substr(5, 60000) == make(all.substr(5, 59995)));
+  EXPECT_EQ(reference::toUtf8(all), text.stringUTF8());
+  EXPECT_TRUE((text + text).find(text, 1) == 0xFFFF);
+}
+
+TEST(StringBadInput, EveryUnitThroughTheOperations) {
+  for (int value = 1; value <= 0xFFFF; ++value) {
+    wchar const unit = static_cast<wchar>(value);
+    wstring const plain = {KVW('<'), unit, KVW('>')};
+    String const text = make(plain);
+    String const one(unit, 1);
+    ASSERT_EQ(1, one.length()) << value;
+    ASSERT_EQ(0, one.compare(unit)) << value;
+    ASSERT_TRUE(text == KVW('<') + one + KVW('>')) << value;
+    ASSERT_EQ(reference::compare(plain, KVW("<a>")), text.compare(KVW("<a>"))) << value;
+    ASSERT_EQ(reference::compareIgnoreCase(plain, KVW("<a>")) > 0, text.compareIgnoreCase(KVW("<a>")) > 0) << value;
+    String replaced = text;
+    bool const bracket = unit == KVW('<') || unit == KVW('>');
+    ASSERT_EQ(bracket ? 2 : 1, replaced.replace(one, String(KVW("--")))) << value;
+    ASSERT_TRUE(bracket || replaced == KVW("<-->")) << value;
+    String const trimmed = one.trim(true, true);
+    ASSERT_TRUE(reference::isSpace(unit) ? shares(trimmed, String::EMPTY) : shares(trimmed, one)) << value;
+    String printed;
+    if (value % 16 == 0 || value < 0x100) {
+      printed.printf(KVW("<%ls>"), one);
+      ASSERT_TRUE(printed == text) << value;
+    }
+  }
+}
+
+TEST(StringBadInput, HalvesOfPairsArePlainUnits) {
+  wchar const high = wchar(0xD83D);
+  wchar const low = wchar(0xDE00);
+  wstring const texts[] = {
+      wstring(1, high), wstring(1, low), {low, high}, {high, high, low}, {KVW('a'), high, KVW('b')}};
+  for (wstring const& plain : texts) {
+    String const text = make(plain);
+    EXPECT_EQ(static_cast<int>(plain.size()), text.length());
+    EXPECT_TRUE(units(text) == plain);
+    EXPECT_TRUE(units(text.substr(0, 1)) == plain.substr(0, 1));
+    EXPECT_EQ(reference::toUtf8(plain), text.stringUTF8());
+    EXPECT_FALSE(isNil(String(UTF8Interface(text.stringUTF8()))));
+    String cut = text;
+    EXPECT_EQ(std::count(plain.begin(), plain.end(), high), cut.replace(String(high, 1), nullptr));
+    EXPECT_EQ(-1, cut.find(high, 0));
+  }
+  String pair = make({high, low});
+  EXPECT_EQ(1, pair.find(low, 0)) << "a pair may be torn: positions are those of units";
+}
+
+TEST(StringBadInput, MalformedUtf8GivesReplacementCharacters) {
+  String const text(
+      UTF8Interface("a\xFF\xC3"
+                    "b\xE2\x82"));
+  EXPECT_EQ(wstring({KVW('a'), wchar(0xFFFD), wchar(0xFFFD), KVW('b'), wchar(0xFFFD)}), units(text));
+}
+
+constexpr int kMany = 1 << 20;
+
+TEST(StringBadInput, AMillionUnits) {
+  String const text(KVW('a'), kMany);
+  String const other = String(KVW('a'), kMany - 1) + KVW('b');
+  ASSERT_EQ(kMany, text.length());
+  EXPECT_EQ(-1, text.compare(other));
+  EXPECT_FALSE(text.compareEquality(other));
+  EXPECT_GT(0, text.compareIgnoreCase(other));
+  EXPECT_EQ(kMany - 1, other.find(KVW('b'), 0));
+  EXPECT_EQ(-1, text.find(KVW('b'), 0));
+  EXPECT_EQ(kMany - 1, text.findLastOf(KVW('a'), 0));
+  EXPECT_EQ(-1, text.findNonAlpha(0));
+  EXPECT_EQ(kMany - 1, text.findLastOf(KVW("a")));
+  EXPECT_EQ(kMany, static_cast<int>(std::string(text.stringUTF8()).size()));
+  EXPECT_TRUE(shares(text.trim(true, true), text));
+  EXPECT_TRUE(shares(String(KVW(' '), kMany).trim(true, true), String::EMPTY));
+}
+
+TEST(StringBadInput, SearchesWithAMillionFalseStarts) {
+  String const text(KVW('a'), kMany);
+  String const half(KVW('a'), kMany / 2);
+  for (String const& wanted : {half + KVW('b'), KVW('b') + half, half.substr(0, kMany / 4) + KVW('b') + half}) {
+    EXPECT_EQ(-1, text.find(wanted, 0));
+    EXPECT_EQ(-1, text.findLastOf(wanted));
+    String replaced = text;
+    EXPECT_EQ(0, replaced.replace(wanted, String(KVW("x"))));
+    EXPECT_TRUE(shares(replaced, text));
+  }
+  EXPECT_EQ(kMany / 2, text.findLastOf(half));
+}
+
+TEST(StringBadInput, AMillionReplacements) {
+  struct Row {
+    char const* name;
+    wchar const* from;
+    wchar const* to;
+    int count;
+    String expected;
+  } const rows[] = {
+      {"growing", KVW("a"), KVW("bcd"), kMany, String(KVW("bcd"))},
+      {"the same size", KVW("a"), KVW("b"), kMany, String(KVW("b"))},
+      {"shrinking", KVW("aa"), KVW("b"), kMany / 2, String(KVW("b"))},
+      {"deleting", KVW("a"), nullptr, kMany, String::EMPTY},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    String text(KVW('a'), kMany);
+    EXPECT_EQ(row.count, text.replace(row.from, row.to));
+    EXPECT_EQ(row.count * row.expected.length(), text.length());
+    EXPECT_TRUE(text.startsWith(row.expected));
+  }
+  String text(KVW('a'), kMany);
+  EXPECT_EQ(kMany, text.replace(KVW('a'), KVW('b')));
+  EXPECT_TRUE(text == String(KVW('b'), kMany));
+}
+
+TEST(StringBadInput, InnerNulsSurviveWhatCopies) {
+  wstring const plain = {KVW('a'), wchar(0), wchar(0), KVW('b')};
+  String const text = make(plain);
+  EXPECT_EQ(plain + plain, units(text + text));
+  EXPECT_EQ(plain, units(text.substr(0, -1)));
+  EXPECT_EQ(plain.substr(1), units(text.substr(1, -1)));
+  String copy = text;
+  copy.write(KVW("c"), 1);
+  EXPECT_EQ(plain + KVW('c'), units(copy));
+  EXPECT_EQ(plain, units(text));
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1

@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: MIT
+//
+// The payload: how it is built, measured, written to and released.
+#include "kvbase/strings/string_val.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "kvbase/platform/text_api.h"
+#include "kvbase/strings/kv_string.h"
+#include "tests/support/allocation_failure.h"
+#include "tests/support/narrow_text.h"
+#include "tests/support/scripted_text.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+// Owns one reference to a payload for the length of a scope.
+class Owned {
+ public:
+  explicit Owned(StringVal* payload) : payload_(payload) {}
+  ~Owned() {
+    if (payload_ != nullptr) payload_->unref();
+  }
+  Owned(Owned const&) = delete;
+  Owned& operator=(Owned const&) = delete;
+
+  StringVal* get() const { return payload_; }
+  StringVal* operator->() const { return payload_; }
+  StringVal& operator*() const { return *payload_; }
+
+ private:
+  StringVal* payload_;
+};
+
+wstring units(StringVal const& payload) {
+  return wstring(payload.stringValue(), static_cast<std::size_t>(payload.length()));
+}
+
+TEST(StringStorage, WideTextIsTakenByItsSize) {
+  wchar const abz[] = {KVW('a'), KVW('b'), 0};
+  wchar const azz[] = {KVW('a'), 0, 0};
+  wchar const azb[] = {KVW('a'), 0, KVW('b')};
+  wchar const z[] = {0};
+  struct Row {
+    char const* name;
+    wchar const* text;
+    int length;
+    int capacity;
+    wstring expected;
+  } const rows[] = {
+      {"measured", abz, -1, -1, KVW("ab")},
+      {"measured up to the first NUL", azb, -1, -1, KVW("a")},
+      {"counted", abz, 2, -1, KVW("ab")},
+      {"counted in part", abz, 1, -1, KVW("a")},
+      {"terminator counted", abz, 3, -1, KVW("ab")},
+      {"two NULs counted: one is dropped", azz, 3, -1, wstring(azz, 2)},
+      {"inner NUL counted", azb, 3, -1, wstring(azb, 3)},
+      {"nothing counted", abz, 0, -1, wstring()},
+      {"empty text measured", z, -1, -1, wstring()},
+      {"empty text counted as 0", z, 0, -1, wstring()},
+      {"a lone terminator counted", z, 1, -1, wstring()},
+      {"room for more", abz, -1, 10, KVW("ab")},
+      {"room for exactly the text", abz, 2, 2, KVW("ab")},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Owned const payload(StringVal::construct(row.text, row.length, row.capacity));
+    EXPECT_EQ(static_cast<int>(row.expected.size()), payload->lazyLength());
+    EXPECT_EQ(row.expected, units(*payload));
+    EXPECT_EQ(0, payload->at(payload->length()));
+    EXPECT_EQ(1u, payload->inqRefCount());
+    EXPECT_NE(row.text, payload->stringValue());
+  }
+}
+
+TEST(StringStorage, SurplusCapacityIsWritable) {
+  Owned const payload(StringVal::construct(KVW("abc"), -1, 10));
+  ASSERT_EQ(3, payload->length());
+  for (int i = 3; i < 10; ++i) (*payload)[i] = KVW('x');
+  (*payload)[10] = 0;
+  EXPECT_EQ(wstring(KVW("abcxxxxxxx")), units(*payload));
+}
+
+TEST(StringStorage, OneAllocationForHeaderAndText) {
+  AllocationFailure scope(0);
+  StringVal* const payload = StringVal::construct(KVW("a text of some length"), -1, -1);
+  int const allocations = scope.allocations();
+  payload->unref();
+  scope.end();
+  EXPECT_EQ(1, allocations);
+  EXPECT_EQ(0, scope.live());
+}
+
+TEST(StringStorage, NarrowTextIsTakenByItsSize) {
+  ScriptedText text;
+  text.ansi = 1252;
+  platform::ScopedBackend<platform::TextApi> scope(text);
+  struct Row {
+    char const* name;
+    char const* bytes;
+    int length;
+    wstring expected;
+  } const rows[] = {
+      {"measured", "abc", -1, KVW("abc")},
+      {"measured up to the first NUL", "a\0b", -1, KVW("a")},
+      {"empty text measured", "", -1, wstring()},
+      {"counted", "abc", 3, KVW("abc")},
+      {"counted in part", "abc", 2, KVW("ab")},
+      {"terminator counted", "abc", 4, KVW("abc")},
+      {"inner NUL counted", "a\0b", 3, wstring({KVW('a'), wchar(0), KVW('b')})},
+      {"two NULs counted: one is dropped", "a\0", 3, wstring({KVW('a'), wchar(0)})},
+      {"above ASCII", "\xE4\x80", -1, wstring({wchar(0xE4), wchar(0x20AC)})},
+      {"above ASCII counted", "\xE4\x80", 2, wstring({wchar(0xE4), wchar(0x20AC)})},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Owned const payload(StringVal::construct(row.bytes, row.length, -1));
+    ASSERT_NE(nullptr, payload.get());
+    EXPECT_EQ(static_cast<int>(row.expected.size()), payload->lazyLength());
+    EXPECT_EQ(row.expected, units(*payload));
+    EXPECT_EQ(0, payload->at(payload->length()));
+    EXPECT_EQ(1u, payload->inqRefCount());
+  }
+}
+
+TEST(StringStorage, NarrowTextThatGivesNothingGivesNull) {
+  AllocationFailure scope(0);
+  StringVal* const ofNoBytes = StringVal::construct("", 0, -1);
+  StringVal* const ofNoBytesWithRoom = StringVal::construct("abc", 0, 10);
+  StringVal* const ofLoneTerminator = StringVal::construct("", 1, -1);
+  StringVal* const ofNull = StringVal::constructUsingCodepage(CodePageInterface(nullptr, 65001), -1, -1);
+  StringVal* const ofNoPage = StringVal::constructUsingCodepage(CodePageInterface("abc", 4711), -1, -1);
+  StringVal* const ofNoUtf8Bytes = StringVal::constructUsingCodepage(UTF8Interface("abc"), 0, -1);
+  int const live = scope.live();
+  scope.end();
+  EXPECT_EQ(nullptr, ofNoBytes);
+  EXPECT_EQ(nullptr, ofNoBytesWithRoom);
+  EXPECT_EQ(nullptr, ofLoneTerminator);
+  EXPECT_EQ(nullptr, ofNull);
+  EXPECT_EQ(nullptr, ofNoPage);
+  EXPECT_EQ(nullptr, ofNoUtf8Bytes);
+  EXPECT_EQ(0, live);
+}
+
+TEST(StringStorage, ConversionThatFailsAtTheSecondStepLeavesNothing) {
+  for (int failAt = 1; failAt <= 2; ++failAt) {
+    SCOPED_TRACE(failAt);
+    ScriptedText text;
+    text.ansi = 1252;
+    text.failAt = failAt;
+    platform::ScopedBackend<platform::TextApi> backend(text);
+    AllocationFailure scope(0);
+    StringVal* const counted = StringVal::construct("abc", 3, -1);
+    int const live = scope.live();
+    scope.end();
+    EXPECT_EQ(nullptr, counted);
+    EXPECT_EQ(0, live);
+    EXPECT_EQ(failAt, text.calls);
+
+    text.calls = 0;
+    EXPECT_EQ(nullptr, StringVal::constructUsingCodepage(CodePageInterface("abc", 1252), -1, -1));
+    EXPECT_EQ(failAt, text.calls);
+  }
+}
+
+TEST(StringStorage, CapacityGoesForNarrowTextToo) {
+  Owned const payload(StringVal::constructUsingCodepage(UTF8Interface("abc"), -1, 20));
+  ASSERT_EQ(3, payload->length());
+  for (int i = 3; i < 20; ++i) (*payload)[i] = KVW('x');
+  (*payload)[20] = 0;
+  EXPECT_EQ(20, payload->length());
+}
+
+TEST(StringStorage, CodePagesDecideOnTheText) {
+  struct Row {
+    char const* name;
+    char const* bytes;
+    unsigned int page;
+    int length;
+    wstring expected;
+  } const rows[] = {
+      {"UTF-8 measured", "\xC3\xA4\xE2\x82\xAC", 65001, -1, wstring({wchar(0xE4), wchar(0x20AC)})},
+      {"1252 measured", "\xE4\x80", 1252, -1, wstring({wchar(0xE4), wchar(0x20AC)})},
+      {"1252 counted", "\xE4\x80", 1252, 2, wstring({wchar(0xE4), wchar(0x20AC)})},
+      {"1251 measured", "\xC0\xFF", 1251, -1, wstring({wchar(0x410), wchar(0x44F)})},
+      {"932 measured", "\x93\xFA\x96\x7B", 932, -1, wstring({wchar(0x65E5), wchar(0x672C)})},
+      {"932 of one byte a unit, counted", "ab", 932, 2, KVW("ab")},
+      {"UTF-8 pair measured", "\xF0\x9F\x98\x80", 65001, -1, wstring({wchar(0xD83D), wchar(0xDE00)})},
+      {"UTF-8 of ASCII, counted", "abc", 65001, 3, KVW("abc")},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    CodePageInterface const bytes(row.bytes, row.page);
+    Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, -1));
+    ASSERT_NE(nullptr, payload.get());
+    EXPECT_EQ(row.expected, units(*payload));
+    EXPECT_EQ(0, payload->at(payload->length()));
+  }
+}
+
+// Where a count of bytes and the units that come out differ, the length is one short and the last unit lies behind it.
+TEST(StringStorage, CountedDoubleByteTextComesOutOneShort) {
+  struct Row {
+    char const* name;
+    char const* bytes;
+    unsigned int page;
+    int length;
+    wstring converted;
+  } const rows[] = {
+      {"932", "\x93\xFA\x96\x7B", 932, 4, wstring({wchar(0x65E5), wchar(0x672C)})},
+      {"932, terminator counted", "\x93\xFA\x96\x7B", 932, 5, wstring({wchar(0x65E5), wchar(0x672C)})},
+      {"932, one character", "\x93\xFA", 932, 2, wstring({wchar(0x65E5)})},
+      {"UTF-8", "a\xC3\xA4", 65001, 3, wstring({KVW('a'), wchar(0xE4)})},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    CodePageInterface const bytes(row.bytes, row.page);
+    // Room is asked for so that the unit behind the length may be looked at.
+    Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, 10));
+    ASSERT_NE(nullptr, payload.get());
+    int const converted = static_cast<int>(row.converted.size());
+    EXPECT_EQ(converted - 1, payload->lazyLength());
+    for (int i = 0; i < converted; ++i) EXPECT_EQ(row.converted[static_cast<std::size_t>(i)], payload->at(i));
+  }
+}
+
+TEST(StringStorage, ConcatenationBuildsANewPayload) {
+  wchar const withNul[] = {KVW('c'), 0, KVW('d')};
+  struct Row {
+    char const* name;
+    wchar const* front;
+    wchar const* back;
+    int length;
+    wstring expected;
+  } const rows[] = {
+      {"measured", KVW("ab"), KVW("cd"), -1, KVW("abcd")},
+      {"counted", KVW("ab"), KVW("cdef"), 2, KVW("abcd")},
+      {"nothing", KVW("ab"), KVW(""), 0, KVW("ab")},
+      {"nothing of something", KVW("ab"), KVW("cd"), 0, KVW("ab")},
+      {"empty text measured", KVW("ab"), KVW(""), -1, KVW("ab")},
+      {"on an empty text", KVW(""), KVW("cd"), -1, KVW("cd")},
+      {"both empty", KVW(""), KVW(""), -1, wstring()},
+      {"inner NUL counted", KVW("ab"), withNul, 3, wstring({KVW('a'), KVW('b'), KVW('c'), wchar(0), KVW('d')})},
+      {"a counted terminator stays", KVW("ab"), KVW("c"), 2, wstring({KVW('a'), KVW('b'), KVW('c'), wchar(0)})},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Owned const front(StringVal::construct(row.front, -1, -1));
+    Owned const both(front->concatenation(row.back, row.length));
+    EXPECT_NE(front.get(), both.get());
+    EXPECT_EQ(static_cast<int>(row.expected.size()), both->lazyLength());
+    EXPECT_EQ(row.expected, units(*both));
+    EXPECT_EQ(0, both->at(both->length()));
+    EXPECT_EQ(1u, both->inqRefCount());
+    EXPECT_EQ(wstring(row.front), units(*front));
+    EXPECT_EQ(1u, front->inqRefCount());
+  }
+}
+
+TEST(StringStorage, ConcatenationMeasuresItsOwnTextAndTakesItself) {
+  Owned const text(StringVal::construct(KVW("abcd"), -1, -1));
+  (*text)[2] = 0;
+  Owned const both(text->concatenation(text->stringValue(), -1));
+  EXPECT_EQ(wstring(KVW("abab")), units(*both));
+}
+
+TEST(StringStorage, CountsReferences) {
+  StringVal* const payload = StringVal::construct(KVW("abc"), -1, -1);
+  payload->ref();
+  payload->ref();
+  EXPECT_EQ(3u, payload->inqRefCount());
+  EXPECT_FALSE(payload->unref());
+  EXPECT_FALSE(payload->unref());
+  EXPECT_EQ(1u, payload->inqRefCount());
+  EXPECT_TRUE(payload->unref());
+}
+
+TEST(StringStorage, EverythingIsReleasedWithTheLastReference) {
+  AllocationFailure scope(0);
+  {
+    String const text(KVW("abc"));
+    String const other = text;
+    text.stringAnsi();
+    text.stringUTF8();
+  }
+  scope.end();
+  EXPECT_EQ(3, scope.allocations()) << "the payload and its two narrow copies";
+  EXPECT_EQ(0, scope.live());
+  EXPECT_EQ(0, scope.mismatched());
+}
+
+TEST(StringStorage, TakingThePlaceOfAUnitForgetsTheLength) {
+  Owned const payload(StringVal::construct(KVW("abc"), -1, -1));
+  wchar& place = (*payload)[0];
+  EXPECT_EQ(-1, payload->lazyLength());
+  EXPECT_EQ(3, payload->length()) << "nothing was written";
+  EXPECT_EQ(3, payload->lazyLength());
+
+  place = KVW('x');
+  EXPECT_EQ(KVW('x'), payload->at(0));
+  (*payload)[1] = 0;
+  EXPECT_EQ(-1, payload->lazyLength());
+  EXPECT_EQ(1, payload->length());
+  EXPECT_EQ(wstring(KVW("x")), units(*payload));
+}
+
+TEST(StringStorage, MeasuringEndsAtAnInnerNul) {
+  wchar const text[] = {KVW('a'), 0, KVW('b')};
+  Owned const payload(StringVal::construct(text, 3, -1));
+  EXPECT_EQ(3, payload->length());
+  EXPECT_EQ(KVW('b'), (*payload)[2]);
+  EXPECT_EQ(1, payload->length());
+}
+
+TEST(StringStorage, Reverses) {
+  struct Row {
+    char const* name;
+    wchar const* text;
+    wchar const* expected;
+    int lazyLength;
+  } const rows[] = {
+      {"empty", KVW(""), KVW(""), 0},          {"one unit", KVW("a"), KVW("a"), 1},
+      {"two units", KVW("ab"), KVW("ba"), -1}, {"odd", KVW("abc"), KVW("cba"), -1},
+      {"even", KVW("abcd"), KVW("dcba"), -1},  {"palindrome", KVW("aba"), KVW("aba"), -1},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Owned const payload(StringVal::construct(row.text, -1, -1));
+    payload->reverse();
+    EXPECT_EQ(row.lazyLength, payload->lazyLength());
+    EXPECT_EQ(wstring(row.expected), units(*payload));
+  }
+}
+
+TEST(StringStorage, ReverseKeepsNarrowCopiesOfShortTextsOnly) {
+  Owned const one(StringVal::construct(KVW("a"), -1, -1));
+  char const* const ansi = one->stringAnsi();
+  char const* const utf8 = one->stringUTF8();
+  one->reverse();
+  EXPECT_EQ(ansi, one->stringAnsi());
+  EXPECT_EQ(utf8, one->stringUTF8());
+
+  AllocationFailure scope(0);
+  StringVal* const two = StringVal::construct(KVW("ab"), -1, -1);
+  two->stringAnsi();
+  two->stringUTF8();
+  two->reverse();
+  int const before = scope.live();
+  two->length();
+  int const after = scope.live();
+  bool const converted = std::strcmp(two->stringUTF8(), "ba") == 0 && std::strcmp(two->stringAnsi(), "ba") == 0;
+  two->unref();
+  scope.end();
+  EXPECT_EQ(3, before);
+  EXPECT_EQ(1, after) << "the recount drops both copies";
+  EXPECT_TRUE(converted);
+  EXPECT_EQ(0, scope.live());
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1

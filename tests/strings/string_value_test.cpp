@@ -1,0 +1,382 @@
+// SPDX-License-Identifier: MIT
+//
+// What a String is as a value: building, sharing, units, comparison, concatenation.
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "tests/strings/string_support.h"
+#include "tests/support/allocation_failure.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+wchar const* const kNull = nullptr;
+
+TEST(StringValue, Construction) {
+  wchar const abz[] = {KVW('a'), KVW('b'), 0};
+  wchar const azb[] = {KVW('a'), 0, KVW('b')};
+  wchar const azz[] = {KVW('a'), 0, 0};
+  struct Row {
+    char const* name;
+    String built;
+    char const* expected;
+  } const rows[] = {
+      {"nothing", String(), "NIL"},
+      {"null", String(kNull), "NIL"},
+      {"null with size", String(kNull, 5), "NIL"},
+      {"null with size 0", String(kNull, 0), "NIL"},
+      {"null with size -1", String(kNull, -1), "NIL"},
+      {"copy of NIL", String(String::NIL), "NIL"},
+      {"empty text", String(KVW("")), "\"\""},
+      {"empty text with size 0", String(KVW(""), 0), "\"\""},
+      {"empty text with size -1", String(KVW(""), -1), "\"\""},
+      {"text with size 0", String(KVW("ab"), 0), "\"\""},
+      {"lone terminator counted", String(KVW(""), 1), "\"\""},
+      {"text", String(KVW("ab")), "\"ab\""},
+      {"text measured", String(KVW("ab"), -1), "\"ab\""},
+      {"text counted in part", String(KVW("abc"), 2), "\"ab\""},
+      {"terminator counted", String(abz, 3), "\"ab\""},
+      {"inner NUL, unmeasured", String(azb), "\"a\""},
+      {"inner NUL counted", String(azb, 3), "\"a\\0b\""},
+      {"two NULs counted", String(azz, 3), "\"a\\0\""},
+      {"no units", String(KVW('x'), 0), "\"\""},
+      {"three units", String(KVW('x'), 3), "\"xxx\""},
+      {"three NULs", String(wchar(0), 3), "\"\""},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(row.expected, state(row.built));
+  }
+}
+
+TEST(StringValue, AnEmptyTextEqualsEmptyWithoutBeingIt) {
+  String const own(KVW(""));
+  EXPECT_FALSE(isNil(own));
+  EXPECT_FALSE(shares(own, String::EMPTY));
+  EXPECT_EQ(0, own.length());
+  EXPECT_TRUE(own == String::EMPTY);
+  EXPECT_EQ(0, own.compare(String::EMPTY));
+  EXPECT_FALSE(shares(own, String(KVW(""))));
+}
+
+TEST(StringValue, AnInnerNulEndsWhatReadersSee) {
+  String const inner = make(wstring({KVW('a'), wchar(0), KVW('b')}));
+  String const same(KVW("a"));
+  EXPECT_EQ(3, inner.length());
+  EXPECT_EQ(wstring(KVW("a")), visible(inner));
+  EXPECT_EQ(0, inner.compare(same));
+  EXPECT_EQ(0, inner.compareIgnoreCase(same));
+  EXPECT_FALSE(inner.compareEquality(same)) << "two known lengths that differ";
+  EXPECT_EQ(-1, inner.find(KVW('b'), 0));
+  EXPECT_STREQ("a", inner.stringUTF8());
+}
+
+TEST(StringValue, CopiesShareAndAssignmentReleases) {
+  AllocationFailure scope(0);
+  bool shared = true;
+  int afterRelease = -1;
+  {
+    String a(KVW("abc"));
+    String b(a);
+    String c;
+    String* const result = &(c = b);
+    shared = shared && shares(a, b) && shares(a, c) && result == &c;
+    String& self = a;
+    a = self;
+    shared = shared && shares(a, b);
+    a = String::NIL;
+    b = c;
+    shared = shared && isNil(a) && shares(b, c);
+    b = String::NIL;
+    c = String::NIL;
+    afterRelease = scope.live();
+  }
+  scope.end();
+  EXPECT_TRUE(shared);
+  EXPECT_EQ(0, afterRelease);
+  EXPECT_EQ(1, scope.allocations());
+}
+
+TEST(StringValue, MovesTakeThePayload) {
+  String a(KVW("abc"));
+  wchar const* const text = a;
+  String b(std::move(a));
+  EXPECT_TRUE(text == static_cast<wchar const*>(b));
+  EXPECT_EQ("NIL", state(a));
+  String c(KVW("old"));
+  c = std::move(b);
+  EXPECT_TRUE(text == static_cast<wchar const*>(c));
+  String& self = c;
+  c = std::move(self);
+  EXPECT_EQ("\"abc\"", state(c));
+}
+
+TEST(StringValue, EmptyIsHandedOnWithoutAllocation) {
+  AllocationFailure scope(0);
+  {
+    String const a = String::EMPTY;
+    String const b = String(KVW("")).substr(0, -1);
+    String const c = String::NIL.substr(0, -1);
+    (void)a, (void)b, (void)c;
+  }
+  scope.end();
+  EXPECT_EQ(1, scope.allocations()) << "only the text built from a literal";
+  EXPECT_EQ(0, String::EMPTY.length());
+  EXPECT_EQ(0, *static_cast<wchar const*>(String::EMPTY));
+}
+
+TEST(StringValue, UnitsAreWrittenToAnOwnPayload) {
+  String a(KVW("abc"));
+  String const b = a;
+  a[1] = KVW('x');
+  EXPECT_EQ("\"axc\"", state(a));
+  EXPECT_EQ("\"abc\"", state(b));
+  EXPECT_FALSE(shares(a, b));
+
+  wchar const* const text = a;
+  a[0] = KVW('y');
+  EXPECT_TRUE(text == static_cast<wchar const*>(a)) << "the only holder writes in place";
+  a[1] = 0;
+  EXPECT_EQ(1, a.length());
+  EXPECT_EQ("\"y\"", state(a));
+}
+
+TEST(StringValue, ReadingAUnitThroughTheBracketsUnsharesToo) {
+  String a(KVW("abc"));
+  String const b = a;
+  EXPECT_EQ(KVW('c'), a[2]);
+  EXPECT_EQ(0, a[3]);
+  EXPECT_FALSE(shares(a, b));
+  EXPECT_EQ("\"abc\"", state(a));
+
+  String empty = String::EMPTY;
+  EXPECT_EQ(0, empty[0]);
+  EXPECT_FALSE(shares(empty, String::EMPTY));
+}
+
+TEST(StringValue, UnsharingKeepsInnerNulsUntilTheLengthIsMeasured) {
+  wstring const inner({KVW('a'), wchar(0), KVW('b')});
+  String a = make(inner);
+  String const b = a;
+  EXPECT_EQ(KVW('b'), a[2]);
+  EXPECT_EQ(1, a.length());
+  EXPECT_EQ(inner, units(b));
+}
+
+TEST(StringValue, BracketsOnNilGiveOutOfRange) {
+  ASSERT_EQ(7, String::outOfRange);
+  String nil;
+  EXPECT_EQ(&String::outOfRange, &nil[0]);
+  EXPECT_EQ(&String::outOfRange, &nil[-1]);
+  EXPECT_EQ(&String::outOfRange, &nil[1000]);
+  nil[3] = KVW('x');
+  EXPECT_EQ(KVW('x'), nil[0]);
+  EXPECT_EQ("NIL", state(nil));
+  String::outOfRange = 7;
+}
+
+TEST(StringValue, TheTextPointerIsNeverNull) {
+  ASSERT_NE(nullptr, static_cast<wchar const*>(String::NIL));
+  EXPECT_EQ(0, *static_cast<wchar const*>(String::NIL));
+  EXPECT_EQ(0, String::NIL.length());
+  EXPECT_TRUE(static_cast<wchar const*>(String::NIL) != static_cast<wchar const*>(String::EMPTY));
+}
+
+TEST(StringValue, Write) {
+  wchar const czd[] = {KVW('c'), 0, KVW('d')};
+  struct Row {
+    char const* name;
+    String receiver;
+    wchar const* text;
+    int size;
+    char const* expected;
+  } const rows[] = {
+      {"null on NIL", String::NIL, nullptr, -1, "NIL"},
+      {"null on a text", String(KVW("ab")), nullptr, 3, "\"ab\""},
+      {"null on EMPTY", String::EMPTY, nullptr, -1, "EMPTY"},
+      {"measured on NIL", String::NIL, KVW("cd"), -1, "\"cd\""},
+      {"counted on NIL", String::NIL, KVW("cd"), 1, "\"c\""},
+      {"terminator counted on NIL", String::NIL, KVW("cd"), 3, "\"cd\""},
+      {"size 0 on NIL", String::NIL, KVW("cd"), 0, "\"\""},
+      {"empty text on NIL", String::NIL, KVW(""), -1, "\"\""},
+      {"measured on EMPTY", String::EMPTY, KVW("cd"), -1, "\"cd\""},
+      {"empty text on EMPTY", String::EMPTY, KVW(""), -1, "\"\""},
+      {"measured", String(KVW("ab")), KVW("cd"), -1, "\"abcd\""},
+      {"counted", String(KVW("ab")), KVW("cd"), 1, "\"abc\""},
+      {"size 0", String(KVW("ab")), KVW("cd"), 0, "\"ab\""},
+      {"terminator counted stays", String(KVW("ab")), KVW("cd"), 3, "\"abcd\\0\""},
+      {"inner NUL counted", String(KVW("ab")), czd, 3, "\"abc\\0d\""},
+      {"inner NUL measured", String(KVW("ab")), czd, -1, "\"abc\""},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    String written = row.receiver;
+    written.write(row.text, row.size);
+    EXPECT_EQ(row.expected, state(written));
+  }
+}
+
+TEST(StringValue, WriteBuildsANewPayload) {
+  String a(KVW("ab"));
+  wchar const* const old = a;
+  String const keep = a;
+  a.write(KVW(""), 0);
+  EXPECT_TRUE(old != static_cast<wchar const*>(a)) << "even where nothing is added";
+  EXPECT_EQ("\"ab\"", state(keep));
+  a.write(a, -1);
+  EXPECT_EQ("\"abab\"", state(a)) << "its own text may be written";
+}
+
+struct Pair {
+  char const* name;
+  wstring a;
+  wstring b;
+  int order;
+  int foldedOrder;
+};
+
+std::initializer_list<Pair> const kPairs = {
+    {"equal", KVW("abc"), KVW("abc"), 0, 0},
+    {"both empty", wstring(), wstring(), 0, 0},
+    {"prefix", KVW("ab"), KVW("abc"), -1, -1},
+    {"empty against text", wstring(), KVW("a"), -1, -1},
+    {"case", KVW("ABC"), KVW("abc"), -1, 0},
+    {"underscore stands behind Z but before z", KVW("_"), KVW("A"), 1, -1},
+    {"bracket against letter", KVW("a["), KVW("aB"), 1, -1},
+    {"brace against letter", KVW("{"), KVW("Z"), 1, 1},
+    {"units are unsigned", wstring(1, wchar(0x8000)), KVW("a"), 1, 1},
+    {"the largest unit", wstring(1, wchar(0xFFFF)), wstring(1, wchar(0x7FFF)), 1, 1},
+    {"surrogates by unit, not by character", wstring({wchar(0xD83D), wchar(0xDE00)}), wstring(1, wchar(0xFFFD)), -1,
+     -1},
+    {"umlauts are not folded", wstring(1, wchar(0xC4)), wstring(1, wchar(0xE4)), -1, -1},
+    {"dotless i is not folded", wstring(1, wchar(0x131)), KVW("I"), 1, 1},
+    {"Kelvin sign is not folded", wstring(1, wchar(0x212A)), KVW("k"), 1, 1},
+    {"inner NUL ends the text", wstring({KVW('a'), wchar(0), KVW('x')}), wstring({KVW('a'), wchar(0), KVW('y')}), 0, 0},
+    {"inner NUL against a longer text", wstring({KVW('a'), wchar(0), KVW('x')}), KVW("ab"), -1, -1},
+};
+
+int sign(int value) {
+  return (value > 0) - (value < 0);
+}
+
+TEST(StringValue, Comparison) {
+  for (Pair const& pair : kPairs) {
+    SCOPED_TRACE(pair.name);
+    String const a = make(pair.a);
+    String const b = make(pair.b);
+    EXPECT_EQ(pair.order, a.compare(b));
+    EXPECT_EQ(-pair.order, b.compare(a));
+    EXPECT_EQ(pair.order, a.compare(pair.b.c_str()));
+    EXPECT_EQ(pair.order, String(a).compare(pair.b.c_str()));
+    EXPECT_EQ(pair.order, String(a).compare(b));
+    EXPECT_EQ(pair.foldedOrder, sign(a.compareIgnoreCase(b)));
+    EXPECT_EQ(-pair.foldedOrder, sign(b.compareIgnoreCase(a)));
+    EXPECT_EQ(pair.foldedOrder, sign(a.compareIgnoreCase(pair.b.c_str())));
+    EXPECT_EQ(pair.order < 0, a < b);
+    EXPECT_EQ(pair.order > 0, a > b);
+    EXPECT_EQ(pair.order <= 0, a <= b);
+    EXPECT_EQ(pair.order >= 0, a >= b);
+    EXPECT_EQ(pair.order == 0, a == pair.b.c_str());
+    EXPECT_EQ(pair.order != 0, pair.a.c_str() != b);
+    bool const equal = pair.order == 0 && pair.a.size() == pair.b.size();
+    EXPECT_EQ(equal, a.compareEquality(b));
+    EXPECT_EQ(equal, a == b);
+    EXPECT_EQ(!equal, a != b);
+  }
+}
+
+TEST(StringValue, ComparisonWithNil) {
+  String const nil;
+  String const empty(KVW(""));
+  String const text(KVW("a"));
+  for (String const* other : {&empty, &text, &String::EMPTY}) {
+    EXPECT_EQ(-1, nil.compare(*other));
+    EXPECT_EQ(1, other->compare(nil));
+    EXPECT_GT(0, nil.compareIgnoreCase(*other));
+    EXPECT_LT(0, other->compareIgnoreCase(nil));
+    EXPECT_EQ(1, other->compare(kNull));
+    EXPECT_LT(0, other->compareIgnoreCase(kNull));
+    EXPECT_FALSE(nil.compareEquality(*other));
+    EXPECT_FALSE(other->compareEquality(nil));
+    EXPECT_EQ(-1, nil.compare(static_cast<wchar const*>(*other)));
+    EXPECT_GT(0, nil.compareIgnoreCase(static_cast<wchar const*>(*other)));
+    EXPECT_EQ(-1, String().compare(*other));
+    EXPECT_EQ(1, String(*other).compare(nil));
+    EXPECT_FALSE(String().compareEquality(*other));
+    EXPECT_FALSE(String(*other).compareEquality(nil));
+  }
+  EXPECT_EQ(0, nil.compare(String::NIL));
+  EXPECT_EQ(0, nil.compare(kNull));
+  EXPECT_EQ(0, nil.compareIgnoreCase(String::NIL));
+  EXPECT_EQ(0, nil.compareIgnoreCase(kNull));
+  EXPECT_TRUE(nil.compareEquality(String::NIL));
+  EXPECT_TRUE(nil == kNull);
+  EXPECT_FALSE(empty == kNull);
+}
+
+TEST(StringValue, ComparisonWithOneUnit) {
+  String const a(KVW("a"));
+  EXPECT_EQ(0, a.compare(KVW('a')));
+  EXPECT_EQ(1, a.compare(KVW('A')));
+  EXPECT_EQ(-1, a.compare(KVW('b')));
+  EXPECT_EQ(1, a.compare(wchar(0)));
+  EXPECT_EQ(1, String(KVW("ab")).compare(KVW('a')));
+  EXPECT_EQ(0, String::EMPTY.compare(wchar(0)));
+  EXPECT_EQ(-1, String::EMPTY.compare(KVW('a')));
+  EXPECT_EQ(-1, String::NIL.compare(wchar(0)));
+  EXPECT_EQ(-1, String::NIL.compare(KVW('a')));
+  EXPECT_EQ(0, a.compareIgnoreCase(KVW('A')));
+  EXPECT_LT(0, a.compareIgnoreCase(KVW('_')));
+  EXPECT_LT(0, a.compareIgnoreCase(wchar(0)));
+  EXPECT_EQ(0, String::EMPTY.compareIgnoreCase(wchar(0)));
+  EXPECT_EQ(-1, String::NIL.compareIgnoreCase(wchar(0)));
+}
+
+TEST(StringValue, UnequalLengthsThatAreNotBothKnownAreCompared) {
+  String a = make(wstring({KVW('a'), wchar(0), KVW('b')}));
+  String const b(KVW("a"));
+  EXPECT_FALSE(static_cast<String const&>(a).compareEquality(b));
+  a[0] = KVW('a');  // the length is not known from here on
+  EXPECT_TRUE(static_cast<String const&>(a).compareEquality(b));
+}
+
+TEST(StringValue, ChangeableStringsMergeWhenEqual) {
+  for (bool const byEquality : {true, false}) {
+    SCOPED_TRACE(byEquality);
+    String a(KVW("abc"));
+    String const b(KVW("abc"));
+    String const other(KVW("abd"));
+    wchar const* const old = a;
+    EXPECT_FALSE(byEquality ? a.compareEquality(other) : a.compare(other) == 0);
+    EXPECT_TRUE(old == static_cast<wchar const*>(a)) << "a different text changes nothing";
+    EXPECT_TRUE(byEquality ? a.compareEquality(b) : a.compare(b) == 0);
+    EXPECT_TRUE(shares(a, b));
+    EXPECT_TRUE(byEquality ? a.compareEquality(b) : a.compare(b) == 0);
+    EXPECT_TRUE(shares(a, b)) << "and once more with the shared payload";
+
+    String const constant(KVW("abc"));
+    EXPECT_TRUE(byEquality ? constant.compareEquality(b) : constant.compare(b) == 0);
+    EXPECT_FALSE(shares(constant, b));
+  }
+  EXPECT_EQ("\"abc\"", state(String(KVW("abc"))));
+}
+
+TEST(StringValue, MergingReleasesTheOldPayload) {
+  AllocationFailure scope(0);
+  int live = 0;
+  {
+    String a(KVW("abc"));
+    String b(KVW("abc"));
+    a.compareEquality(b);
+    live = scope.live();
+  }
+  scope.end();
+  EXPECT_EQ(1, live);
+  EXPECT_EQ(0, scope.live());
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1
