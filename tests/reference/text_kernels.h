@@ -44,6 +44,13 @@ inline int findLastUnit(wstring const& text, wchar wanted) {
   return last;
 }
 
+// Units beyond ASCII count as found.
+inline int findRange(wstring const& text, wchar low, wchar high) {
+  std::size_t i = 0;
+  while (i < text.size() && text[i] <= 0x7F && !(low <= text[i] && text[i] <= high)) ++i;
+  return static_cast<int>(i);
+}
+
 inline int replaceUnit(wstring& text, wchar from, wchar to) {
   int count = 0;
   for (std::size_t i = 0; i < text.size() && text[i] != 0; ++i) {

@@ -122,6 +122,21 @@ TEST(StringReplace, Texts) {
   }
 }
 
+TEST(StringReplace, ACountedTerminatorBehindTheLastMatchIsDropped) {
+  String const text = [] {
+    String ended(KVW("ab"));
+    ended.write(KVW("c"), 2);
+    return ended;
+  }();
+  ASSERT_EQ("\"abc\\0\"", state(text));
+  String replaced = text;
+  EXPECT_EQ(1, replaced.replace(KVW("a"), KVW("x")));
+  EXPECT_EQ("\"xbc\"", state(replaced));
+  replaced = text;
+  EXPECT_EQ(0, replaced.replace(KVW("y"), KVW("x")));
+  EXPECT_TRUE(shares(replaced, text)) << "without a match nothing is cut";
+}
+
 TEST(StringReplace, WithoutAMatchThePayloadStays) {
   String const other(KVW("abc"));
   String text = other;

@@ -127,6 +127,22 @@ TEST(TextKernels, FindUnit) {
   }
 }
 
+TEST(TextKernels, FindRange) {
+  struct Range {
+    wchar low, high;
+  } const ranges[] = {{KVW('0'), KVW('9')}, {KVW('-'), KVW('9')}, {KVW('b'), KVW('b')}, {0x01, 0x1F}};
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    forTexts(17, [&twin, &ranges](RandomText&, wstring const& text, int shift) {
+      Block const block(text, shift);
+      for (Range const& range : ranges) {
+        ASSERT_EQ(reference::findRange(text, range.low, range.high),
+                  twin.kernels->findRange(block.text(), static_cast<int>(text.size()), range.low, range.high));
+      }
+    });
+  }
+}
+
 TEST(TextKernels, EveryUnitIsFoundAndFolded) {
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);

@@ -119,9 +119,9 @@ void sweep(Row const& row, bool isShared) {
     scope.end();
 
     ASSERT_EQ(threw, !isDone) << "allocation " << n;
-    if (isShared) ASSERT_EQ(shown(holder), shown(String(row.text))) << "allocation " << n;
+    if (isShared) ASSERT_EQ(spelled(holder), spelled(String(row.text))) << "allocation " << n;
     if (isDone) return;
-    ASSERT_EQ(shown(string), shown(String(row.text))) << "the receiver, allocation " << n;
+    ASSERT_EQ(spelled(string), spelled(String(row.text))) << "the receiver, allocation " << n;
   }
   FAIL() << "allocates without end";
 }

@@ -50,8 +50,8 @@ TEST(ValueEscape, ControlsToEsc) {
       String string(row.text);
       String const holder = string;
       string.controlsToEsc(unicode);
-      EXPECT_EQ(shown(string), shown(String(unicode ? row.withUnicode : row.without)));
-      EXPECT_EQ(shown(holder), shown(String(row.text)));
+      EXPECT_EQ(spelled(string), spelled(String(unicode ? row.withUnicode : row.without)));
+      EXPECT_EQ(spelled(holder), spelled(String(row.text)));
     }
   }
 }
@@ -110,8 +110,8 @@ TEST(ValueEscape, EscToControls) {
     String string(row.text);
     String const holder = string;
     EXPECT_EQ(string.escToControls(true), row.result);
-    EXPECT_EQ(shown(string), shown(String(row.decoded)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(string), spelled(String(row.decoded)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
   }
 }
 
@@ -131,8 +131,8 @@ TEST(ValueEscape, EscToControlsWithoutUnicode) {
     String string(row.text);
     String const holder = string;
     EXPECT_EQ(string.escToControls(false), row.result);
-    EXPECT_EQ(shown(string), shown(String(row.decoded)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(string), spelled(String(row.decoded)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
   }
 }
 
@@ -163,7 +163,7 @@ TEST(ValueEscape, EscapedAsciiBeforeABadEscape) {
     String const holder = string;
     EXPECT_EQ(string.escToControls(true), static_cast<int>(wstring(text).size()) - 2);
     EXPECT_FALSE(isNil(string));
-    EXPECT_EQ(shown(holder), shown(String(text)));
+    EXPECT_EQ(spelled(holder), spelled(String(text)));
   }
 }
 
@@ -175,16 +175,16 @@ void compareWithModel(Text const& text, bool unicode) {
   string.controlsToEsc(unicode);
   Text const escaped = value_model::controlsToEsc(text, unicode);
   if (textOf(string) != (escaped ? Text(value_model::untilNul(*escaped)) : escaped))
-    FAIL() << "controlsToEsc(" << unicode << ") of " << shown(text) << " gives " << shown(string);
+    FAIL() << "controlsToEsc(" << unicode << ") of " << spelled(text) << " gives " << spelled(string);
 
   string = original;
   int const result = string.escToControls(unicode);
   value_model::Decoded const decoded = value_model::escToControls(text, unicode);
   Text const expected = decoded.text ? Text(value_model::untilNul(*decoded.text)) : decoded.text;
   if (result != decoded.result || (decoded.textSettled && textOf(string) != expected))
-    FAIL() << "escToControls(" << unicode << ") of " << shown(text) << " is " << result << " for " << decoded.result
-           << " and gives " << shown(string) << " for " << shown(expected);
-  if (unitsOf(original) != text) FAIL() << shown(text) << " changed for another holder";
+    FAIL() << "escToControls(" << unicode << ") of " << spelled(text) << " is " << result << " for " << decoded.result
+           << " and gives " << spelled(string) << " for " << spelled(expected);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
 // Controls, quotes, wide units and pieces of escapes, good ones for the greater part.
@@ -241,7 +241,7 @@ void expectRoundTrip(wstring const& text) {
   string.controlsToEsc(true);
   for (int i = 0; i < string.length(); ++i)
     if (static_cast<wchar const*>(string)[i] >= 0x80) FAIL() << "unit " << i << " of the escaped text is not ASCII";
-  if (string.escToControls(true) != -1 || unitsOf(string) != Text(text)) FAIL() << shown(original);
+  if (string.escToControls(true) != -1 || unitsOf(string) != Text(text)) FAIL() << spelled(original);
 }
 
 TEST(ValueEscape, DecodingUndoesEscaping) {

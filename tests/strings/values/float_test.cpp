@@ -29,7 +29,7 @@ std::string printed(Real value) {
   added += value;
   String shifted;
   shifted << value;
-  EXPECT_EQ(shown(added), shown(shifted));
+  EXPECT_EQ(spelled(added), spelled(shifted));
   return narrow(*unitsOf(added));
 }
 
@@ -90,7 +90,7 @@ void compareWithModel(Real value) {
   String string;
   string += value;
   std::string const expected = value_model::realText(value);
-  if (*unitsOf(string) != widen(expected)) ADD_FAILURE() << shown(string) << " for " << expected;
+  if (*unitsOf(string) != widen(expected)) ADD_FAILURE() << spelled(string) << " for " << expected;
 }
 
 template <class Real>

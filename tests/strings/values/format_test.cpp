@@ -86,9 +86,9 @@ void expectAppended(Row const& row, String const& receiver, wstring const& befor
     String changed = receiver;
     String const holder = receiver;
     EXPECT_EQ(&operation(changed), &changed) << "the receiver is returned";
-    EXPECT_EQ(shown(changed), shown(Text(expected)));
+    EXPECT_EQ(spelled(changed), spelled(Text(expected)));
     EXPECT_FALSE(isNil(changed));
-    EXPECT_EQ(shown(holder), shown(receiver)) << "another holder keeps its text";
+    EXPECT_EQ(spelled(holder), spelled(receiver)) << "another holder keeps its text";
     if (!isNil(receiver)) EXPECT_FALSE(share(changed, holder)) << "a payload of its own, also for an empty text";
   }
 }
@@ -110,11 +110,11 @@ TEST(ValueFormat, AppendsTheTextOfEveryType) {
 TEST(ValueFormat, NilBecomesAStringButForNilAndNull) {
   String string;
   string << 5;
-  EXPECT_EQ(shown(string), "\"5\"");
+  EXPECT_EQ(spelled(string), "\"5\"");
 
   string = String();
   string << wchar();
-  EXPECT_EQ(shown(string), "\"\"");
+  EXPECT_EQ(spelled(string), "\"\"");
 
   string = String();
   string += static_cast<wchar const*>(nullptr);
@@ -163,27 +163,27 @@ TEST(ValueFormat, AStringCanBeAppendedToItself) {
   String string(KVW("ab"));
   String const holder = string;
   string += string;
-  EXPECT_EQ(shown(string), "\"abab\"");
+  EXPECT_EQ(spelled(string), "\"abab\"");
   string << string << string;
-  EXPECT_EQ(shown(string), "\"abababababababab\"") << "the second argument is the text as it is by then";
+  EXPECT_EQ(spelled(string), "\"abababababababab\"") << "the second argument is the text as it is by then";
   wchar const* const own = string;
   string += own + 14;
-  EXPECT_EQ(shown(string), "\"ababababababababab\"");
-  EXPECT_EQ(shown(holder), "\"ab\"");
+  EXPECT_EQ(spelled(string), "\"ababababababababab\"");
+  EXPECT_EQ(spelled(holder), "\"ab\"");
 }
 
 TEST(ValueFormat, ChainsMixTypes) {
   String string;
   string << KVW("scan ") << 5 << KVW(' ') << 2.5 << KVW(' ') << true << KVW(' ') << static_cast<signed char>(-1)
          << String(KVW("!"));
-  EXPECT_EQ(shown(string), "\"scan 5 2.5 true -1!\"");
+  EXPECT_EQ(spelled(string), "\"scan 5 2.5 true -1!\"");
 }
 
 TEST(ValueFormat, ALongOf64BitsIsWhole) {
   if (sizeof(long) == 4) GTEST_SKIP() << "a long has 32 bits here";
   String string;
   string << std::numeric_limits<long>::min() << KVW(' ') << std::numeric_limits<unsigned long>::max();
-  EXPECT_EQ(shown(string), "\"-9223372036854775808 18446744073709551615\"");
+  EXPECT_EQ(spelled(string), "\"-9223372036854775808 18446744073709551615\"");
 }
 
 // --- Against the model -----------------------------------------------------------------------------------------------
@@ -198,7 +198,7 @@ void compareWithModel(RandomText& random) {
     String string;
     string += signedToo;
     wstring const expected = value_model::decimalText(signedToo);
-    if (unitsOf(string) != Text(expected)) FAIL() << shown(string) << " for " << narrow(expected);
+    if (unitsOf(string) != Text(expected)) FAIL() << spelled(string) << " for " << narrow(expected);
   }
 }
 

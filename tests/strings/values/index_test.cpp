@@ -78,12 +78,12 @@ TEST(ValueIndex, Set) {
     String string(row.text);
     String const holder = string;
     string.setIndex(row.index);
-    EXPECT_EQ(shown(string), "\"" + std::string(row.result) + "\"");
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(string), "\"" + std::string(row.result) + "\"");
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
   }
   String empty = String::EMPTY;
   empty.setIndex(0);
-  EXPECT_EQ(shown(empty), "\"0\"");
+  EXPECT_EQ(spelled(empty), "\"0\"");
   EXPECT_EQ(String::EMPTY.length(), 0);
 }
 
@@ -122,10 +122,10 @@ TEST(ValueIndex, Step) {
     SCOPED_TRACE(row.name);
     String up(row.text);
     up.incrementIndex();
-    EXPECT_EQ(shown(up), "\"" + std::string(row.up) + "\"");
+    EXPECT_EQ(spelled(up), "\"" + std::string(row.up) + "\"");
     String down(row.text);
     down.decrementIndex();
-    EXPECT_EQ(shown(down), "\"" + std::string(row.down) + "\"");
+    EXPECT_EQ(spelled(down), "\"" + std::string(row.down) + "\"");
   }
 }
 
@@ -136,14 +136,14 @@ TEST(ValueIndex, StepsLeaveOtherHoldersAlone) {
     for (bool const isUp : {true, false}) {
       String string = original;
       isUp ? string.incrementIndex() : string.decrementIndex();
-      EXPECT_EQ(shown(original), shown(String(row.text)));
+      EXPECT_EQ(spelled(original), spelled(String(row.text)));
       EXPECT_FALSE(isNil(string));
       EXPECT_FALSE(share(string, original));
     }
   }
   String empty = String::EMPTY;
   empty.incrementIndex();
-  EXPECT_EQ(shown(empty), "\"1\"");
+  EXPECT_EQ(spelled(empty), "\"1\"");
   EXPECT_EQ(String::EMPTY.length(), 0);
 }
 
@@ -152,7 +152,7 @@ TEST(ValueIndex, StepsOfTheSameWidthKeepAnUnsharedPayload) {
   wchar const* const before = string;
   string.incrementIndex();
   EXPECT_EQ(static_cast<wchar const*>(string), before);
-  EXPECT_EQ(shown(string), "\"file010\"");
+  EXPECT_EQ(spelled(string), "\"file010\"");
   EXPECT_EQ(string.length(), 7);
 }
 
@@ -161,7 +161,7 @@ TEST(ValueIndex, SetToNothingUnshares) {
   String const holder(KVW("scan"));
   String string = holder;
   string.setIndex(0);
-  EXPECT_EQ(shown(string), "\"scan\"");
+  EXPECT_EQ(spelled(string), "\"scan\"");
   EXPECT_FALSE(share(string, holder));
   wchar const* const own = string;
   string.setIndex(0);
@@ -172,22 +172,22 @@ TEST(ValueIndex, SetToNothingUnshares) {
 
 void compareWithModel(Text const& text, unsigned int index) {
   String const original = stringOf(text);
-  if (original.getIndex() != value_model::indexOf(text)) FAIL() << "getIndex of " << shown(text);
+  if (original.getIndex() != value_model::indexOf(text)) FAIL() << "getIndex of " << spelled(text);
 
   Text expected = text;
   value_model::setIndex(expected, index);
   String string = original;
   string.setIndex(index);
-  if (unitsOf(string) != expected) FAIL() << "setIndex of " << shown(text) << " gives " << shown(string);
+  if (unitsOf(string) != expected) FAIL() << "setIndex of " << spelled(text) << " gives " << spelled(string);
 
   for (int const step : {1, -1}) {
     expected = text;
     value_model::stepIndex(expected, step);
     string = original;
     step > 0 ? string.incrementIndex() : string.decrementIndex();
-    if (unitsOf(string) != expected) FAIL() << "step " << step << " of " << shown(text) << " gives " << shown(string);
+    if (unitsOf(string) != expected) FAIL() << "step " << step << " of " << spelled(text) << " gives " << spelled(string);
   }
-  if (unitsOf(original) != text) FAIL() << shown(text) << " changed for another holder";
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
 TEST(ValueIndex, RandomTextsAgreeWithTheModel) {

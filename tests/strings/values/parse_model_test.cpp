@@ -31,10 +31,10 @@ void compareWithModel(Text const& text, Rest rest = Rest::kUnits) {
   Text expectedRest = text;
   T const expected = value_model::take(expectedRest, static_cast<T*>(nullptr));
   if (!same(static_cast<double>(value), static_cast<double>(expected)))
-    FAIL() << "value " << +value << " for " << +expected << " from " << shown(text);
+    FAIL() << "value " << +value << " for " << +expected << " from " << spelled(text);
   bool const isRight = rest == Rest::kUnits ? unitsOf(string) == expectedRest : textOf(string) == expectedRest;
-  if (!isRight) FAIL() << shown(text) << " leaves " << shown(string) << " for " << shown(expectedRest);
-  if (unitsOf(original) != text) FAIL() << shown(text) << " changed for another holder";
+  if (!isRight) FAIL() << spelled(text) << " leaves " << spelled(string) << " for " << spelled(expectedRest);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
 // The forms whose stored length may be too large.
@@ -47,11 +47,11 @@ void compareSizeFault(Text const& text) {
   Text expectedRest = text;
   int surplus = 0;
   Value const expected = value_model::takeUnsigned<Value>(expectedRest, &surplus);
-  if (value != expected) FAIL() << value << " for " << expected << " from " << shown(text);
+  if (value != expected) FAIL() << value << " for " << expected << " from " << spelled(text);
   if (textOf(string) != Text(value_model::untilNul(*expectedRest)) ||
       string.length() != static_cast<int>(expectedRest->size()) + surplus)
-    FAIL() << shown(text) << " leaves " << string.length() << " units: " << shown(string);
-  if (unitsOf(original) != text) FAIL() << shown(text) << " changed for another holder";
+    FAIL() << spelled(text) << " leaves " << string.length() << " units: " << spelled(string);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
 void compareAllNumbers(Text const& text) {
@@ -180,7 +180,7 @@ void expectReadBack(T value) {
   string << value;
   T back = static_cast<T>(~value);
   string >> back;
-  if (back != value || string.length() != 0) FAIL() << +back << " for " << +value << ", leaves " << shown(string);
+  if (back != value || string.length() != 0) FAIL() << +back << " for " << +value << ", leaves " << spelled(string);
 }
 
 TEST(ValueParse, WrittenIntegersReadBack) {

@@ -30,8 +30,8 @@ void expectTaken(Row<T> const (&rows)[N]) {
     T value = static_cast<T>(77);
     EXPECT_EQ(&(string >> value), &string) << "the receiver is returned";
     EXPECT_EQ(value, row.value);
-    EXPECT_EQ(shown(textOf(string)), shown(Text(row.rest)));
-    EXPECT_EQ(shown(holder), shown(String(row.text))) << "another holder keeps its text";
+    EXPECT_EQ(spelled(textOf(string)), spelled(Text(row.rest)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text))) << "another holder keeps its text";
   }
 }
 
@@ -105,7 +105,7 @@ TEST(ValueParse, IntsInARow) {
   int value = 0;
   string >> value;
   EXPECT_EQ(value, 12);
-  EXPECT_EQ(shown(string), "\" 34\"");
+  EXPECT_EQ(spelled(string), "\" 34\"");
   string >> value;
   EXPECT_EQ(value, 34);
   EXPECT_TRUE(share(string, String::EMPTY));
@@ -231,13 +231,13 @@ void expectSizeFault(T largest) {
     T value = 77;
     string >> value;
     EXPECT_EQ(value, fault.row.value);
-    EXPECT_EQ(shown(textOf(string)), shown(Text(fault.row.rest)));
+    EXPECT_EQ(spelled(textOf(string)), spelled(Text(fault.row.rest)));
     // One surplus unit is the old terminator, which the rule for sizes drops.
     int const surplus = fault.dropped == 1 ? 0 : fault.dropped;
     EXPECT_EQ(string.length(), static_cast<int>(wstring(fault.row.rest).size()) + surplus);
-    EXPECT_EQ(shown(holder), shown(String(fault.row.text)));
+    EXPECT_EQ(spelled(holder), spelled(String(fault.row.text)));
     // A copy that measures is free of it.
-    EXPECT_EQ(shown(String(static_cast<wchar const*>(string))), shown(Text(fault.row.rest)));
+    EXPECT_EQ(spelled(String(static_cast<wchar const*>(string))), spelled(Text(fault.row.rest)));
   }
 }
 
@@ -315,7 +315,7 @@ TEST(ValueParse, Double) {
   double value = 0;
   string >> value;
   EXPECT_TRUE(std::isnan(value));
-  EXPECT_EQ(shown(string), "\" x\"");
+  EXPECT_EQ(spelled(string), "\" x\"");
 }
 
 TEST(ValueParse, FloatNarrowsADouble) {
@@ -344,7 +344,7 @@ TEST(ValueParse, AWordThatIsNoNumberLeavesACopy) {
   String const holder = string;
   int value = 1;
   string >> value;
-  EXPECT_EQ(shown(string), "\"abc\"");
+  EXPECT_EQ(spelled(string), "\"abc\"");
   EXPECT_FALSE(share(string, holder)) << "what remains is a new payload";
 }
 

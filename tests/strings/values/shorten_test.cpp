@@ -30,9 +30,9 @@ void expectShortened(Row const& row) {
   String const string(row.text);
   String const holder = string;
   String const result = string.shortenString(row.limit, row.head);
-  EXPECT_EQ(shown(result), "\"" + std::string(row.result) + "\"");
+  EXPECT_EQ(spelled(result), "\"" + std::string(row.result) + "\"");
   EXPECT_TRUE(share(string, holder));
-  EXPECT_EQ(shown(string), shown(String(row.text))) << "the receiver stays";
+  EXPECT_EQ(spelled(string), spelled(String(row.text))) << "the receiver stays";
 }
 
 TEST(ValueShorten, WorkedTable) {
@@ -109,11 +109,11 @@ TEST(ValueShorten, WhatFitsIsShared) {
 TEST(ValueShorten, TheBudgetOf48) {
   std::string const tail = "/" + std::string(38, 't');
   String const text = String(widen(std::string(60, 'x') + "/" + std::string(20, 'y') + tail).c_str());
-  EXPECT_EQ(shown(text.shortenString(51, 0)), "\"..." + std::string(9, 'y') + tail + "\"");
-  EXPECT_EQ(shown(text.shortenString(50, 0)), "\"..." + tail + "\"");
-  EXPECT_EQ(shown(text.shortenString(52, 0)), "\"..." + tail + "\"");
-  EXPECT_EQ(shown(text.shortenString(55, 4)), "\"xxxx..." + std::string(9, 'y') + tail + "\"");
-  EXPECT_EQ(shown(text.shortenString(54, 4)), "\"xxxx..." + tail + "\"");
+  EXPECT_EQ(spelled(text.shortenString(51, 0)), "\"..." + std::string(9, 'y') + tail + "\"");
+  EXPECT_EQ(spelled(text.shortenString(50, 0)), "\"..." + tail + "\"");
+  EXPECT_EQ(spelled(text.shortenString(52, 0)), "\"..." + tail + "\"");
+  EXPECT_EQ(spelled(text.shortenString(55, 4)), "\"xxxx..." + std::string(9, 'y') + tail + "\"");
+  EXPECT_EQ(spelled(text.shortenString(54, 4)), "\"xxxx..." + tail + "\"");
 }
 
 // --- Against the model -----------------------------------------------------------------------------------------------
@@ -123,9 +123,9 @@ void compareWithModel(Text const& text, int limit, int head) {
   String const result = string.shortenString(limit, head);
   Text const expected = value_model::shortenString(text, limit, head);
   if (unitsOf(result) != expected)
-    FAIL() << shown(text) << ", limit " << limit << ", head " << head << " gives " << shown(result) << " for "
-           << shown(expected);
-  if (unitsOf(string) != text) FAIL() << shown(text) << " changed";
+    FAIL() << spelled(text) << ", limit " << limit << ", head " << head << " gives " << spelled(result) << " for "
+           << spelled(expected);
+  if (unitsOf(string) != text) FAIL() << spelled(text) << " changed";
 }
 
 int randomBound(RandomText& random) {
@@ -187,7 +187,7 @@ TEST(ValueShorten, TheLimitIsKeptWhereTheFrontFits) {
     for (wchar& unit : text)
       if (unit == KVW('b')) unit = KVW('/');
     String const result = stringOf(text).shortenString(limit, head);
-    ASSERT_LE(result.length(), limit) << shown(text) << ", head " << head;
+    ASSERT_LE(result.length(), limit) << spelled(text) << ", head " << head;
   }
 }
 

@@ -171,8 +171,8 @@ TEST_F(ValueStream, ReadsTokens) {
     String text(KVW("old"));
     String const holder = text;
     EXPECT_EQ(&(stream >> text), &stream);
-    EXPECT_EQ(shown(holder), "\"old\"");
-    EXPECT_EQ(shown(text), "\"" + std::string(row.token) + "\"");
+    EXPECT_EQ(spelled(holder), "\"old\"");
+    EXPECT_EQ(spelled(text), "\"" + std::string(row.token) + "\"");
     EXPECT_EQ(stream.rdstate(), row.state);
     EXPECT_TRUE(stream.flags() & std::ios_base::skipws);
     EXPECT_EQ(restOf(stream), row.rest);
@@ -198,7 +198,7 @@ TEST_F(ValueStream, DecodesTheAnsiCodePage) {
     std::istringstream stream(row.bytes);
     String text;
     stream >> text;
-    EXPECT_EQ(shown(text), shown(Text(row.text)));
+    EXPECT_EQ(spelled(text), spelled(Text(row.text)));
   }
 }
 
@@ -207,7 +207,7 @@ TEST_F(ValueStream, ANulEndsTheTokenButNotTheReading) {
   std::istringstream stream(std::string("ab\0cd ef", 8));
   String text;
   stream >> text;
-  EXPECT_EQ(shown(text), "\"ab\"");
+  EXPECT_EQ(spelled(text), "\"ab\"");
   EXPECT_EQ(restOf(stream), " ef");
 }
 
@@ -227,10 +227,10 @@ TEST_F(ValueStream, AClearSkipwsStaysClearAndBlanksAreSkippedAllTheSame) {
   stream >> std::noskipws;
   String text;
   stream >> text;
-  EXPECT_EQ(shown(text), "\"abc\"");
+  EXPECT_EQ(spelled(text), "\"abc\"");
   EXPECT_FALSE(stream.flags() & std::ios_base::skipws);
   stream >> text;
-  EXPECT_EQ(shown(text), "\"def\"");
+  EXPECT_EQ(spelled(text), "\"def\"");
   EXPECT_FALSE(stream.flags() & std::ios_base::skipws);
 }
 
@@ -240,7 +240,7 @@ TEST_F(ValueStream, AFailedStreamGivesAnEmptyText) {
     stream.setstate(state);
     String text(KVW("old"));
     stream >> text;
-    EXPECT_EQ(shown(text), "\"\"");
+    EXPECT_EQ(spelled(text), "\"\"");
     EXPECT_TRUE(stream.fail());
     EXPECT_TRUE(stream.flags() & std::ios_base::skipws);
     EXPECT_EQ(restOf(stream), "abc");
@@ -273,7 +273,7 @@ TEST_F(ValueStream, WhatIsWrittenInQuotesReadsBack) {
     std::istringstream in(out.str());
     String text;
     in >> text;
-    ASSERT_EQ(shown(text), "\"" + bytes + "\"");
+    ASSERT_EQ(spelled(text), "\"" + bytes + "\"");
     ASSERT_TRUE(in.good());
   }
 }
@@ -345,7 +345,7 @@ TEST_F(ValueStream, RandomInputAgreesWithTheModel) {
       stream >> text;
       wstring expected;
       for (char const byte : value_model::takeToken(source)) expected += decoded(byte);
-      ASSERT_EQ(shown(text), shown(Text(expected))) << "token " << tokens << " of " << source.bytes;
+      ASSERT_EQ(spelled(text), spelled(Text(expected))) << "token " << tokens << " of " << source.bytes;
       ASSERT_EQ(stream.rdstate(), source.state) << "token " << tokens << " of " << source.bytes;
       ASSERT_EQ((stream.flags() & std::ios_base::skipws) != 0, isSkipping);
     }

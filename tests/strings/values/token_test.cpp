@@ -57,8 +57,8 @@ TEST(ValueToken, Bool) {
     bool value = !row.value;
     EXPECT_EQ(&(string >> value), &string);
     EXPECT_EQ(value, row.value);
-    EXPECT_EQ(shown(string), shown(Text(row.rest)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(string), spelled(Text(row.rest)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
   }
 }
 
@@ -101,8 +101,8 @@ TEST(ValueToken, Unit) {
     wchar value = KVW('?');
     EXPECT_EQ(&(string >> value), &string);
     EXPECT_EQ(value, row.value);
-    EXPECT_EQ(shown(string), shown(Text(row.rest)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(string), spelled(Text(row.rest)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
     if (row.value == 0 || *row.rest == 0) EXPECT_TRUE(share(string, String::EMPTY));
   }
 }
@@ -146,9 +146,9 @@ TEST(ValueToken, QuotedTextsAndLines) {
     String const holder = string;
     String token(KVW("old"));
     EXPECT_EQ(&(string >> token), &string);
-    EXPECT_EQ(shown(token), shown(row.token != nullptr ? Text(row.token) : Text()));
-    EXPECT_EQ(shown(string), shown(Text(row.rest)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
+    EXPECT_EQ(spelled(token), spelled(row.token != nullptr ? Text(row.token) : Text()));
+    EXPECT_EQ(spelled(string), spelled(Text(row.rest)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
   }
 }
 
@@ -156,13 +156,13 @@ TEST(ValueToken, LinesOneAfterTheOther) {
   String string(KVW("one\ntwo"));
   String line;
   string >> line;
-  EXPECT_EQ(shown(line), "\"one\"");
-  EXPECT_EQ(shown(string), "\"two\"");
+  EXPECT_EQ(spelled(line), "\"one\"");
+  EXPECT_EQ(spelled(string), "\"two\"");
   string >> line;
-  EXPECT_EQ(shown(line), "\"two\"");
+  EXPECT_EQ(spelled(line), "\"two\"");
   EXPECT_TRUE(share(string, String::EMPTY));
   string >> line;
-  EXPECT_EQ(shown(line), "\"\"");
+  EXPECT_EQ(spelled(line), "\"\"");
   EXPECT_TRUE(share(string, String::EMPTY));
 }
 
@@ -202,9 +202,9 @@ TEST(ValueToken, EatWhite) {
     String string(row.text);
     String const holder = string;
     string.eatwhite();
-    EXPECT_EQ(shown(string), shown(String(row.rest)));
-    EXPECT_EQ(shown(holder), shown(String(row.text)));
-    EXPECT_EQ(share(string, holder), shown(string) == shown(holder)) << "with nothing to drop the payload stays shared";
+    EXPECT_EQ(spelled(string), spelled(String(row.rest)));
+    EXPECT_EQ(spelled(holder), spelled(String(row.text)));
+    EXPECT_EQ(share(string, holder), spelled(string) == spelled(holder)) << "with nothing to drop the payload stays shared";
   }
 }
 
@@ -217,14 +217,14 @@ void compareTokens(Text const& text) {
   string >> token;
   Text rest = text;
   Text const expected = value_model::takeToken(rest);
-  if (unitsOf(token) != expected) FAIL() << shown(text) << " gives " << shown(token) << " for " << shown(expected);
-  if (unitsOf(string) != rest) FAIL() << shown(text) << " leaves " << shown(string) << " for " << shown(rest);
+  if (unitsOf(token) != expected) FAIL() << spelled(text) << " gives " << spelled(token) << " for " << spelled(expected);
+  if (unitsOf(string) != rest) FAIL() << spelled(text) << " leaves " << spelled(string) << " for " << spelled(rest);
 
   string = original;
   string.eatwhite();
   rest = text;
   value_model::eatWhite(rest);
-  if (unitsOf(string) != rest) FAIL() << "eatwhite of " << shown(text) << " gives " << shown(string);
+  if (unitsOf(string) != rest) FAIL() << "eatwhite of " << spelled(text) << " gives " << spelled(string);
 
   string = original;
   wchar value = 1;
@@ -232,8 +232,8 @@ void compareTokens(Text const& text) {
   rest = text;
   wchar const expectedValue = value_model::take(rest, static_cast<wchar*>(nullptr));
   if (value != expectedValue || unitsOf(string) != rest)
-    FAIL() << "the unit of " << shown(text) << " is " << static_cast<int>(value) << ", leaves " << shown(string);
-  if (unitsOf(original) != text) FAIL() << shown(text) << " changed for another holder";
+    FAIL() << "the unit of " << spelled(text) << " is " << static_cast<int>(value) << ", leaves " << spelled(string);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
 TEST(ValueToken, RandomTextsAgreeWithTheModel) {
@@ -278,10 +278,10 @@ TEST(ValueToken, ANulEndsALineAndAQuotedText) {
   String string = stringOf(wstring(KVW("a\0\nb"), 4));
   String token;
   string >> token;
-  EXPECT_EQ(shown(textOf(token)), "\"a\"");
+  EXPECT_EQ(spelled(textOf(token)), "\"a\"");
   string = stringOf(wstring(KVW("\"a\0\"b"), 5));
   string >> token;
-  EXPECT_EQ(shown(textOf(token)), "\"a\"");
+  EXPECT_EQ(spelled(textOf(token)), "\"a\"");
   EXPECT_TRUE(share(string, String::EMPTY));
 }
 

@@ -10,6 +10,7 @@
 
 #include "kvbase/strings/kv_string.h"
 #include "tests/reference/values_text.h"
+#include "tests/strings/string_support.h"
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
@@ -27,9 +28,6 @@ inline String stringOf(wstring const& units) {
 inline String stringOf(Text const& text) {
   return text ? stringOf(*text) : String();
 }
-inline bool isNil(String const& string) {
-  return string.compareEquality(String::NIL);
-}
 // All units that the length counts.
 inline Text unitsOf(String const& string) {
   if (isNil(string)) return Text();
@@ -43,11 +41,11 @@ inline Text textOf(String const& string) {
 inline bool share(String const& a, String const& b) {
   return static_cast<wchar const*>(a) == static_cast<wchar const*>(b);
 }
-inline std::string shown(Text const& text) {
+inline std::string spelled(Text const& text) {
   return text ? "\"" + narrow(*text) + "\"" : "NIL";
 }
-inline std::string shown(String const& string) {
-  return shown(unitsOf(string));
+inline std::string spelled(String const& string) {
+  return spelled(unitsOf(string));
 }
 
 // The three receivers without text.
