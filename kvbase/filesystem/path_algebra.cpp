@@ -98,7 +98,7 @@ SmartPtr<Directory const> Directory::makeAbsolute() const {
 }
 
 SmartPtr<Directory const> Directory::makeRelative(SmartPtr<Directory const> const& reference) const {
-  SmartPtr<Directory const> const path = makeAbsolute();
+  SmartPtr<Directory const> path = makeAbsolute();
   SmartPtr<Directory const> const from = reference->makeAbsolute();
   if (path == nullptr || from == nullptr) {
     report(KVW("Failed to get absolute paths of this and the reference directory."));

@@ -179,11 +179,11 @@ TEST(ValueFormat, ChainsMixTypes) {
   EXPECT_EQ(spelled(string), "\"scan 5 2.5 true -1!\"");
 }
 
-TEST(ValueFormat, ALongOf64BitsIsWhole) {
-  if (sizeof(long) == 4) GTEST_SKIP() << "a long has 32 bits here";
+TEST(ValueFormat, ALongIsWholeWhateverItsWidth) {
   String string;
   string << std::numeric_limits<long>::min() << KVW(' ') << std::numeric_limits<unsigned long>::max();
-  EXPECT_EQ(spelled(string), "\"-9223372036854775808 18446744073709551615\"");
+  EXPECT_EQ(spelled(string), '"' + std::to_string(std::numeric_limits<long>::min()) + ' ' +
+                                 std::to_string(std::numeric_limits<unsigned long>::max()) + '"');
 }
 
 // --- Against the model -----------------------------------------------------------------------------------------------

@@ -185,7 +185,8 @@ void compareWithModel(Text const& text, unsigned int index) {
     value_model::stepIndex(expected, step);
     string = original;
     step > 0 ? string.incrementIndex() : string.decrementIndex();
-    if (unitsOf(string) != expected) FAIL() << "step " << step << " of " << spelled(text) << " gives " << spelled(string);
+    if (unitsOf(string) != expected)
+      FAIL() << "step " << step << " of " << spelled(text) << " gives " << spelled(string);
   }
   if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }

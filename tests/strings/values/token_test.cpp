@@ -204,7 +204,8 @@ TEST(ValueToken, EatWhite) {
     string.eatwhite();
     EXPECT_EQ(spelled(string), spelled(String(row.rest)));
     EXPECT_EQ(spelled(holder), spelled(String(row.text)));
-    EXPECT_EQ(share(string, holder), spelled(string) == spelled(holder)) << "with nothing to drop the payload stays shared";
+    EXPECT_EQ(share(string, holder), spelled(string) == spelled(holder))
+        << "with nothing to drop the payload stays shared";
   }
 }
 
@@ -217,7 +218,8 @@ void compareTokens(Text const& text) {
   string >> token;
   Text rest = text;
   Text const expected = value_model::takeToken(rest);
-  if (unitsOf(token) != expected) FAIL() << spelled(text) << " gives " << spelled(token) << " for " << spelled(expected);
+  if (unitsOf(token) != expected)
+    FAIL() << spelled(text) << " gives " << spelled(token) << " for " << spelled(expected);
   if (unitsOf(string) != rest) FAIL() << spelled(text) << " leaves " << spelled(string) << " for " << spelled(rest);
 
   string = original;
