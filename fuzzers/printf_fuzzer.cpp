@@ -41,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   wstring const integer = formatFor(input, kIntegers[input.below(8)]);
   text.printf(integer.c_str(), input.integer());
   wstring const wide = formatFor(input, kLong[input.below(4)]);
-  text.printf(wide.c_str(), static_cast<long long>(input.integer()) << 31 | input.integer());
+  text.printf(wide.c_str(), static_cast<long long>(input.integer()) * input.integer());
   wstring const floating = formatFor(input, kFloating[input.below(5)]);
   double const quotient = static_cast<double>(input.integer()) / input.integer();
   text.printf(floating.c_str(), quotient);
