@@ -124,6 +124,7 @@ check "initialisers, Windows" initialisers build/windows-release x86_64-w64-ming
 check "exported names, Linux" exports linux
 check "exported names, Windows" exports windows
 check "clang-tidy" tidy
+check "fuzzers" ./kv fuzz all 5
 
 echo "$failures checks failed"
 ((failures == 0))

@@ -15,6 +15,8 @@ struct Sse2Vector {
   using Register = __m128i;
   using Half = void;
   static constexpr int kUnits = 8;
+  // Runs of other characters than ASCII need shuffles, which come with later processors.
+  static constexpr bool kConvertsRuns = false;
 
   static Register load(wchar const* units) { return _mm_loadu_si128(reinterpret_cast<__m128i const*>(units)); }
   KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {

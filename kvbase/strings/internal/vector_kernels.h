@@ -8,6 +8,8 @@
 // than the narrowest vector is left to the scalar kernels.
 #pragma once
 
+#include <emmintrin.h>
+
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -24,11 +26,6 @@ namespace {
 
 inline int firstUnit(unsigned int mask) {
   return platform::lowestBit(mask) / 2;
-}
-
-// The bits of the units before the first one in the mask.
-inline unsigned int unitsBefore(unsigned int mask) {
-  return (mask & (0u - mask)) - 1;
 }
 
 template <class V>
@@ -273,6 +270,19 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
       if (V::mask(V::inverse(V::equal(V::both(block, V::of(0xFF80)), V::zero()))) != 0) break;
       V::storeNarrow(end, block);
     }
+    if constexpr (V::kConvertsRuns) {
+      // Of eight units at a time more bytes are written than count; those of the units behind make room for them.
+      int size = 0;
+      while (i + 16 <= n) {
+        size = V::toShortUtf8(units + i, end);
+        if (size == 0 && V::toLongUtf8(units + i, end)) size = 24;
+        if (size == 0) break;
+        i += 8;
+        end += size;
+        if (size == 8) break;
+      }
+      if (size == 8) continue;  // back to ASCII
+    }
     // Other characters come in runs too: no new vector before this many of them.
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
       Utf16Character const character = readUtf16(units + i, n - i);
@@ -283,36 +293,61 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   return end - bytes;
 }
 
-template <class V>
-int utf16Size(char const* bytes, int n) {
+// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), eight units at a time by
+// units(block), and any one character by character(code).
+template <class V, class Sink>
+void readUtf8Text(char const* bytes, int n, Sink& sink) {
   auto const* const data = reinterpret_cast<unsigned char const*>(bytes);
-  int size = 0;
   for (int i = 0; i < n;) {
-    for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits) size += V::kUnits;
+    for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
+    if constexpr (V::kConvertsRuns) {
+      __m128i block;
+      for (; i + 28 <= n && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block);
+    }
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
       Utf8Character const character = readUtf8(data + i, n - i);
-      size += character.code < 0x10000 ? 1 : 2;
+      sink.character(character.code);
       i += character.bytes;
     }
   }
-  return size;
+}
+
+template <class V>
+struct UnitCounter {
+  int size = 0;
+
+  void ascii(char const*) { size += V::kUnits; }
+  void units(__m128i) { size += 8; }
+  void character(unsigned int code) { size += code < 0x10000 ? 1 : 2; }
+};
+
+template <class V>
+struct UnitWriter {
+  wchar* end;
+
+  void ascii(char const* bytes) {
+    V::store(end, V::loadNarrow(bytes));
+    end += V::kUnits;
+  }
+  void units(__m128i block) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(end), block);
+    end += 8;
+  }
+  void character(unsigned int code) { end = writeUtf16(code, end); }
+};
+
+template <class V>
+int utf16Size(char const* bytes, int n) {
+  UnitCounter<V> counter;
+  readUtf8Text<V>(bytes, n, counter);
+  return counter.size;
 }
 
 template <class V>
 int fromUtf8(char const* bytes, int n, wchar* units) {
-  auto const* const data = reinterpret_cast<unsigned char const*>(bytes);
-  wchar* end = units;
-  for (int i = 0; i < n;) {
-    for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits, end += V::kUnits) {
-      V::store(end, V::loadNarrow(bytes + i));
-    }
-    for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
-      Utf8Character const character = readUtf8(data + i, n - i);
-      end = writeUtf16(character.code, end);
-      i += character.bytes;
-    }
-  }
-  return static_cast<int>(end - units);
+  UnitWriter<V> writer{units};
+  readUtf8Text<V>(bytes, n, writer);
+  return static_cast<int>(writer.end - units);
 }
 
 template <class V>
