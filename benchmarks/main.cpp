@@ -58,6 +58,8 @@ int main(int argc, char** argv) {
   SecondThread const second;
   KV_1_1::bench::addStringStorage();
   KV_1_1::bench::addStringSearch();
+  KV_1_1::bench::addStringValues();
+  KV_1_1::bench::addStringEncoding();
   KV_1_1::bench::addPaths();
   KV_1_1::bench::addObjects();
   KV_1_1::bench::addDisk();

@@ -25,6 +25,14 @@ u16string plain(std::string const& text) {
   return u16string(text.begin(), text.end());
 }
 
+u16string plain(QByteArray const& text) {
+  return plain(text.toStdString());
+}
+
+u16string plain(char const* text) {
+  return plain(std::string(text));
+}
+
 u16string plain(u16string const& text) {
   return text;
 }
@@ -39,6 +47,11 @@ u16string plain(long long number) {
 
 u16string plain(Order order) {
   return plain(static_cast<long long>((order.value > 0) - (order.value < 0)));
+}
+
+void failPremise(char const* premise) {
+  std::fprintf(stderr, "premise of a row does not hold: %s\n", premise);
+  std::exit(1);
 }
 
 u16string withSlashes(u16string text) {

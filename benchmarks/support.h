@@ -16,6 +16,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
+#include <QByteArray>
 #include <QString>
 #include <memory>
 #include <string>
@@ -32,6 +33,8 @@ using std::u16string;
 
 void addStringStorage();
 void addStringSearch();
+void addStringValues();
+void addStringEncoding();
 void addPaths();
 void addObjects();
 void addDisk();
@@ -46,6 +49,9 @@ u16string plain(String const& text);
 u16string plain(QString const& text);
 u16string plain(UnicodeString const& text);
 u16string plain(std::string const& text);
+u16string plain(QByteArray const& text);
+// A pointer would slide into the form for bool.
+u16string plain(char const* text);
 u16string plain(u16string const& text);
 u16string plain(std::shared_ptr<u16string const> const& text);
 u16string plain(Order order);
@@ -55,6 +61,12 @@ inline u16string plain(int number) {
 }
 inline u16string plain(bool truth) {
   return plain(truth ? 1LL : 0LL);
+}
+
+[[noreturn]] void failPremise(char const* premise);
+// Ends the program with a message if what the rows take for granted does not hold.
+inline void require(bool holds, char const* premise) {
+  if (!holds) failPremise(premise);
 }
 
 // Path texts come with either separator.
@@ -95,13 +107,19 @@ class Row {
   // What `prepare` gives is destroyed, and nothing else is timed: `batch` of them in a row.
   template <class Prepare>
   Row& addDestruction(char const* contestant, int batch, Prepare prepare);
+  // Each work on a thing of its own that `prepare` gave, for results that the thing keeps: `batch` of them in a row. Neither
+  // things nor results are built or destroyed within the time.
+  template <class Prepare, class Work>
+  Row& addFresh(char const* contestant, int batch, Prepare prepare, Work work);
 
  private:
   template <class Work, class Plain>
   Row& addPlain(char const* contestant, Work work, Plain toPlain) {
-    auto const run = [expected = expected_, label = label(contestant), work, toPlain](benchmark::State& state) mutable {
-      expect(*expected, toPlain(work()), label);
-      for (auto _ : state) benchmark::DoNotOptimize(work());
+    auto const run = [expected = expected_, label = label(contestant), work, toPlain](benchmark::State& state) {
+      // Work that keeps a state begins anew in each repetition.
+      Work timed = work;
+      expect(*expected, toPlain(timed()), label);
+      for (auto _ : state) benchmark::DoNotOptimize(timed());
     };
     benchmark::RegisterBenchmark(label(contestant).c_str(), run);
     return *this;
@@ -126,6 +144,29 @@ Row& Row::addDestruction(char const* contestant, int batch, Prepare prepare) {
       for (int i = 0; i < batch; ++i) things.push_back(prepare());
       state.ResumeTiming();
       things.clear();
+      benchmark::ClobberMemory();
+    }
+  };
+  benchmark::RegisterBenchmark(label(contestant).c_str(), run);
+  return *this;
+}
+
+template <class Prepare, class Work>
+Row& Row::addFresh(char const* contestant, int batch, Prepare prepare, Work work) {
+  auto const run = [expected = expected_, label = label(contestant), prepare, work, batch](benchmark::State& state) {
+    auto first = prepare();
+    expect(*expected, plain(work(first)), label);
+    std::vector<decltype(prepare())> things;
+    std::vector<decltype(work(first))> results;
+    things.reserve(static_cast<std::size_t>(batch));
+    results.reserve(static_cast<std::size_t>(batch));
+    while (state.KeepRunningBatch(batch)) {
+      state.PauseTiming();
+      results.clear();
+      things.clear();
+      for (int i = 0; i < batch; ++i) things.push_back(prepare());
+      state.ResumeTiming();
+      for (auto& thing : things) results.push_back(work(thing));
       benchmark::ClobberMemory();
     }
   };

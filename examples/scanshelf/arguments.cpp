@@ -18,6 +18,7 @@ struct Option {
 constexpr Option kOptions[] = {
     {KVW("-a"), KVW("--all"), &Arguments::all},
     {KVW("-u"), KVW("--unix"), &Arguments::unixNames},
+    {KVW("-r"), KVW("--renumber"), &Arguments::renumber},
     {KVW("-h"), KVW("--help"), &Arguments::help},
 };
 
@@ -63,19 +64,25 @@ char const* helpText() {
 
 Usage: scanshelf [folder] [pattern] [options]
 
-  folder        the folder to look at, with all folders below it; without one a sample
-                of scans is made, looked at and removed again
-  pattern       which files count, with the wildcards * and ?, upper and lower case
-                alike; * without one. Quote it, so that the shell leaves it alone
+  folder          the folder to look at, with all folders below it; without one a sample
+                  of scans is made, looked at and removed again
+  pattern         which files count, with the wildcards * and ?, upper and lower case
+                  alike; * without one. Quote it, so that the shell leaves it alone
 
-  -a, --all     show all kinds, folders and files, not only the largest
-  -u, --unix    list files with slashes
-  -h, --help    show this text
-  --            what follows is no option
+  -a, --all       show all kinds, folders and files, not only the first ten
+  -u, --unix      list files with slashes
+  -r, --renumber  show, instead of the counts, which name each file would have with the
+                  number at its end one higher: scan010.dat for scan009.dat. A name
+                  without a number gets a 1. No file is renamed
+  -h, --help      show this text
+  --              what follows is no option
+
+Names and paths that are too long for a line of 100 places are listed without their middle.
 
 Examples:
   scanshelf . '*.dat'
   scanshelf D:\scans 'scan???.*' --all
+  scanshelf . 'scan*' --renumber
 
 The exit status is 0 when the folder was read, 1 when it could not be, and 2 when the
 command line was not understood.

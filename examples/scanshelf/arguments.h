@@ -13,6 +13,7 @@ struct Arguments {
   KV_1_1::String pattern = KV_1_1::String(KVW("*"));  // which files count
   bool all = false;                                   // no list is cut
   bool unixNames = false;                             // files are listed with slashes
+  bool renumber = false;                              // names are stepped instead of counted
   bool help = false;
 };
 

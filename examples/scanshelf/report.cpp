@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "renumbering.h"
 #include "table.h"
 #include "text.h"
 
@@ -13,6 +14,7 @@ namespace scanshelf {
 
 using KV_1_1::Directory;
 using KV_1_1::File;
+using KV_1_1::FileSystemItem;
 using KV_1_1::SmartPtr;
 using KV_1_1::String;
 using KV_1_1::wchar;
@@ -20,6 +22,11 @@ using KV_1_1::wchar;
 namespace {
 
 constexpr int kNameWidth = 40;
+constexpr int kGap = 2;  // before each column
+constexpr int kSizeWidth = 9;
+constexpr int kPathWidth = kLineWidth - kGap - kSizeWidth - kGap;
+constexpr int kRenumberedWidth = 30;
+constexpr int kFolderWidth = kLineWidth - 2 * (kGap + kRenumberedWidth) - kGap;
 
 String orNone(String const& text) {
   return text.length() > 0 ? text : String(KVW("none"));
@@ -30,6 +37,18 @@ String relativeName(Directory const& folder) {
   SmartPtr<Directory const> const here = Directory::fromString(String::EMPTY)->makeAbsolute();
   SmartPtr<Directory const> const relative = here ? folder.makeRelative(here) : nullptr;
   return relative ? relative->getFullName() : String::NIL;
+}
+
+SmartPtr<File const> relativeTo(SmartPtr<Directory const> const& folder, SmartPtr<File const> const& file) {
+  SmartPtr<File const> const relative = file->makeRelative(folder);
+  return relative ? relative : file;
+}
+
+// The path in at most `width` places. Shortening goes by slashes, so it comes before the notation of Windows.
+String pathText(FileSystemItem const& item, int width, bool unixNames) {
+  String path = shortenPath(item.getFullNameUnix(), width);
+  if (!unixNames) path.replace(KVW('/'), KVW('\\'));
+  return path;
 }
 
 // The largest first. What is behind the first `limit` becomes one group, unless that would save no line.
@@ -89,11 +108,44 @@ void printLargest(std::ostream& out, Survey const& survey, SmartPtr<Directory co
   bool const isComplete = survey.largest.size() == survey.all.files;
   Table table({{KVW("Size"), Align::Right}, {isComplete ? KVW("File") : KVW("Largest files"), Align::Left}});
   for (FoundFile const& found : survey.largest) {
-    SmartPtr<File const> const relative = found.file->makeRelative(folder);
-    File const& file = relative ? *relative : *found.file;
-    table.add({sizeText(found.bytes), unixNames ? file.getFullNameUnix() : file.getFullName()});
+    table.add({sizeText(found.bytes), pathText(*relativeTo(folder, found.file), kPathWidth, unixNames)});
   }
   table.print(out);
+  out << '\n';
+}
+
+struct NamedFile {
+  String path;
+  SmartPtr<File const> file;
+
+  bool operator<(NamedFile const& other) const {
+    int const order = path.compareIgnoreCase(other.path);
+    return order != 0 ? order < 0 : path < other.path;
+  }
+};
+
+// All files, relative to the folder and in the order of their paths.
+std::vector<NamedFile> filesByPath(Survey const& survey, SmartPtr<Directory const> const& folder) {
+  std::vector<NamedFile> files;
+  for (FoundFile const& found : survey.largest) {
+    SmartPtr<File const> const file = relativeTo(folder, found.file);
+    files.push_back({file->getFullNameUnix(), file});
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+void printSteppedNames(std::ostream& out, std::vector<NamedFile> const& files, std::size_t shown, bool unixNames) {
+  Table table({{KVW("Name now"), Align::Left}, {KVW("Name after"), Align::Left}, {KVW("Folder"), Align::Left}});
+  for (std::size_t i = 0; i < shown; ++i) {
+    File const& file = *files[i].file;
+    String const after = steppedName(file);
+    table.add({shorten(file.getName(), kRenumberedWidth),
+               after == String::NIL ? String(KVW("(number too large)")) : shorten(after, kRenumberedWidth),
+               pathText(*file.getDirectory(), kFolderWidth, unixNames)});
+  }
+  table.print(out);
+  if (shown < files.size()) out << "  (" << utf8(countText(files.size() - shown)) << " more)\n";
   out << '\n';
 }
 
@@ -135,6 +187,18 @@ void printSurvey(std::ostream& out, Survey const& survey, SmartPtr<Directory con
   printExtensions(out, survey, arguments);
   printFolders(out, survey, arguments);
   printLargest(out, survey, folder, arguments.unixNames);
+  printSummary(out, survey, arguments.pattern);
+}
+
+void printRenumbering(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder,
+                      Arguments const& arguments) {
+  std::vector<NamedFile> const files = filesByPath(survey, folder);
+  std::size_t const limit = listLength(arguments, files.size());
+  if (!files.empty()) {
+    // One line more takes no more room than telling that there is one.
+    out << "Nothing is renamed. This is what the names would be with their numbers one higher:\n\n";
+    printSteppedNames(out, files, files.size() <= limit + 1 ? files.size() : limit, arguments.unixNames);
+  }
   printSummary(out, survey, arguments.pattern);
 }
 

@@ -41,11 +41,16 @@ SmartPtr<Directory const> findFolder(String const& text) {
 
 void printReport(std::ostream& out, SmartPtr<Directory const> const& folder, Arguments const& arguments,
                  std::ostream& err) {
-  std::size_t const largest = arguments.all ? std::numeric_limits<std::size_t>::max() : kListLength;
+  std::size_t const largest =
+      arguments.all || arguments.renumber ? std::numeric_limits<std::size_t>::max() : kListLength;
   Survey found;
   {
     ProgressLine line(err, isErrorStreamTerminal());
     found = survey({folder, arguments.pattern, largest}, [&line](Totals const& totals) { line.show(totals); });
+  }
+  if (arguments.renumber) {
+    printRenumbering(out, found, folder, arguments);
+    return;
   }
   printNames(out, *folder);
   printSurvey(out, found, folder, arguments);

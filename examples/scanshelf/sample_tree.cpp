@@ -33,7 +33,7 @@ constexpr SampleFile kFiles[] = {
     {u"Ärztehaus/Dach/scan201.dat", 655'360},
     {u"Ärztehaus/Dach/scan201.preview.jpg", 20'480},
     {u"塔/scan301.dat", 786'432},
-    {u"Archive 2024/January/scan001.dat", 524'288},
+    {u"Archive 2024/January/Town hall/Second floor, corridor and adjoining rooms/Before cleaning/scan009.dat", 524'288},
     {u"Archive 2024/January/scan001.txt", 1'023},
 };
 

@@ -55,6 +55,11 @@ int headLength(wchar const* text, int length, int width) {
   return length;
 }
 
+// Whether only whole names were taken out of the path.
+bool isCutAtSlashes(String const& shortened) {
+  return shortened.startsWith(KVW(".../")) || shortened.find(KVW("/.../")) >= 0;
+}
+
 }  // namespace
 
 char const* utf8(String const& text) {
@@ -109,6 +114,19 @@ String shorten(String const& text, int width) {
   int tail = head;
   for (++excess; excess > 0;) excess -= widthOf(nextCharacter(units, tail));
   return text.substr(0, head) + KVW("\u2026") + text.substr(tail);
+}
+
+String shortenPath(String const& path, int width) {
+  if (displayWidth(path) <= width) return path;
+  // The limit counts units. Fewer of them are tried where characters take two places. A front of the path comes first,
+  // since it tells more than one folder more at the end.
+  for (int limit = width; limit > 0; --limit) {
+    for (int const front : {limit / 3, 0}) {
+      String const shortened = path.shortenString(limit, front);
+      if (isCutAtSlashes(shortened) && displayWidth(shortened) <= width) return shortened;
+    }
+  }
+  return shorten(path, width);
 }
 
 }  // namespace scanshelf

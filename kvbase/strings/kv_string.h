@@ -88,8 +88,8 @@ class KVBASE_API String {
 
   // The text in the ANSI code page and in UTF-8, converted once and cached in the payload; null for NIL, an empty text
   // if the conversion fails. Valid until the payload goes or is written to.
-  char const* stringAnsi() const;
-  char const* stringUTF8() const;
+  char const* stringAnsi() const { return payload_ != nullptr ? payload_->stringAnsi() : nullptr; }
+  char const* stringUTF8() const { return payload_ != nullptr ? payload_->stringUTF8() : nullptr; }
   // The text for calls that take a path: the wide text itself, an empty text for NIL.
   wchar const* stringPath() const { return *this; }
 

@@ -2,10 +2,9 @@
 #include "kvbase/strings/internal/number_text.h"
 
 #include <charconv>
-#include <climits>
 #include <clocale>
 #include <cstdlib>
-#include <cstring>
+#include <limits>
 #include <string>
 
 #include "kvbase/strings/internal/character_class.h"
@@ -39,47 +38,67 @@ struct Magnitude {
   wchar const* end;  // null if there is no digit
 };
 
-// Sign and digits, up to `limit`.
-Magnitude readMagnitude(wchar const* text, std::uint64_t limit) {
+// Sign and digits, up to a limit.
+template <std::uint64_t kLimit>
+Magnitude readMagnitude(wchar const* text) {
   while (hasClass(*text, platform::kSpace)) ++text;
   Magnitude number = {0, *text == KVW('-'), false, nullptr};
   if (*text == KVW('-') || *text == KVW('+')) ++text;
   for (int digit; (digit = digitValue(*text)) >= 0; number.end = ++text) {
     std::uint64_t const added = static_cast<std::uint64_t>(digit);
-    if (number.value > (limit - added) / 10) number.tooLarge = true;
+    // Far below the limit there is nothing to ask.
+    if (number.value >= kLimit / 10 && number.value > (kLimit - added) / 10) number.tooLarge = true;
     if (!number.tooLarge) number.value = number.value * 10 + added;
   }
   return number;
 }
 
 template <class Value>
-Value readSigned(wchar const* text, Value smallest, Value largest) {
-  // The smallest value has a magnitude of one more than the largest.
-  std::uint64_t const limit = static_cast<std::uint64_t>(largest);
-  Magnitude const number = readMagnitude(text, limit);
-  if (number.tooLarge) return number.negative ? smallest : largest;
+Value readSigned(wchar const* text) {
+  // The smallest value has a magnitude of one more than the largest, and is what it saturates at.
+  constexpr Value kLargest = std::numeric_limits<Value>::max();
+  Magnitude const number = readMagnitude<static_cast<std::uint64_t>(kLargest)>(text);
+  if (number.tooLarge) return number.negative ? std::numeric_limits<Value>::min() : kLargest;
   Value const value = static_cast<Value>(number.value);
   return number.negative ? static_cast<Value>(-value) : value;
 }
 
 template <class Value>
 Parsed<Value> readUnsigned(wchar const* text) {
-  Value const largest = static_cast<Value>(-1);
-  Magnitude const number = readMagnitude(text, largest);
+  constexpr Value kLargest = std::numeric_limits<Value>::max();
+  Magnitude const number = readMagnitude<kLargest>(text);
   if (number.end == nullptr) return {0, text};
-  if (number.tooLarge) return {largest, number.end};
+  if (number.tooLarge) return {kLargest, number.end};
   Value const value = static_cast<Value>(number.value);
   return {number.negative ? static_cast<Value>(0 - value) : value, number.end};
 }
 
-// The units that can belong to a number, as chars.
-std::string narrowNumber(wchar const* text) {
-  std::string narrow;
-  for (; *text != 0 && *text < 0x80 && hasClass(*text, platform::kGraphic); ++text) {
-    narrow.push_back(static_cast<char>(*text));
+// The units that can belong to a number, as chars with a terminator; on the stack unless there are very many.
+class NarrowNumber {
+ public:
+  explicit NarrowNumber(wchar const* text) {
+    while (text[size_] != 0 && text[size_] < 0x80 && hasClass(text[size_], platform::kGraphic)) ++size_;
+    char* chars = brief_;
+    if (size_ >= sizeof brief_) {
+      long_.resize(size_);
+      chars = &long_[0];
+      first_ = chars;
+    }
+    for (std::size_t i = 0; i < size_; ++i) chars[i] = static_cast<char>(text[i]);
+    chars[size_] = 0;
   }
-  return narrow;
-}
+  NarrowNumber(NarrowNumber const&) = delete;
+  NarrowNumber& operator=(NarrowNumber const&) = delete;
+
+  char const* begin() const { return first_; }
+  char const* end() const { return first_ + size_; }
+
+ private:
+  std::size_t size_ = 0;
+  char brief_[128];
+  std::string long_;
+  char const* first_ = brief_;
+};
 
 bool isHexadecimal(char const* digits) {
   return digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
@@ -121,11 +140,11 @@ int printGeneral(double value, int precision, wchar* out, int capacity) {
 }
 
 int readInt(wchar const* text) {
-  return readSigned<int>(text, INT_MIN, INT_MAX);
+  return readSigned<int>(text);
 }
 
 long long readInt64(wchar const* text) {
-  return readSigned<long long>(text, LLONG_MIN, LLONG_MAX);
+  return readSigned<long long>(text);
 }
 
 Parsed<std::uint32_t> readUnsigned32(wchar const* text) {
@@ -139,8 +158,8 @@ Parsed<std::uint64_t> readUnsigned64(wchar const* text) {
 Parsed<double> readDouble(wchar const* text) {
   wchar const* start = text;
   while (hasClass(*start, platform::kSpace)) ++start;
-  std::string const narrow = narrowNumber(start);
-  char const* const first = narrow.c_str();
+  NarrowNumber const narrow(start);
+  char const* const first = narrow.begin();
   char const* const digits = first + (*first == '+' || *first == '-' ? 1 : 0);
 
   // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point, and
@@ -149,7 +168,7 @@ Parsed<double> readDouble(wchar const* text) {
   bool const plain =
       *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';
   if (plain) {
-    auto const [end, error] = std::from_chars(digits, first + narrow.size(), value);
+    auto const [end, error] = std::from_chars(digits, narrow.end(), value);
     if (error == std::errc::invalid_argument) return {0, text};
     if (error == std::errc()) return {*first == '-' ? -value : value, start + (end - first)};
   }

@@ -123,27 +123,34 @@ void StringVal::reverse() {
   }
 }
 
-char const* StringVal::stringAnsi() const {
-  return narrow(kAnsi);
-}
-
-char const* StringVal::stringUTF8() const {
-  return narrow(kUtf8);
-}
-
 char const* StringVal::narrow(NarrowCopy which) const {
   // The text decides, not the length: a first unit overwritten with NUL counts at once.
   if (str()[0] == 0) return kEmptyNarrowText;
-  if (narrow_[which] != nullptr && length_ != kUnknown) return narrow_[which];
   if (length_ == kUnknown) measure();
+  if (narrow_[which] != nullptr) return narrow_[which];
+  char* const copy = newNarrow(which);
+  if (copy == nullptr) return kEmptyNarrowText;
+  delete[] std::exchange(narrow_[which], copy);
+  return copy;
+}
+
+// The text with its terminator in the code page, in an array of its own; null if it cannot be converted.
+char* StringVal::newNarrow(NarrowCopy which) const {
   unsigned int const codePage = which == kAnsi ? strings::kAnsiCodePage : strings::kUtf8CodePage;
   int const units = length_ + 1;
-  int const size = strings::encodeNarrow(codePage, str(), units, nullptr, 0);
-  if (size == 0) return kEmptyNarrowText;
+  // A short text in UTF-8 fits in here in any case, which spares it the measuring.
+  char brief[256];
+  bool const isBrief = which == kUtf8 && units <= static_cast<int>(sizeof brief) / 3;
+  int const size = strings::encodeNarrow(codePage, str(), units, isBrief ? brief : nullptr,
+                                         isBrief ? static_cast<int>(sizeof brief) : 0);
+  if (size == 0) return nullptr;
   std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(size)]);
-  if (strings::encodeNarrow(codePage, str(), units, copy.get(), size) == 0) return kEmptyNarrowText;
-  delete[] std::exchange(narrow_[which], copy.release());
-  return narrow_[which];
+  if (isBrief) {
+    std::memcpy(copy.get(), brief, static_cast<std::size_t>(size));
+  } else if (strings::encodeNarrow(codePage, str(), units, copy.get(), size) == 0) {
+    return nullptr;
+  }
+  return copy.release();
 }
 
 void StringVal::validityCheck(unsigned int) const {}

@@ -75,8 +75,8 @@ class KVBASE_API StringVal {
   // The text in the ANSI code page and in UTF-8, converted once and cached; an empty narrow text where the text is empty
   // or cannot be converted, never null. Valid until the payload is destroyed or its length measured anew.
   // Characters that the code page does not have become its default character.
-  char const* stringAnsi() const;
-  char const* stringUTF8() const;
+  char const* stringAnsi() const { return isCached(kAnsi) ? narrow_[kAnsi] : narrow(kAnsi); }
+  char const* stringUTF8() const { return isCached(kUtf8) ? narrow_[kUtf8] : narrow(kUtf8); }
   // The same as stringAnsi, while String::stringPath is the wide text. That is meant to stay so.
   char const* stringPath() const { return stringAnsi(); }
 
@@ -100,7 +100,9 @@ class KVBASE_API StringVal {
   wchar const* str() const { return reinterpret_cast<wchar const*>(this + 1); }
   int measure() const;
   void dropNarrowCopies() const;
+  bool isCached(NarrowCopy which) const { return narrow_[which] != nullptr && length_ != kUnknown && *str() != 0; }
   char const* narrow(NarrowCopy which) const;
+  char* newNarrow(NarrowCopy which) const;
   // Part of the compiled interface; does nothing.
   void validityCheck(unsigned int) const;
 

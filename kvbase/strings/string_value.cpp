@@ -65,14 +65,6 @@ String::String(wchar ch, int count) : payload_(StringVal::construct(kEmptyText, 
 
 String::String(CodePageInterface text) : payload_(StringVal::constructUsingCodepage(text, -1, -1)) {}
 
-char const* String::stringAnsi() const {
-  return payload_ != nullptr ? payload_->stringAnsi() : nullptr;
-}
-
-char const* String::stringUTF8() const {
-  return payload_ != nullptr ? payload_->stringUTF8() : nullptr;
-}
-
 StringBuffer String::buffer(int size, bool keep) {
   return StringBuffer(*this, size, keep);
 }

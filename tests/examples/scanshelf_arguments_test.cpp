@@ -19,7 +19,8 @@ struct Row {
 };
 
 std::string flagsOf(Arguments const& arguments) {
-  return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.help ? "h" : "");
+  return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.renumber ? "r" : "") +
+         (arguments.help ? "h" : "");
 }
 
 TEST(ScanshelfArgumentsTest, Understood) {
@@ -30,6 +31,7 @@ TEST(ScanshelfArgumentsTest, Understood) {
       {"folder and pattern", {KVW("scans"), KVW("*.dat")}, KVW("scans"), KVW("*.dat"), ""},
       {"brief options", {KVW("-a"), KVW("-u")}, String::NIL, all, "au"},
       {"full options", {KVW("--unix"), KVW("--all"), KVW("--help")}, String::NIL, all, "auh"},
+      {"renumbering", {KVW("-r"), KVW("scans"), KVW("--renumber")}, KVW("scans"), all, "r"},
       {"option between", {KVW("scans"), KVW("--all"), KVW("*")}, KVW("scans"), all, "a"},
       {"dash alone is a name", {KVW("-")}, KVW("-"), all, ""},
       {"end of options", {KVW("--"), KVW("-a"), KVW("--")}, KVW("-a"), KVW("--"), ""},

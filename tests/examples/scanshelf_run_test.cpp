@@ -2,9 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 #include <string>
 
+#include "examples/scanshelf/renumbering.cpp"
 #include "examples/scanshelf/report.cpp"
 #include "examples/scanshelf/run.cpp"
 #include "examples/scanshelf/sample_tree.cpp"
@@ -60,6 +62,35 @@ TEST(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
                                      "     5 B  sub\\b.dat\n"
                                      "     1 B  sub\\deep\\c.txt\n"));
   EXPECT_THAT(outcome.out, HasSubstr("3 files match *, 2.0 KB in all; 3 folders searched.\n"));
+}
+
+TEST(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
+  TempFolder folder;
+  folder.write("scan009.dat", "1");
+  folder.write("sub/notes.txt", "1");
+  folder.write("sub/x2147483647.dat", "1");
+  Outcome const outcome = outcomeOf({folder.text(), KVW("--renumber")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, HasSubstr("Nothing is renamed."));
+  EXPECT_THAT(outcome.out, HasSubstr("  scan009.dat      scan010.dat         .\\\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  notes.txt        notes1.txt          sub\\\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  x2147483647.dat  (number too large)  sub\\\n"));
+  EXPECT_TRUE(std::filesystem::exists(folder.path() / "scan009.dat"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() / "scan010.dat"));
+}
+
+TEST(ScanshelfRunTest, RenumberingTellsHowManyMore) {
+  TempFolder folder;
+  for (int i = 0; i < 14; ++i) folder.write("scan" + std::to_string(i) + ".dat", "1");
+  EXPECT_THAT(outcomeOf({folder.text(), KVW("-r")}).out, HasSubstr("  (4 more)\n"));
+  EXPECT_THAT(outcomeOf({folder.text(), KVW("-r"), KVW("-a")}).out, Not(HasSubstr("more)")));
+}
+
+TEST(ScanshelfRunTest, LongPathsAreListedWithoutTheirMiddle) {
+  TempFolder folder;
+  folder.write("Town hall/" + std::string(60, 'f') + "/Before cleaning and measuring/scan001.dat", "1");
+  EXPECT_THAT(outcomeOf({folder.text()}).out,
+              HasSubstr("  1 B  Town hall\\...\\Before cleaning and measuring\\scan001.dat\n"));
 }
 
 TEST(ScanshelfRunTest, FilesAreListedWithSlashesOnRequest) {
@@ -156,7 +187,7 @@ TEST(ScanshelfSampleTest, IsShownWithoutAFolder) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.find("A sample of scans"), 0u);
-  EXPECT_THAT(outcome.out, HasSubstr("14 files match *, 11.3 MB in all; 8 folders searched.\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("14 files match *, 11.3 MB in all; 11 folders searched.\n"));
 }
 
 }  // namespace

@@ -31,6 +31,9 @@ inline int firstUnit(unsigned int mask) {
 template <class V>
 constexpr bool kNarrowest = std::is_void<typename V::Half>::value;
 
+template <class V>
+constexpr unsigned int kAllUnits = ~0u >> (32 - 2 * V::kUnits);
+
 // The zero units of a vector.
 template <class V>
 unsigned int zeros(typename V::Register units) {
@@ -239,8 +242,12 @@ int replaceUnit(wchar* text, int n, wchar from, wchar to) {
 // Size of UTF-16 text in UTF-8: a byte for each unit, one more from U+0080 and from U+0800 on, two less for a pair.
 template <class V>
 long long utf8Size(wchar const* units, int n) {
-  long long size = 0;
   int i = 0;
+  while (i + V::kUnits <= n &&
+         V::mask(V::equal(V::both(V::load(units + i), V::of(0xFF80)), V::zero())) == kAllUnits<V>) {
+    i += V::kUnits;
+  }
+  long long size = i;  // of ASCII so far
   // One unit more than the vector is read, to see the other half of a pair.
   while (i + V::kUnits < n) {
     auto counts = V::zero();

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+//
+// Strings: UTF-8 and one-byte pages, there and back.
+#include <unicode/ucnv.h>
+
+#include <algorithm>
+#include <boost/locale/encoding_utf.hpp>
+#include <cwchar>
+#include <locale>
+#include <random>
+#include <string>
+
+#include "benchmarks/support.h"
+#include "kvbase/platform/text_api.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+namespace {
+
+using boost::locale::conv::utf_to_utf;
+
+constexpr int kSizes[] = {24, 64, 8192};
+constexpr unsigned int kWesternPage = 1252;
+
+std::string sized(std::string const& row, int size) {
+  return "encoding: " + row + ", " + std::to_string(size);
+}
+
+// --- Texts of one script, of so many units ---------------------------------------------------------------------------
+
+u16string asciiText(int length) {
+  return sampleText(length);
+}
+
+// Every third letter is one of Latin-1 beyond ASCII.
+u16string latinText(int length) {
+  u16string text = sampleText(length);
+  for (std::size_t i = 0; i < text.size(); i += 3) text[i] = static_cast<char16_t>(0xC0 + text[i] % 64);
+  return text;
+}
+
+u16string cjkText(int length) {
+  std::mt19937 random(1);
+  u16string text;
+  for (int i = 0; i < length; ++i) text += static_cast<char16_t>(0x4E00 + random() % 0x5000);
+  return text;
+}
+
+// Surrogate pairs, all of them.
+u16string emojiText(int length) {
+  std::mt19937 random(1);
+  u16string text;
+  for (int i = 0; i < length; i += 2) {
+    text += u'\xD83D';
+    text += static_cast<char16_t>(0xDE00 + random() % 80);
+  }
+  return text;
+}
+
+struct Script {
+  char const* name;
+  u16string (*text)(int length);
+};
+constexpr Script kScripts[] = {{"ASCII", asciiText}, {"Latin-1", latinText}, {"CJK", cjkText}, {"emoji", emojiText}};
+
+// --- UTF-8 -----------------------------------------------------------------------------------------------------------
+
+using Utf8Facet = std::codecvt<char16_t, char, std::mbstate_t>;
+
+std::string facetToUtf8(u16string const& text) {
+  auto const& facet = std::use_facet<Utf8Facet>(std::locale::classic());
+  std::string bytes(3 * text.size(), '\0');
+  std::mbstate_t state = {};
+  char16_t const* next = nullptr;
+  char* end = nullptr;
+  facet.out(state, text.data(), text.data() + text.size(), next, bytes.data(), bytes.data() + bytes.size(), end);
+  bytes.resize(static_cast<std::size_t>(end - bytes.data()));
+  return bytes;
+}
+
+u16string facetFromUtf8(std::string const& bytes) {
+  auto const& facet = std::use_facet<Utf8Facet>(std::locale::classic());
+  u16string text(bytes.size(), u'\0');
+  std::mbstate_t state = {};
+  char const* next = nullptr;
+  char16_t* end = nullptr;
+  facet.in(state, bytes.data(), bytes.data() + bytes.size(), next, text.data(), text.data() + text.size(), end);
+  text.resize(static_cast<std::size_t>(end - text.data()));
+  return text;
+}
+
+// The conversion that a String keeps: each one on a String of its own.
+void addToUtf8(Script const& script, int size) {
+  u16string const text = script.text(size);
+  require(static_cast<int>(text.size()) == size, "UTF-8: the text is of its size");
+  int const batch = size <= 64 ? 500 : 16;
+  Row(sized(std::string("to UTF-8, ") + script.name, size))
+      .addFresh(
+          "KVBase", batch, [text] { return make<String>(text); }, [](String const& a) { return a.stringUTF8(); })
+      .addFresh(
+          "QString", batch, [text] { return make<QString>(text); }, [](QString const& a) { return a.toUtf8(); })
+      .addFresh(
+          "UnicodeString", batch, [text] { return make<UnicodeString>(text); },
+          [](UnicodeString const& a) {
+            std::string bytes;
+            a.toUTF8String(bytes);
+            return bytes;
+          })
+      .addFresh(
+          "boost", batch, [text] { return text; }, [](u16string const& a) { return utf_to_utf<char>(a); })
+      .addFresh(
+          "codecvt", batch, [text] { return text; }, facetToUtf8);
+}
+
+void addFromUtf8(Script const& script, int size) {
+  std::string const bytes = facetToUtf8(script.text(size));
+  require(facetFromUtf8(bytes) == script.text(size), "UTF-8: the text comes back");
+  Row(sized(std::string("from UTF-8, ") + script.name, size))
+      .add("KVBase", [bytes] { return String(UTF8Interface(bytes.c_str())); })
+      .add("QString", [bytes] { return QString::fromUtf8(bytes.c_str()); })
+      .add("UnicodeString", [bytes] { return UnicodeString::fromUTF8(bytes.c_str()); })
+      .add("boost", [bytes] { return utf_to_utf<char16_t>(bytes); })
+      .add("codecvt", [bytes] { return facetFromUtf8(bytes); });
+}
+
+void addCachedCopy() {
+  u16string const text = latinText(64);
+  String const own = make<String>(text);
+  require(own.stringUTF8() == own.stringUTF8(), "cached copy: the second call converts nothing");
+  Row("encoding: to UTF-8, second call")
+      .add("KVBase", [own] { return own.stringUTF8(); })
+      .add("std::string kept", [kept = facetToUtf8(text)] { return kept.c_str(); });
+}
+
+// --- A one-byte page -------------------------------------------------------------------------------------------------
+
+// A converter for one contestant, as long as its work lives.
+std::shared_ptr<UConverter> westernConverter() {
+  UErrorCode error = U_ZERO_ERROR;
+  std::shared_ptr<UConverter> converter(ucnv_open("windows-1252", &error), ucnv_close);
+  require(U_SUCCESS(error), "one-byte page: ICU has it");
+  return converter;
+}
+
+std::string latinBytes(u16string const& text) {
+  std::string bytes;
+  for (char16_t unit : text) bytes += static_cast<char>(unit);
+  return bytes;
+}
+
+u16string widened(std::string const& bytes) {
+  u16string text(bytes.size(), u'\0');
+  std::transform(bytes.begin(), bytes.end(), text.begin(), [](char byte) { return static_cast<unsigned char>(byte); });
+  return text;
+}
+
+void addFromPage(int size) {
+  std::string const bytes = latinBytes(latinText(size));
+  require(widened(bytes) == latinText(size), "one-byte page: the text comes back");
+  Row(sized("from a one-byte page", size))
+      .add("KVBase", [bytes] { return String(CodePageInterface(bytes.c_str(), kWesternPage)); })
+      .add("QString", [bytes] { return QString::fromLatin1(bytes.c_str()); })
+      .add("widened", [bytes] { return widened(bytes); })
+      .add("UnicodeString", [bytes, converter = westernConverter()] {
+        UErrorCode error = U_ZERO_ERROR;
+        return UnicodeString(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
+      });
+}
+
+// In the two steps that a String takes for its narrow copy.
+std::string encodedInPage(String const& text) {
+  platform::TextApi& api = platform::text();
+  int const size = api.encode(kWesternPage, text, text.length(), nullptr, 0);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  api.encode(kWesternPage, text, text.length(), bytes.data(), size);
+  return bytes;
+}
+
+void addToPage(int size) {
+  u16string const text = latinText(size);
+  Row(sized("to a one-byte page", size))
+      .add("KVBase", [a = make<String>(text)] { return encodedInPage(a); })
+      .add("QString", [a = make<QString>(text)] { return a.toLatin1(); })
+      .add("UnicodeString", [a = make<UnicodeString>(text), converter = westernConverter()] {
+        std::string bytes(static_cast<std::size_t>(a.length()), '\0');
+        UErrorCode error = U_ZERO_ERROR;
+        a.extract(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
+        return bytes;
+      });
+}
+
+}  // namespace
+
+void addStringEncoding() {
+  for (Script const& script : kScripts) {
+    for (int size : kSizes) addToUtf8(script, size);
+  }
+  for (Script const& script : kScripts) {
+    for (int size : kSizes) addFromUtf8(script, size);
+  }
+  addCachedCopy();
+  for (int size : {64, 8192}) {
+    addFromPage(size);
+    addToPage(size);
+  }
+}
+
+}  // namespace bench
+}  // namespace KV_1_1
