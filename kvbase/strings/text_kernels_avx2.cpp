@@ -28,6 +28,26 @@ struct CompressTable {
 };
 constexpr CompressTable kCompress;
 
+// How those of eight units move together whose bit is set.
+struct KeepTable {
+  unsigned char order[256][16];
+  unsigned char size[256];
+
+  constexpr KeepTable() : order(), size() {
+    for (int kept = 0; kept < 256; ++kept) {
+      unsigned char n = 0;
+      for (int unit = 0; unit < 8; ++unit) {
+        if ((kept >> unit & 1) == 0) continue;
+        order[kept][2 * n] = static_cast<unsigned char>(2 * unit);
+        order[kept][2 * n + 1] = static_cast<unsigned char>(2 * unit + 1);
+        ++n;
+      }
+      size[kept] = n;
+    }
+  }
+};
+constexpr KeepTable kKeep;
+
 inline __m128i load128(void const* from) {
   return _mm_loadu_si128(static_cast<__m128i const*>(from));
 }
@@ -90,6 +110,33 @@ struct Avx2Vector {
     store128(bytes, _mm256_castsi256_si128(sequences));
     store128(bytes + 12, _mm256_extracti128_si256(sequences, 1));
     return true;
+  }
+  // The characters of one and two bytes that begin in the next sixteen bytes, given to the sink; returns how many bytes they
+  // take, 0 if anything else is among them. Seventeen bytes are read.
+  template <class Sink>
+  static int fromShortUtf8(char const* bytes, Sink& sink) {
+    __m128i const block = load128(bytes);
+    __m128i const behind = load128(bytes + 1);
+    __m128i const isTail = _mm_cmpgt_epi8(_mm_set1_epi8(-64), block);
+    __m128i const isLead =
+        _mm_and_si128(_mm_cmpgt_epi8(block, _mm_set1_epi8(-63)), _mm_cmpgt_epi8(_mm_set1_epi8(-32), block));
+    int const tails = _mm_movemask_epi8(isTail);
+    int const leads = _mm_movemask_epi8(isLead);
+    int const tailsBehind = _mm_movemask_epi8(_mm_cmpgt_epi8(_mm_set1_epi8(-64), behind));
+    // Each lead has its tail behind it, and each tail its lead before it.
+    bool const isShort =
+        (tails | leads) == _mm_movemask_epi8(block) && (leads & ~tailsBehind) == 0 && (tails & ~(leads << 1)) == 0;
+    if (!isShort) return 0;
+    Register const units = _mm256_cvtepu8_epi16(block);
+    Register const lead = _mm256_slli_epi16(_mm256_and_si256(units, _mm256_set1_epi16(0x1F)), 6);
+    Register const tail = _mm256_and_si256(_mm256_cvtepu8_epi16(behind), _mm256_set1_epi16(0x3F));
+    Register const both = choose(_mm256_cvtepi8_epi16(isLead), either(lead, tail), units);
+    int const kept = ~tails;
+    sink.units(_mm_shuffle_epi8(_mm256_castsi256_si128(both), load128(kKeep.order[kept & 0xFF])),
+               kKeep.size[kept & 0xFF]);
+    sink.units(_mm_shuffle_epi8(_mm256_extracti128_si256(both, 1), load128(kKeep.order[kept >> 8 & 0xFF])),
+               kKeep.size[kept >> 8 & 0xFF]);
+    return (leads & 0x8000) != 0 ? 17 : 16;
   }
   // Eight sequences of three bytes each; false if that is not what the next 24 bytes are. 28 bytes are read.
   static bool fromLongUtf8(char const* bytes, __m128i& units) {

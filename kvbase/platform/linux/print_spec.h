@@ -27,7 +27,7 @@ struct Arguments {
   va_list list;
 };
 
-// Reads the specification behind a per cent sign, asterisks from the arguments, and moves `format` behind it. False if it
+// Reads the conversion behind a per cent sign, asterisks from the arguments, and moves `format` behind it. False if it
 // ends too early or has a number beyond an int; whether there is such a conversion is not asked.
 bool parseSpec(wchar const*& format, Arguments& arguments, Spec& spec);
 

@@ -300,8 +300,8 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   return end - bytes;
 }
 
-// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), eight units at a time by
-// units(block), and any one character by character(code).
+// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time
+// by units(block, count), and any one character by character(code).
 template <class V, class Sink>
 void readUtf8Text(char const* bytes, int n, Sink& sink) {
   auto const* const data = reinterpret_cast<unsigned char const*>(bytes);
@@ -309,7 +309,9 @@ void readUtf8Text(char const* bytes, int n, Sink& sink) {
     for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
     if constexpr (V::kConvertsRuns) {
       __m128i block;
-      for (; i + 28 <= n && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block);
+      for (; i + 28 <= n && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
+      // Blocks of fewer units are written whole; the 24 bytes behind them hold eight more at least, which make room.
+      for (int taken = 1; i + 40 <= n && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
     }
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
       Utf8Character const character = readUtf8(data + i, n - i);
@@ -324,7 +326,7 @@ struct UnitCounter {
   int size = 0;
 
   void ascii(char const*) { size += V::kUnits; }
-  void units(__m128i) { size += 8; }
+  void units(__m128i, int count) { size += count; }
   void character(unsigned int code) { size += code < 0x10000 ? 1 : 2; }
 };
 
@@ -336,9 +338,9 @@ struct UnitWriter {
     V::store(end, V::loadNarrow(bytes));
     end += V::kUnits;
   }
-  void units(__m128i block) {
+  void units(__m128i block, int count) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(end), block);
-    end += 8;
+    end += count;
   }
   void character(unsigned int code) { end = writeUtf16(code, end); }
 };
