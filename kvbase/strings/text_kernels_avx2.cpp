@@ -38,11 +38,10 @@ struct KeepTable {
       unsigned char n = 0;
       for (int unit = 0; unit < 8; ++unit) {
         if ((kept >> unit & 1) == 0) continue;
-        order[kept][2 * n] = static_cast<unsigned char>(2 * unit);
-        order[kept][2 * n + 1] = static_cast<unsigned char>(2 * unit + 1);
-        ++n;
+        order[kept][n++] = static_cast<unsigned char>(2 * unit);
+        order[kept][n++] = static_cast<unsigned char>(2 * unit + 1);
       }
-      size[kept] = n;
+      size[kept] = n / 2;
     }
   }
 };
