@@ -142,8 +142,8 @@ class KVBASE_API Directory : public FileSystemItem {
   // REQUIRES (all three): no NUL in the text.
   static SmartPtr<Directory> fromText(std::basic_string_view<wchar> text);
   // Without prefix; a share without its two leading separators too, and with what messages show behind the text.
-  static SmartPtr<Directory> fromTextLocal(std::basic_string_view<wchar> text);
-  static SmartPtr<Directory> fromTextUNC(std::basic_string_view<wchar> text, wchar const* behind);
+  static SmartPtr<Directory> fromStringLocal(std::basic_string_view<wchar> text);
+  static SmartPtr<Directory> fromStringUNC(std::basic_string_view<wchar> text, wchar const* behind);
 
   // The full name in a form, and the name of a file behind it.
   String text(Form form, String const& baseName, String const& extension) const;

@@ -145,14 +145,14 @@ SmartPtr<Directory> Directory::fromUTF8(std::string const& text) {
 }
 
 SmartPtr<Directory> Directory::fromText(std::basic_string_view<wchar> text) {
-  if (text.size() < 2 || !isSeparator(text[0]) || !isSeparator(text[1])) return fromTextLocal(text);
+  if (text.size() < 2 || !isSeparator(text[0]) || !isSeparator(text[1])) return fromStringLocal(text);
   // Two separators more stand behind a share with a prefix: no level, but part of what a message shows.
-  if (cutPrefix(text, KVW("\\\\?\\UNC\\"))) return fromTextUNC(text, KVW("\\\\"));
-  if (cutPrefix(text, KVW("\\\\?\\"))) return fromTextLocal(text);
-  return fromTextUNC(text.substr(2), nullptr);
+  if (cutPrefix(text, KVW("\\\\?\\UNC\\"))) return fromStringUNC(text, KVW("\\\\"));
+  if (cutPrefix(text, KVW("\\\\?\\"))) return fromStringLocal(text);
+  return fromStringUNC(text.substr(2), nullptr);
 }
 
-SmartPtr<Directory> Directory::fromTextLocal(std::basic_string_view<wchar> text) {
+SmartPtr<Directory> Directory::fromStringLocal(std::basic_string_view<wchar> text) {
   TextView rest = text;
   String root;
   if (text.size() > 1 && text[1] == KVW(':') && text[0] != KVW(':')) {
@@ -180,7 +180,7 @@ SmartPtr<Directory> Directory::fromTextLocal(std::basic_string_view<wchar> text)
   return directory;
 }
 
-SmartPtr<Directory> Directory::fromTextUNC(std::basic_string_view<wchar> text, wchar const* behind) {
+SmartPtr<Directory> Directory::fromStringUNC(std::basic_string_view<wchar> text, wchar const* behind) {
   Survey const found = survey(text);
   if (!found.isValid) {
     reportInvalidName(shown(text) + behind);
