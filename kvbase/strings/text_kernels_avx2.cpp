@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The only source compiled for AVX2; kernels().chooseKernels decides at start whether what it holds is ever called.
+// The only source compiled for AVX2; chooseKernels decides at start whether what it holds is ever called.
 #include <immintrin.h>
 
 #include "kvbase/strings/internal/sse2_vector.h"
