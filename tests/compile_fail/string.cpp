@@ -12,11 +12,6 @@ String makeText();
 void use(String text) {
   text.printf(KVW("%ls %d"), text, 1);
 
-#ifdef CASE_TRUTH_VALUE
-  // expect: deleted function
-  if (static_cast<bool>(text)) use(text);
-#endif
-
 #ifdef CASE_PRINTF_OF_A_STANDARD_STRING
   // expect: printf takes numbers, Strings and texts
   text.printf(KVW("%ls"), std::string("text"));

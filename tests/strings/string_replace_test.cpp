@@ -166,6 +166,23 @@ TEST(StringReplace, ArgumentsMayBeTheTextItself) {
   EXPECT_EQ("EMPTY", state(text));
 }
 
+// Only the first matches are remembered from the search that measures; the others are found again.
+TEST(StringReplace, AnyNumberOfMatchesIsReplaced) {
+  for (int matches : {1, 255, 256, 257, 512, 1000}) {
+    SCOPED_TRACE(matches);
+    wstring before;
+    wstring after;
+    for (int i = 0; i < matches; ++i) {
+      before += KVW("x--");
+      after += KVW("x+++");
+    }
+    String text((before + KVW("end")).c_str());
+    EXPECT_EQ(text.replace(KVW("--"), KVW("+++")), matches);
+    EXPECT_TRUE(text == (after + KVW("end")).c_str());
+    EXPECT_EQ(text.length(), 4 * matches + 3);
+  }
+}
+
 }  // namespace
 }  // namespace testing
 }  // namespace KV_1_1
