@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The seam to the operating system. Everything that differs between systems is asked through one abstract class per
-// group of calls (file_api.h, text_api.h); platform/windows and platform/linux implement each once.
+// group of calls (file_api.h, text_api.h, shell_api.h, debug_api.h); platform/windows and platform/linux implement each once.
 //
 // The current backends stand in one constant-initialised record, so that they answer before the first initialiser of
 // the library has run and after the last one has been undone.
@@ -14,12 +14,16 @@
 namespace KV_1_1 {
 namespace platform {
 
+class DebugApi;
 class FileApi;
+class ShellApi;
 class TextApi;
 
 struct Backends {
   FileApi* files;
   TextApi* text;
+  ShellApi* shell;
+  DebugApi* debug;
 };
 
 // What the library uses now: the native backends, unless a test has swapped one.
@@ -31,10 +35,18 @@ inline FileApi& files() {
 inline TextApi& text() {
   return *current.text;
 }
+inline ShellApi& shell() {
+  return *current.shell;
+}
+inline DebugApi& debug() {
+  return *current.debug;
+}
 
 // The backends of the system the library was built for. They live for ever.
 KVBASE_API FileApi& nativeFiles();
 KVBASE_API TextApi& nativeText();
+KVBASE_API ShellApi& nativeShell();
+KVBASE_API DebugApi& nativeDebug();
 
 // Puts another backend in place for a scope; scopes may nest.
 //
@@ -54,6 +66,8 @@ class ScopedBackend {
   static Api*& slot() { return slot(static_cast<Api*>(nullptr)); }
   static FileApi*& slot(FileApi*) { return current.files; }
   static TextApi*& slot(TextApi*) { return current.text; }
+  static ShellApi*& slot(ShellApi*) { return current.shell; }
+  static DebugApi*& slot(DebugApi*) { return current.debug; }
 
   Api* previous_;
 };

@@ -14,7 +14,11 @@
 #endif
 #include <windows.h>
 
+#include <sys/stat.h>
+
 #else
+
+#include <sys/stat.h>
 
 #include <cstdint>
 
@@ -29,6 +33,33 @@ union ULARGE_INTEGER {
     std::uint32_t HighPart;
   } u;
   std::uint64_t QuadPart;
+};
+
+// A time in units of 100 ns since the beginning of 1601, UTC.
+struct FILETIME {
+  std::uint32_t dwLowDateTime;
+  std::uint32_t dwHighDateTime;
+};
+
+// The status record of the C runtime of Windows: `st_mode` has the bits of <sys/stat.h>, a size has 32 bits, and inode and
+// owners, which do not fit, are 0. The system's header has made macros of the names st_atime, st_mtime and st_ctime: they
+// reach the seconds of these times.
+struct _stat64i32 {
+  struct Seconds {
+    std::int64_t tv_sec;
+  };
+
+  std::uint32_t st_dev;
+  std::uint16_t st_ino;
+  std::uint16_t st_mode;
+  std::int16_t st_nlink;
+  std::int16_t st_uid;
+  std::int16_t st_gid;
+  std::uint32_t st_rdev;
+  std::int32_t st_size;
+  Seconds st_atim;
+  Seconds st_mtim;
+  Seconds st_ctim;
 };
 
 #endif

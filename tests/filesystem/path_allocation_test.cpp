@@ -16,6 +16,7 @@
 #include "tests/filesystem/path_support.h"
 #include "tests/support/allocation_failure.h"
 #include "tests/support/failing_files.h"
+#include "tests/support/scripted_files.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -24,7 +25,7 @@ namespace {
 using namespace KV_1_1::testing;
 
 // A system that allocates nothing: C:\work and the two folders s below it hold a folder s and two files each.
-class FrugalFiles final : public platform::FileApi {
+class FrugalFiles final : public FileScript {
  public:
   int openSearches = 0;
   int openTexts = 0;

@@ -6,10 +6,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <ctime>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_codes.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
@@ -191,6 +196,124 @@ TEST(FileApiTest, CurrentDirectoryReadsInTheNotationOfTheLibrary) {
 
 TEST(FileApiTest, NoSuchDriveHasNoCurrentDirectory) {
   EXPECT_EQ(released(files().currentDirectoryOfDrive(25)), "null");
+}
+
+// Both systems give these codes for questions that have no answer.
+TEST(FileApiTest, QuestionsThatFailLeaveTheirReason) {
+  TempFolder folder;
+  folder.write("file.txt");
+  struct Row {
+    char const* name;
+    wchar const* path;
+    ulong32 code;
+  };
+  Row const rows[] = {
+      {"missing", KVW("none"), platform::kFileNotFound},
+      {"missing folder", KVW("none\\file.txt"), platform::kPathNotFound},
+      {"below a file", KVW("file.txt\\x"), platform::kPathNotFound},
+      {"wildcard", KVW("*"), platform::kInvalidName},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    wstring const path = folder.text(row.path);
+    platform::nativeDebug().setLastError(0);
+    EXPECT_EQ(files().getAttributes(path.c_str()), platform::kInvalidAttributes);
+    EXPECT_EQ(platform::nativeDebug().lastError(), row.code);
+    platform::nativeDebug().setLastError(0);
+    platform::FileInfo info;
+    EXPECT_FALSE(files().getInfo(path.c_str(), info));
+    EXPECT_EQ(platform::nativeDebug().lastError(), row.code);
+  }
+}
+
+TEST(FileApiTest, SearchesThatEndLeaveTheirReason) {
+  TempFolder folder;
+  folder.write("file.txt");
+  FindData data;
+  EXPECT_EQ(files().findFirst(folder.text(KVW("*.none")).c_str(), data), platform::invalidSearch());
+  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kFileNotFound);
+  EXPECT_EQ(files().findFirst(folder.text(KVW("none\\*")).c_str(), data), platform::invalidSearch());
+  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kPathNotFound);
+  platform::SearchHandle const search = files().findFirst(folder.text(KVW("*.txt")).c_str(), data);
+  ASSERT_NE(search, platform::invalidSearch());
+  EXPECT_FALSE(files().findNext(search, data));
+  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kNoMoreFiles);
+  EXPECT_TRUE(files().findClose(search));
+}
+
+// The time now, in the unit of the seam, by the standard library.
+std::uint64_t timeNow() {
+  using namespace std::chrono;
+  constexpr std::uint64_t kUnitsBefore1970 = 116444736000000000;
+  auto const since1970 = duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count() / 100;
+  return kUnitsBefore1970 + static_cast<std::uint64_t>(since1970);
+}
+
+constexpr std::uint64_t kMinute = std::uint64_t{60} * 10000000;
+
+bool isNow(std::uint64_t time) {
+  std::uint64_t const now = timeNow();
+  return time + kMinute > now && time < now + kMinute;
+}
+
+TEST(FileApiTest, InfoTellsTheTimes) {
+  TempFolder folder;
+  folder.write("file.txt");
+  for (wchar const* name : {KVW("file.txt"), KVW("")}) {
+    SCOPED_TRACE(narrow(name));
+    platform::FileInfo info;
+    ASSERT_TRUE(files().getInfo(folder.text(name).c_str(), info));
+    EXPECT_TRUE(isNow(info.creationTime)) << info.creationTime;
+    EXPECT_TRUE(isNow(info.lastWriteTime)) << info.lastWriteTime;
+  }
+  std::filesystem::path const path = folder.path("file.txt");
+  auto const before = std::filesystem::last_write_time(path);
+  platform::FileInfo info;
+  ASSERT_TRUE(files().getInfo(folder.text(KVW("file.txt")).c_str(), info));
+  std::uint64_t const written = info.lastWriteTime;
+  std::filesystem::last_write_time(path, before - std::chrono::hours(24));
+  ASSERT_TRUE(files().getInfo(folder.text(KVW("file.txt")).c_str(), info));
+  // The standard library may set whole seconds only.
+  EXPECT_NEAR(static_cast<double>(written - info.lastWriteTime), 24.0 * 60 * kMinute, kMinute / 60.0);
+}
+
+TEST(FileApiTest, SystemTimeIsTheTimeNow) {
+  std::uint64_t const first = files().systemTime();
+  EXPECT_TRUE(isNow(first)) << first;
+  EXPECT_GE(files().systemTime(), first);
+}
+
+TEST(FileApiTest, StatusTellsKindSizeAndTime) {
+  TempFolder folder;
+  folder.write("sub/file.txt", "12345");
+  struct _stat64i32 status;
+  ASSERT_EQ(files().getStatus(folder.text(KVW("sub\\file.txt")).c_str(), status), 0);
+  EXPECT_EQ(status.st_mode & S_IFMT, S_IFREG + 0u);
+  EXPECT_EQ(status.st_mode & 0600u, 0600u);
+  EXPECT_EQ(status.st_size, 5);
+  EXPECT_LT(std::abs(std::difftime(std::time(nullptr), static_cast<std::time_t>(status.st_mtime))), 60);
+  ASSERT_EQ(files().getStatus(folder.text(KVW("sub")).c_str(), status), 0);
+  EXPECT_EQ(status.st_mode & S_IFMT, S_IFDIR + 0u);
+  EXPECT_NE(files().getStatus(folder.text(KVW("none")).c_str(), status), 0);
+  EXPECT_NE(files().getStatus(folder.text(KVW("none\\file.txt")).c_str(), status), 0);
+  EXPECT_NE(files().getStatus(KVW(""), status), 0);
+}
+
+TEST(FileApiTest, EmptyDirectoriesAreToldFromEverythingElse) {
+  TempFolder folder;
+  folder.write("full/.hidden");
+  folder.makeFolder("nested/empty");
+  folder.write("file");
+  struct Row {
+    wchar const* path;
+    int isEmpty;
+  };
+  Row const rows[] = {{KVW("nested\\empty"), 1}, {KVW("nested\\empty\\"), 1}, {KVW("nested"), 0},
+                      {KVW("full"), 0},          {KVW("full\\"), 0},          {KVW("file"), 0},
+                      {KVW("none"), 0}};
+  for (Row const& row : rows) {
+    EXPECT_EQ(files().isDirectoryEmpty(folder.text(row.path).c_str()), row.isEmpty) << narrow(row.path);
+  }
 }
 
 }  // namespace

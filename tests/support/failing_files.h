@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend whose N-th call fails, with the failure value of that call; every other call is forwarded.
+// A file backend whose N-th call fails, with the failure value of that call and a chosen last error; every other call is
+// forwarded.
 //
 //   FailingFiles files;                       // counts only
 //   ... run the operation once, calls = files.calls() ...
 //   for (int n = 1; n <= calls; ++n) {
 //     FailingFiles failing(n);
+//     failing.error = 5;
 //     platform::ScopedBackend<platform::FileApi> scope(failing);
-//     ... run it; it must fail softly ...
-//     EXPECT_EQ(failing.openSearches(), 0);
-//     EXPECT_EQ(failing.openTexts(), 0);
+//     ... run it; it must fail softly, failing.failed() tells which call it was ...
+//     EXPECT_EQ(failing.openInAll(), 0);
 //   }
 #pragma once
 
+#include <string>
+
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_codes.h"
 #include "tests/support/intercepted_files.h"
 
 namespace KV_1_1 {
@@ -24,14 +29,24 @@ class FailingFiles final : public InterceptedFiles {
   explicit FailingFiles(int failAt = 0, platform::FileApi& target = platform::nativeFiles())
       : InterceptedFiles(target), failAt_(failAt) {}
 
+  ulong32 error = platform::kAccessDenied;  // what the failing call leaves
+
   int calls() const { return calls_; }
+  // The name of the call that was made to fail; empty if none was.
+  std::string const& failed() const { return failed_; }
 
  protected:
-  bool enter(char const*, wchar const*) override { return ++calls_ != failAt_; }
+  bool enter(char const* call, wchar const*) override {
+    if (++calls_ != failAt_) return true;
+    failed_ = call;
+    platform::debug().setLastError(error);
+    return false;
+  }
 
  private:
   int const failAt_;
   int calls_ = 0;
+  std::string failed_;
 };
 
 }  // namespace testing

@@ -10,6 +10,7 @@
 //                                              {platform::kAttributeNormal, KVW("x")}};
 //   files.script.directory = KVW("C:\\work");
 //   files.script.driveDirectories[4] = KVW("D:\\data");
+//   files.script.errors["moveFile"] = 32;      // moveFile fails and leaves this error; what changes something succeeds else
 //   platform::ScopedBackend<platform::FileApi> scope(files);
 //
 // Texts are compared unit by unit.
@@ -19,8 +20,11 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_codes.h"
 #include "tests/support/recording_files.h"
 
 namespace KV_1_1 {
@@ -41,6 +45,52 @@ class FileScript : public platform::FileApi {
   std::map<wstring, std::vector<ScriptedEntry>> searches;  // an empty list: nothing matches
   std::map<int, wstring> driveDirectories;
   wstring directory;  // empty: there is none
+
+  std::map<std::string, ulong32> errors;    // by the name of the call
+  ulong32 openLeaves = platform::kNoError;  // the last error after openFile has succeeded
+  platform::FileHandle opened = &opened_;   // what openFile gives
+  std::map<wstring, struct _stat64i32> statuses;
+  std::map<wstring, int> emptyDirectories;                       // what isDirectoryEmpty gives
+  std::vector<std::pair<std::int64_t, std::int64_t>> copySteps;  // total and transferred of each call of a routine
+  std::vector<ulong32> copyAnswers;                              // what the routine gave
+  std::uint64_t now = 0;
+  std::vector<std::uint64_t> lastWriteTimes;  // as they were set
+
+  bool setAttributes(wchar const*, ulong32) override { return succeeds("setAttributes"); }
+  int getStatus(wchar const* path, struct _stat64i32& status) override {
+    auto const found = statuses.find(path);
+    if (found == statuses.end()) return -1;
+    status = found->second;
+    return 0;
+  }
+  int isDirectoryEmpty(wchar const* path) override {
+    auto const found = emptyDirectories.find(path);
+    return found == emptyDirectories.end() ? 0 : found->second;
+  }
+  platform::FileHandle openFile(wchar const*, ulong32, ulong32, ulong32, ulong32) override {
+    if (!succeeds("openFile")) return platform::invalidFile();
+    platform::debug().setLastError(openLeaves);
+    return opened;
+  }
+  bool closeFile(platform::FileHandle file) override { return file == opened && succeeds("closeFile"); }
+  bool setLastWriteTime(platform::FileHandle, std::uint64_t time) override {
+    lastWriteTimes.push_back(time);
+    return succeeds("setLastWriteTime");
+  }
+  std::uint64_t systemTime() override { return now; }
+  int openDescriptor(wchar const*, int, int, int) override { return succeeds("openDescriptor") ? 7 : -1; }
+  int commitDescriptor(int descriptor) override { return descriptor == 7 && succeeds("commitDescriptor") ? 0 : -1; }
+  int closeDescriptor(int descriptor) override { return descriptor == 7 && succeeds("closeDescriptor") ? 0 : -1; }
+  bool copyFile(wchar const*, wchar const*, platform::CopyProgress progress, void* data, ulong32) override {
+    if (progress != nullptr) {
+      for (auto const& step : copySteps) copyAnswers.push_back(progress(step.first, step.second, data));
+    }
+    return succeeds("copyFile");
+  }
+  bool moveFile(wchar const*, wchar const*) override { return succeeds("moveFile"); }
+  bool deleteFile(wchar const*) override { return succeeds("deleteFile"); }
+  bool createDirectory(wchar const*) override { return succeeds("createDirectory"); }
+  bool removeDirectory(wchar const*) override { return succeeds("removeDirectory"); }
 
   ulong32 getAttributes(wchar const* path) override {
     auto const found = attributes.find(path);
@@ -87,12 +137,20 @@ class FileScript : public platform::FileApi {
     std::size_t next;
   };
 
+  bool succeeds(char const* call) const {
+    auto const found = errors.find(call);
+    if (found == errors.end()) return true;
+    platform::debug().setLastError(found->second);
+    return false;
+  }
+
   static wchar* copyOf(wstring const& text) {
     auto* const copy = new wchar[text.size() + 1];
     std::copy_n(text.c_str(), text.size() + 1, copy);
     return copy;
   }
 
+  char opened_ = 0;
   std::set<Search*> running_;  // a search left open stays allocated, for the leak checker to find
 };
 

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -24,11 +25,23 @@
 namespace KV_1_1 {
 namespace testing {
 
+// A folder in memory where the system has one with room, for tests that need many files.
+inline std::filesystem::path quickPlace() {
+  namespace fs = std::filesystem;
+  fs::path const memory = "/dev/shm";
+  std::error_code error;
+  fs::space_info const space = fs::space(memory, error);
+  bool const roomy = !error && fs::is_directory(memory, error) && space.available > (std::uintmax_t(2) << 30);
+  return roomy ? memory : fs::temp_directory_path();
+}
+
 class TempFolder {
  public:
-  TempFolder() {
+  TempFolder() : TempFolder(std::filesystem::temp_directory_path()) {}
+  // In a folder of the test's choice.
+  explicit TempFolder(std::filesystem::path const& where) {
     namespace fs = std::filesystem;
-    fs::path const parent = fs::canonical(fs::temp_directory_path());
+    fs::path const parent = fs::canonical(where);
     std::random_device random;
     do {
       char name[32];

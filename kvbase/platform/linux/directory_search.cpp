@@ -2,33 +2,22 @@
 #include "kvbase/platform/linux/directory_search.h"
 
 #include <dirent.h>
+#include <errno.h>
 #include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 
+#include "kvbase/platform/linux/descriptor.h"
+#include "kvbase/platform/linux/item_status.h"
+#include "kvbase/platform/linux/last_error.h"
 #include "kvbase/platform/linux/name_mapping.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) close(value_);
-  }
-  Descriptor(Descriptor const&) = delete;
-  Descriptor& operator=(Descriptor const&) = delete;
-  int get() const { return value_; }
-
- private:
-  int const value_;
-};
 
 constexpr std::size_t kNameCapacity = sizeof(FindData::name) / sizeof(wchar);
 
@@ -40,7 +29,7 @@ unsigned char typeOf(int directory, char const* name, unsigned char told) {
   return static_cast<unsigned char>(IFTODT(status.st_mode));
 }
 
-ulong32 attributesOf(unsigned char type, bool isHidden) {
+ulong32 attributesOfEntry(unsigned char type, bool isHidden) {
   ulong32 const kind = type == DT_DIR ? kAttributeDirectory : type == DT_LNK ? kAttributeReparsePoint : 0;
   ulong32 const attributes = kind | (isHidden ? kAttributeHidden : 0);
   return attributes != 0 ? attributes : kAttributeNormal;
@@ -68,7 +57,9 @@ std::size_t commonSize(wchar const* a, wchar const* b, std::size_t most) {
 
 bool DirectorySearch::read(char const* path, Wildcard const& wildcard) {
   Descriptor const directory(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (directory.get() < 0 || !readAll(directory.get(), wildcard)) return false;
+  // A folder of a search is a part of a path: where it is missing, the path is.
+  if (!directory) return errno == ENOENT ? failWith(kPathNotFound) : failAt(path, errno);
+  if (!readAll(directory.get(), wildcard)) return failAt(path, errno);
   sort();
   return true;
 }
@@ -95,7 +86,7 @@ void DirectorySearch::add(int directory, char const* name, unsigned char type, W
   // A longer name is none of Windows; only file systems of other origin can have one.
   if (size >= kNameCapacity || !wildcard.matches(units, size)) return;
   bool const isHidden = units[0] == '.' && !isDots(units, size);
-  ulong32 const attributes = attributesOf(typeOf(directory, name, type), isHidden);
+  ulong32 const attributes = attributesOfEntry(typeOf(directory, name, type), isHidden);
   entries_.push_back({0, static_cast<std::uint32_t>(namesUsed_), static_cast<std::uint16_t>(size),
                       static_cast<std::uint16_t>(attributes)});
   namesUsed_ += size;
@@ -131,7 +122,7 @@ bool DirectorySearch::isBefore(Entry const& a, Entry const& b) const {
 }
 
 bool DirectorySearch::next(FindData& data) {
-  if (next_ == entries_.size()) return false;
+  if (next_ == entries_.size()) return failWith(kNoMoreFiles);
   Entry const& entry = entries_[next_++];
   data.attributes = entry.attributes;
   memcpy(data.name, names_.data() + entry.name, entry.size * sizeof(wchar));

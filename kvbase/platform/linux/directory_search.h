@@ -17,10 +17,10 @@ namespace platform {
 
 class DirectorySearch {
  public:
-  // Reads a directory, named by a NUL-terminated path of the system. False if it cannot be read.
+  // Reads a directory, named by a NUL-terminated path of the system. False, with the last error, if it cannot be read.
   bool read(char const* directory, Wildcard const& wildcard);
 
-  // Fills `data` with the next entry; false if there is none.
+  // Fills `data` with the next entry; false, with kNoMoreFiles, if there is none.
   bool next(FindData& data);
 
  private:

@@ -10,6 +10,8 @@
 
 #include <memory>
 
+#include "kvbase/platform/linux/last_error.h"
+
 namespace KV_1_1 {
 namespace platform {
 
@@ -54,18 +56,23 @@ class PathMapper {
  public:
   PathMapper(wchar const* text, std::size_t size, NativePath& path) : next_(text), end_(text + size), path_(path) {}
 
-  bool run() {
-    if (next_ == end_) return false;
+  // kNoError, or why there is no such path.
+  ulong32 run() {
+    if (next_ == end_) return kPathNotFound;
     verbatim_ = isVerbatim(next_, left());
     if (verbatim_) next_ += 4;
-    if (!appendRoot() || !appendLevels()) return false;
+    if (!appendRoot() || !appendLevels()) return error_;
     if (path_.size() == 0) path_.push('.');
     if (trailing_ && path_[path_.size() - 1] != '/') path_.push('/');
     path_.push('\0');
-    return true;
+    return kNoError;
   }
 
  private:
+  bool fail(ulong32 error) {
+    error_ = error;
+    return false;
+  }
   std::size_t left() const { return static_cast<std::size_t>(end_ - next_); }
   bool isSeparator(wchar unit) const { return unit == '\\' || (unit == '/' && !verbatim_); }
   bool startsWithSeparator() const { return next_ != end_ && isSeparator(*next_); }
@@ -96,12 +103,12 @@ class PathMapper {
   bool appendDrive() {
     char const letter = static_cast<char>(lowered(*next_));
     next_ += 2;
-    if (!appendDriveRoot(letter, path_)) return false;
+    if (!appendDriveRoot(letter, path_)) return fail(kPathNotFound);
     floor_ = path_.size();
     if (startsWithSeparator()) return true;
     if (verbatim_ && next_ != end_) return false;
     NativePath below;
-    if (!nativeDirectoryOfDrive(letter, below)) return false;
+    if (!nativeDirectoryOfDrive(letter, below)) return fail(kPathNotFound);
     if (below.size() > 0) {
       path_.append(below.data() + 1, below.size() - 1);
       path_.push('/');
@@ -110,7 +117,7 @@ class PathMapper {
   }
 
   bool appendShare() {
-    if (!appendDrivesFolder(path_)) return false;
+    if (!appendDrivesFolder(path_)) return fail(kBadNetworkPath);
     appendText("/unc/", path_);
     for (int i = 0; i < 2; ++i) {
       SmallBuffer<wchar, 64> name;
@@ -168,6 +175,7 @@ class PathMapper {
   wchar const* next_;
   wchar const* const end_;
   NativePath& path_;
+  ulong32 error_ = kInvalidName;
   bool verbatim_ = false;
   bool trailing_ = false;
   std::size_t floor_ = 0;  // ".." does not go below this size of path_
@@ -181,7 +189,22 @@ bool isVerbatim(wchar const* text, std::size_t size) {
 
 bool mapPath(wchar const* text, std::size_t size, NativePath& path) {
   path.resize(0);
-  return PathMapper(text, size, path).run();
+  ulong32 const error = PathMapper(text, size, path).run();
+  return error == kNoError || failWith(error);
+}
+
+Root rootOf(char const* path) {
+  Root const native = {Root::Kind::kNative, 0};
+  NativePath drives;
+  if (strchr(path, ':') == nullptr && strstr(path, "/unc/") == nullptr) return native;
+  if (!appendDrivesFolder(drives) || strncmp(path, drives.data(), drives.size()) != 0) return native;
+  char const* const below = path + drives.size();
+  bool const isShare = strncmp(below, "/unc/", 5) == 0;
+  char const* end = below;
+  for (int levels = isShare ? 3 : 1; levels > 0 && *end == '/'; --levels) end += 1 + strcspn(end + 1, "/");
+  bool const isDrive = !isShare && end - below == 3 && end[-1] == ':';
+  if (!isShare && !isDrive) return native;
+  return {isShare ? Root::Kind::kShare : Root::Kind::kDrive, static_cast<std::size_t>(end - path)};
 }
 
 wchar* textOfPath(wchar const* prefix, char const* bytes, std::size_t size) {

@@ -24,8 +24,17 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Maps a text of `size` units to a NUL-terminated path. False if no item can have that name; `path` is then unspecified.
+// Maps a text of `size` units to a NUL-terminated path. False, with the last error, if no item can have that name: kInvalidName,
+// or kPathNotFound for the empty text and a drive that is not there; `path` is then unspecified.
 bool mapPath(wchar const* text, std::size_t size, NativePath& path);
+
+// On what a path of the system stands, and how much of it that root takes.
+struct Root {
+  enum class Kind { kNative, kDrive, kShare };
+  Kind kind;
+  std::size_t size;
+};
+Root rootOf(char const* path);
 
 // Whether the text starts with \\?\ .
 bool isVerbatim(wchar const* text, std::size_t size);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/backend.h"
 
+#include "kvbase/platform/windows/windows_debug_api.h"
 #include "kvbase/platform/windows/windows_file_api.h"
+#include "kvbase/platform/windows/windows_shell_api.h"
 #include "kvbase/platform/windows/windows_text_api.h"
 
 namespace KV_1_1 {
@@ -12,10 +14,12 @@ namespace {
 // Constant-initialised and trivially destroyed, hence there at any time.
 WindowsFileApi theFiles;
 WindowsTextApi theText;
+WindowsShellApi theShell;
+WindowsDebugApi theDebug;
 
 }  // namespace
 
-Backends current = {&theFiles, &theText};
+Backends current = {&theFiles, &theText, &theShell, &theDebug};
 
 FileApi& nativeFiles() {
   return theFiles;
@@ -23,6 +27,14 @@ FileApi& nativeFiles() {
 
 TextApi& nativeText() {
   return theText;
+}
+
+ShellApi& nativeShell() {
+  return theShell;
+}
+
+DebugApi& nativeDebug() {
+  return theDebug;
 }
 
 }  // namespace platform

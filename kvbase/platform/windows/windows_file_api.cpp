@@ -2,12 +2,15 @@
 #include "kvbase/platform/windows/windows_file_api.h"
 
 #include <direct.h>
+#include <io.h>
 #include <stdlib.h>
 
 #include <cwchar>
 #include <iterator>
 
 #include "kvbase/platform/types.h"
+
+#include <shlwapi.h>
 
 namespace KV_1_1 {
 namespace platform {
@@ -20,18 +23,109 @@ void store(WIN32_FIND_DATAW const& found, FindData& data) {
   std::wmemcpy(data.name, found.cFileName, std::size(data.name));
 }
 
+std::uint64_t joined(std::uint32_t high, std::uint32_t low) {
+  return (std::uint64_t{high} << 32) | low;
+}
+
+std::uint64_t numberOf(FILETIME const& time) {
+  return joined(time.dwHighDateTime, time.dwLowDateTime);
+}
+
+// What CopyFileExW hands through to its routine.
+struct Routine {
+  CopyProgress progress;
+  void* data;
+};
+
+DWORD CALLBACK callProgress(LARGE_INTEGER total, LARGE_INTEGER transferred, LARGE_INTEGER, LARGE_INTEGER, DWORD, DWORD,
+                            HANDLE, HANDLE, void* data) {
+  auto const& routine = *static_cast<Routine const*>(data);
+  return routine.progress(total.QuadPart, transferred.QuadPart, routine.data);
+}
+
 }  // namespace
 
 ulong32 WindowsFileApi::getAttributes(wchar const* path) {
   return GetFileAttributesW(path);
 }
 
+bool WindowsFileApi::setAttributes(wchar const* path, ulong32 attributes) {
+  return SetFileAttributesW(path, attributes) != FALSE;
+}
+
 bool WindowsFileApi::getInfo(wchar const* path, FileInfo& info) {
   WIN32_FILE_ATTRIBUTE_DATA data;
   if (!GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return false;
   info.attributes = data.dwFileAttributes;
-  info.size = (std::uint64_t{data.nFileSizeHigh} << 32) | data.nFileSizeLow;
+  info.size = joined(data.nFileSizeHigh, data.nFileSizeLow);
+  info.creationTime = numberOf(data.ftCreationTime);
+  info.lastWriteTime = numberOf(data.ftLastWriteTime);
   return true;
+}
+
+int WindowsFileApi::getStatus(wchar const* path, struct _stat64i32& status) {
+  return _wstat64i32(path, &status);
+}
+
+int WindowsFileApi::isDirectoryEmpty(wchar const* path) {
+  return PathIsDirectoryEmptyW(path);
+}
+
+FileHandle WindowsFileApi::openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition,
+                                    ulong32 flags) {
+  return CreateFileW(path, access, share, nullptr, disposition, flags, nullptr);
+}
+
+bool WindowsFileApi::closeFile(FileHandle file) {
+  return CloseHandle(file) != FALSE;
+}
+
+bool WindowsFileApi::setLastWriteTime(FileHandle file, std::uint64_t time) {
+  FILETIME const lastWrite = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+  return SetFileTime(file, nullptr, nullptr, &lastWrite) != FALSE;
+}
+
+std::uint64_t WindowsFileApi::systemTime() {
+  FILETIME now;
+  GetSystemTimeAsFileTime(&now);
+  return numberOf(now);
+}
+
+int WindowsFileApi::openDescriptor(wchar const* path, int flags, int share, int permission) {
+  int descriptor = -1;
+  _wsopen_s(&descriptor, path, flags, share, permission);
+  return descriptor;
+}
+
+int WindowsFileApi::commitDescriptor(int descriptor) {
+  return _commit(descriptor);
+}
+
+int WindowsFileApi::closeDescriptor(int descriptor) {
+  return _close(descriptor);
+}
+
+bool WindowsFileApi::copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data,
+                              ulong32 flags) {
+  if (progress == nullptr) return CopyFileExW(source, target, nullptr, nullptr, nullptr, flags) != FALSE;
+  Routine routine = {progress, data};
+  return CopyFileExW(source, target, &callProgress, &routine, nullptr, flags) != FALSE;
+}
+
+bool WindowsFileApi::moveFile(wchar const* source, wchar const* target) {
+  return MoveFileW(source, target) != FALSE;
+}
+
+bool WindowsFileApi::deleteFile(wchar const* path) {
+  return DeleteFileW(path) != FALSE;
+}
+
+bool WindowsFileApi::createDirectory(wchar const* path) {
+  return CreateDirectoryW(path, nullptr) != FALSE;
+}
+
+bool WindowsFileApi::removeDirectory(wchar const* path) {
+  return RemoveDirectoryW(path) != FALSE;
 }
 
 SearchHandle WindowsFileApi::findFirst(wchar const* pattern, FindData& data) {

@@ -3,9 +3,20 @@
 // The forwards, compared with the calls they stand for.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/types.h"
 #include "tests/support/narrow_text.h"
@@ -33,6 +44,240 @@ TEST(WindowsFileApiTest, ConstantsAreThoseOfTheSystem) {
   EXPECT_EQ(platform::kAttributeReparsePoint, static_cast<ulong32>(FILE_ATTRIBUTE_REPARSE_POINT));
   EXPECT_EQ(platform::kInvalidAttributes, INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(platform::invalidSearch(), INVALID_HANDLE_VALUE);
+
+  EXPECT_EQ(platform::kAccessRead, GENERIC_READ);
+  EXPECT_EQ(platform::kAccessWrite, static_cast<ulong32>(GENERIC_WRITE));
+  EXPECT_EQ(platform::kShareRead, static_cast<ulong32>(FILE_SHARE_READ));
+  EXPECT_EQ(platform::kShareWrite, static_cast<ulong32>(FILE_SHARE_WRITE));
+  EXPECT_EQ(platform::kShareDelete, static_cast<ulong32>(FILE_SHARE_DELETE));
+  EXPECT_EQ(platform::kOpenExisting, static_cast<ulong32>(OPEN_EXISTING));
+  EXPECT_EQ(platform::kOpenAlways, static_cast<ulong32>(OPEN_ALWAYS));
+  EXPECT_EQ(platform::kFlagBackupSemantics, static_cast<ulong32>(FILE_FLAG_BACKUP_SEMANTICS));
+  EXPECT_EQ(platform::invalidFile(), INVALID_HANDLE_VALUE);
+  EXPECT_EQ(platform::kDescriptorReadWrite, _O_RDWR);
+  EXPECT_EQ(platform::kDescriptorShareAll, _SH_DENYNO);
+  EXPECT_EQ(platform::kDescriptorPermission, _S_IREAD | _S_IWRITE);
+  EXPECT_EQ(platform::kProgressContinue, static_cast<ulong32>(PROGRESS_CONTINUE));
+  EXPECT_EQ(platform::kCopyFailIfExists, static_cast<ulong32>(COPY_FILE_FAIL_IF_EXISTS));
+}
+
+TEST(WindowsFileApiTest, CodesAreThoseOfTheSystem) {
+  EXPECT_EQ(platform::kNoError, static_cast<ulong32>(ERROR_SUCCESS));
+  EXPECT_EQ(platform::kFileNotFound, static_cast<ulong32>(ERROR_FILE_NOT_FOUND));
+  EXPECT_EQ(platform::kPathNotFound, static_cast<ulong32>(ERROR_PATH_NOT_FOUND));
+  EXPECT_EQ(platform::kTooManyOpenFiles, static_cast<ulong32>(ERROR_TOO_MANY_OPEN_FILES));
+  EXPECT_EQ(platform::kAccessDenied, static_cast<ulong32>(ERROR_ACCESS_DENIED));
+  EXPECT_EQ(platform::kInvalidHandle, static_cast<ulong32>(ERROR_INVALID_HANDLE));
+  EXPECT_EQ(platform::kNotEnoughMemory, static_cast<ulong32>(ERROR_NOT_ENOUGH_MEMORY));
+  EXPECT_EQ(platform::kNotSameDevice, static_cast<ulong32>(ERROR_NOT_SAME_DEVICE));
+  EXPECT_EQ(platform::kNoMoreFiles, static_cast<ulong32>(ERROR_NO_MORE_FILES));
+  EXPECT_EQ(platform::kWriteProtected, static_cast<ulong32>(ERROR_WRITE_PROTECT));
+  EXPECT_EQ(platform::kNotReady, static_cast<ulong32>(ERROR_NOT_READY));
+  EXPECT_EQ(platform::kGeneralFailure, static_cast<ulong32>(ERROR_GEN_FAILURE));
+  EXPECT_EQ(platform::kSharingViolation, static_cast<ulong32>(ERROR_SHARING_VIOLATION));
+  EXPECT_EQ(platform::kNotSupported, static_cast<ulong32>(ERROR_NOT_SUPPORTED));
+  EXPECT_EQ(platform::kBadNetworkPath, static_cast<ulong32>(ERROR_BAD_NETPATH));
+  EXPECT_EQ(platform::kFileExists, static_cast<ulong32>(ERROR_FILE_EXISTS));
+  EXPECT_EQ(platform::kInvalidParameter, static_cast<ulong32>(ERROR_INVALID_PARAMETER));
+  EXPECT_EQ(platform::kDiskFull, static_cast<ulong32>(ERROR_DISK_FULL));
+  EXPECT_EQ(platform::kInvalidName, static_cast<ulong32>(ERROR_INVALID_NAME));
+  EXPECT_EQ(platform::kDirectoryNotEmpty, static_cast<ulong32>(ERROR_DIR_NOT_EMPTY));
+  EXPECT_EQ(platform::kBusy, static_cast<ulong32>(ERROR_BUSY));
+  EXPECT_EQ(platform::kAlreadyExists, static_cast<ulong32>(ERROR_ALREADY_EXISTS));
+  EXPECT_EQ(platform::kNameTooLong, static_cast<ulong32>(ERROR_FILENAME_EXCED_RANGE));
+  EXPECT_EQ(platform::kFileTooLarge, static_cast<ulong32>(ERROR_FILE_TOO_LARGE));
+  EXPECT_EQ(platform::kDirectoryNameInvalid, static_cast<ulong32>(ERROR_DIRECTORY));
+  EXPECT_EQ(platform::kInputOutputError, static_cast<ulong32>(ERROR_IO_DEVICE));
+  EXPECT_EQ(platform::kTooManyLinks, static_cast<ulong32>(ERROR_TOO_MANY_LINKS));
+  EXPECT_EQ(platform::kRequestAborted, static_cast<ulong32>(ERROR_REQUEST_ABORTED));
+  EXPECT_EQ(platform::kCannotResolveName, static_cast<ulong32>(ERROR_CANT_RESOLVE_FILENAME));
+}
+
+// Whether a call succeeds, and its last error if it does not.
+using Outcome = std::pair<bool, ulong32>;
+
+Outcome outcomeOf(std::function<bool()> const& call) {
+  SetLastError(ERROR_SUCCESS);
+  bool const done = call();
+  return {done, done ? ERROR_SUCCESS : GetLastError()};
+}
+
+// Each forward and the call it stands for do the same to like items, in one folder each.
+TEST(WindowsFileApiTest, ChangesAreTheSystems) {
+  using Call = std::function<bool(wstring const& folder)>;
+  struct Row {
+    char const* name;
+    Call forward;
+    Call direct;
+  };
+  auto const both = [](char const* name, auto forward, auto direct) { return Row{name, forward, direct}; };
+  std::vector<Row> rows;
+  for (wchar const* item : {KVW("file"), KVW("locked"), KVW("empty"), KVW("full"), KVW("none"), KVW("none\\x"),
+                            KVW("a|b"), KVW("file\\x"), KVW("empty\\")}) {
+    wstring const name = item;
+    rows.push_back(both(
+        "delete", [name](wstring const& in) { return files().deleteFile((in + name).c_str()); },
+        [name](wstring const& in) { return DeleteFileW((in + name).c_str()) != FALSE; }));
+    rows.push_back(both(
+        "make directory", [name](wstring const& in) { return files().createDirectory((in + name).c_str()); },
+        [name](wstring const& in) { return CreateDirectoryW((in + name).c_str(), nullptr) != FALSE; }));
+    rows.push_back(both(
+        "remove directory", [name](wstring const& in) { return files().removeDirectory((in + name).c_str()); },
+        [name](wstring const& in) { return RemoveDirectoryW((in + name).c_str()) != FALSE; }));
+    rows.push_back(both(
+        "set attributes",
+        [name](wstring const& in) { return files().setAttributes((in + name).c_str(), FILE_ATTRIBUTE_READONLY); },
+        [name](wstring const& in) {
+          return SetFileAttributesW((in + name).c_str(), FILE_ATTRIBUTE_READONLY) != FALSE;
+        }));
+    rows.push_back(both(
+        "move from",
+        [name](wstring const& in) { return files().moveFile((in + name).c_str(), (in + KVW("new")).c_str()); },
+        [name](wstring const& in) { return MoveFileW((in + name).c_str(), (in + KVW("new")).c_str()) != FALSE; }));
+    rows.push_back(both(
+        "move to",
+        [name](wstring const& in) { return files().moveFile((in + KVW("file")).c_str(), (in + name).c_str()); },
+        [name](wstring const& in) { return MoveFileW((in + KVW("file")).c_str(), (in + name).c_str()) != FALSE; }));
+    for (ulong32 const flags : {ulong32{0}, platform::kCopyFailIfExists}) {
+      rows.push_back(both(
+          "copy to",
+          [name, flags](wstring const& in) {
+            return files().copyFile((in + KVW("file")).c_str(), (in + name).c_str(), nullptr, nullptr, flags);
+          },
+          [name, flags](wstring const& in) {
+            return CopyFileExW((in + KVW("file")).c_str(), (in + name).c_str(), nullptr, nullptr, nullptr, flags) !=
+                   FALSE;
+          }));
+    }
+  }
+  auto const fill = [](TempFolder const& folder) {
+    folder.write("file", "contents");
+    folder.write("locked", "locked");
+    folder.write("full/inside");
+    folder.makeFolder("empty");
+    ASSERT_TRUE(SetFileAttributesW(folder.text(KVW("locked")).c_str(), FILE_ATTRIBUTE_READONLY));
+  };
+  auto const itemsOf = [](TempFolder const& folder) {
+    std::vector<std::string> items;
+    for (auto const& item : std::filesystem::recursive_directory_iterator(folder.path())) {
+      std::string const attributes = std::to_string(GetFileAttributesW(item.path().c_str()));
+      items.push_back(std::filesystem::relative(item.path(), folder.path()).string() + ' ' + attributes);
+    }
+    std::sort(items.begin(), items.end());
+    return items;
+  };
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    SCOPED_TRACE(rows[i].name);
+    SCOPED_TRACE(i);
+    TempFolder forwarded, direct;
+    fill(forwarded);
+    fill(direct);
+    EXPECT_EQ(outcomeOf([&] { return rows[i].forward(forwarded.text(KVW(""))); }),
+              outcomeOf([&] { return rows[i].direct(direct.text(KVW(""))); }));
+    EXPECT_EQ(itemsOf(forwarded), itemsOf(direct));
+  }
+}
+
+TEST(WindowsFileApiTest, AReadOnlyFileIsNotDeleted) {
+  TempFolder folder;
+  folder.write("file");
+  wstring const path = folder.text(KVW("file"));
+  ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
+  EXPECT_EQ(outcomeOf([&] { return files().deleteFile(path.c_str()); }), Outcome(false, ERROR_ACCESS_DENIED));
+  EXPECT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL));
+  EXPECT_EQ(outcomeOf([&] { return files().deleteFile(path.c_str()); }), Outcome(true, ERROR_SUCCESS));
+}
+
+TEST(WindowsFileApiTest, OpenFilesAreHandlesOfTheSystem) {
+  TempFolder folder;
+  folder.write("file", "contents");
+  wstring const path = folder.text(KVW("file"));
+  platform::FileHandle const file =
+      files().openFile(path.c_str(), platform::kAccessRead, platform::kShareRead, platform::kOpenExisting, 0);
+  ASSERT_NE(file, platform::invalidFile());
+  char bytes[16];
+  DWORD size = 0;
+  EXPECT_TRUE(ReadFile(file, bytes, sizeof bytes, &size, nullptr));
+  EXPECT_EQ(std::string(bytes, size), "contents");
+  platform::FileHandle const other = files().openFile(path.c_str(), platform::kAccessRead | platform::kAccessWrite,
+                                                      platform::kShareRead, platform::kOpenExisting, 0);
+  EXPECT_EQ(other, platform::invalidFile());
+  EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
+  EXPECT_TRUE(files().closeFile(file));
+}
+
+TEST(WindowsFileApiTest, TimesAreTheSystems) {
+  TempFolder folder;
+  folder.write("file", "contents");
+  wstring const path = folder.text(KVW("file"));
+  platform::FileHandle const file =
+      files().openFile(path.c_str(), platform::kAccessWrite, platform::kShareRead, platform::kOpenExisting, 0);
+  ASSERT_NE(file, platform::invalidFile());
+  std::uint64_t const wanted = 0x01D0123456789ABC;
+  EXPECT_TRUE(files().setLastWriteTime(file, wanted));
+  FILETIME written;
+  EXPECT_TRUE(GetFileTime(file, nullptr, nullptr, &written));
+  EXPECT_TRUE(files().closeFile(file));
+  EXPECT_EQ(written.dwLowDateTime, 0x56789ABCu);
+  EXPECT_EQ(written.dwHighDateTime, 0x01D01234u);
+
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  ASSERT_TRUE(GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data));
+  platform::FileInfo info;
+  ASSERT_TRUE(files().getInfo(path.c_str(), info));
+  EXPECT_EQ(info.lastWriteTime, wanted);
+  EXPECT_EQ(info.creationTime >> 32, data.ftCreationTime.dwHighDateTime);
+  EXPECT_EQ(info.creationTime & 0xFFFFFFFF, data.ftCreationTime.dwLowDateTime);
+}
+
+TEST(WindowsFileApiTest, TheStatusIsThatOfTheRuntime) {
+  TempFolder folder;
+  folder.write("file", "contents");
+  for (wchar const* name : {KVW("file"), KVW("none")}) {
+    struct _stat64i32 found = {}, direct = {};
+    wstring const path = folder.text(name);
+    EXPECT_EQ(files().getStatus(path.c_str(), found), _wstat64i32(path.c_str(), &direct));
+    EXPECT_EQ(found.st_mode, direct.st_mode);
+    EXPECT_EQ(found.st_size, direct.st_size);
+    EXPECT_EQ(found.st_mtime, direct.st_mtime);
+    EXPECT_EQ(found.st_nlink, direct.st_nlink);
+  }
+}
+
+TEST(WindowsFileApiTest, DescriptorsAreThoseOfTheRuntime) {
+  TempFolder folder;
+  folder.write("file", "contents");
+  int const descriptor = files().openDescriptor(folder.text(KVW("file")).c_str(), platform::kDescriptorReadWrite,
+                                                platform::kDescriptorShareAll, platform::kDescriptorPermission);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(_filelength(descriptor), 8);
+  EXPECT_EQ(_write(descriptor, "C", 1), 1);
+  EXPECT_EQ(files().commitDescriptor(descriptor), 0);
+  EXPECT_EQ(files().closeDescriptor(descriptor), 0);
+}
+
+TEST(WindowsFileApiTest, TextsOfCodesAreTheSystems) {
+  for (ulong32 const code :
+       {platform::kNoError, platform::kFileNotFound, platform::kDiskFull, ulong32{107}, ulong32{5000}}) {
+    SCOPED_TRACE(code);
+    wchar* direct = nullptr;
+    FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, 0,
+                   reinterpret_cast<wchar*>(&direct), 0, nullptr);
+    wchar* const text = platform::nativeDebug().errorText(code);
+    ASSERT_EQ(text == nullptr, direct == nullptr);
+    if (text != nullptr) {
+      EXPECT_EQ(narrow(text), narrow(direct));
+    }
+    platform::nativeDebug().freeErrorText(text);
+    LocalFree(direct);
+  }
+}
+
+TEST(WindowsFileApiTest, TheLastErrorIsThatOfTheSystem) {
+  platform::nativeDebug().setLastError(4711);
+  EXPECT_EQ(GetLastError(), 4711u);
+  SetLastError(815);
+  EXPECT_EQ(platform::nativeDebug().lastError(), 815u);
 }
 
 TEST(WindowsFileApiTest, AttributesAreTheSystems) {

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <errno.h>
+#include <unistd.h>
+
+#include "kvbase/platform/scoped_handle.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+struct DescriptorTraits {
+  using Value = int;
+  static Value none() { return -1; }
+  static void close(Value descriptor) {
+    int const error = errno;
+    ::close(descriptor);
+    errno = error;
+  }
+};
+// Closed at the end; errno stays.
+using Descriptor = ScopedHandle<DescriptorTraits>;
+
+}  // namespace platform
+}  // namespace KV_1_1
