@@ -16,6 +16,7 @@ class DirectoryIterator;
 class File;
 class FileIterator;
 class FileSystemIterator;
+class KVFileProgressInterface;
 
 // A directory path: a root, whether it starts there, and the levels below. See FileSystemItem for ownership, threads and
 // failure.
@@ -97,11 +98,36 @@ class KVBASE_API Directory : public FileSystemItem {
   // one is made absolute first. Never looks at the disk. A NIL root differs from an EMPTY one.
   ComparisonResult equals(SmartPtr<Directory const> const& other) const;
 
-  // --- The disk ------------------------------------------------------------------------------------------------------
+  // --- The disk (directory_operations.cpp) ---------------------------------------------------------------------------
 
   bool exists() const override;
   // The same question as exists.
   virtual bool isDirectory() const;
+  // Whether it is there and has no entries.
+  bool isEmpty() const;
+
+  // Makes the directory and all that are missing above it, a relative path below the current directory. True if it is there
+  // already, and also if a file has its name, although there is no directory then. That is meant to stay so. False, with a
+  // message, if the drive or share is missing or a level cannot be made; levels made by then stay.
+  bool create() const;
+  // Removes the directory; `recursive`, with all that is in it, stopping at the first item that cannot be removed. True if it
+  // is not there. False, with a message, if it is not empty or cannot be removed. What was removed by then is gone.
+  bool remove(bool recursive) const;
+  // Removes the files in it; `recursive`, first the directories with all that is in them. Read-only files are not made
+  // writable: the first one ends it with false and a message. True if the directory is not there.
+  bool removeContents(bool recursive) const;
+  // Copies what is in this directory into `target`: first the directories in it, with their contents if `recursive`, else
+  // empty; then the files. Stops with false, without a message, at the first file that cannot be copied, for instance because
+  // it exists and `overwrite` is false. With `overwrite` a directory that cannot be made is forgiven; its contents, if they
+  // are to be copied, end it all the same. That is meant to stay so. False if either directory is missing; the target itself
+  // is not made. `progress`, if not null, is told of each file copied; it is neither kept nor deleted.
+  // REQUIRES: the target is not null.
+  bool copyContents(SmartPtr<Directory const> target, bool recursive, bool overwrite,
+                    KVFileProgressInterface* progress) const;
+  // Has the desktop's file browser show the directory. False for a relative path, a missing directory, or without a desktop.
+  bool openInExplorer() const;
+
+  // --- Searches (directory_search.cpp) -------------------------------------------------------------------------------
 
   // A search of this directory, made absolute first, for one name pattern with the wildcards * and ?. Matching is without
   // case; "*.*" matches names without a dot too. The items found are absolute. Null, with a message, for a pattern that is

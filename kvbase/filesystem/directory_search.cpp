@@ -3,16 +3,18 @@
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/filesystem/internal/walk.h"
 
 namespace KV_1_1 {
 
 namespace {
 
-// Calls `visit` with each item up to the first null one; a null iterator has none.
-template <class Iterator, class Visit>
-void forEach(SmartPtr<Iterator> const& iterator, Visit visit) {
-  if (iterator == nullptr) return;
-  while (auto const item = iterator->getNext()) visit(item);
+template <class Iterator, class Items>
+void appendAll(SmartPtr<Iterator> const& iterator, Items& output) {
+  forAll(iterator, [&output](auto const& item) {
+    output.push_back(item);
+    return true;
+  });
 }
 
 }  // namespace
@@ -60,29 +62,32 @@ std::vector<SmartPtr<File const>> Directory::collectFiles(String const& pattern,
 
 void Directory::collectContentsInternal(std::vector<SmartPtr<FileSystemItem const>>& output, String const& pattern,
                                         bool recursive) const {
-  forEach(findDirectories(pattern), [&](SmartPtr<Directory const> const& item) { output.push_back(item); });
-  forEach(findFiles(pattern), [&](SmartPtr<File const> const& item) { output.push_back(item); });
+  appendAll(findDirectories(pattern), output);
+  appendAll(findFiles(pattern), output);
   if (!recursive) return;
-  forEach(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
+  forAll(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
     directory->collectContentsInternal(output, pattern, recursive);
+    return true;
   });
 }
 
 void Directory::collectDirectoriesInternal(std::vector<SmartPtr<Directory const>>& output, String const& pattern,
                                            bool recursive) const {
-  forEach(findDirectories(pattern), [&](SmartPtr<Directory const> const& item) { output.push_back(item); });
+  appendAll(findDirectories(pattern), output);
   if (!recursive) return;
-  forEach(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
+  forAll(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
     directory->collectDirectoriesInternal(output, pattern, recursive);
+    return true;
   });
 }
 
 void Directory::collectFilesInternal(std::vector<SmartPtr<File const>>& output, String const& pattern,
                                      bool recursive) const {
-  forEach(findFiles(pattern), [&](SmartPtr<File const> const& item) { output.push_back(item); });
+  appendAll(findFiles(pattern), output);
   if (!recursive) return;
-  forEach(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
+  forAll(findDirectories(KVW("*")), [&](SmartPtr<Directory const> const& directory) {
     directory->collectFilesInternal(output, pattern, recursive);
+    return true;
   });
 }
 

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
+
 #include "kvbase/core/smart_ptr.h"
 #include "kvbase/export.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file_system_item.h"
 #include "kvbase/platform/types.h"
 #include "kvbase/strings/kv_string.h"
+
+class IProgress;
 
 namespace KV_1_1 {
 
@@ -23,6 +27,14 @@ namespace KV_1_1 {
 // own name.
 class KVBASE_API File : public FileSystemItem {
  public:
+  // Results of copy.
+  static constexpr int CopyOk = 0;
+  static constexpr int CopyFailed = 18;
+  static constexpr int CopyDiskFull = 221;
+  // Results of the read-only family.
+  static constexpr int ReadOnlyOk = 0;        // nothing was to be done, or the system was asked to do it
+  static constexpr int ReadOnlyNoFile = 168;  // there is no such file, or it cannot be asked
+
   // Shares the directory and the texts; the new object is unowned.
   File(File const& other);
   File& operator=(File const& other);
@@ -67,11 +79,56 @@ class KVBASE_API File : public FileSystemItem {
   // The directories by Directory::equals, then base name and extension without case. NIL differs from EMPTY.
   ComparisonResult equals(SmartPtr<File const> const& other) const;
 
-  // --- The disk (file_operations.cpp) --------------------------------------------------------------------------------
+  // --- The disk (file_operations.cpp, file_copy.cpp) -----------------------------------------------------------------
 
   bool exists() const override;
-  // The size in bytes, without opening the file. False if the disk does not tell; `size` is then left alone.
+
+  // Copies contents, attributes and time of the last write: CopyOk, CopyDiskFull, or CopyFailed for any other reason, such as
+  // a target that exists when `overwrite` is false, a target that is read-only or is this very file, a missing folder. A
+  // failed copy leaves no half-made file. The progress gets the part that is done, from 0 to 1, on this thread, and cannot
+  // stop the copy. The last value is 1; for an empty file the only value is not a number. That is meant to stay so.
+  // REQUIRES: the target is not null. Keeps no hold of the progress, which may be null.
+  int copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IProgress> progress) const;
+  int copy(SmartPtr<File const> target, bool overwrite) const;
+  // Copies into a directory under this name. The new file, null on failure.
+  // REQUIRES: the directory is not null.
+  SmartPtr<File const> copy(SmartPtr<Directory const> directory, bool overwrite) const;
+
+  // Moves or renames. False for null; false, with a message, if it fails, as onto another file that exists.
+  bool move(SmartPtr<File const> target) const;
+  // True if there is no such file afterwards or there never was one, a directory of that name included, which stays. False,
+  // with a message, if it cannot be deleted; a read-only file cannot.
+  bool remove() const;
+  // Makes an empty file if there is none, else sets the time of its last write to now; then has the file flushed to the disk,
+  // whose success does not count. False if it cannot be opened to write.
+  bool touch() const;
+
+  // True for a missing file too. That is meant to stay so. (On Linux: without the right to write for its owner.)
+  bool isReadOnly() const;
+  // ReadOnlyNoFile, or else ReadOnlyOk, even if the system refuses. Where nothing is to change it is not asked.
+  int setAsReadOnly() const;
+  int unsetAsReadOnly() const;
+  int setReadOnly(bool readOnly) const;
+
+  // The size in bytes, without opening the file. For a name that is a directory's, what the system says. False if the disk
+  // does not tell; `size` is then left alone.
   bool getFileSize(ULARGE_INTEGER& size) const;
+  // Whether both sizes can be told and are equal; true for this very object without a look at the disk.
+  // REQUIRES: `other` is not null.
+  bool hasEqualSize(SmartPtr<File const> const& other) const;
+
+  // Has the desktop open the file with the program meant for it, without waiting for it. False if there is no such file,
+  // program or desktop.
+  bool openWithDefaultApp() const;
+  // The same for a path or an address; NIL fails.
+  static bool openWithDefaultApp(String const& name);
+  // Has the desktop's file browser show the folder with this file selected. False for a relative path, a missing file, or
+  // without a file browser.
+  bool showInExplorer() const;
+
+  // Makes the directories above this file that are missing, from the top down. True if there is nothing to make. At the
+  // first failure false, with the message of Directory::create; what was made stays.
+  bool createParentDirectories() const;
 
   // --- Class ---------------------------------------------------------------------------------------------------------
 

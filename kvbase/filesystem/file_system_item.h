@@ -3,6 +3,7 @@
 
 #include "kvbase/core/base_node.h"
 #include "kvbase/export.h"
+#include "kvbase/platform/types.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -21,7 +22,10 @@ class KVMessages {};
 // SmartPtr<File const>. An operation that would change a path gives a new object.
 // Thread rule: a path that nobody changes may be used on any threads. setName and assignment must not meet a reader.
 // Failure: by result (null, false, a code); in places also by a message to reportError. Nothing is thrown but
-// std::bad_alloc.
+// std::bad_alloc. Nothing is retried, nothing waits, and what was done before a failure stays done.
+// Links on Linux: a name that ends in a separator, as every directory's does, looks through a link. One that does not, as
+// every file's, is the link itself where it leads to a directory or to nothing, and else the file that it leads to. In a
+// search a link is a file. So no walk leaves its tree through a link.
 class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KVMessages {
  public:
   // The result of Directory::equals and File::equals.
@@ -50,6 +54,22 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
   virtual String const getName() const = 0;
   // Changes the last level or the file's name in place.
   virtual void setName(String const& name) = 0;
+
+  // --- The disk (item_queries.cpp) -----------------------------------------------------------------------------------
+
+  // Whether the item is there and can be opened: 4 to read, 2 to write, 6 for both; other bits count for nothing, so 0 and
+  // 8 ask for no access at all. False if exists() is. On Linux a file without the right to write for its owner cannot be
+  // opened to write, whoever asks.
+  bool access(int mode) const;
+  // The status record of the C runtime. The separator at the end of the full name is cut first, and so is that of a root:
+  // "C:" asks for "C:", the current directory of that drive, and "" for nothing, which fails. That is meant to stay so.
+  // `status` is left alone on failure (on Windows: as the runtime does); a file of more than 2 GB has no such record.
+  bool stat(struct _stat64i32& status) const;
+  // The times, in units of 100 ns since the beginning of 1601, UTC. False if the disk does not tell; `time` is then left
+  // alone. Where a file system knows no creation time, the older of the last write and the last change stands for it.
+  // REQUIRES: the argument is not null.
+  bool getCreationTime(FILETIME* time) const;
+  bool getLastWriteTime(FILETIME* time) const;
 
   static mZClass const* Class();
   static void initStatics();

@@ -3,6 +3,7 @@
 // Links, foreign names and drives, as searches and queries on Linux see them.
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/path_support.h"
+#include "tests/platform/linux/file_support.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -34,6 +36,12 @@ class PathDiskLinux : public ::testing::Test {
   SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
   std::string name(wchar const* below) const { return narrow(folder.text(below)); }
   void link(char const* target, char const* at) const { ASSERT_EQ(symlink(target, folder.path(at).c_str()), 0) << at; }
+  bool has(char const* at) const { return std::filesystem::exists(std::filesystem::symlink_status(folder.path(at))); }
+  // The text of a link; empty for what is none.
+  std::string linkText(std::filesystem::path const& at) const {
+    std::error_code ignored;
+    return std::filesystem::read_symlink(folder.path(at), ignored).string();
+  }
 
   TempFolder folder;
   String const all{KVW("*")};
@@ -220,6 +228,160 @@ TEST_F(PathDiskLinux, WithoutDrivesFolderThereAreNone) {
   EXPECT_FALSE(directoryAt(KVW("C:\\"))->exists());
   EXPECT_FALSE(directoryAt(KVW("\\\\server\\share"))->exists());
   EXPECT_TRUE(directoryAt(KVW("C:\\"))->collectContents(all, true).empty());
+}
+
+TEST_F(PathDiskLinux, ARecursiveRemoveStaysInItsTree) {
+  folder.write("outside/kept");
+  folder.write("beside");
+  folder.write("tree/sub/deep/file");
+  link("../outside", "tree/toOutside");
+  link("../outside/kept", "tree/toFile");
+  link("..", "tree/up");
+  link(".", "tree/self");
+  link("../../../outside", "tree/sub/deep/toOutside");
+  link("../..", "tree/sub/deep/up");
+  link("nowhere", "tree/sub/toNothing");
+  link("circle2", "tree/sub/circle1");
+  link("circle1", "tree/sub/circle2");
+  EXPECT_TRUE(directory(KVW("tree"))->remove(true));
+  EXPECT_FALSE(has("tree"));
+  EXPECT_TRUE(has("outside/kept"));
+  EXPECT_TRUE(has("beside"));
+}
+
+// In a process whose root is the temporary folder, so that nothing is lost should the link be followed.
+TEST_F(PathDiskLinux, ARecursiveRemoveDoesNotFollowALinkToTheRoot) {
+  folder.write("outside/kept");
+  folder.write("tree/sub/file");
+  link("/", "tree/sub/root");
+  link("/", "tree/root");
+  link("/outside", "tree/outside");
+  bool const permitted = inChild([&] {
+    if (chroot(folder.path().c_str()) != 0 || chdir("/") != 0) return false;
+    EXPECT_TRUE(directoryAt(KVW("\\tree"))->remove(true));
+    return true;
+  });
+  if (!permitted) GTEST_SKIP() << "needs the right to change the root";
+  EXPECT_FALSE(has("tree"));
+  EXPECT_TRUE(has("outside/kept"));
+}
+
+TEST_F(PathDiskLinux, RemoveContentsTakesLinksAsFiles) {
+  folder.write("outside/kept");
+  folder.write("tree/file");
+  link("../outside", "tree/toOutside");
+  link("nowhere", "tree/toNothing");
+  EXPECT_TRUE(directory(KVW("tree"))->removeContents(false));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path("tree")));
+  EXPECT_TRUE(has("outside/kept"));
+}
+
+TEST_F(PathDiskLinux, ALinkIsRemovedWhereItsDirectoryIsAskedFor) {
+  folder.write("outside/kept");
+  link("outside", "toOutside");
+  EXPECT_TRUE(directory(KVW("toOutside"))->remove(false));
+  EXPECT_FALSE(has("toOutside"));
+  EXPECT_TRUE(has("outside/kept"));
+}
+
+// A directory's name ends in a separator, and that looks through a link: asked for by its own name, it is what it leads to.
+TEST_F(PathDiskLinux, ALinkNamedAsADirectoryIsEmptiedAsOne) {
+  folder.write("outside/sub/file");
+  link("outside", "toOutside");
+  EXPECT_TRUE(directory(KVW("toOutside"))->removeContents(true));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path("outside")));
+  EXPECT_EQ(linkText("toOutside"), "outside");
+}
+
+TEST_F(PathDiskLinux, ALinkIsRemovedAsAFile) {
+  folder.write("outside/kept");
+  folder.write("locked");
+  ASSERT_EQ(chmod(folder.path("locked").c_str(), 0444), 0);
+  link("outside", "toOutside");
+  link("locked", "toLocked");
+  link("nowhere", "toNothing");
+  for (wchar const* name : {KVW("toOutside"), KVW("toLocked"), KVW("toNothing")}) {
+    EXPECT_TRUE(file(name)->remove()) << narrow(name);
+    EXPECT_FALSE(file(name)->exists()) << narrow(name);
+  }
+  EXPECT_TRUE(has("outside/kept"));
+  EXPECT_TRUE(has("locked"));
+  CollectedMessages messages;
+  EXPECT_FALSE(file(KVW("locked"))->remove());
+  EXPECT_EQ(messages.take().size(), 1u);
+}
+
+TEST_F(PathDiskLinux, ACopiedTreeKeepsItsLinks) {
+  folder.write("tree/sub/file", "deep");
+  folder.write("tree/file", "contents");
+  folder.write("outside/kept");
+  std::pair<char const*, char const*> const links[] = {
+      {"sub", "toSub"},           {"nowhere", "toNothing"},  {"..", "up"}, {"../../outside", "sub/toOutside"},
+      {"circle2", "sub/circle1"}, {"circle1", "sub/circle2"}};
+  for (auto const& each : links) link(each.first, (std::string("tree/") + each.second).c_str());
+  link("file", "tree/toFile");
+  folder.makeFolder("copy");
+  for (int round = 0; round < 2; ++round) {
+    SCOPED_TRACE(round);
+    EXPECT_TRUE(directory(KVW("tree"))->copyContents(directory(KVW("copy")), true, true, nullptr));
+    for (auto const& each : links) {
+      EXPECT_EQ(linkText(std::filesystem::path("copy") / each.second), each.first) << each.second;
+    }
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status(folder.path("copy/toFile"))));
+    EXPECT_EQ(std::filesystem::file_size(folder.path("copy/toFile")), 8u);
+    EXPECT_EQ(std::filesystem::file_size(folder.path("copy/sub/file")), 4u);
+  }
+  EXPECT_FALSE(directory(KVW("tree"))->copyContents(directory(KVW("copy")), true, false, nullptr));
+  EXPECT_FALSE(has("copy/up/nowhere"));
+  EXPECT_FALSE(has("copy/nowhere"));
+}
+
+TEST_F(PathDiskLinux, ATreeGoesToAnotherFileSystemByCopies) {
+  OtherFileSystem const other;
+  if (!other.isOtherThan(folder.path())) GTEST_SKIP() << "one file system only";
+  folder.write("tree/sub/file", "deep");
+  link("sub", "tree/toSub");
+  auto const tree = directory(KVW("tree"));
+  std::filesystem::create_directory(other.path("copy"));
+  EXPECT_TRUE(tree->copyContents(directoryAt(other.text(KVW("copy")).c_str()), true, false, nullptr));
+  EXPECT_EQ(std::filesystem::file_size(other.path("copy/sub/file")), 4u);
+  EXPECT_EQ(std::filesystem::read_symlink(other.path("copy/toSub")), "sub");
+
+  CollectedMessages messages;
+  EXPECT_TRUE(file(KVW("tree\\sub\\file"))->move(fileAt(other.text(KVW("moved")).c_str())));
+  EXPECT_EQ(std::filesystem::file_size(other.path("moved")), 4u);
+  EXPECT_FALSE(has("tree/sub/file"));
+  EXPECT_EQ(messages.take(), Texts());
+}
+
+TEST_F(PathDiskLinux, ACopyToAFullDiskSaysSo) {
+  std::filesystem::path const device = fullDevice(folder);
+  if (device.empty()) GTEST_SKIP() << "no device that is always full";
+  folder.write("file", "1");
+  wstring name = widen(device.string());
+  std::replace(name.begin(), name.end(), KVW('/'), KVW('\\'));
+  EXPECT_EQ(file(KVW("file"))->copy(fileAt(name.c_str()), true), int{File::CopyDiskFull});
+  EXPECT_EQ(file(KVW("file"))->copy(fileAt(name.c_str()), false), int{File::CopyFailed});
+  EXPECT_TRUE(std::filesystem::is_character_file(device));
+
+  folder.makeFolder("mount");
+  folder.write("large", std::string(3 << 20, 'x'));
+  bool const permitted = inChild([&] {
+    if (!mountPrivately(folder.path("mount"), "size=1m")) return false;
+    EXPECT_EQ(file(KVW("large"))->copy(file(KVW("mount\\large")), true), int{File::CopyDiskFull});
+    EXPECT_FALSE(has("mount/large"));
+    EXPECT_EQ(file(KVW("large"))->copy(directory(KVW("mount")), true), nullptr);
+    EXPECT_FALSE(has("mount/large"));
+    return true;
+  });
+  if (!permitted) GTEST_SKIP() << "needs the right to mount";
+}
+
+TEST_F(PathDiskLinux, TouchMakesNothingBehindALink) {
+  link("nothing", "toNothing");
+  EXPECT_FALSE(file(KVW("toNothing"))->touch());
+  EXPECT_FALSE(has("nothing"));
+  EXPECT_EQ(linkText("toNothing"), "nothing");
 }
 
 }  // namespace

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "kvbase/export.h"
+#include "kvbase/strings/kv_string.h"
+#include "kvbase/text_unit.h"
+
+namespace KV_1_1 {
+
+// The system's text for an error code, for messages, without the line end behind it; a blank there stays. On Linux the
+// codes are those of Windows too, and the texts are English. Never fails. Thread rule: any thread.
+//   0 => EMPTY, without asking      2 => "File not found."      a code without text, 5000 => "[0x00001388]"
+KVBASE_API String getWindowsError(ulong32 code);
+// The same for the last error of this thread.
+KVBASE_API String getWindowsError();
+
+}  // namespace KV_1_1

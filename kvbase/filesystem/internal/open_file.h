@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "kvbase/platform/file_api.h"
+#include "kvbase/platform/scoped_handle.h"
+
+namespace KV_1_1 {
+
+struct OpenFileTraits {
+  using Value = platform::FileHandle;
+  static Value none() { return platform::invalidFile(); }
+  static void close(Value file) {
+    if (file != nullptr) platform::files().closeFile(file);
+  }
+};
+// A file opened by FileApi::openFile, closed at the end. Null may stand in it: no file either.
+using OpenFile = platform::ScopedHandle<OpenFileTraits>;
+
+}  // namespace KV_1_1
