@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// The disk, as far as the library and not the disk decides: a tree on a file system in memory.
+// Questions to the disk: a tree on a file system in memory.
 #include <fts.h>
-#include <unistd.h>
 
 #include <QDirIterator>
 #include <QFileInfo>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "benchmarks/scratch_folder.h"
 #include "benchmarks/support.h"
 
 namespace KV_1_1 {
@@ -26,23 +25,16 @@ class Tree {
  public:
   static std::string const& root() {
     static Tree const tree;
-    return tree.root_;
+    return tree.folder_.path();
   }
 
  private:
   Tree() {
-    fs::path const base = fs::exists("/dev/shm") ? fs::path("/dev/shm") : fs::temp_directory_path();
-    root_ = (base / "kvbase-bench-XXXXXX").string();
-    if (mkdtemp(root_.data()) == nullptr) throw fs::filesystem_error("no folder", fs::path(root_), std::error_code());
     for (int i = 0; i < 20; ++i) {
-      fs::path const upper = fs::path(root_) / ("scan" + std::to_string(i));
+      fs::path const upper = folder_.path() + "/scan" + std::to_string(i);
       addFolder(upper);
       for (int j = 0; j < 24; ++j) addFolder(upper / ("part" + std::to_string(j)));
     }
-  }
-  ~Tree() {
-    std::error_code ignored;
-    fs::remove_all(root_, ignored);
   }
 
   static void addFolder(fs::path const& folder) {
@@ -50,7 +42,7 @@ class Tree {
     for (int i = 0; i < 40; ++i) std::ofstream(folder / ("points" + std::to_string(i) + ".dat"));
   }
 
-  std::string root_;
+  ScratchFolder folder_;
 };
 
 int collected(SmartPtr<Directory const> const& root) {

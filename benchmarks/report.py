@@ -5,6 +5,7 @@
     report.py RESULTS.json...
 
 The results are JSON files of Google Benchmark; with several of them, of separate runs, each time is the median over all.
+Rows named "... (elapsed)" are judged by the clock, all others by the time of the processor.
 Prints a line for each goal of goals.tsv whose row was measured:
 
     ok     reached
@@ -32,7 +33,8 @@ def read_times(paths):
             runs = json.load(file)["benchmarks"]
         for run in runs:
             if run["run_type"] == "iteration":
-                samples[run["run_name"]].append(run["cpu_time"] * NANOSECONDS[run["time_unit"]])
+                clock = "real_time" if "(elapsed)/" in run["run_name"] else "cpu_time"
+                samples[run["run_name"]].append(run[clock] * NANOSECONDS[run["time_unit"]])
     times = {}
     for name, values in samples.items():
         row, contestant = name.rsplit("/", 1)
