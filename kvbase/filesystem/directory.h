@@ -103,7 +103,7 @@ class KVBASE_API Directory : public FileSystemItem {
   bool exists() const override;
   // The same question as exists.
   virtual bool isDirectory() const;
-  // Whether it is there and has no entries.
+  // Whether it is there and has no entries. (The function of Windows behind it knows no path over 260 units: false.)
   bool isEmpty() const;
 
   // Makes the directory and all that are missing above it, a relative path below the current directory. True if it is there

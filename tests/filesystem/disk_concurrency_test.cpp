@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Disk operations on several threads at once.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "kvbase/diagnostics/windows_error.h"
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_codes.h"
+#include "tests/filesystem/path_support.h"
+#include "tests/support/temp_folder.h"
+
+namespace KV_1_1 {
+namespace {
+
+using namespace KV_1_1::testing;
+
+constexpr int kThreads = 4;
+constexpr int kRounds = 20;
+
+// Runs the work on several threads; it is given the number of its thread.
+void onThreads(std::function<void(int)> const& work) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
+  for (std::thread& thread : threads) thread.join();
+}
+
+// Whoever finds that somebody else was quicker is content.
+TEST(DiskConcurrency, AllMakersOfOneDirectorySucceed) {
+  TempFolder folder;
+  for (int round = 0; round < kRounds; ++round) {
+    SmartPtr<Directory const> const directory =
+        directoryAt((folder.text() + KVW("\\") + widen(std::to_string(round)) + KVW("\\a\\b\\c")).c_str());
+    std::vector<char> made(kThreads);
+    onThreads([&](int thread) { made[static_cast<std::size_t>(thread)] = directory->create(); });
+    EXPECT_EQ(made, std::vector<char>(kThreads, 1));
+    EXPECT_TRUE(directory->exists());
+  }
+}
+
+TEST(DiskConcurrency, OneSourceIsCopiedByAllAndEachTargetIsRemoved) {
+  TempFolder folder;
+  for (int i = 0; i < 12; ++i) folder.write("source/sub" + std::to_string(i % 3) + "/f" + std::to_string(i), "bytes");
+  SmartPtr<Directory const> const source = directoryAt(folder.text(KVW("source")).c_str());
+  std::vector<int> done(kThreads);
+  onThreads([&](int thread) {
+    SmartPtr<Directory const> const target = directoryAt(folder.text(widen("target" + std::to_string(thread))).c_str());
+    for (int round = 0; round < kRounds; ++round) {
+      bool const isCopied = target->create() && source->copyContents(target, true, false, nullptr) &&
+                            target->collectFiles(KVW("*"), true).size() == 12;
+      if (isCopied && target->remove(true)) ++done[static_cast<std::size_t>(thread)];
+    }
+  });
+  EXPECT_EQ(done, std::vector<int>(kThreads, kRounds));
+  EXPECT_EQ(source->collectFiles(KVW("*"), true).size(), 12u);
+}
+
+TEST(DiskConcurrency, EachThreadIsToldItsOwnReason) {
+  TempFolder folder;
+  folder.write("here");
+  folder.write("there");
+  SmartPtr<File const> const here = fileAt(folder.text(KVW("here")).c_str());
+  SmartPtr<File const> const there = fileAt(folder.text(KVW("there")).c_str());
+  SmartPtr<File const> const missing = fileAt(folder.text(KVW("missing")).c_str());
+  onThreads([&](int thread) {
+    ulong32 const expected = thread % 2 == 0 ? platform::kAlreadyExists : platform::kFileNotFound;
+    for (int round = 0; round < kRounds; ++round) {
+      EXPECT_FALSE((thread % 2 == 0 ? here : missing)->move(there));
+      EXPECT_EQ(platform::debug().lastError(), expected);
+      EXPECT_EQ(shown(getWindowsError()), shown(getWindowsError(expected)));
+    }
+  });
+  EXPECT_TRUE(here->exists());
+}
+
+}  // namespace
+}  // namespace KV_1_1
