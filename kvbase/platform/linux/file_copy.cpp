@@ -169,20 +169,19 @@ bool copyLink(char const* source, char const* target, bool failIfExists) {
   return mayBeReplaced ? replaceByLink(text.data(), target) : failWith(kAccessDenied);
 }
 
+// The item is asked about before it is opened: opening a device may already do something to it.
 bool copyItem(char const* source, char const* target, CopyProgress progress, void* data, bool failIfExists) {
-  Descriptor file(open(source, O_RDONLY | O_NOFOLLOW | kPlainOpen));
-  if (!file && errno == ELOOP) {
-    struct stat status;
-    bool const isFile = stat(source, &status) == 0 && !S_ISDIR(status.st_mode);
-    if (!isFile) {
-      if (progress != nullptr && progress(0, 0, data) != kProgressContinue) return failWith(kRequestAborted);
-      return copyLink(source, target, failIfExists);
-    }
-    file = Descriptor(open(source, O_RDONLY | kPlainOpen));
-  }
-  // A socket cannot be opened at all.
-  if (!file) return errno == ENXIO ? failWith(kAccessDenied) : failAt(source, errno);
   struct stat status;
+  if (lstat(source, &status) != 0) return failAt(source, errno);
+  bool const isLink = S_ISLNK(status.st_mode);
+  if (isLink && (stat(source, &status) != 0 || S_ISDIR(status.st_mode))) {
+    if (progress != nullptr && progress(0, 0, data) != kProgressContinue) return failWith(kRequestAborted);
+    return copyLink(source, target, failIfExists);
+  }
+  if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
+  Descriptor const file(open(source, O_RDONLY | kPlainOpen));
+  if (!file) return failAt(source, errno);
+  // What is open now counts, whatever has been put in its place meanwhile.
   if (fstat(file.get(), &status) != 0) return failWith(codeOf(errno));
   if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
   return copyFileContents(file.get(), status, target, progress, data, failIfExists);

@@ -11,7 +11,6 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,10 +40,12 @@ inline std::size_t openDescriptors() {
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
+// A last error that no call gives.
+constexpr ulong32 kUntouched = 0xA1B2C3;
+
 // The last error of a call that fails, kNoError of one that succeeds. Neither may leave a descriptor open.
 template <class Call>
 ulong32 errorOf(Call call) {
-  constexpr ulong32 kUntouched = 0xA1B2C3;
   std::size_t const before = openDescriptors();
   platform::nativeDebug().setLastError(kUntouched);
   bool const done = call();
@@ -79,10 +80,7 @@ bool inChild(Body body) {
     _exit(result);
   }
   int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) {
-    ADD_FAILURE() << "no child process";
-    return true;
-  }
+  EXPECT_EQ(waitpid(child, &status, 0), child);
   if (WIFSIGNALED(status)) {
     ADD_FAILURE() << (WTERMSIG(status) == SIGALRM ? "the call hangs" : "the child was ended by a signal");
     return true;
@@ -196,7 +194,6 @@ class FileCalls : public ::testing::Test {
                ulong32 flags = 0) const {
     constexpr ulong32 kSharing = platform::kShareRead | platform::kShareWrite | platform::kShareDelete;
     std::size_t const before = openDescriptors();
-    constexpr ulong32 kUntouched = 0xA1B2C3;
     platform::nativeDebug().setLastError(kUntouched);
     platform::FileHandle const file = files().openFile(at(name).c_str(), access, kSharing, disposition, flags);
     ulong32 const error = platform::nativeDebug().lastError();
