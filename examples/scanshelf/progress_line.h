@@ -10,8 +10,9 @@
 
 namespace scanshelf {
 
-// Tells the user how far a long survey has come; a survey of less than a second shows nothing. On a terminal one line is
-// written over and over and cleared at the end. Anywhere else, a log for one, plain lines come at ever longer intervals.
+// Tells the user how far a task has come. On a terminal one line stands there from the beginning, is written over and
+// over, and cleared at the end. Anywhere else, a log for one, plain lines come at ever longer intervals, and a task of
+// less than a second shows nothing.
 class ProgressLine {
  public:
   using Clock = std::chrono::steady_clock;
@@ -21,10 +22,12 @@ class ProgressLine {
   ProgressLine(ProgressLine const&) = delete;
   ProgressLine& operator=(ProgressLine const&) = delete;
 
-  // Shows the counts if it is time to.
-  void show(Totals const& totals, Clock::time_point now = Clock::now());
+  // Each shows its counts if it is time to: what a survey has found so far, and what of all has been copied.
+  void showFound(Totals const& found, Clock::time_point now = Clock::now());
+  void showCopied(Totals const& done, Totals const& all, Clock::time_point now = Clock::now());
 
  private:
+  void write(std::string const& line, Clock::time_point now);
   void writeOver(std::string const& line);
 
   std::ostream& out_;

@@ -127,7 +127,7 @@ struct NamedFile {
 // All files, relative to the folder and in the order of their paths.
 std::vector<NamedFile> filesByPath(Survey const& survey, SmartPtr<Directory const> const& folder) {
   std::vector<NamedFile> files;
-  for (FoundFile const& found : survey.largest) {
+  for (FoundFile const& found : survey.files) {
     SmartPtr<File const> const file = relativeTo(folder, found.file);
     files.push_back({file->getFullNameUnix(), file});
   }
@@ -163,11 +163,50 @@ void printSummary(std::ostream& out, Survey const& survey, String const& pattern
   }
 }
 
+struct LabelledLine {
+  wchar const* label;
+  String text;
+};
+
+template <std::size_t Size>
+void printLines(std::ostream& out, LabelledLine const (&lines)[Size]) {
+  Table table({{String::EMPTY, Align::Left}, {String::EMPTY, Align::Left}});
+  for (LabelledLine const& line : lines) table.add({line.label, line.text});
+  table.print(out);
+  out << '\n';
+}
+
+String partOf(String const& part, String const& all) {
+  return part + KVW(" of ") + all;
+}
+
+// The time, and the speed if it is more than chance.
+String paceText(std::uint64_t bytes, std::chrono::milliseconds duration) {
+  constexpr std::chrono::milliseconds kTelling(500);
+  String const time = durationText(duration);
+  if (duration < kTelling) return time;
+  double const perSecond = static_cast<double>(bytes) * 1000 / static_cast<double>(duration.count());
+  return time + KVW(", ") + sizeText(static_cast<std::uint64_t>(perSecond)) + KVW("/s");
+}
+
+// Nothing is shortened: the user has to find each item. The reasons are the system's.
+void printFailures(std::ostream& out, CopyResult const& result, bool unixNames) {
+  out << "Not everything could be copied:\n\n";
+  Table table({{KVW("Reason"), Align::Left}, {KVW("Item"), Align::Left}});
+  for (auto const& [item, reason] : result.failures) {
+    table.add({reason, unixNames ? item->getFullNameUnix() : item->getFullName()});
+  }
+  table.print(out);
+  if (result.untried > 0) {
+    out << "\nThe disk is full. Not tried any more: " << utf8(countOf(result.untried, KVW("file"))) << ".\n";
+  }
+}
+
 }  // namespace
 
 void printNames(std::ostream& out, Directory const& folder) {
   SmartPtr<Directory const> const parent = folder.getParent();
-  std::pair<wchar const*, String> const lines[] = {
+  LabelledLine const lines[] = {
       {KVW("Folder"), folder.getFullName()},
       {KVW("Unix name"), folder.getFullNameUnix()},
       {KVW("Long path"), folder.getFullNameUnicode()},
@@ -176,10 +215,7 @@ void printNames(std::ostream& out, Directory const& folder) {
       {KVW("Name"), folder.getName()},
       {KVW("Root"), orNone(folder.getRoot())},
   };
-  Table table({{String::EMPTY, Align::Left}, {String::EMPTY, Align::Left}});
-  for (auto const& [label, text] : lines) table.add({label, text});
-  table.print(out);
-  out << '\n';
+  printLines(out, lines);
 }
 
 void printSurvey(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder,
@@ -200,6 +236,25 @@ void printRenumbering(std::ostream& out, Survey const& survey, SmartPtr<Director
     printSteppedNames(out, files, files.size() <= limit + 1 ? files.size() : limit, arguments.unixNames);
   }
   printSummary(out, survey, arguments.pattern);
+}
+
+void printCopy(std::ostream& out, CopyResult const& result, Totals const& all, Directory const& target,
+               std::chrono::milliseconds duration, bool unixNames) {
+  Totals const& copied = result.copied;
+  LabelledLine const lines[] = {
+      {KVW("Copied to"), unixNames ? target.getFullNameUnix() : target.getFullName()},
+      {KVW("Files"), partOf(countText(copied.files), countText(all.files))},
+      {KVW("Folders"), partOf(countText(copied.folders), countText(all.folders))},
+      {KVW("Bytes"), partOf(sizeText(copied.bytes), sizeText(all.bytes))},
+      {KVW("Sizes equal"), partOf(countText(result.equalSizes), countText(copied.files))},
+      {KVW("Time"), paceText(copied.bytes, duration)},
+  };
+  printLines(out, lines);
+  if (result.failures.empty()) {
+    out << (all.files > 0 ? "Everything was copied, and all sizes are equal.\n" : "There was no file to copy.\n");
+  } else {
+    printFailures(out, result, unixNames);
+  }
 }
 
 }  // namespace scanshelf

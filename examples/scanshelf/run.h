@@ -8,7 +8,8 @@
 
 namespace scanshelf {
 
-// The whole program: the words behind its name, its two output streams, and its exit status.
-int run(std::vector<KV_1_1::String> const& words, std::ostream& out, std::ostream& err);
+// The whole program: the words behind its name, its two output streams, whether the second is a terminal, and its exit
+// status.
+int run(std::vector<KV_1_1::String> const& words, std::ostream& out, std::ostream& err, bool isErrTerminal);
 
 }  // namespace scanshelf

@@ -71,6 +71,7 @@ class Surveyor {
     while (SmartPtr<Directory const> next = folders->getNext()) {
       ++totals.folders;
       ++result_.all.folders;
+      if (request_.keepItems) result_.folders.push_back(next);
       found.push_back(std::move(next));
     }
   }
@@ -83,6 +84,7 @@ class Surveyor {
       ++counts->files;
       counts->bytes += size.QuadPart;
     }
+    if (request_.keepItems) result_.files.push_back({file, size.QuadPart});
     keepIfLarge({file, size.QuadPart});
     // A folder may hold so many files that its end is too late for a sign of life.
     if (result_.all.files % 256 == 0) progress_(result_.all);

@@ -97,6 +97,24 @@ String sizeText(std::uint64_t bytes) {
   return text;
 }
 
+String durationText(std::chrono::milliseconds duration) {
+  long long const milliseconds = duration.count();
+  long long const seconds = milliseconds / 1000;
+  long long const minutes = seconds / 60;
+  if (milliseconds == 0) return KVW("under 1 ms");
+  String text;
+  if (seconds == 0) {
+    text.printf(KVW("%lld ms"), milliseconds);
+  } else if (minutes == 0) {
+    text.printf(KVW("%lld.%lld s"), seconds, milliseconds % 1000 / 100);
+  } else if (minutes < 60) {
+    text.printf(KVW("%lld min %lld s"), minutes, seconds % 60);
+  } else {
+    text.printf(KVW("%lld h %lld min"), minutes / 60, minutes % 60);
+  }
+  return text;
+}
+
 int displayWidth(String const& text) {
   wchar const* const units = text;
   int const length = text.length();

@@ -3,6 +3,7 @@
 
 #include <kvbase/kvbase.h>
 
+#include <chrono>
 #include <cstdint>
 
 namespace scanshelf {
@@ -17,6 +18,9 @@ KV_1_1::String countText(std::uint64_t count);
 KV_1_1::String countOf(std::uint64_t count, KV_1_1::wchar const* noun);
 //   1023 => "1023 B"      1536 => "1.5 KB"      1048575 => "1.0 MB"
 KV_1_1::String sizeText(std::uint64_t bytes);
+//   0 ms => "under 1 ms"      12 ms => "12 ms"      1449 ms => "1.4 s"      65 s => "1 min 5 s"
+//   7260 s => "2 h 1 min"
+KV_1_1::String durationText(std::chrono::milliseconds duration);
 
 // How many places the text takes on a terminal: a pair of surrogates is one character, combining marks take no place,
 // ideographs and their kin take two.

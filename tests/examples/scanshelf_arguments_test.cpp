@@ -15,12 +15,13 @@ struct Row {
   std::vector<String> words;
   String folder;
   String pattern;
-  char const* flags;  // of: all, unix, help
+  char const* flags;  // of: all, unix, renumber, help, overwrite
+  String copyTo = String::NIL;
 };
 
 std::string flagsOf(Arguments const& arguments) {
   return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.renumber ? "r" : "") +
-         (arguments.help ? "h" : "");
+         (arguments.help ? "h" : "") + (arguments.overwrite ? "o" : "");
 }
 
 TEST(ScanshelfArgumentsTest, Understood) {
@@ -35,6 +36,13 @@ TEST(ScanshelfArgumentsTest, Understood) {
       {"option between", {KVW("scans"), KVW("--all"), KVW("*")}, KVW("scans"), all, "a"},
       {"dash alone is a name", {KVW("-")}, KVW("-"), all, ""},
       {"end of options", {KVW("--"), KVW("-a"), KVW("--")}, KVW("-a"), KVW("--"), ""},
+      {"brief target", {KVW("scans"), KVW("-c"), KVW("out")}, KVW("scans"), all, "", KVW("out")},
+      {"full target first", {KVW("--copy-to"), KVW("out"), KVW("scans")}, KVW("scans"), all, "", KVW("out")},
+      {"target of a sample", {KVW("-c"), KVW("out")}, String::NIL, all, "", KVW("out")},
+      {"target to overwrite", {KVW("-o"), KVW("x"), KVW("-c"), KVW("out")}, KVW("x"), all, "o", KVW("out")},
+      {"dash alone is a target", {KVW("-c"), KVW("-")}, String::NIL, all, "", KVW("-")},
+      {"empty target", {KVW("-c"), KVW("")}, String::NIL, all, "", String::EMPTY},
+      {"help goes with anything", {KVW("-h"), KVW("-o")}, String::NIL, all, "ho"},
       {"empty folder", {String::EMPTY}, String::EMPTY, all, ""},
   };
   for (Row const& row : rows) {
@@ -42,6 +50,7 @@ TEST(ScanshelfArgumentsTest, Understood) {
     Arguments const arguments = readArguments(row.words);
     EXPECT_TRUE(arguments.folder == row.folder);
     EXPECT_TRUE(arguments.pattern == row.pattern);
+    EXPECT_TRUE(arguments.copyTo == row.copyTo);
     EXPECT_EQ(flagsOf(arguments), row.flags);
   }
 }
@@ -55,6 +64,11 @@ TEST(ScanshelfArgumentsTest, Refused) {
       {"unknown full option", {KVW("--fast")}, "There is no option '--fast'."},
       {"unknown brief option", {KVW("x"), KVW("-q")}, "There is no option '-q'."},
       {"options are not joined", {KVW("-au")}, "There is no option '-au'."},
+      {"target missing", {KVW("x"), KVW("--copy-to")}, "'--copy-to' needs a folder behind it."},
+      {"option for a target", {KVW("-c"), KVW("-o"), KVW("x")}, "'-c' needs a folder behind it."},
+      {"two targets", {KVW("-c"), KVW("x"), KVW("--copy-to"), KVW("y")}, "'--copy-to' can be given only once."},
+      {"nothing to overwrite", {KVW("x"), KVW("-o")}, "'--overwrite' means nothing without '--copy-to'."},
+      {"names and copies", {KVW("-r"), KVW("-c"), KVW("x")}, "'--renumber' and '--copy-to' do not go together."},
       {"pattern expanded by the shell",
        {KVW("."), KVW("a.dat"), KVW("b.dat")},
        "'b.dat' is one word too many. Quote a pattern, so that the shell leaves it alone."},

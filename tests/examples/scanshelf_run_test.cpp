@@ -10,12 +10,15 @@
 #include "examples/scanshelf/report.cpp"
 #include "examples/scanshelf/run.cpp"
 #include "examples/scanshelf/sample_tree.cpp"
+#include "kvbase/platform/backend.h"
+#include "tests/support/failing_files.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
 namespace scanshelf {
 namespace {
 
+namespace platform = KV_1_1::platform;
 using KV_1_1::wstring;
 using KV_1_1::testing::narrow;
 using KV_1_1::testing::TempFolder;
@@ -34,7 +37,7 @@ Outcome outcomeOf(std::vector<wstring> const& words) {
   for (wstring const& word : words) strings.emplace_back(word.c_str());
   std::ostringstream out;
   std::ostringstream err;
-  int const status = run(strings, out, err);
+  int const status = run(strings, out, err, /*isErrTerminal=*/false);
   return {status, out.str(), err.str()};
 }
 
@@ -136,6 +139,11 @@ TEST(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
       {"refused name", {KVW("*.dat")}, 1, "'*.dat' cannot be the name of a folder.\n"},
       {"empty name", {KVW("")}, 1, "'' cannot be the name of a folder.\n"},
       {"beyond the root", {KVW("C:\\..")}, 1, "'C:\\..' cannot be the name of a folder.\n"},
+      {"empty target", {folder.text(), KVW("-c"), KVW("")}, 1, "'' cannot be the name of a folder.\n"},
+      {"target is a file",
+       {folder.text(), KVW("-c"), folder.text(KVW("a.dat"))},
+       1,
+       "'" + narrow(folder.text(KVW("a.dat"))) + "' is a file, not a folder.\n"},
       {"unknown option", {KVW("--fast")}, 2, "There is no option '--fast'.\nTry 'scanshelf --help'.\n"},
   };
   for (auto const& row : rows) {
@@ -166,8 +174,152 @@ TEST(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
   std::ostringstream out;
   std::ostringstream err;
   out.setstate(std::ios::badbit);
-  EXPECT_EQ(run({String(KVW("--help"))}, out, err), 1);
+  EXPECT_EQ(run({String(KVW("--help"))}, out, err, /*isErrTerminal=*/false), 1);
   EXPECT_EQ(err.str(), "scanshelf: The report could not be written.\n");
+}
+
+// The file names below a folder, with slashes.
+std::vector<std::string> namesBelow(std::filesystem::path const& folder) {
+  std::vector<std::string> names;
+  for (auto const& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    names.push_back(entry.path().lexically_relative(folder).generic_u8string());
+  }
+  return names;
+}
+
+TEST(ScanshelfRunTest, CopyIsMadeAndReported) {
+  TempFolder folder;
+  TempFolder target;
+  folder.write("a.dat", std::string(2048, 'x'));
+  folder.write("sub/b.dat", "12345");
+  folder.write("sub/c.txt", "1");
+  folder.makeFolder("empty");
+  Outcome const outcome = outcomeOf({folder.text(), KVW("*.dat"), KVW("--copy-to"), target.text(KVW("x\\y"))});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("2 files match *.dat, 2.0 KB in all; 3 folders searched.\n\n"
+                                     "  Copied to    " +
+                                     narrow(target.text(KVW("x\\y\\"))) +
+                                     "\n"
+                                     "  Files        2 of 2\n"
+                                     "  Folders      2 of 2\n"
+                                     "  Bytes        2.0 KB of 2.0 KB\n"
+                                     "  Sizes equal  2 of 2\n"
+                                     "  Time         "));
+  EXPECT_THAT(outcome.out, ::testing::EndsWith("s\n\nEverything was copied, and all sizes are equal.\n"));
+  EXPECT_THAT(namesBelow(target.path("x/y")), ::testing::UnorderedElementsAre("a.dat", "empty", "sub", "sub/b.dat"));
+}
+
+TEST(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
+  TempFolder folder;
+  TempFolder target;
+  folder.write("a.dat", "123");
+  folder.write("sub/b.dat", "12345");
+  target.write("sub/b.dat", "old");
+  std::string const exists = KV_1_1::getWindowsError(80).trim().stringUTF8();
+  Outcome const outcome = outcomeOf({folder.text(), KVW("-c"), target.text(), KVW("-u")});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("  Files        1 of 2\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("  Bytes        3 B of 8 B\n"));
+  EXPECT_THAT(outcome.out, HasSubstr("\n\nNot everything could be copied:\n\n  Reason "));
+  EXPECT_THAT(outcome.out, ::testing::EndsWith("  " + exists + "  sub/b.dat\n"));
+  EXPECT_EQ(std::filesystem::file_size(target.path("sub/b.dat")), 3u);
+
+  Outcome const replaced = outcomeOf({folder.text(), KVW("*b*"), KVW("-c"), target.text(), KVW("--overwrite")});
+  EXPECT_EQ(replaced.status, 0);
+  EXPECT_EQ(std::filesystem::file_size(target.path("sub/b.dat")), 5u);
+}
+
+TEST(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
+  TempFolder folder;
+  TempFolder target;
+  Outcome const outcome = outcomeOf({folder.text(), KVW("-c"), target.text(KVW("new"))});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, ::testing::EndsWith("There was no file to copy.\n"));
+  EXPECT_TRUE(std::filesystem::is_directory(target.path("new")));
+}
+
+TEST(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
+  TempFolder folder;
+  folder.write("sub/a.dat", "1");
+  for (wstring const& target : {folder.text(), folder.text(KVW("sub")), folder.text(KVW("new\\deeper"))}) {
+    Outcome const outcome = outcomeOf({folder.text(), KVW("--copy-to"), target});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "scanshelf: '" + narrow(target) +
+                               "' is the folder to be copied, or lies in it. Choose a target outside of it.\n");
+  }
+  EXPECT_THAT(namesBelow(folder.path()), ::testing::UnorderedElementsAre("sub", "sub/a.dat"));
+}
+
+TEST(ScanshelfRunTest, RefusedPatternMakesNoTarget) {
+  TempFolder folder;
+  TempFolder target;
+  EXPECT_EQ(outcomeOf({folder.text(), KVW("a:b"), KVW("-c"), target.text(KVW("new"))}).status, 1);
+  EXPECT_FALSE(std::filesystem::exists(target.path("new")));
+}
+
+TEST(ScanshelfRunTest, ListingWritesNothing) {
+  TempFolder folder;
+  folder.write("a.dat", "1");
+  EXPECT_THAT(outcomeOf({folder.text()}).out, Not(HasSubstr("Copied")));
+  EXPECT_THAT(namesBelow(folder.path()), ::testing::ElementsAre("a.dat"));
+}
+
+TEST(ScanshelfRunTest, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
+  TempFolder folder;
+  TempFolder target;
+  folder.write("a.dat", "1");
+  std::ostringstream both;
+  String const words[] = {folder.text().c_str(), KVW("-c"), target.text().c_str()};
+  EXPECT_EQ(run({std::begin(words), std::end(words)}, both, both, /*isErrTerminal=*/true), 0);
+  std::string const text = both.str();
+  std::size_t const bar = text.find("\r[..............................]   0%  0 of 1 file ");
+  ASSERT_NE(bar, std::string::npos) << text;
+  std::size_t const report = text.find("  Folder  ");
+  EXPECT_LT(bar, report);
+  EXPECT_EQ(text[report - 1], '\r');
+  EXPECT_EQ(text.find('\r', report), std::string::npos);
+}
+
+std::string summaryOf(CopyResult const& result, Totals const& all, std::chrono::milliseconds duration) {
+  std::ostringstream out;
+  SmartPtr<Directory const> const target = Directory::fromString(KVW("D:\\copy"));
+  printCopy(out, result, all, *target, duration, /*unixNames=*/false);
+  return out.str();
+}
+
+TEST(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
+  Totals all;
+  all.files = 1200;
+  all.folders = 1;
+  all.bytes = 3 << 20;
+  CopyResult result;
+  result.copied = all;
+  result.equalSizes = 1200;
+  EXPECT_EQ(summaryOf(result, all, std::chrono::milliseconds(1500)),
+            "  Copied to    D:\\copy\\\n"
+            "  Files        1,200 of 1,200\n"
+            "  Folders      1 of 1\n"
+            "  Bytes        3.0 MB of 3.0 MB\n"
+            "  Sizes equal  1,200 of 1,200\n"
+            "  Time         1.5 s, 2.0 MB/s\n\n"
+            "Everything was copied, and all sizes are equal.\n");
+  EXPECT_THAT(summaryOf(result, all, std::chrono::milliseconds(499)), HasSubstr("  Time         499 ms\n"));
+}
+
+TEST(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
+  Totals all;
+  all.files = 8;
+  CopyResult result;
+  result.failures.push_back({File::fromString(KVW("sub\\a.dat")), KVW("There is no room.")});
+  result.untried = 7;
+  EXPECT_THAT(summaryOf(result, all, std::chrono::milliseconds(1)),
+              ::testing::EndsWith("Not everything could be copied:\n\n"
+                                  "  Reason             Item\n"
+                                  "  There is no room.  sub\\a.dat\n\n"
+                                  "The disk is full. Not tried any more: 7 files.\n"));
 }
 
 TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
@@ -178,6 +330,25 @@ TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
     EXPECT_TRUE(folder->exists());
     EXPECT_EQ(folder->collectFiles(KVW("*"), /*recursive=*/true).size(), std::size(kFiles));
     EXPECT_EQ(folder->collectDirectories(KVW("To be scanned"), /*recursive=*/true).size(), 1u);
+    EXPECT_FALSE(sample.copyFolder()->exists());
+    EXPECT_TRUE(sample.copyFolder()->create());
+  }
+  EXPECT_FALSE(folder->getParent()->exists());
+}
+
+TEST(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
+  SmartPtr<Directory const> folder;
+  {
+    SampleTree sample;
+    folder = sample.folder()->getParent();
+    KV_1_1::testing::FailingFiles failing(2);  // the first call asks whether the folder is there
+    platform::ScopedBackend<platform::FileApi> const scope(failing);
+    try {
+      sample.remove();
+      ADD_FAILURE() << "removed";
+    } catch (Complaint const& complaint) {
+      EXPECT_EQ(std::string(complaint.what()).find("The temporary folder '"), 0u);
+    }
   }
   EXPECT_FALSE(folder->exists());
 }
@@ -188,6 +359,38 @@ TEST(ScanshelfSampleTest, IsShownWithoutAFolder) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.find("A sample of scans"), 0u);
   EXPECT_THAT(outcome.out, HasSubstr("14 files match *, 11.3 MB in all; 11 folders searched.\n"));
+}
+
+// The folder that the report says the sample was copied to.
+std::filesystem::path copyFolderOf(std::string const& report) {
+  std::string const label = "  Copied to    ";
+  std::size_t const begin = report.find(label) + label.size();
+  return std::filesystem::u8path(report.substr(begin, report.find('\n', begin) - begin));
+}
+
+TEST(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
+  Outcome const outcome = outcomeOf({KVW("-u")});
+  EXPECT_EQ(outcome.out.find("A sample of scans, made for this report and removed again, like its copy:\n\n"), 0u);
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("  Files        14 of 14\n"), HasSubstr("  Folders      10 of 10\n"),
+                                 HasSubstr("  Sizes equal  14 of 14\n")));
+  std::filesystem::path const copy = copyFolderOf(outcome.out).parent_path();
+  EXPECT_EQ(copy.filename(), "Copy of scans");
+  EXPECT_TRUE(std::filesystem::exists(copy.parent_path().parent_path()));
+  EXPECT_FALSE(std::filesystem::exists(copy.parent_path()));
+}
+
+TEST(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
+  TempFolder target;
+  Outcome const outcome = outcomeOf({KVW("--copy-to"), target.text()});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.out.find("A sample of scans, made for this report and removed again:\n\n"), 0u);
+  EXPECT_EQ(namesBelow(target.path()).size(), 24u);
+}
+
+TEST(ScanshelfSampleTest, RenumberingCopiesNothing) {
+  Outcome const outcome = outcomeOf({KVW("--renumber")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_THAT(outcome.out, AllOf(HasSubstr("scan201.dat"), Not(HasSubstr("cop"))));
 }
 
 }  // namespace

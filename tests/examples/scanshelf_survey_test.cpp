@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 
-#include "examples/scanshelf/progress_line.cpp"
 #include "examples/scanshelf/survey.cpp"
 #include "tests/support/temp_folder.h"
 
@@ -84,6 +83,41 @@ TEST(ScanshelfSurveyTest, LargestComeFirstAndNoMoreThanAskedFor) {
   }
 }
 
+std::vector<std::string> namesBelow(TempFolder const& folder, std::vector<String> const& fullNames) {
+  std::vector<std::string> names;
+  for (String const& name : fullNames)
+    names.push_back(name.substr(static_cast<int>(folder.text().size()) + 1).stringUTF8());
+  return names;
+}
+
+TEST(ScanshelfSurveyTest, ItemsAreKeptOnlyOnRequestFoldersBeforeThoseInThem) {
+  TempFolder folder;
+  fill(folder);
+  folder.makeFolder("x/deep/deeper");
+  Survey const without = surveyOf(folder);
+  EXPECT_TRUE(without.files.empty());
+  EXPECT_TRUE(without.folders.empty());
+
+  Survey const found =
+      survey({directoryOf(folder), KVW("*.txt"), /*largest=*/0, /*keepItems=*/true}, [](Totals const&) {});
+  std::uint64_t bytes = 0;
+  std::vector<String> files;
+  for (FoundFile const& kept : found.files) {
+    files.push_back(kept.file->getFullName());
+    bytes += kept.bytes;
+  }
+  EXPECT_THAT(namesBelow(folder, files), ::testing::UnorderedElementsAre("x\\deep\\c.txt", "y.dat\\d.txt"));
+  EXPECT_EQ(bytes, 8u);
+
+  std::vector<String> folders;
+  for (SmartPtr<Directory const> const& kept : found.folders) folders.push_back(kept->getFullName());
+  std::vector<std::string> const names = namesBelow(folder, folders);
+  EXPECT_THAT(names, ::testing::UnorderedElementsAre("x\\", "x\\deep\\", "x\\deep\\deeper\\", "y.dat\\", "empty\\"));
+  auto const place = [&names](char const* name) { return std::find(names.begin(), names.end(), name); };
+  EXPECT_LT(place("x\\"), place("x\\deep\\"));
+  EXPECT_LT(place("x\\deep\\"), place("x\\deep\\deeper\\"));
+}
+
 TEST(ScanshelfSurveyTest, RefusedPatternIsAComplaint) {
   TempFolder folder;
   for (String const& pattern :
@@ -114,54 +148,6 @@ TEST(ScanshelfSurveyTest, ProgressComesWithinALargeFolder) {
   int calls = 0;
   survey({directoryOf(folder), KVW("*"), 1}, [&calls](Totals const&) { ++calls; });
   EXPECT_EQ(calls, 3);
-}
-
-class ScanshelfProgressTest : public ::testing::Test {
- protected:
-  static ProgressLine::Clock::time_point at(double seconds) {
-    return ProgressLine::Clock::time_point() + std::chrono::milliseconds(static_cast<int>(seconds * 1000));
-  }
-  static Totals totals(std::uint64_t files) {
-    Totals totals;
-    totals.files = files;
-    totals.bytes = files;
-    return totals;
-  }
-
-  std::ostringstream out_;
-};
-
-TEST_F(ScanshelfProgressTest, ShowsNothingInTheFirstSecond) {
-  {
-    ProgressLine line(out_, /*isTerminal=*/true, at(0));
-    for (double now : {0.0, 0.5, 0.999}) line.show(totals(5), at(now));
-  }
-  EXPECT_EQ(out_.str(), "");
-}
-
-TEST_F(ScanshelfProgressTest, OneLineOnATerminalIsClearedAtTheEnd) {
-  {
-    ProgressLine line(out_, /*isTerminal=*/true, at(0));
-    line.show(totals(1000), at(1));
-    line.show(totals(2000), at(1.1));
-    line.show(totals(3), at(1.2));
-  }
-  EXPECT_EQ(out_.str(),
-            "\rReading: 1,000 files in 1 folder, 1000 B"
-            "\rReading: 3 files in 1 folder, 3 B       "
-            "\r                                 \r");
-}
-
-TEST_F(ScanshelfProgressTest, PlainLinesComeAtLongerAndLongerIntervals) {
-  {
-    ProgressLine line(out_, /*isTerminal=*/false, at(0));
-    for (int tenth = 0; tenth <= 150; ++tenth) line.show(totals(static_cast<unsigned>(tenth)), at(tenth / 10.0));
-  }
-  EXPECT_EQ(out_.str(),
-            "Reading: 10 files in 1 folder, 10 B\n"
-            "Reading: 30 files in 1 folder, 30 B\n"
-            "Reading: 70 files in 1 folder, 70 B\n"
-            "Reading: 150 files in 1 folder, 150 B\n");
 }
 
 }  // namespace

@@ -46,6 +46,26 @@ TEST(ScanshelfTextTest, Sizes) {
   for (auto const& row : rows) EXPECT_STREQ(utf8(sizeText(row.bytes)), row.text) << row.bytes;
 }
 
+TEST(ScanshelfTextTest, Durations) {
+  struct {
+    long long milliseconds;
+    char const* text;
+  } const rows[] = {{0, "under 1 ms"},
+                    {1, "1 ms"},
+                    {999, "999 ms"},
+                    {1000, "1.0 s"},
+                    {1449, "1.4 s"},
+                    {59'999, "59.9 s"},
+                    {60'000, "1 min 0 s"},
+                    {65'999, "1 min 5 s"},
+                    {3'599'999, "59 min 59 s"},
+                    {3'600'000, "1 h 0 min"},
+                    {7'260'000, "2 h 1 min"}};
+  for (auto const& row : rows) {
+    EXPECT_STREQ(utf8(durationText(std::chrono::milliseconds(row.milliseconds))), row.text) << row.milliseconds;
+  }
+}
+
 TEST(ScanshelfTextTest, Widths) {
   KV_1_1::wchar const loneHigh[] = {'a', 0xD83D, 'b', 0};
   KV_1_1::wchar const highAtEnd[] = {'a', 0xD83D, 0};

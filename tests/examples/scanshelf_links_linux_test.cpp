@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "examples/scanshelf/copying.h"
+#include "tests/support/temp_folder.h"
+
+namespace scanshelf {
+namespace {
+
+namespace fs = std::filesystem;
+using KV_1_1::Directory;
+using KV_1_1::SmartPtr;
+using KV_1_1::wchar;
+using KV_1_1::testing::TempFolder;
+
+SmartPtr<Directory const> directoryOf(TempFolder const& folder, wchar const* below = KVW("")) {
+  return Directory::fromString(folder.text(below).c_str());
+}
+
+TEST(ScanshelfLinksTest, WithinSeesThroughLinks) {
+  TempFolder source;
+  TempFolder other;
+  source.makeFolder("sub");
+  fs::create_directory_symlink(source.path("sub"), other.path("link"));
+  EXPECT_TRUE(isWithin(*directoryOf(other, KVW("link")), *directoryOf(source)));
+  EXPECT_TRUE(isWithin(*directoryOf(other, KVW("link\\new\\folder")), *directoryOf(source)));
+  EXPECT_TRUE(isWithin(*directoryOf(source, KVW("sub\\new")), *directoryOf(other, KVW("link"))));
+  EXPECT_FALSE(isWithin(*directoryOf(source, KVW("new")), *directoryOf(other, KVW("link"))));
+  EXPECT_FALSE(isWithin(*directoryOf(other, KVW("new")), *directoryOf(source)));
+}
+
+TEST(ScanshelfLinksTest, CaseTellsFoldersApart) {
+  TempFolder folder;
+  folder.makeFolder("scans");
+  folder.makeFolder("Scans");
+  EXPECT_FALSE(isWithin(*directoryOf(folder, KVW("Scans\\new")), *directoryOf(folder, KVW("scans"))));
+}
+
+TEST(ScanshelfLinksTest, LinksAreCopiedAndWhatIsNoFileIsAFailure) {
+  TempFolder source;
+  TempFolder target;
+  source.write("real/a.dat", "12345");
+  fs::create_directory_symlink("real", source.path("link to folder"));
+  fs::create_symlink("nothing", source.path("link to nothing"));
+  ASSERT_EQ(mkfifo(source.path("pipe").c_str(), 0600), 0);
+
+  Progress const ignore = [](Totals const&) {};
+  Survey const found = survey({directoryOf(source), KVW("*"), /*largest=*/0, /*keepItems=*/true}, ignore);
+  CopyResult const result = copyItems(found, {directoryOf(source), directoryOf(target), /*overwrite=*/false}, ignore);
+  EXPECT_EQ(result.copied.files, 3u);
+  EXPECT_EQ(result.equalSizes, 3u);
+  ASSERT_EQ(result.failures.size(), 1u);
+  EXPECT_STREQ(result.failures.front().item->getFullName().stringUTF8(), ".\\pipe");
+  EXPECT_GT(result.failures.front().reason.length(), 0);
+  EXPECT_EQ(fs::read_symlink(target.path("link to folder")), "real");
+  EXPECT_EQ(fs::read_symlink(target.path("link to nothing")), "nothing");
+  EXPECT_EQ(fs::file_size(target.path("real/a.dat")), 5u);
+  EXPECT_FALSE(fs::exists(target.path("pipe")));
+}
+
+}  // namespace
+}  // namespace scanshelf
