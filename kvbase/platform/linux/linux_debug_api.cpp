@@ -1,25 +1,25 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/linux_debug_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include "kvbase/platform/linux/last_error.h"
 
 namespace KV_1_1 {
 namespace platform {
 
-ulong32 LinuxDebugApi::lastError() {
+ulong32 NativeDebug::lastError() {
   return lastErrorOfThread();
 }
 
-void LinuxDebugApi::setLastError(ulong32 code) {
+void NativeDebug::setLastError(ulong32 code) {
   setLastErrorOfThread(code);
 }
 
 // The texts are constants; whoever gets one only reads it.
-wchar* LinuxDebugApi::errorText(ulong32 code) {
+wchar* NativeDebug::errorText(ulong32 code) {
   return const_cast<wchar*>(textOfCode(code));
 }
 
-void LinuxDebugApi::freeErrorText(wchar*) {}
+void NativeDebug::freeErrorText(wchar*) {}
 
 }  // namespace platform
 }  // namespace KV_1_1

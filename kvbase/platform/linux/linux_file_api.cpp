@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/linux_file_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include <dirent.h>
 #include <errno.h>
@@ -118,14 +118,14 @@ std::size_t nameIndex(wchar const* pattern, std::size_t size) {
 
 }  // namespace
 
-ulong32 LinuxFileApi::getAttributes(wchar const* path) {
+ulong32 NativeFiles::getAttributes(wchar const* path) {
   NativePath native;
   struct statx status;
   if (!query(path, STATX_TYPE | STATX_MODE, native, status)) return kInvalidAttributes;
   return attributesOf(status.stx_mode, native.data());
 }
 
-bool LinuxFileApi::setAttributes(wchar const* path, ulong32 attributes) {
+bool NativeFiles::setAttributes(wchar const* path, ulong32 attributes) {
   NativePath native;
   struct statx status;
   if (!query(path, STATX_TYPE | STATX_MODE, native, status)) return false;
@@ -138,7 +138,7 @@ bool LinuxFileApi::setAttributes(wchar const* path, ulong32 attributes) {
   return chmod(native.data(), wanted & 07777) == 0 || failAt(native.data(), errno);
 }
 
-bool LinuxFileApi::getInfo(wchar const* path, FileInfo& info) {
+bool NativeFiles::getInfo(wchar const* path, FileInfo& info) {
   NativePath native;
   struct statx status;
   if (!query(path, STATX_BASIC_STATS | STATX_BTIME, native, status)) return false;
@@ -151,7 +151,7 @@ bool LinuxFileApi::getInfo(wchar const* path, FileInfo& info) {
   return true;
 }
 
-int LinuxFileApi::getStatus(wchar const* path, struct _stat64i32& status) {
+int NativeFiles::getStatus(wchar const* path, struct _stat64i32& status) {
   NativePath native;
   struct stat item;
   if (!mapForRuntime(path, native) || stat(native.data(), &item) != 0) return -1;
@@ -168,14 +168,14 @@ int LinuxFileApi::getStatus(wchar const* path, struct _stat64i32& status) {
   return 0;
 }
 
-int LinuxFileApi::isDirectoryEmpty(wchar const* path) {
+int NativeFiles::isDirectoryEmpty(wchar const* path) {
   NativePath native;
   if (!mapText(path, native)) return 0;
   Descriptor const directory(open(native.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return directory && isEmptyDirectory(directory.get()) ? 1 : 0;
 }
 
-FileHandle LinuxFileApi::openFile(wchar const* path, ulong32 access, ulong32, ulong32 disposition, ulong32 flags) {
+FileHandle NativeFiles::openFile(wchar const* path, ulong32 access, ulong32, ulong32 disposition, ulong32 flags) {
   NativePath native;
   if (!mapText(path, native)) return invalidFile();
   bool const makes = disposition == kOpenAlways;
@@ -204,50 +204,49 @@ FileHandle LinuxFileApi::openFile(wchar const* path, ulong32 access, ulong32, ul
   return file;
 }
 
-bool LinuxFileApi::closeFile(FileHandle file) {
+bool NativeFiles::closeFile(FileHandle file) {
   if (file == nullptr || file == invalidFile()) return failWith(kInvalidHandle);
   return close(descriptorOf(file)) == 0 || errno == EINTR || failWith(codeOf(errno));
 }
 
-bool LinuxFileApi::setLastWriteTime(FileHandle file, std::uint64_t time) {
+bool NativeFiles::setLastWriteTime(FileHandle file, std::uint64_t time) {
   timespec const times[] = {{0, UTIME_OMIT}, timespecOf(time)};
   return futimens(descriptorOf(file), times) == 0 || failWith(codeOf(errno));
 }
 
-std::uint64_t LinuxFileApi::systemTime() {
+std::uint64_t NativeFiles::systemTime() {
   timespec now;
   clock_gettime(CLOCK_REALTIME, &now);
   return fileTimeOf(now.tv_sec, now.tv_nsec);
 }
 
-int LinuxFileApi::openDescriptor(wchar const* path, int flags, int, int permission) {
+int NativeFiles::openDescriptor(wchar const* path, int flags, int, int permission) {
   NativePath native;
   if (!mapForRuntime(path, native)) return -1;
   bool const writes = (flags & kDescriptorReadWrite) != 0;
   return open(native.data(), (writes ? O_RDWR : O_RDONLY) | kPlainOpen, permission);
 }
 
-int LinuxFileApi::commitDescriptor(int descriptor) {
+int NativeFiles::commitDescriptor(int descriptor) {
   return fsync(descriptor);
 }
 
-int LinuxFileApi::closeDescriptor(int descriptor) {
+int NativeFiles::closeDescriptor(int descriptor) {
   return close(descriptor);
 }
 
-bool LinuxFileApi::copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data,
-                            ulong32 flags) {
+bool NativeFiles::copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data, ulong32 flags) {
   NativePath from, to;
   return mapBoth(source, from, target, to) &&
          copyItem(from.data(), to.data(), progress, data, (flags & kCopyFailIfExists) != 0);
 }
 
-bool LinuxFileApi::moveFile(wchar const* source, wchar const* target) {
+bool NativeFiles::moveFile(wchar const* source, wchar const* target) {
   NativePath from, to;
   return mapBoth(source, from, target, to) && moveItem(from.data(), to.data());
 }
 
-bool LinuxFileApi::deleteFile(wchar const* path) {
+bool NativeFiles::deleteFile(wchar const* path) {
   NativePath native;
   struct stat status;
   if (!mapText(path, native)) return false;
@@ -256,7 +255,7 @@ bool LinuxFileApi::deleteFile(wchar const* path) {
   return unlink(native.data()) == 0 || failAt(native.data(), errno);
 }
 
-bool LinuxFileApi::createDirectory(wchar const* path) {
+bool NativeFiles::createDirectory(wchar const* path) {
   NativePath native;
   if (!mapText(path, native)) return false;
   if (mkdir(native.data(), 0777) == 0) return true;
@@ -265,12 +264,12 @@ bool LinuxFileApi::createDirectory(wchar const* path) {
   return lastErrorOfThread() == kFileNotFound ? failWith(kPathNotFound) : false;
 }
 
-bool LinuxFileApi::removeDirectory(wchar const* path) {
+bool NativeFiles::removeDirectory(wchar const* path) {
   NativePath native;
   return mapText(path, native) && removeDirectoryItem(native.data());
 }
 
-SearchHandle LinuxFileApi::findFirst(wchar const* pattern, FindData& data) {
+SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
   std::size_t const size = sizeOf(pattern);
   std::size_t const name = nameIndex(pattern, size);
   NativePath directory;
@@ -287,22 +286,22 @@ SearchHandle LinuxFileApi::findFirst(wchar const* pattern, FindData& data) {
   return registerSearch(std::move(search));
 }
 
-bool LinuxFileApi::findNext(SearchHandle handle, FindData& data) {
+bool NativeFiles::findNext(SearchHandle handle, FindData& data) {
   DirectorySearch* const search = searchOf(handle);
   return search != nullptr ? search->next(data) : failWith(kInvalidHandle);
 }
 
-bool LinuxFileApi::findClose(SearchHandle handle) {
+bool NativeFiles::findClose(SearchHandle handle) {
   return removeSearch(handle) != nullptr || failWith(kInvalidHandle);
 }
 
-wchar* LinuxFileApi::currentDirectory() {
+wchar* NativeFiles::currentDirectory() {
   NativePath path;
   if (!nativeCurrentDirectory(path)) return nullptr;
   return textOfPath(KVW(""), path.data(), path.size() - 1);
 }
 
-wchar* LinuxFileApi::currentDirectoryOfDrive(int drive) {
+wchar* NativeFiles::currentDirectoryOfDrive(int drive) {
   if (drive < 1 || drive > 26) return nullptr;
   NativePath below;
   if (!nativeDirectoryOfDrive(static_cast<char>('a' + drive - 1), below)) return nullptr;
@@ -311,7 +310,7 @@ wchar* LinuxFileApi::currentDirectoryOfDrive(int drive) {
   return textOfPath(prefix, below.data(), below.size());
 }
 
-void LinuxFileApi::freeText(wchar* text) {
+void NativeFiles::freeText(wchar* text) {
   free(text);
 }
 

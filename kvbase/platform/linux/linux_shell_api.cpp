@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/linux_shell_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include <stdlib.h>
 #include <string.h>
@@ -126,7 +126,7 @@ void appendFolderOf(char const* address, NativePath& folder) {
 
 }  // namespace
 
-std::intptr_t LinuxShellApi::open(wchar const*, wchar const* file, wchar const*, int) {
+std::intptr_t NativeShell::open(wchar const*, wchar const* file, wchar const*, int) {
   NativePath argument;
   if (file == nullptr || file[0] == 0) return kFileNotFound;
   if (argumentOf(file, argument)) return startOpening(argument.data());
@@ -134,7 +134,7 @@ std::intptr_t LinuxShellApi::open(wchar const*, wchar const* file, wchar const*,
   return error == kPathNotFound || error == kAccessDenied ? static_cast<std::intptr_t>(error) : kFileNotFound;
 }
 
-ItemList LinuxShellApi::itemListFromPath(wchar const* path) {
+ItemList NativeShell::itemListFromPath(wchar const* path) {
   NativePath native;
   if (path == nullptr || !findItem(path, native) || native[0] != '/') return nullptr;
   NativePath address;
@@ -142,7 +142,7 @@ ItemList LinuxShellApi::itemListFromPath(wchar const* path) {
   return strdup(address.data());
 }
 
-std::int32_t LinuxShellApi::showItem(ItemList item) {
+std::int32_t NativeShell::showItem(ItemList item) {
   if (item == nullptr) return 1;
   auto const* const address = static_cast<char const*>(item);
   if (fileBrowserShows(address)) return 0;
@@ -151,7 +151,7 @@ std::int32_t LinuxShellApi::showItem(ItemList item) {
   return startOpening(folder.data()) == kOpened ? 0 : 1;
 }
 
-void LinuxShellApi::freeItemList(ItemList item) {
+void NativeShell::freeItemList(ItemList item) {
   free(item);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/linux_text_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include <unicode/uchar.h>
 
@@ -9,23 +9,23 @@
 namespace KV_1_1 {
 namespace platform {
 
-unsigned int LinuxTextApi::ansiCodePage() {
+unsigned int NativeText::ansiCodePage() {
   return currentAnsiCodePage();
 }
 
-int LinuxTextApi::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
+int NativeText::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
   return decodeCodePage(codePage, bytes, size, units, capacity);
 }
 
-int LinuxTextApi::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
+int NativeText::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
   return encodeCodePage(codePage, units, size, bytes, capacity);
 }
 
-int LinuxTextApi::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
+int NativeText::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
   return widePrint(out, capacity, format, arguments);
 }
 
-unsigned int LinuxTextApi::classesOf(wchar unit) {
+unsigned int NativeText::classesOf(wchar unit) {
   bool const isSuperscriptDigit = unit == 0xB2 || unit == 0xB3 || unit == 0xB9;
   constexpr wchar kSoftHyphen = 0xAD;
   unsigned const category = U_MASK(u_charType(unit));

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/windows/windows_debug_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include "kvbase/platform/types.h"
 
 namespace KV_1_1 {
 namespace platform {
 
-ulong32 WindowsDebugApi::lastError() {
+ulong32 NativeDebug::lastError() {
   return GetLastError();
 }
 
-void WindowsDebugApi::setLastError(ulong32 code) {
+void NativeDebug::setLastError(ulong32 code) {
   SetLastError(code);
 }
 
-wchar* WindowsDebugApi::errorText(ulong32 code) {
+wchar* NativeDebug::errorText(ulong32 code) {
   wchar* text = nullptr;
   // With this flag the function takes the address of a pointer for the buffer.
   FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM, nullptr, code, 0,
@@ -22,7 +22,7 @@ wchar* WindowsDebugApi::errorText(ulong32 code) {
   return text;
 }
 
-void WindowsDebugApi::freeErrorText(wchar* text) {
+void NativeDebug::freeErrorText(wchar* text) {
   LocalFree(text);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/windows/windows_file_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include <direct.h>
 #include <io.h>
@@ -45,15 +45,15 @@ DWORD CALLBACK callProgress(LARGE_INTEGER total, LARGE_INTEGER transferred, LARG
 
 }  // namespace
 
-ulong32 WindowsFileApi::getAttributes(wchar const* path) {
+ulong32 NativeFiles::getAttributes(wchar const* path) {
   return GetFileAttributesW(path);
 }
 
-bool WindowsFileApi::setAttributes(wchar const* path, ulong32 attributes) {
+bool NativeFiles::setAttributes(wchar const* path, ulong32 attributes) {
   return SetFileAttributesW(path, attributes) != FALSE;
 }
 
-bool WindowsFileApi::getInfo(wchar const* path, FileInfo& info) {
+bool NativeFiles::getInfo(wchar const* path, FileInfo& info) {
   WIN32_FILE_ATTRIBUTE_DATA data;
   if (!GetFileAttributesExW(path, GetFileExInfoStandard, &data)) return false;
   info.attributes = data.dwFileAttributes;
@@ -63,99 +63,97 @@ bool WindowsFileApi::getInfo(wchar const* path, FileInfo& info) {
   return true;
 }
 
-int WindowsFileApi::getStatus(wchar const* path, struct _stat64i32& status) {
+int NativeFiles::getStatus(wchar const* path, struct _stat64i32& status) {
   return _wstat64i32(path, &status);
 }
 
-int WindowsFileApi::isDirectoryEmpty(wchar const* path) {
+int NativeFiles::isDirectoryEmpty(wchar const* path) {
   return PathIsDirectoryEmptyW(path);
 }
 
-FileHandle WindowsFileApi::openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition,
-                                    ulong32 flags) {
+FileHandle NativeFiles::openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition, ulong32 flags) {
   return CreateFileW(path, access, share, nullptr, disposition, flags, nullptr);
 }
 
-bool WindowsFileApi::closeFile(FileHandle file) {
+bool NativeFiles::closeFile(FileHandle file) {
   return CloseHandle(file) != FALSE;
 }
 
-bool WindowsFileApi::setLastWriteTime(FileHandle file, std::uint64_t time) {
+bool NativeFiles::setLastWriteTime(FileHandle file, std::uint64_t time) {
   FILETIME const lastWrite = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
   return SetFileTime(file, nullptr, nullptr, &lastWrite) != FALSE;
 }
 
-std::uint64_t WindowsFileApi::systemTime() {
+std::uint64_t NativeFiles::systemTime() {
   FILETIME now;
   GetSystemTimeAsFileTime(&now);
   return numberOf(now);
 }
 
-int WindowsFileApi::openDescriptor(wchar const* path, int flags, int share, int permission) {
+int NativeFiles::openDescriptor(wchar const* path, int flags, int share, int permission) {
   int descriptor = -1;
   _wsopen_s(&descriptor, path, flags, share, permission);
   return descriptor;
 }
 
-int WindowsFileApi::commitDescriptor(int descriptor) {
+int NativeFiles::commitDescriptor(int descriptor) {
   return _commit(descriptor);
 }
 
-int WindowsFileApi::closeDescriptor(int descriptor) {
+int NativeFiles::closeDescriptor(int descriptor) {
   return _close(descriptor);
 }
 
-bool WindowsFileApi::copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data,
-                              ulong32 flags) {
+bool NativeFiles::copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data, ulong32 flags) {
   if (progress == nullptr) return CopyFileExW(source, target, nullptr, nullptr, nullptr, flags) != FALSE;
   Routine routine = {progress, data};
   return CopyFileExW(source, target, &callProgress, &routine, nullptr, flags) != FALSE;
 }
 
-bool WindowsFileApi::moveFile(wchar const* source, wchar const* target) {
+bool NativeFiles::moveFile(wchar const* source, wchar const* target) {
   return MoveFileW(source, target) != FALSE;
 }
 
-bool WindowsFileApi::deleteFile(wchar const* path) {
+bool NativeFiles::deleteFile(wchar const* path) {
   return DeleteFileW(path) != FALSE;
 }
 
-bool WindowsFileApi::createDirectory(wchar const* path) {
+bool NativeFiles::createDirectory(wchar const* path) {
   return CreateDirectoryW(path, nullptr) != FALSE;
 }
 
-bool WindowsFileApi::removeDirectory(wchar const* path) {
+bool NativeFiles::removeDirectory(wchar const* path) {
   return RemoveDirectoryW(path) != FALSE;
 }
 
-SearchHandle WindowsFileApi::findFirst(wchar const* pattern, FindData& data) {
+SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
   WIN32_FIND_DATAW found;
   SearchHandle const search = FindFirstFileW(pattern, &found);
   if (search != invalidSearch()) store(found, data);
   return search;
 }
 
-bool WindowsFileApi::findNext(SearchHandle search, FindData& data) {
+bool NativeFiles::findNext(SearchHandle search, FindData& data) {
   WIN32_FIND_DATAW found;
   if (!FindNextFileW(search, &found)) return false;
   store(found, data);
   return true;
 }
 
-bool WindowsFileApi::findClose(SearchHandle search) {
+bool NativeFiles::findClose(SearchHandle search) {
   return FindClose(search) != FALSE;
 }
 
-wchar* WindowsFileApi::currentDirectory() {
+wchar* NativeFiles::currentDirectory() {
   return _wgetcwd(nullptr, 0);
 }
 
 // The length is the least that is allocated; a longer text gets its room. With 0 Wine knows the current drive only.
-wchar* WindowsFileApi::currentDirectoryOfDrive(int drive) {
+wchar* NativeFiles::currentDirectoryOfDrive(int drive) {
   return _wgetdcwd(drive, nullptr, MAX_PATH);
 }
 
-void WindowsFileApi::freeText(wchar* text) {
+void NativeFiles::freeText(wchar* text) {
   free(text);
 }
 

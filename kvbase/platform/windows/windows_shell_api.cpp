@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/windows/windows_shell_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include "kvbase/platform/types.h"
 
@@ -9,19 +9,19 @@
 namespace KV_1_1 {
 namespace platform {
 
-std::intptr_t WindowsShellApi::open(wchar const* verb, wchar const* file, wchar const* directory, int show) {
+std::intptr_t NativeShell::open(wchar const* verb, wchar const* file, wchar const* directory, int show) {
   return reinterpret_cast<std::intptr_t>(ShellExecuteW(nullptr, verb, file, nullptr, directory, show));
 }
 
-ItemList WindowsShellApi::itemListFromPath(wchar const* path) {
+ItemList NativeShell::itemListFromPath(wchar const* path) {
   return ILCreateFromPathW(path);
 }
 
-std::int32_t WindowsShellApi::showItem(ItemList item) {
+std::int32_t NativeShell::showItem(ItemList item) {
   return SHOpenFolderAndSelectItems(static_cast<ITEMIDLIST*>(item), 0, nullptr, 0);
 }
 
-void WindowsShellApi::freeItemList(ItemList item) {
+void NativeShell::freeItemList(ItemList item) {
   ILFree(static_cast<ITEMIDLIST*>(item));
 }
 

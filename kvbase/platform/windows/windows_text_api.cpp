@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/windows/windows_text_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 #include <stdio.h>
 #include <wchar.h>
@@ -10,24 +10,24 @@
 namespace KV_1_1 {
 namespace platform {
 
-unsigned int WindowsTextApi::ansiCodePage() {
+unsigned int NativeText::ansiCodePage() {
   return GetACP();
 }
 
-int WindowsTextApi::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
+int NativeText::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
   return MultiByteToWideChar(codePage, 0, bytes, size, units, capacity);
 }
 
-int WindowsTextApi::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
+int NativeText::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
   return WideCharToMultiByte(codePage, 0, units, size, bytes, capacity, nullptr, nullptr);
 }
 
 // The one of the runtime's printing functions that writes a terminator only if there is room for it.
-int WindowsTextApi::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
+int NativeText::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
   return _vsnwprintf(out, capacity, format, arguments);
 }
 
-unsigned int WindowsTextApi::classesOf(wchar unit) {
+unsigned int NativeText::classesOf(wchar unit) {
   return (iswalpha(unit) ? kAlpha : 0u) | (iswdigit(unit) ? kDigit : 0u) | (iswspace(unit) ? kSpace : 0u) |
          (iswgraph(unit) ? kGraphic : 0u);
 }

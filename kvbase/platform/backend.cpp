@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/backend.h"
 
-#include "kvbase/platform/linux/linux_debug_api.h"
-#include "kvbase/platform/linux/linux_file_api.h"
-#include "kvbase/platform/linux/linux_shell_api.h"
-#include "kvbase/platform/linux/linux_text_api.h"
+#include "kvbase/platform/internal/native_backends.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
 
-// Constant-initialised and trivially destroyed, hence there at any time.
-LinuxFileApi theFiles;
-LinuxTextApi theText;
-LinuxShellApi theShell;
-LinuxDebugApi theDebug;
+NativeFiles theFiles;
+NativeText theText;
+NativeShell theShell;
+NativeDebug theDebug;
 
 }  // namespace
 

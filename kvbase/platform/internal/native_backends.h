@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
+//
+// The backends of the system the library is built for: declared once, and implemented by the sources in platform/windows,
+// which forward each call one to one, and in platform/linux. They keep no state of their own and are constant-initialised
+// and trivially destroyed, hence there at any time.
 #pragma once
 
+#include "kvbase/platform/debug_api.h"
 #include "kvbase/platform/file_api.h"
+#include "kvbase/platform/shell_api.h"
+#include "kvbase/platform/text_api.h"
 
 namespace KV_1_1 {
 namespace platform {
 
-// Forwards each call to the system; no decisions of its own.
-class WindowsFileApi final : public FileApi {
+class NativeFiles final : public FileApi {
  public:
-  constexpr WindowsFileApi() = default;
+  constexpr NativeFiles() = default;
 
   ulong32 getAttributes(wchar const* path) override;
   bool setAttributes(wchar const* path, ulong32 attributes) override;
@@ -38,6 +44,37 @@ class WindowsFileApi final : public FileApi {
   wchar* currentDirectory() override;
   wchar* currentDirectoryOfDrive(int drive) override;
   void freeText(wchar* text) override;
+};
+
+class NativeText final : public TextApi {
+ public:
+  constexpr NativeText() = default;
+
+  unsigned int ansiCodePage() override;
+  int decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) override;
+  int encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) override;
+  int print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) override;
+  unsigned int classesOf(wchar unit) override;
+};
+
+class NativeShell final : public ShellApi {
+ public:
+  constexpr NativeShell() = default;
+
+  std::intptr_t open(wchar const* verb, wchar const* file, wchar const* directory, int show) override;
+  ItemList itemListFromPath(wchar const* path) override;
+  std::int32_t showItem(ItemList item) override;
+  void freeItemList(ItemList item) override;
+};
+
+class NativeDebug final : public DebugApi {
+ public:
+  constexpr NativeDebug() = default;
+
+  ulong32 lastError() override;
+  void setLastError(ulong32 code) override;
+  wchar* errorText(ulong32 code) override;
+  void freeErrorText(wchar* text) override;
 };
 
 }  // namespace platform
