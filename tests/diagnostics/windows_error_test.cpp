@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+//
+// The texts of error codes: what is cut from them, what stands for a missing one, and that they are given back.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "kvbase/diagnostics/windows_error.h"
+#include "kvbase/platform/error_codes.h"
+#include "tests/filesystem/path_support.h"
+#include "tests/support/allocation_failure.h"
+#include "tests/support/scripted_debug.h"
+
+namespace KV_1_1 {
+namespace {
+
+using namespace KV_1_1::testing;
+
+using Asked = std::vector<ulong32>;
+
+class WindowsError : public ::testing::Test {
+ protected:
+  ~WindowsError() override { EXPECT_EQ(debug.openTexts, 0); }
+
+  // What the library makes of a text of the system.
+  std::string made(wchar const* text) {
+    debug.texts[5] = text;
+    return shown(getWindowsError(5));
+  }
+
+  ScriptedDebug debug;
+  platform::ScopedBackend<platform::DebugApi> scope{debug};
+};
+
+TEST_F(WindowsError, CodeZeroIsEmptyAndNotAsked) {
+  debug.texts[0] = KVW("Success.\r\n");
+  debug.error = 5;
+  EXPECT_EQ(shown(getWindowsError(0)), "");
+  EXPECT_EQ(getWindowsError(0), String::EMPTY);
+  EXPECT_EQ(debug.asked, Asked());
+}
+
+TEST_F(WindowsError, TheLineEndIsCut) {
+  EXPECT_EQ(made(KVW("Access denied.\r\n")), "Access denied.");
+  EXPECT_EQ(debug.asked, Asked{5});
+}
+
+TEST_F(WindowsError, NothingButTrailingLineEndsIsCut) {
+  struct Row {
+    char const* name;
+    wchar const* text;
+    char const* result;
+  };
+  Row const rows[] = {
+      {"no line end", KVW("a."), "a."},
+      {"CR alone", KVW("a.\r"), "a."},
+      {"LF alone", KVW("a.\n"), "a."},
+      {"LF before CR", KVW("a.\n\r"), "a."},
+      {"several in any order", KVW("a.\r\r\n\n\r\n\r"), "a."},
+      {"one unit", KVW("a"), "a"},
+      {"one unit and a line end", KVW("a\r\n"), "a"},
+      {"only CR and LF", KVW("\r\n"), ""},
+      {"only CR", KVW("\r"), ""},
+      {"only LF, several", KVW("\n\n\n"), ""},
+      {"no text at all", KVW(""), ""},
+      {"inner line ends stay", KVW("a\r\nb\n\rc\r\n"), "a\r\nb\n\rc"},
+      {"line ends at the beginning stay", KVW("\r\na\r\n"), "\r\na"},
+      {"a trailing blank stays", KVW("a. \r\n"), "a. "},
+      {"what a trailing blank protects stays", KVW("a.\r\n \r\n"), "a.\r\n "},
+      {"a blank behind the line end keeps it", KVW("a.\r\n "), "a.\r\n "},
+      {"a tab stays", KVW("a\t\r\n"), "a\t"},
+      {"other line ends stay", KVW("a\v\f\u0085\u2028\r\n"), "a\v\f\xC2\x85\xE2\x80\xA8"},
+      {"only blanks", KVW("  \r\n"), "  "},
+      {"Unicode", KVW("Zugriff verweigert \u00e4\u65e5.\r\n"), "Zugriff verweigert \xC3\xA4\xE6\x97\xA5."},
+      {"a unit whose low byte is CR", KVW("\u010d\r\n"), "\xC4\x8D"},
+      {"no format", KVW("%1 %ls %08x\r\n"), "%1 %ls %08x"},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(made(row.text), row.result);
+    EXPECT_EQ(debug.openTexts, 0);
+  }
+}
+
+TEST_F(WindowsError, ATextOfLineEndsIsEmptyNotNil) {
+  debug.texts[5] = KVW("\r\n\r\n");
+  String const text = getWindowsError(5);
+  EXPECT_EQ(text, String::EMPTY);
+  EXPECT_NE(text, String::NIL);
+  EXPECT_EQ(text.length(), 0);
+}
+
+TEST_F(WindowsError, ALongTextIsWhole) {
+  wstring text(70000, KVW('x'));
+  debug.texts[5] = text + KVW("\r\n");
+  EXPECT_EQ(shown(getWindowsError(5)), std::string(70000, 'x'));
+}
+
+TEST_F(WindowsError, ACodeWithoutTextShowsItsNumber) {
+  struct Row {
+    ulong32 code;
+    char const* result;
+  };
+  Row const rows[] = {
+      {5000, "[0x00001388]"},       {1, "[0x00000001]"},          {0xABCDEF, "[0x00abcdef]"},
+      {0x7FFFFFFF, "[0x7fffffff]"}, {0x80000000, "[0x80000000]"}, {0x80004005, "[0x80004005]"},
+      {0xFFFFFFFF, "[0xffffffff]"},
+  };
+  for (Row const& row : rows) EXPECT_EQ(shown(getWindowsError(row.code)), row.result);
+  EXPECT_EQ(debug.asked.size(), 7u);
+  EXPECT_EQ(debug.asked.back(), 0xFFFFFFFFu);
+}
+
+TEST_F(WindowsError, ACodeBeyondTheSignMayHaveAText) {
+  debug.texts[0x80004005] = KVW("Unspecified.\r\n");
+  EXPECT_EQ(shown(getWindowsError(0x80004005)), "Unspecified.");
+}
+
+TEST_F(WindowsError, WithoutArgumentTheLastErrorOfThatMoment) {
+  debug.texts[5] = KVW("Five.\r\n");
+  debug.texts[7] = KVW("Seven.\r\n");
+  debug.error = 5;
+  EXPECT_EQ(shown(getWindowsError()), "Five.");
+  debug.error = 7;
+  EXPECT_EQ(shown(getWindowsError()), "Seven.");
+  debug.error = 5000;
+  EXPECT_EQ(shown(getWindowsError()), "[0x00001388]");
+  EXPECT_EQ(debug.asked, (Asked{5, 7, 5000}));
+}
+
+TEST_F(WindowsError, WithoutArgumentAndWithoutErrorNothingIsAsked) {
+  debug.texts[0] = KVW("Success.\r\n");
+  EXPECT_EQ(shown(getWindowsError()), "");
+  EXPECT_EQ(debug.asked, Asked());
+}
+
+// Gives one text out, without memory of its own.
+class OneText final : public platform::DebugApi {
+ public:
+  explicit OneText(wstring text) : text_(std::move(text)) {}
+
+  int open = 0;
+
+  ulong32 lastError() override { return 5; }
+  void setLastError(ulong32) override {}
+  wchar* errorText(ulong32) override { return ++open, &text_[0]; }
+  void freeErrorText(wchar*) override { --open; }
+
+ private:
+  wstring text_;
+};
+
+TEST(WindowsErrorMemory, TheTextIsGivenBackWhenMemoryRunsOut) {
+  for (wchar const* text : {KVW("Access denied.\r\n"), KVW("Access denied."), KVW("\r\n"), KVW("")}) {
+    SCOPED_TRACE(narrow(text));
+    OneText debug(text);
+    platform::ScopedBackend<platform::DebugApi> const scope(debug);
+    getWindowsError();  // what is built on first use stands from here on
+    int n = 1;
+    for (;; ++n) {
+      ASSERT_LT(n, 100);
+      bool threw = false;
+      AllocationFailure memory(n);
+      try {
+        getWindowsError();
+      } catch (std::bad_alloc const&) {
+        threw = true;
+      }
+      memory.end();
+      ASSERT_EQ(threw, memory.failed());
+      ASSERT_EQ(memory.live(), 0);
+      ASSERT_EQ(memory.mismatched(), 0);
+      ASSERT_EQ(debug.open, 0);
+      if (!memory.failed()) break;
+    }
+    if (*text != 0) EXPECT_GT(n, 1);
+  }
+}
+
+// The wording is the system's own.
+TEST(WindowsErrorOfTheSystem, UsualCodesHaveATextWithoutLineEnd) {
+  for (ulong32 const code : {2, 3, 5, 32, 80, 112, 183}) {
+    SCOPED_TRACE(code);
+    std::string const text = shown(getWindowsError(code));
+    ASSERT_NE(text, "");
+    EXPECT_NE(text, "NIL");
+    EXPECT_NE(text.front(), '[');
+    EXPECT_NE(text.back(), '\r');
+    EXPECT_NE(text.back(), '\n');
+    EXPECT_EQ(shown(getWindowsError(code)), text);
+    platform::debug().setLastError(code);
+    EXPECT_EQ(shown(getWindowsError()), text);
+  }
+}
+
+TEST(WindowsErrorOfTheSystem, ZeroIsEmptyWhateverTheLastErrorIs) {
+  platform::debug().setLastError(platform::kAccessDenied);
+  EXPECT_EQ(getWindowsError(0), String::EMPTY);
+  platform::debug().setLastError(platform::kNoError);
+  EXPECT_EQ(getWindowsError(), String::EMPTY);
+}
+
+TEST(WindowsErrorOfTheSystem, ACodeWithoutText) {
+  EXPECT_EQ(shown(getWindowsError(5000)), "[0x00001388]");
+  EXPECT_EQ(shown(getWindowsError(0xFFFFFFFF)), "[0xffffffff]");
+}
+
+}  // namespace
+}  // namespace KV_1_1

@@ -1,0 +1,359 @@
+// SPDX-License-Identifier: MIT
+//
+// What every item asks the disk: access, stat and the two times.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/filesystem/path_support.h"
+#include "tests/support/scripted_debug.h"
+#include "tests/support/scripted_files.h"
+#include "tests/support/temp_folder.h"
+
+namespace KV_1_1 {
+namespace {
+
+using namespace KV_1_1::testing;
+
+// An item that says itself whether it is there.
+template <class Item>
+class Claiming final : public Item {
+ public:
+  Claiming(SmartPtr<Item const> const& item, bool there) : Item(*item), there_(there) {}
+  bool exists() const override { return there_; }
+
+ private:
+  bool const there_;
+};
+template <class Item>
+SmartPtr<Item const> claiming(SmartPtr<Item const> const& item, bool there) {
+  return SmartPtr<Item const>(new Claiming<Item>(item, there));
+}
+
+SmartPtr<File const> named(wchar const* path, wchar const* name) {
+  SmartPtr<File> const file = File::fromString(String(path));
+  file->setName(String(name));
+  return file;
+}
+
+class ItemQueries : public ::testing::Test {
+ protected:
+  ItemQueries() {
+    files.script.attributes[KVW(R"(\\?\C:\f)")] = platform::kAttributeNormal;
+    files.script.attributes[KVW(R"(\\?\C:\d\)")] = platform::kAttributeDirectory;
+  }
+  ~ItemQueries() override {
+    EXPECT_EQ(files.openInAll(), 0);
+    EXPECT_EQ(messages.take(), Texts());
+  }
+
+  SmartPtr<File const> const file = fileAt(KVW(R"(C:\f)"));
+  SmartPtr<Directory const> const directory = directoryAt(KVW(R"(C:\d)"));
+  ScriptedDebug debug;
+  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
+  ScriptedFiles files;
+  platform::ScopedBackend<platform::FileApi> scope{files};
+  CollectedMessages messages;
+};
+
+TEST_F(ItemQueries, AccessMakesAMaskOfTheMode) {
+  struct Row {
+    int mode;
+    char const* mask;
+  };
+  Row const rows[] = {
+      {0, "0"},         {1, "0"},         {2, "40000000"}, {3, "40000000"},   {4, "80000000"},
+      {5, "80000000"},  {6, "c0000000"},  {7, "c0000000"}, {8, "0"},          {16, "0"},
+      {12, "80000000"}, {-1, "c0000000"}, {-8, "0"},       {0x7FFFFFF8, "0"},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.mode);
+    files.clearLog();
+    EXPECT_TRUE(file->access(row.mode));
+    EXPECT_EQ(files.log(), (Log{R"(getAttributes \\?\C:\f)", R"(getAttributes \\?\C:\f)",
+                                R"(openFile \\?\C:\f )" + std::string(row.mask) + " 7 3 0", "closeFile"}));
+    files.clearLog();
+    EXPECT_TRUE(directory->access(row.mode));
+    EXPECT_EQ(files.log(), (Log{R"(getAttributes \\?\C:\d\)", R"(getAttributes \\?\C:\d\)",
+                                R"(openFile \\?\C:\d\ )" + std::string(row.mask) + " 7 3 2000000", "closeFile"}));
+  }
+}
+
+TEST_F(ItemQueries, AccessFlagsByTheAttributesAlone) {
+  struct Row {
+    char const* name;
+    ulong32 attributes;
+    char const* flags;
+  };
+  Row const rows[] = {
+      {"no bit", 0, "0"},
+      {"file", platform::kAttributeNormal, "0"},
+      {"read-only and hidden file", platform::kAttributeReadOnly | platform::kAttributeHidden, "0"},
+      {"link to a file", platform::kAttributeReparsePoint, "0"},
+      {"directory", platform::kAttributeDirectory, "2000000"},
+      {"directory with more bits", 0x413, "2000000"},
+      {"every bit but one", 0xFFFFFFFE, "2000000"},
+  };
+  SmartPtr<File const> const item = claiming(file, true);
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    files.script.attributes[KVW(R"(\\?\C:\f)")] = row.attributes;
+    files.clearLog();
+    EXPECT_TRUE(item->access(4));
+    EXPECT_EQ(files.log(), (Log{R"(getAttributes \\?\C:\f)",
+                                R"(openFile \\?\C:\f 80000000 7 3 )" + std::string(row.flags), "closeFile"}));
+  }
+}
+
+TEST_F(ItemQueries, AccessToAMissingItemOpensNothing) {
+  for (int const mode : {0, 2, 4, 6}) {
+    EXPECT_FALSE(fileAt(KVW(R"(C:\missing)"))->access(mode));
+    EXPECT_FALSE(directoryAt(KVW(R"(C:\missing)"))->access(mode));
+  }
+  for (std::string const& call : files.log()) EXPECT_EQ(call.compare(0, 13, "getAttributes"), 0) << call;
+}
+
+TEST_F(ItemQueries, AccessByTheWrongKindOfObjectIsRefused) {
+  files.script.attributes[KVW(R"(\\?\C:\d)")] = platform::kAttributeDirectory;
+  files.script.attributes[KVW(R"(\\?\C:\f\)")] = platform::kAttributeNormal;
+  EXPECT_FALSE(fileAt(KVW(R"(C:\d)"))->access(0));
+  EXPECT_FALSE(directoryAt(KVW(R"(C:\f)"))->access(0));
+  EXPECT_EQ(files.log(), (Log{R"(getAttributes \\?\C:\d)", R"(getAttributes \\?\C:\f\)"}));
+}
+
+TEST_F(ItemQueries, AccessAsksTheVirtualExists) {
+  EXPECT_FALSE(claiming(file, false)->access(0));
+  EXPECT_FALSE(claiming(directory, false)->access(4));
+  EXPECT_EQ(files.log(), Log());
+}
+
+TEST_F(ItemQueries, AccessToAnItemThatVanishesOpensNothing) {
+  EXPECT_FALSE(claiming(fileAt(KVW(R"(C:\gone)")), true)->access(0));
+  EXPECT_EQ(files.log(), Log{R"(getAttributes \\?\C:\gone)"});
+}
+
+TEST_F(ItemQueries, AccessThatCannotOpenIsRefusedAndClosesNothing) {
+  files.script.errors["openFile"] = platform::kAccessDenied;
+  EXPECT_FALSE(file->access(4));
+  EXPECT_FALSE(directory->access(0));
+  EXPECT_EQ(files.log().back().compare(0, 8, "openFile"), 0);
+  EXPECT_EQ(files.log().size(), 6u);
+}
+
+TEST_F(ItemQueries, AccessWithANullHandleIsRefusedAndClosesNothing) {
+  files.script.opened = nullptr;
+  EXPECT_FALSE(file->access(4));
+  EXPECT_FALSE(directory->access(0));
+  EXPECT_EQ(files.log().size(), 6u);
+  for (std::string const& call : files.log()) EXPECT_NE(call, "closeFile");
+}
+
+TEST_F(ItemQueries, AccessCountsNoFailureToClose) {
+  files.script.errors["closeFile"] = platform::kInvalidHandle;
+  EXPECT_TRUE(file->access(4));
+  EXPECT_EQ(files.log().back(), "closeFile");
+  files.script.errors.clear();
+  platform::files().closeFile(files.script.opened);  // for the count
+}
+
+// One separator at the end is cut and no more; that of a root too.
+TEST_F(ItemQueries, StatAsksForTheFullNameWithoutItsLastSeparator) {
+  struct Row {
+    char const* name;
+    SmartPtr<FileSystemItem const> item;
+    char const* asked;
+  };
+  Row const rows[] = {
+      {"directory", directoryAt(KVW(R"(C:\a)")), R"(C:\a)"},
+      {"directory with a separator", directoryAt(KVW(R"(C:\a\)")), R"(C:\a)"},
+      {"two levels", directoryAt(KVW(R"(C:\a\b)")), R"(C:\a\b)"},
+      {"root of a drive", directoryAt(KVW(R"(C:\)")), "C:"},
+      {"bare drive", directoryAt(KVW("C:")), "C:"},
+      {"relative to a drive", directoryAt(KVW("C:a")), "C:a"},
+      {"root without drive", directoryAt(KVW(R"(\)")), ""},
+      {"level without drive", directoryAt(KVW(R"(\a)")), R"(\a)"},
+      {"share", directoryAt(KVW(R"(\\s\t)")), R"(\\s\t)"},
+      {"directory of a share", directoryAt(KVW(R"(\\s\t\a)")), R"(\\s\t\a)"},
+      {"default directory", SmartPtr<Directory const>(new Directory), "."},
+      {"relative directory", directoryAt(KVW(R"(a\b)")), R"(a\b)"},
+      {"parent", directoryAt(KVW("..")), ".."},
+      {"file", fileAt(KVW(R"(C:\a\b.txt)")), R"(C:\a\b.txt)"},
+      {"relative file", fileAt(KVW("b.txt")), R"(.\b.txt)"},
+      {"file on a share", fileAt(KVW(R"(\\s\t\b.txt)")), R"(\\s\t\b.txt)"},
+      {"file at a bare drive", fileAt(KVW("C:b.txt")), "C:b.txt"},
+      {"EMPTY file name", named(KVW(R"(C:\a\x)"), KVW("")), R"(C:\a)"},
+      {"file name that ends in a slash", named(KVW(R"(C:\a\x)"), KVW("x/")), R"(C:\a\x)"},
+      {"file name that is a backslash", named(KVW(R"(C:\a\x)"), KVW("\\")), R"(C:\a\)"},
+      {"file name of two slashes", named(KVW(R"(C:\a\x)"), KVW("//")), R"(C:\a\/)"},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    struct _stat64i32 status = {};
+    files.clearLog();
+    files.script.statuses.clear();
+    EXPECT_FALSE(row.item->stat(status));
+    EXPECT_EQ(files.log(), Log{"getStatus " + std::string(row.asked)});
+    files.script.statuses[widen(row.asked)].st_size = 42;
+    EXPECT_TRUE(row.item->stat(status));
+    EXPECT_EQ(status.st_size, 42);
+  }
+}
+
+TEST_F(ItemQueries, StatOfAFileWithANilName) {
+  SmartPtr<File> const nameless = File::fromString(String(KVW(R"(C:\a\x)")));
+  nameless->setName(String::NIL);
+  struct _stat64i32 status = {};
+  EXPECT_FALSE(nameless->stat(status));
+  EXPECT_EQ(files.log(), Log{R"(getStatus C:\a)"});
+}
+
+TEST_F(ItemQueries, StatLeavesTheStructureAloneWhereTheSystemDoes) {
+  struct _stat64i32 status = {};
+  status.st_size = 77;
+  EXPECT_FALSE(file->stat(status));
+  EXPECT_EQ(status.st_size, 77);
+}
+
+using TimeQuery = bool (FileSystemItem::*)(FILETIME*) const;
+constexpr TimeQuery kTimeQueries[] = {&FileSystemItem::getCreationTime, &FileSystemItem::getLastWriteTime};
+
+std::uint64_t timeOf(FileSystemItem const& item, TimeQuery query) {
+  FILETIME time = {};
+  EXPECT_TRUE((item.*query)(&time));
+  return (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+}
+
+TEST_F(ItemQueries, TimesKeepBothHalves) {
+  struct Row {
+    char const* name;
+    std::uint64_t creation;
+    std::uint64_t lastWrite;
+  };
+  Row const rows[] = {
+      {"both halves", 0x0123456789ABCDEF, 0xFEDCBA9876543210},
+      {"zero", 0, 0},
+      {"low half alone", 0xFFFFFFFF, 1},
+      {"high half alone", 0x100000000, 0xFFFFFFFF00000000},
+      {"all bits", 0xFFFFFFFFFFFFFFFF, 0xFFFFFFFFFFFFFFFF},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    files.script.infos[KVW(R"(\\?\C:\f)")] = {platform::kAttributeNormal, 5, row.creation, row.lastWrite};
+    files.script.infos[KVW(R"(\\?\C:\d\)")] = {platform::kAttributeDirectory, 0, row.lastWrite, row.creation};
+    files.clearLog();
+    EXPECT_EQ(timeOf(*file, kTimeQueries[0]), row.creation);
+    EXPECT_EQ(timeOf(*file, kTimeQueries[1]), row.lastWrite);
+    EXPECT_EQ(timeOf(*directory, kTimeQueries[0]), row.lastWrite);
+    EXPECT_EQ(timeOf(*directory, kTimeQueries[1]), row.creation);
+    EXPECT_EQ(files.log(),
+              (Log{R"(getInfo \\?\C:\f)", R"(getInfo \\?\C:\f)", R"(getInfo \\?\C:\d\)", R"(getInfo \\?\C:\d\)"}));
+  }
+}
+
+TEST_F(ItemQueries, TimesAreLeftAloneOnFailure) {
+  for (TimeQuery const query : kTimeQueries) {
+    FILETIME time;
+    time.dwLowDateTime = 77;
+    time.dwHighDateTime = 78;
+    EXPECT_FALSE(((*file).*query)(&time));
+    EXPECT_FALSE(((*directory).*query)(&time));
+    EXPECT_EQ(time.dwLowDateTime, 77u);
+    EXPECT_EQ(time.dwHighDateTime, 78u);
+  }
+}
+
+class ItemQueriesOnDisk : public ::testing::Test {
+ protected:
+  ItemQueriesOnDisk() {
+    folder.write("file.bin", "12345");
+    folder.write("empty");
+    folder.makeFolder("sub");
+  }
+  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
+  SmartPtr<Directory const> directory(wchar const* below) const { return directoryAt(folder.text(below).c_str()); }
+
+  TempFolder folder;
+};
+
+TEST_F(ItemQueriesOnDisk, Access) {
+  for (int const mode : {0, 1, 2, 4, 6, 7, 8}) {
+    SCOPED_TRACE(mode);
+    EXPECT_TRUE(file(KVW("file.bin"))->access(mode));
+    EXPECT_FALSE(file(KVW("missing"))->access(mode));
+    EXPECT_FALSE(file(KVW("sub"))->access(mode));
+    EXPECT_FALSE(file(KVW("file.bin\\x"))->access(mode));
+    EXPECT_FALSE(directory(KVW("file.bin"))->access(mode));
+    EXPECT_FALSE(directory(KVW("missing"))->access(mode));
+  }
+  for (int const mode : {0, 1, 4, 8}) EXPECT_TRUE(directory(KVW("sub"))->access(mode)) << mode;
+  EXPECT_TRUE(file(KVW("file.bin"))->setAsReadOnly() == File::ReadOnlyOk);
+  EXPECT_TRUE(file(KVW("file.bin"))->access(4));
+  EXPECT_TRUE(file(KVW("file.bin"))->access(0));
+}
+
+TEST_F(ItemQueriesOnDisk, AccessMakesAndChangesNothing) {
+  EXPECT_FALSE(file(KVW("missing"))->access(6));
+  EXPECT_FALSE(std::filesystem::exists(folder.path("missing")));
+  EXPECT_TRUE(file(KVW("file.bin"))->access(6));
+  EXPECT_EQ(std::filesystem::file_size(folder.path("file.bin")), 5u);
+}
+
+TEST_F(ItemQueriesOnDisk, Stat) {
+  struct _stat64i32 status = {};
+  ASSERT_TRUE(file(KVW("file.bin"))->stat(status));
+  EXPECT_EQ(status.st_size, 5);
+  EXPECT_EQ(status.st_mode & S_IFMT, S_IFREG);
+  ASSERT_TRUE(file(KVW("empty"))->stat(status));
+  EXPECT_EQ(status.st_size, 0);
+  ASSERT_TRUE(directory(KVW("sub"))->stat(status));
+  EXPECT_EQ(status.st_mode & S_IFMT, S_IFDIR);
+  EXPECT_FALSE(file(KVW("missing"))->stat(status));
+  EXPECT_FALSE(directory(KVW("missing"))->stat(status));
+  // It asks for a name, whatever the kind of the object.
+  ASSERT_TRUE(file(KVW("sub"))->stat(status));
+  EXPECT_EQ(status.st_mode & S_IFMT, S_IFDIR);
+}
+
+// The record of the C runtime has seconds since 1970 where the times have units of 100 ns since 1601.
+TEST_F(ItemQueriesOnDisk, TimesAgreeWithTheStatusRecord) {
+  constexpr std::uint64_t kUnitsPerSecond = 10000000, kFrom1601To1970 = 11644473600;
+  std::vector<SmartPtr<FileSystemItem const>> const items = {file(KVW("file.bin")), directory(KVW("sub"))};
+  for (SmartPtr<FileSystemItem const> const& item : items) {
+    struct _stat64i32 status = {};
+    ASSERT_TRUE(item->stat(status));
+    std::uint64_t const seconds = timeOf(*item, &FileSystemItem::getLastWriteTime) / kUnitsPerSecond - kFrom1601To1970;
+    EXPECT_EQ(seconds, static_cast<std::uint64_t>(status.st_mtime));
+    EXPECT_GT(timeOf(*item, &FileSystemItem::getCreationTime), kFrom1601To1970 * kUnitsPerSecond);
+  }
+}
+
+TEST_F(ItemQueriesOnDisk, TheLastWriteTimeFollowsTheFile) {
+  constexpr std::uint64_t kThousandHours = 1000ull * 3600 * 10000000;
+  auto const item = file(KVW("file.bin"));
+  auto const setBack = [&] {
+    auto const path = folder.path("file.bin");
+    std::filesystem::last_write_time(path, std::filesystem::last_write_time(path) - std::chrono::hours(1000));
+    return timeOf(*item, &FileSystemItem::getLastWriteTime);
+  };
+  std::uint64_t const once = setBack();  // not every standard library keeps the parts of a second
+  EXPECT_EQ(setBack(), once - kThousandHours);
+}
+
+TEST_F(ItemQueriesOnDisk, MissingItemsHaveNoTime) {
+  for (TimeQuery const query : kTimeQueries) {
+    FILETIME time;
+    time.dwLowDateTime = 77;
+    time.dwHighDateTime = 78;
+    EXPECT_FALSE(((*file(KVW("missing"))).*query)(&time));
+    EXPECT_FALSE(((*directory(KVW("missing"))).*query)(&time));
+    EXPECT_EQ(time.dwLowDateTime, 77u);
+    EXPECT_EQ(time.dwHighDateTime, 78u);
+  }
+}
+
+}  // namespace
+}  // namespace KV_1_1
