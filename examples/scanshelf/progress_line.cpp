@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "progress_line.h"
 
+#if defined(_WIN32)
+#include <io.h>
+#include <stdio.h>
+#else
+#include <unistd.h>
+#endif
+
 #include <algorithm>
-#include <filesystem>
 #include <ostream>
-#include <system_error>
 
 #include "text.h"
 
@@ -97,10 +102,12 @@ void ProgressLine::writeOver(std::string const& line) {
   shown_ = line.size();
 }
 
-// The standard library does not tell. Where a system shows its streams as files this does; elsewhere plain lines serve.
 bool isErrorStreamTerminal() {
-  std::error_code error;
-  return std::filesystem::is_character_file("/dev/stderr", error);
+#if defined(_WIN32)
+  return _isatty(_fileno(stderr)) != 0;
+#else
+  return isatty(STDERR_FILENO) != 0;
+#endif
 }
 
 }  // namespace scanshelf

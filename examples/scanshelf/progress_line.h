@@ -37,7 +37,7 @@ class ProgressLine {
   std::size_t shown_ = 0;  // the places that the line on the terminal takes
 };
 
-// Whether the standard error stream is known to be a terminal.
+// Whether the standard error stream is a terminal.
 bool isErrorStreamTerminal();
 
 }  // namespace scanshelf

@@ -27,13 +27,13 @@ namespace KV_1_1 {
 // own name.
 class KVBASE_API File : public FileSystemItem {
  public:
-  // Results of copy.
-  static constexpr int CopyOk = 0;
-  static constexpr int CopyFailed = 18;
-  static constexpr int CopyDiskFull = 221;
+  // Results of copy, which are plain numbers.
+  enum : int { CopyOk = 0, CopyFailed = 18, CopyDiskFull = 221 };
   // Results of the read-only family.
-  static constexpr int ReadOnlyOk = 0;        // nothing was to be done, or the system was asked to do it
-  static constexpr int ReadOnlyNoFile = 168;  // there is no such file, or it cannot be asked
+  enum : int {
+    ReadOnlyOk = 0,        // nothing was to be done, or the system was asked to do it
+    ReadOnlyNoFile = 168,  // there is no such file, or it cannot be asked
+  };
 
   // Shares the directory and the texts; the new object is unowned.
   File(File const& other);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <utility>
+
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/copy_progress.h"
 #include "kvbase/filesystem/progress.h"
@@ -22,7 +24,7 @@ int File::copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IPro
 }
 
 int File::copy(SmartPtr<File const> target, bool overwrite) const {
-  return copy(target, overwrite, std::shared_ptr<IProgress>());
+  return copy(std::move(target), overwrite, std::shared_ptr<IProgress>());
 }
 
 SmartPtr<File const> File::copy(SmartPtr<Directory const> directory, bool overwrite) const {

@@ -380,7 +380,8 @@ TEST_F(FileCopyOnDisk, TheReadOnlyBitGoesAlong) {
   EXPECT_FALSE(file(KVW("other"))->isReadOnly());
 }
 
-// A device that is always full: at the root of the system, or where Wine shows that root, which tells nothing of devices.
+// A device that is always full: at the root of the system, or where Wine shows that root. Wine itself
+// tells nothing of devices.
 TEST_F(FileCopyOnDisk, AFullDiskHasACodeOfItsOwn) {
   bool const isOnDrive = directoryAt(KVW(R"(Z:\dev)"))->exists();
   SmartPtr<File const> const full = fileAt(isOnDrive ? KVW(R"(Z:\dev\full)") : KVW(R"(\dev\full)"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the operations of File promise on Linux beyond what they are on every system: a read-only file is one to everybody,
-// and a copy tells its progress.
+// What the operations of File promise on Linux beyond what they are on every system: a read-only file is one to
+// everybody, and a copy tells its progress.
 #include <gtest/gtest.h>
 
 #include <algorithm>
