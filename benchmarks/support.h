@@ -6,11 +6,12 @@
 //       .add("KVBase", [a = String(text), b = String(text)] { return a + b; })
 //       .add("QString", [a = QString(text), b = QString(text)] { return QString(a + b); });
 //
-// The first contestant is KVBase. What each contestant gives must equal, as a text, what the first one gave: the work is
-// done once before it is timed, and a difference ends the program.
+// The first contestant is KVBase. What each contestant gives must equal, as a text, what the first one gave: the work
+// is done once before it is timed, and a difference ends the program.
 //
-// What a contestant gives is destroyed within the time. What counts is the time of the processor; a row whose name ends in
-// "(elapsed)" is judged by the clock, since there other processes may do the work. benchmarks/goals.tsv names the rows and what they have to reach.
+// What a contestant gives is destroyed within the time. What counts is the time of the processor; a row whose name ends
+// in "(elapsed)" is judged by the clock, since there other processes may do the work. benchmarks/goals.tsv names the
+// rows and what they have to reach.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -109,8 +110,8 @@ class Row {
   // What `prepare` gives is destroyed, and nothing else is timed: `batch` of them in a row.
   template <class Prepare>
   Row& addDestruction(char const* contestant, int batch, Prepare prepare);
-  // Each work on a thing of its own that `prepare` gave, for results that the thing keeps: `batch` of them in a row. Neither
-  // things nor results are built or destroyed within the time.
+  // Each work on a thing of its own that `prepare` gave, for results that the thing keeps: `batch` of them in a row.
+  // Neither things nor results are built or destroyed within the time.
   template <class Prepare, class Work>
   Row& addFresh(char const* contestant, int batch, Prepare prepare, Work work);
 

@@ -7,8 +7,8 @@ using namespace KV_1_1;
 
 namespace {
 
-// Whether what is decoded of a text escapes back to what it was: without \u, and without units that stand there as they are
-// but would be escaped.
+// Whether what is decoded of a text escapes back to what it was: without \u, and without units that stand there as they
+// are but would be escaped.
 bool isRestoredExactly(wstring const& text) {
   auto const wouldChange = [](wchar unit) {
     return unit == 0 || unit == KVW('\n') || unit == KVW('\r') || unit == KVW('"') || unit == KVW('u') || unit >= 0x80;

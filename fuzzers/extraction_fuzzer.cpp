@@ -51,8 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   String stepped = text;
   unsigned int const index = stepped.getIndex();
   stepped.incrementIndex();
-  // Digits of other scripts count as digits of the index, but not all of them have a value; and a step ends the text at an
-  // inner NUL.
+  // Digits of other scripts count as digits of the index, but not all of them have a value; and a step ends the text at
+  // an inner NUL.
   bool const isPlain = original.length() == static_cast<int>(before.size()) &&
                        std::all_of(before.begin(), before.end(), [](wchar unit) { return unit < 0x80; });
   if (isPlain && index < 2147483647u) fuzzing::require(stepped.getIndex() == index + 1, "an increment adds one");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Formats with conversions in any order, flags, widths and precisions: every argument is there and of the right type, for
-// the fuzzer writes the format.
+// Formats with conversions in any order, flags, widths and precisions: every argument is there and of the right type,
+// for the fuzzer writes the format.
 #include "fuzzers/fuzz_input.h"
 
 using namespace KV_1_1;

@@ -28,8 +28,8 @@ int displayWidth(KV_1_1::String const& text);
 // The text, with an ellipsis for its middle if it takes more than `width` places. No character is cut in two.
 //   "abcdefgh", 5 => "ab…gh"
 KV_1_1::String shorten(KV_1_1::String const& text, int width);
-// A path with slashes, with "..." for folders in its middle if it takes more than `width` places. Only where the names at
-// its ends alone are too long is a name cut.
+// A path with slashes, with "..." for folders in its middle if it takes more than `width` places. Only where the names
+// at its ends alone are too long is a name cut.
 //   "scans/2024/March/hall/scan001.dat", 26 => "scans/.../hall/scan001.dat"
 KV_1_1::String shortenPath(KV_1_1::String const& path, int width);
 

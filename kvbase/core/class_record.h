@@ -83,8 +83,8 @@ class KVBASE_API mZClass {
   bool iterateLeafClasses(mZClass const*& cursor) const;
 
  private:
-  // The record behind this one in a depth-first walk of what lies below `top`; null at its end. A null top stands for the
-  // whole forest.
+  // The record behind this one in a depth-first walk of what lies below `top`; null at its end. A null top stands for
+  // the whole forest.
   mZClass const* nextInWalk(mZClass const* top) const;
 
   static mZClass const* rootClass;

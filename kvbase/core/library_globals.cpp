@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Every global of the library that needs code to come up or go down, in the order in which they come up. They go down in
-// the reverse order. No other source of the library has such a global (`./kv check` looks), so that neither linker decides
-// about the order.
+// Every global of the library that needs code to come up or go down, in the order in which they come up. They go down
+// in the reverse order. No other source of the library has such a global (`./kv check` looks), so that neither linker
+// decides about the order.
 //
 //   up                                               down
 //   1  the choice of text kernels                    last: nothing to do

@@ -14,8 +14,8 @@ class IProgress;
 
 namespace KV_1_1 {
 
-// A file path: a directory, a base name, and the extension behind the last dot. See FileSystemItem for ownership, threads
-// and failure.
+// A file path: a directory, a base name, and the extension behind the last dot. See FileSystemItem for ownership,
+// threads and failure.
 //
 //   name       base name   extension
 //   a.txt      a           txt
@@ -41,8 +41,8 @@ class KVBASE_API File : public FileSystemItem {
 
   // --- Parsing (path_parsing.cpp) ------------------------------------------------------------------------------------
 
-  // Splits at the last backslash or slash, or at a colon behind it, and reads the directory. Null for a NIL or empty text,
-  // a directory that is refused (with its message), and a name that is invalid, "." or ".." (without a message).
+  // Splits at the last backslash or slash, or at a colon behind it, and reads the directory. Null for a NIL or empty
+  // text, a directory that is refused (with its message), and a name that is invalid, "." or ".." (without a message).
   //   a.txt => .\a.txt      C:b.txt => C:b.txt      a\ => null      a.txt:stream => null
   static SmartPtr<File> fromString(String const& text);
   // The same from its two parts; shares the directory.
@@ -83,10 +83,11 @@ class KVBASE_API File : public FileSystemItem {
 
   bool exists() const override;
 
-  // Copies contents, attributes and time of the last write: CopyOk, CopyDiskFull, or CopyFailed for any other reason, such as
-  // a target that exists when `overwrite` is false, a target that is read-only or is this very file, a missing folder. A
-  // failed copy leaves no half-made file. The progress gets the part that is done, from 0 to 1, on this thread, and cannot
-  // stop the copy. The last value is 1; for an empty file the only value is not a number. That is meant to stay so.
+  // Copies contents, attributes and time of the last write: CopyOk, CopyDiskFull, or CopyFailed for any other reason,
+  // such as a target that exists when `overwrite` is false, a target that is read-only or is this very file, a missing
+  // folder. A failed copy leaves no half-made file. The progress gets the part that is done, from 0 to 1, on this
+  // thread, and cannot stop the copy. The last value is 1; for an empty file the only value is not a number. That is
+  // meant to stay so.
   // REQUIRES: the target is not null. Keeps no hold of the progress, which may be null.
   int copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IProgress> progress) const;
   int copy(SmartPtr<File const> target, bool overwrite) const;
@@ -96,11 +97,11 @@ class KVBASE_API File : public FileSystemItem {
 
   // Moves or renames. False for null; false, with a message, if it fails, as onto another file that exists.
   bool move(SmartPtr<File const> target) const;
-  // True if there is no such file afterwards or there never was one, a directory of that name included, which stays. False,
-  // with a message, if it cannot be deleted; a read-only file cannot.
+  // True if there is no such file afterwards or there never was one, a directory of that name included, which stays.
+  // False, with a message, if it cannot be deleted; a read-only file cannot.
   bool remove() const;
-  // Makes an empty file if there is none, else sets the time of its last write to now; then has the file flushed to the disk,
-  // whose success does not count. False if it cannot be opened to write.
+  // Makes an empty file if there is none, else sets the time of its last write to now; then has the file flushed to the
+  // disk, whose success does not count. False if it cannot be opened to write.
   bool touch() const;
 
   // True for a missing file too. That is meant to stay so. (On Linux: without the right to write for its owner.)
@@ -110,20 +111,21 @@ class KVBASE_API File : public FileSystemItem {
   int unsetAsReadOnly() const;
   int setReadOnly(bool readOnly) const;
 
-  // The size in bytes, without opening the file. For a name that is a directory's, what the system says. False if the disk
-  // does not tell; `size` is then left alone.
+  // The size in bytes, without opening the file. For a name that is a directory's, what the system says. False if the
+  // disk does not tell; `size` is then left alone.
   bool getFileSize(ULARGE_INTEGER& size) const;
   // Whether both sizes can be told and are equal; true for this very object without a look at the disk.
   // REQUIRES: `other` is not null.
   bool hasEqualSize(SmartPtr<File const> const& other) const;
 
-  // Has the desktop open the file with the program meant for it, without waiting for it. False if there is no such file,
-  // program or desktop.
+  // Has the desktop open the file with the program meant for it, without waiting for it. False if there is no such
+  // file, program or desktop. The system's answer 32 counts as success here, though not in Directory::openInExplorer,
+  // and the working directory is the text "%HOMEPATH%" as it stands. Both are meant to stay so.
   bool openWithDefaultApp() const;
   // The same for a path or an address; NIL fails.
   static bool openWithDefaultApp(String const& name);
-  // Has the desktop's file browser show the folder with this file selected. False for a relative path, a missing file, or
-  // without a file browser.
+  // Has the desktop's file browser show the folder with this file selected. False for a relative path, a missing file,
+  // or without a file browser.
   bool showInExplorer() const;
 
   // Makes the directories above this file that are missing, from the top down. True if there is nothing to make. At the

@@ -20,8 +20,8 @@ struct ItemListTraits {
   static void close(Value item) { platform::shell().freeItemList(item); }
 };
 
-// Has the runtime flush a file to the disk. How that went is not asked, but without a descriptor there is nothing to flush: to
-// the runtime of Windows a wrong one is a reason to end the process.
+// Has the runtime flush a file to the disk. How that went is not asked, but without a descriptor there is nothing to
+// flush: to the runtime of Windows a wrong one is a reason to end the process.
 void flush(String const& name) {
   platform::FileApi& files = platform::files();
   int const descriptor = files.openDescriptor(name, platform::kDescriptorReadWrite, platform::kDescriptorShareAll,

@@ -15,17 +15,17 @@ class KVMessages {};
 // operations that say so reaches the disk.
 //
 // The notation is that of Windows on every system: "C:\a\b.txt", "\\server\share\x", "\a" (from the root of the current
-// drive; on Linux the native root), relative paths with or without a drive. What stands on the disk of another system is
-// mapped to it below this interface.
+// drive; on Linux the native root), relative paths with or without a drive. What stands on the disk of another system
+// is mapped to it below this interface.
 //
 // Ownership: objects live on the heap under SmartPtr, nearly always as SmartPtr<Directory const> and
 // SmartPtr<File const>. An operation that would change a path gives a new object.
 // Thread rule: a path that nobody changes may be used on any threads. setName and assignment must not meet a reader.
 // Failure: by result (null, false, a code); in places also by a message to reportError. Nothing is thrown but
-// std::bad_alloc. Nothing is retried, nothing waits, and what was done before a failure stays done.
-// Links on Linux: a name that ends in a separator, as every directory's does, looks through a link. One that does not, as
-// every file's, is the link itself where it leads to a directory or to nothing, and else the file that it leads to. In a
-// search a link is a file. So no walk leaves its tree through a link.
+// std::bad_alloc. Nothing is retried, nothing waits, and what was done before a failure stays done. Links on Linux: a
+// name that ends in a separator, as every directory's does, looks through a link. One that does not, as every file's,
+// is the link itself where it leads to a directory or to nothing, and else the file that it leads to. In a search a
+// link is a file. So no walk leaves its tree through a link.
 class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KVMessages {
  public:
   // The result of Directory::equals and File::equals.
@@ -57,16 +57,18 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
 
   // --- The disk (item_queries.cpp) -----------------------------------------------------------------------------------
 
-  // Whether the item is there and can be opened: 4 to read, 2 to write, 6 for both; other bits count for nothing, so 0 and
-  // 8 ask for no access at all. False if exists() is. On Linux a file without the right to write for its owner cannot be
-  // opened to write, whoever asks.
+  // Whether the item is there and can be opened: 4 to read, 2 to write, 6 for both; other bits count for nothing, so 0
+  // and 8 ask for no access at all. False if exists() is. On Linux a file without the right to write for its owner
+  // cannot be opened to write, whoever asks.
   bool access(int mode) const;
-  // The status record of the C runtime. The separator at the end of the full name is cut first, and so is that of a root:
-  // "C:" asks for "C:", the current directory of that drive, and "" for nothing, which fails. That is meant to stay so.
-  // `status` is left alone on failure (on Windows: as the runtime does); a file of more than 2 GB has no such record.
+  // The status record of the C runtime. The separator at the end of the full name is cut first, and so is that of a
+  // root: "C:" asks for "C:", the current directory of that drive, and "" for nothing, which fails. That is meant to
+  // stay so. `status` is left alone on failure (on Windows: as the runtime does); a file of more than 2 GB has no such
+  // record.
   bool stat(struct _stat64i32& status) const;
-  // The times, in units of 100 ns since the beginning of 1601, UTC. False if the disk does not tell; `time` is then left
-  // alone. Where a file system knows no creation time, the older of the last write and the last change stands for it.
+  // The times, in units of 100 ns since the beginning of 1601, UTC. False if the disk does not tell; `time` is then
+  // left alone. Where a file system knows no creation time, the older of the last write and the last change stands for
+  // it.
   // REQUIRES: the argument is not null.
   bool getCreationTime(FILETIME* time) const;
   bool getLastWriteTime(FILETIME* time) const;
@@ -75,7 +77,8 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
   static void initStatics();
   static void clearStatics();
 
-  // Where every message of the path classes goes. Does nothing: the result of the operation is all that its caller sees.
+  // Where every message of the path classes goes. Does nothing: the result of the operation is all that its caller
+  // sees.
   static void reportError(String const& message);
 
   class ClassCreator;

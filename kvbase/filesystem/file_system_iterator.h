@@ -5,9 +5,9 @@
 //   SmartPtr<FileIterator> files = folder->findFiles(KVW("*.txt"));
 //   while (SmartPtr<File const> file = files->getNext()) use(*file);
 //
-// A null item is the end, with one exception: an entry whose name this library refuses (possible on Windows, where a name
-// can end in a blank or a dot) comes as null in its place, and a further getNext goes on behind it. Hidden entries are
-// given like all others, "." and ".." never.
+// A null item is the end, with one exception: an entry whose name this library refuses (possible on Windows, where a
+// name can end in a blank or a dot) comes as null in its place, and a further getNext goes on behind it. Hidden entries
+// are given like all others, "." and ".." never.
 //
 // Thread rule: one iterator belongs to one thread at a time; several iterators on one directory may run side by side.
 #pragma once

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// From texts to paths. The caller's text is read where it stands, slashes as backslashes, and nothing is allocated but what
-// the path holds; a copy with replaced slashes is made only for a message.
+// From texts to paths. The caller's text is read where it stands, slashes as backslashes, and nothing is allocated but
+// what the path holds; a copy with replaced slashes is made only for a message.
 #include <utility>
 
 #include "kvbase/filesystem/directory.h"
@@ -99,8 +99,8 @@ Survey survey(TextView text) {
   return result;
 }
 
-// The last `count` levels of a text, or what remains of all levels when "." and ".." are resolved. It goes backwards, so
-// that a level that a later ".." takes away is passed over and never made.
+// The last `count` levels of a text, or what remains of all levels when "." and ".." are resolved. It goes backwards,
+// so that a level that a later ".." takes away is passed over and never made.
 // REQUIRES: so many there are.
 std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
   std::vector<String> levels(count);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The seam to the operating system. Everything that differs between systems is asked through one abstract class per
-// group of calls (file_api.h, text_api.h, shell_api.h, debug_api.h); platform/windows and platform/linux implement each once.
+// group of calls (file_api.h, text_api.h, shell_api.h, debug_api.h); platform/windows and platform/linux implement each
+// once.
 //
 // The current backends stand in one constant-initialised record, so that they answer before the first initialiser of
 // the library has run and after the last one has been undone.

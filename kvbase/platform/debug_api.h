@@ -13,8 +13,8 @@ namespace platform {
 
 class DebugApi {
  public:
-  // Why the last call of another group that failed on this thread did so: a code of error_codes.h or any other code of the
-  // system. Calls that succeed leave it alone, unless their contract says otherwise.
+  // Why the last call of another group that failed on this thread did so: a code of error_codes.h or any other code of
+  // the system. Calls that succeed leave it alone, unless their contract says otherwise.
   virtual ulong32 lastError() = 0;
   // Sets what lastError gives on this thread. For backends and for the fakes of tests; the library reads only.
   virtual void setLastError(ulong32 code) = 0;

@@ -4,13 +4,14 @@
 // macros there. Every path is a NUL-terminated text in the notation of this library: backslashes, drives, shares, the
 // prefix "\\?\".
 //
-// A call that fails leaves its reason as the last error of the thread (debug_api.h); one that succeeds leaves that alone,
-// unless its contract says otherwise.
+// A call that fails leaves its reason as the last error of the thread (debug_api.h); one that succeeds leaves that
+// alone, unless its contract says otherwise.
 //
 // Links (on Windows: as the system does). A name that ends in a separator looks through a link. One that does not sees
 // the link itself where it leads to a directory or to nothing, and else the file that it leads to.
 //
-// Thread rule: any method may be called from any thread; a search, a file or a descriptor belongs to one thread at a time.
+// Thread rule: any method may be called from any thread; a search, a file or a descriptor belongs to one thread at a
+// time.
 #pragma once
 
 #include <cstdint>
@@ -77,8 +78,8 @@ constexpr int kDescriptorReadWrite = 0x2;
 constexpr int kDescriptorShareAll = 0x40;
 constexpr int kDescriptorPermission = 0x180;  // a file made is one to read and to write
 
-// Called while a file is copied: its size, the bytes copied so far, and what was given to copyFile. The result 0 lets the
-// copy go on.
+// Called while a file is copied: its size, the bytes copied so far, and what was given to copyFile. The result 0 lets
+// the copy go on.
 using CopyProgress = ulong32 (*)(std::int64_t total, std::int64_t transferred, void* data);
 constexpr ulong32 kProgressContinue = 0;
 
@@ -91,8 +92,8 @@ class FileApi {
 
   // The attributes of an item, kInvalidAttributes if there is none or it cannot be asked.
   virtual ulong32 getAttributes(wchar const* path) = 0;
-  // Sets the attributes. On Linux only the read-only bit of files counts: it takes the rights to write from everybody or gives
-  // the owner's back; whatever else is asked is done by doing nothing.
+  // Sets the attributes. On Linux only the read-only bit of files counts: it takes the rights to write from everybody
+  // or gives the owner's back; whatever else is asked is done by doing nothing.
   virtual bool setAttributes(wchar const* path, ulong32 attributes) = 0;
 
   // Attributes, size and times in one query. False if there is no such item or it cannot be asked; `info` is then left
@@ -108,10 +109,10 @@ class FileApi {
 
   // --- Open files ----------------------------------------------------------------------------------------------------
 
-  // Opens an item. invalidFile() or null on failure: there is none and `disposition` is kOpenExisting; the access is not
-  // granted, be it because the file is read-only; a directory without kFlagBackupSemantics. With kOpenAlways a missing file is
-  // made, and the last error after success is kNoError for a file that was made, kAlreadyExists for one that was there. A file
-  // opened must be closed with closeFile.
+  // Opens an item. invalidFile() or null on failure: there is none and `disposition` is kOpenExisting; the access is
+  // not granted, be it because the file is read-only; a directory without kFlagBackupSemantics. With kOpenAlways a
+  // missing file is made, and the last error after success is kNoError for a file that was made, kAlreadyExists for one
+  // that was there. A file opened must be closed with closeFile.
   virtual FileHandle openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition, ulong32 flags) = 0;
   virtual bool closeFile(FileHandle file) = 0;
   // Sets the time of the last write of a file opened for writing, in the unit of FileInfo; its other times stay.
@@ -128,14 +129,13 @@ class FileApi {
 
   // --- Changes -------------------------------------------------------------------------------------------------------
 
-  // Copies contents, attributes and time of the last write. `progress`, if not null, is called with nothing copied, as the
-  // copy goes on and with everything copied; for an empty file once. Fails if the target exists and `flags` says so, or is
-  // read-only, or is the source itself. No half-made target stays.
-  // On Linux a link that leads to a directory or to nothing is copied as a link, holes of a file stay holes, and what is
-  // neither file nor link is refused.
+  // Copies contents, attributes and time of the last write. `progress`, if not null, is called with nothing copied, as
+  // the copy goes on and with everything copied; for an empty file once. Fails if the target exists and `flags` says
+  // so, or is read-only, or is the source itself. No half-made target stays. On Linux a link that leads to a directory
+  // or to nothing is copied as a link, holes of a file stay holes, and what is neither file nor link is refused.
   virtual bool copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data, ulong32 flags) = 0;
-  // Moves or renames an item; between file systems files only. Fails if the target exists and is another item. A link is moved
-  // itself.
+  // Moves or renames an item; between file systems files only. Fails if the target exists and is another item. A link
+  // is moved itself.
   virtual bool moveFile(wchar const* source, wchar const* target) = 0;
   // Deletes a file or a link itself. Fails for a directory and for a read-only file.
   virtual bool deleteFile(wchar const* path) = 0;
@@ -150,9 +150,8 @@ class FileApi {
   // wildcards * and ?. Fills `data` with the first match. invalidSearch() if nothing matches or the directory is
   // missing or unreadable; `data` is then unspecified. Matching is without case; the matches include "." and ".."
   // (where the pattern matches them). The order is the system's, the same for each search of an unchanged directory.
-  // The attributes tell directories, links and hidden items; on Linux they do not tell read-only files, which would need a
-  // query for each, and a link never is a directory.
-  // A search started must be ended with findClose.
+  // The attributes tell directories, links and hidden items; on Linux they do not tell read-only files, which would
+  // need a query for each, and a link never is a directory. A search started must be ended with findClose.
   virtual SearchHandle findFirst(wchar const* pattern, FindData& data) = 0;
   // Fills `data` with the next match. False at the end, on an error and for a search that has been closed.
   virtual bool findNext(SearchHandle search, FindData& data) = 0;
@@ -162,8 +161,8 @@ class FileApi {
 
   // --- Current directory ---------------------------------------------------------------------------------------------
 
-  // The current directory of the process, as an absolute path in the notation of this library. The text is NUL-terminated
-  // and is to be released with freeText; null on failure.
+  // The current directory of the process, as an absolute path in the notation of this library. The text is
+  // NUL-terminated and is to be released with freeText; null on failure.
   virtual wchar* currentDirectory() = 0;
   // The same for one drive: 1 is A, 2 is B and so on up to 26. Null if there is no such drive.
   virtual wchar* currentDirectoryOfDrive(int drive) = 0;

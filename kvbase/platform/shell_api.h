@@ -24,8 +24,8 @@ class ShellApi {
  public:
   // Has the desktop open `file`, a path or an address such as "https://...", with the program that is meant for it.
   // `verb` (null: the usual one), `directory` (null: the current one) and `show` are passed on; on Linux they count for
-  // nothing. More than 32 is success; anything else is the code of a failure, kFileNotFound and kPathNotFound among them,
-  // and 31 where there is no program for it or no desktop. Does not wait for the program.
+  // nothing. More than 32 is success; anything else is the code of a failure, kFileNotFound and kPathNotFound among
+  // them, and 31 where there is no program for it or no desktop. Does not wait for the program.
   virtual std::intptr_t open(wchar const* verb, wchar const* file, wchar const* directory, int show) = 0;
 
   // The item of an absolute path, for showItem; null if there is none. To be released with freeItemList.

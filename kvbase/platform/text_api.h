@@ -29,9 +29,9 @@ class TextApi {
   // the environment variable KVBASE_ANSI_CODEPAGE named another when it was first asked.
   virtual unsigned int ansiCodePage() = 0;
 
-  // Decodes `size` bytes (-1: up to the terminator, which is converted too) of the code page into units. With `capacity`
-  // 0 nothing is written and the result is the number of units needed; otherwise it is the number of units written.
-  // 0 on failure: no bytes, an unknown code page, too little room. Bytes that mean nothing are replaced.
+  // Decodes `size` bytes (-1: up to the terminator, which is converted too) of the code page into units. With
+  // `capacity` 0 nothing is written and the result is the number of units needed; otherwise it is the number of units
+  // written. 0 on failure: no bytes, an unknown code page, too little room. Bytes that mean nothing are replaced.
   virtual int decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) = 0;
 
   // The other direction: `size` units (no -1 here) into bytes. Characters that the code page does not have become its
@@ -41,8 +41,8 @@ class TextApi {
   // Prints at most `capacity` units to `out`: %ls, %s and %S as in the wide printf of Windows (%ls and %s take 16-bit
   // text, %hs and %S narrow text), `l` of an integer is 32 bits. A terminator is written only if there is room for it.
   // Returns the number of units without terminator, or -1 if the text was cut or the format is wrong; what had been
-  // written by then stays. (For a wrong format the runtime of Windows first calls its handler of invalid parameters, which
-  // by default ends the process.)
+  // written by then stays. (For a wrong format the runtime of Windows first calls its handler of invalid parameters,
+  // which by default ends the process.)
   virtual int print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) = 0;
 
   // The classes of a unit, as a combination of CharacterClass bits. Asked only for units of 0x80 and above.

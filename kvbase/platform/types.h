@@ -41,9 +41,9 @@ struct FILETIME {
   std::uint32_t dwHighDateTime;
 };
 
-// The status record of the C runtime of Windows: `st_mode` has the bits of <sys/stat.h>, a size has 32 bits, and inode and
-// owners, which do not fit, are 0. The system's header has made macros of the names st_atime, st_mtime and st_ctime: they
-// reach the seconds of these times.
+// The status record of the C runtime of Windows: `st_mode` has the bits of <sys/stat.h>, a size has 32 bits, and inode
+// and owners, which do not fit, are 0. The system's header has made macros of the names st_atime, st_mtime and
+// st_ctime: they reach the seconds of these times.
 struct _stat64i32 {
   struct Seconds {
     std::int64_t tv_sec;

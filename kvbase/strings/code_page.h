@@ -10,7 +10,8 @@ namespace KV_1_1 {
 //   String name(CodePageInterface(bytes, 1252));
 //   String title(UTF8Interface(bytes));
 //
-// The text is NUL-terminated, is not owned and may be null. Code page 0 is the process's ANSI code page, 65001 is UTF-8.
+// The text is NUL-terminated, is not owned and may be null. Code page 0 is the process's ANSI code page, 65001 is
+// UTF-8.
 class CodePageInterface {
  public:
   CodePageInterface(char const* text, unsigned int codePage) : codePage_(codePage), text_(text) {}

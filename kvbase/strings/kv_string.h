@@ -7,12 +7,12 @@
 //   name[4] = KVW('9');                     // name gets a payload of its own; copy still reads "scan001"
 //   String file = name + KVW(".dat");       // one new payload of exact size
 //
-// NIL and EMPTY. A String without payload is NIL: there is no text. An empty text is something else, and operations keep
-// the two apart. String::NIL and String::EMPTY are the constants; an empty text built by a constructor has a payload of
-// its own and behaves like EMPTY. Each operation says below what it makes of NIL.
+// NIL and EMPTY. A String without payload is NIL: there is no text. An empty text is something else, and operations
+// keep the two apart. String::NIL and String::EMPTY are the constants; an empty text built by a constructor has a
+// payload of its own and behaves like EMPTY. Each operation says below what it makes of NIL.
 //
-// Length and NUL. A length counts 16-bit units. Nearly every reading operation works on the text up to its first NUL; the
-// length may count inner NULs that a constructor was given. Where a size goes with a text pointer, the rule is:
+// Length and NUL. A length counts 16-bit units. Nearly every reading operation works on the text up to its first NUL;
+// the length may count inner NULs that a constructor was given. Where a size goes with a text pointer, the rule is:
 //   -1           the text is measured up to its first NUL
 //   0            no units
 //   1 and more   that many units; if the last of them is a NUL, it is dropped, so that a counted terminator is no text
@@ -75,15 +75,16 @@ class KVBASE_API String {
 
   // --- Units ---------------------------------------------------------------------------------------------------------
 
-  // The place of a unit, for writing: the String stops sharing and its length is measured anew when next asked for. A NUL
-  // written ends the text there. NIL gives outOfRange, whatever the index; nothing else is checked.
+  // The place of a unit, for writing: the String stops sharing and its length is measured anew when next asked for. A
+  // NUL written ends the text there. NIL gives outOfRange, whatever the index; nothing else is checked.
   // REQUIRES: the index lies in the text or at its terminator.
   wchar& operator[](int index);
   // The length in units; 0 for NIL.
   int length() const { return payload_ != nullptr ? payload_->length() : 0; }
   // The text; an empty text for NIL, never null. Valid until this String changes.
   operator wchar const*() const { return payload_ != nullptr ? payload_->stringValue() : emptyText(); }
-  // A String is no truth value: NIL and EMPTY would both be true through the pointer. Ask for length() or compare to NIL.
+  // A String is no truth value: NIL and EMPTY would both be true through the pointer. Ask for length() or compare to
+  // NIL.
   explicit operator bool() const = delete;
 
   // The text in the ANSI code page and in UTF-8, converted once and cached in the payload; null for NIL, an empty text
@@ -98,8 +99,8 @@ class KVBASE_API String {
   // REQUIRES: not NIL when an array with `keep` is taken.
   StringBuffer buffer(int size, bool keep = false);
 
-  // Appends by building a new payload. A null text does nothing. On NIL the rule for sizes holds; on any other String -1
-  // measures and other sizes are taken as they stand, a counted terminator included. That is meant to stay so.
+  // Appends by building a new payload. A null text does nothing. On NIL the rule for sizes holds; on any other String
+  // -1 measures and other sizes are taken as they stand, a counted terminator included. That is meant to stay so.
   void write(wchar const* text, int size);
 
   // --- Comparison ----------------------------------------------------------------------------------------------------
@@ -112,8 +113,8 @@ class KVBASE_API String {
   int compare(wchar const* text) { return static_cast<String const*>(this)->compare(text); }
   // Against the text of one unit; NUL is the empty text. NIL gives -1.
   int compare(wchar ch) const;
-  // The same text? Unlike compare, two known lengths that differ are unequal without a look at the units, so a text with
-  // an inner NUL equals no shorter one.
+  // The same text? Unlike compare, two known lengths that differ are unequal without a look at the units, so a text
+  // with an inner NUL equals no shorter one.
   bool compareEquality(String const& other) const {
     if (payload_ == other.payload_) return true;
     if (payload_ == nullptr || other.payload_ == nullptr) return false;
@@ -140,9 +141,9 @@ class KVBASE_API String {
 
   // --- Cutting and testing -------------------------------------------------------------------------------------------
 
-  // The units from `start` up to, but not including, the position `end`. A start below 0 is 0, one behind the end is the
-  // length; an end below 0 or behind the end is the length. EMPTY if nothing remains, for NIL too; shares this payload if
-  // all of it remains.
+  // The units from `start` up to, but not including, the position `end`. A start below 0 is 0, one behind the end is
+  // the length; an end below 0 or behind the end is the length. EMPTY if nothing remains, for NIL too; shares this
+  // payload if all of it remains.
   //   "abc".substr(1, 2)  => "b"      "abc".substr(1, -1) => "bc"
   //   "abc".substr(2, 1)  => EMPTY    NIL.substr(0, -1)   => EMPTY
   String substr(int start, int end = -1) const;
@@ -213,7 +214,8 @@ class KVBASE_API String {
   //   float:  1234.5678f        => "1234.56775"        1.5e-7f => "1.5e-07"        0.0f => "0"
   //   double: 2.0 / 3           => "0.66666667"        1e10    => "10000000000"    NaN  => "nan"     -infinity => "-inf"
 
-  // Integers as decimal text, the char types too: 65 is "65", not a letter. On Linux a long of 64 bits is printed whole.
+  // Integers as decimal text, the char types too: 65 is "65", not a letter. On Linux a long of 64 bits is printed
+  // whole.
   String& operator+=(signed char value) { return *this += static_cast<long long>(value); }
   String& operator+=(unsigned char value) { return *this += static_cast<unsigned long long>(value); }
   String& operator+=(short value) { return *this += static_cast<long long>(value); }
@@ -272,8 +274,8 @@ class KVBASE_API String {
   void eatwhite();
 
   // Signed forms, and unsigned short: saturating at int (long, long long: at 64 bits), then cut to the type's width; a
-  // long takes 32 bits. What remains begins at findNonSignedDigit: a leading plus is not consumed, so "+5" stays for ever;
-  // minus signs inside are. That is meant to stay so.
+  // long takes 32 bits. What remains begins at findNonSignedDigit: a leading plus is not consumed, so "+5" stays for
+  // ever; minus signs inside are. That is meant to stay so.
   //   "12 34" => 12, " 34"      "5-3" => 5, EMPTY      "1.5" => 1, ".5"      "abc" => 0, "abc"
   String& operator>>(signed char& value);
   String& operator>>(short& value);
@@ -281,10 +283,10 @@ class KVBASE_API String {
   String& operator>>(int& value);
   String& operator>>(long& value);
   String& operator>>(long long& value);
-  // Unsigned forms: saturating at 32 bits (unsigned long long: at 64), "-1" is the largest value. What remains begins where
-  // the number ends. For unsigned long and unsigned long long the stored length of what remains is too large by as many
-  // units as were dropped in front (by none where that is one): its text up to the first NUL is right. That is meant to
-  // stay so.
+  // Unsigned forms: saturating at 32 bits (unsigned long long: at 64), "-1" is the largest value. What remains begins
+  // where the number ends. For unsigned long and unsigned long long the stored length of what remains is too large by
+  // as many units as were dropped in front (by none where that is one): its text up to the first NUL is right. That is
+  // meant to stay so.
   String& operator>>(unsigned char& value);
   String& operator>>(unsigned int& value);
   String& operator>>(unsigned long& value);
@@ -298,39 +300,39 @@ class KVBASE_API String {
   String& operator>>(bool& value);
   // The first graphic unit.
   String& operator>>(wchar& value);
-  // A quoted text if the first unit is a double quote, otherwise a line; nothing is skipped. A line ends before a line feed,
-  // which is dropped. A quoted text ends at a quote without one backslash before it (two or more count as none) or at the
-  // end of the text; escapes are kept (escToControls). The token of NIL is NIL.
+  // A quoted text if the first unit is a double quote, otherwise a line; nothing is skipped. A line ends before a line
+  // feed, which is dropped. A quoted text ends at a quote without one backslash before it (two or more count as none)
+  // or at the end of the text; escapes are kept (escToControls). The token of NIL is NIL.
   String& operator>>(String& token);
 
   // --- Escapes -------------------------------------------------------------------------------------------------------
   //   line feed \n      carriage return \r      double quote \"      backslash \\      U+0080 and above \uXXXX
 
-  // Puts escapes in place of the units of the table; a text without any keeps sharing. Without `unicode` wide units stay,
-  // but room for their escapes is made: with 5 units of room for each, the text gets that many of its own first units in
-  // front if that is no more than its length, and reads unchanged otherwise. That is meant to stay so.
+  // Puts escapes in place of the units of the table; a text without any keeps sharing. Without `unicode` wide units
+  // stay, but room for their escapes is made: with 5 units of room for each, the text gets that many of its own first
+  // units in front if that is no more than its length, and reads unchanged otherwise. That is meant to stay so.
   void controlsToEsc(bool unicode);
-  // Puts units in place of their escapes, \uXXXX only with `unicode` (otherwise it stays); digits may be of either case.
-  // -1 on success. A bad escape gives the index of its backslash, and the text is put back by escaping again what was
-  // decoded: exactly, unless a \u escape stood for an ASCII unit or was left alone or had digits in lower case. A
+  // Puts units in place of their escapes, \uXXXX only with `unicode` (otherwise it stays); digits may be of either
+  // case. -1 on success. A bad escape gives the index of its backslash, and the text is put back by escaping again what
+  // was decoded: exactly, unless a \u escape stood for an ASCII unit or was left alone or had digits in lower case. A
   // backslash at the very end stays. A decoded NUL ends the text.
   int escToControls(bool unicode);
 
   // --- Display -------------------------------------------------------------------------------------------------------
 
-  // The text in at most `limit` units: the first `head` units (0: none; negative: all), "...", and as much of the end as
-  // fits. Where there are slashes, the front ends behind its last one and the end begins at its first one. Texts that fit
-  // are shared, NIL too. The front and the dots are never given up, so the result may be longer than the limit. With room
-  // for exactly 48 units the end is not moved to a slash; required, however odd.
+  // The text in at most `limit` units: the first `head` units (0: none; negative: all), "...", and as much of the end
+  // as fits. Where there are slashes, the front ends behind its last one and the end begins at its first one. Texts
+  // that fit are shared, NIL too. The front and the dots are never given up, so the result may be longer than the
+  // limit. With room for exactly 48 units the end is not moved to a slash; required, however odd.
   //   "C:/data/projects/2020/march/scans/scan0001.dat".shortenString(30, 10) => "C:/data/.../scans/scan0001.dat"
   String shortenString(int limit, int head) const;
 
   // --- Printf --------------------------------------------------------------------------------------------------------
 
-  // Replaces the text by the formatted one, of at most 32768 units; what is longer is cut there. NIL becomes a string. A
-  // String argument is printed by %ls, NIL as an empty text; the receiver may be an argument. An `l` in a format means 32
-  // bits on every system, `ll` and `I64` 64. With a faulty format the text is what was printed before the fault. The
-  // formatted text is put in place by a StringBuffer: memory exhausted at that point ends the process.
+  // Replaces the text by the formatted one, of at most 32768 units; what is longer is cut there. NIL becomes a string.
+  // A String argument is printed by %ls, NIL as an empty text; the receiver may be an argument. An `l` in a format
+  // means 32 bits on every system, `ll` and `I64` 64. With a faulty format the text is what was printed before the
+  // fault. The formatted text is put in place by a StringBuffer: memory exhausted at that point ends the process.
   //   message.printf(KVW("%ls: %08x"), name, 255)  => "scan001: 000000ff"
   template <class... Arguments>
   void printf(wchar const* format, Arguments const&... arguments) {
@@ -413,12 +415,12 @@ KVBASE_API String operator+(wchar const* a, String const& b);
 KVBASE_API String operator+(String const& a, wchar b);
 KVBASE_API String operator+(wchar a, String const& b);
 
-// Writes the text in the ANSI code page with the stream's width and fill, without quotes or escapes. NIL and an empty text
-// leave the stream alone, its width too.
+// Writes the text in the ANSI code page with the stream's width and fill, without quotes or escapes. NIL and an empty
+// text leave the stream alone, its width too.
 KVBASE_API std::basic_ostream<char>& operator<<(std::basic_ostream<char>& stream, String const& text);
-// Reads a token in the ANSI code page, white space before it being skipped: a word up to white space, or the text between
-// double quotes, in which a backslash drops out and protects the char behind it. A text that the page cannot decode gives
-// NIL; a stream at its end an empty text, and the stream has failed. The stream's flags stay.
+// Reads a token in the ANSI code page, white space before it being skipped: a word up to white space, or the text
+// between double quotes, in which a backslash drops out and protects the char behind it. A text that the page cannot
+// decode gives NIL; a stream at its end an empty text, and the stream has failed. The stream's flags stay.
 KVBASE_API std::basic_istream<char>& operator>>(std::basic_istream<char>& stream, String& text);
 
 // The rules of the const compareEquality and compare, with a null text for NIL.

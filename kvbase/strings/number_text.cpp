@@ -162,8 +162,8 @@ Parsed<double> readDouble(wchar const* text) {
   char const* const first = narrow.begin();
   char const* const digits = first + (*first == '+' || *first == '-' ? 1 : 0);
 
-  // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point, and
-  // says nothing but "out of range" beyond the limits.
+  // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point,
+  // and says nothing but "out of range" beyond the limits.
   double value = 0;
   bool const plain =
       *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';

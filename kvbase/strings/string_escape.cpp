@@ -73,8 +73,8 @@ class BackwardWriter {
   int limit_;
 };
 
-// Escapes the units [begin, end) to the place that ends before writeEnd. Source and target may lie in the same text: the
-// target never falls behind the source.
+// Escapes the units [begin, end) to the place that ends before writeEnd. Source and target may lie in the same text:
+// the target never falls behind the source.
 void escapeBackwards(wchar* units, int begin, int end, long long writeEnd, int limit, bool unicode) {
   BackwardWriter writer(units, writeEnd, limit);
   for (int i = end; i-- > begin;) {
@@ -106,8 +106,8 @@ Growth growthOf(wchar const* units, int begin, int end) {
   return growth;
 }
 
-// The escape whose letter stands at an index: how many units it takes from there on, 0 if it is none, and what it stands
-// for, unless it stays as it is.
+// The escape whose letter stands at an index: how many units it takes from there on, 0 if it is none, and what it
+// stands for, unless it stays as it is.
 struct Escape {
   int units;
   bool replaces;
@@ -134,8 +134,8 @@ Escape readEscape(wchar const* units, int at, int length, bool unicode) {
   }
 }
 
-// Puts back what was decoded from the backslash at `first` on, before a bad escape whose letter stands at `from`. What was
-// decoded ends before the pending backslash at to - 1; behind `from` nothing has changed yet.
+// Puts back what was decoded from the backslash at `first` on, before a bad escape whose letter stands at `from`. What
+// was decoded ends before the pending backslash at to - 1; behind `from` nothing has changed yet.
 void restoreEscapes(wchar* units, int first, int from, int to) {
   if (from <= to) return;
   long long const escapedLength = to - 1 - first + growthOf(units, first, to - 1).units();

@@ -97,8 +97,8 @@ String& String::extract(Value& value, Convert convert) {
   return convert(start);
 }
 
-// The end of a signed number is looked for apart from the conversion, and finds it elsewhere: signs inside count, a leading
-// plus does not.
+// The end of a signed number is looked for apart from the conversion, and finds it elsewhere: signs inside count, a
+// leading plus does not.
 template <class Value, class Read>
 String& String::extractSigned(Value& value, Read read) {
   return extract(value, [&](int start) -> String& {

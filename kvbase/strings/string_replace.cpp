@@ -44,8 +44,8 @@ int String::replace(wchar const* from, wchar const* to) {
   int const length = textLength();
   int const size = kernels().length(from);
 
-  // The matches are found first and put in place then, so that the result is one block of exact size. Those that do not fit
-  // in here are found again.
+  // The matches are found first and put in place then, so that the result is one block of exact size. Those that do not
+  // fit in here are found again.
   constexpr int kRemembered = 256;
   int places[kRemembered];
   int count = 0;

@@ -23,8 +23,8 @@ namespace KV_1_1 {
 // Failure: std::bad_alloc when memory is exhausted, with nothing left allocated.
 class KVBASE_API StringVal {
  public:
-  // A payload of `length` units of the text; -1 measures up to the first NUL. A length of 1 or more whose last unit is a
-  // NUL is taken one less, so a count that includes the terminator gives the same text.
+  // A payload of `length` units of the text; -1 measures up to the first NUL. A length of 1 or more whose last unit is
+  // a NUL is taken one less, so a count that includes the terminator gives the same text.
   //   "ab\0", 3   => length 2
   //   "a\0\0", 3  => length 2, the inner NUL counted as text
   // The capacity is the room in units without terminator; -1: the length.
@@ -72,8 +72,8 @@ class KVBASE_API StringVal {
   }
   wchar const* stringValue() const { return str(); }
 
-  // The text in the ANSI code page and in UTF-8, converted once and cached; an empty narrow text where the text is empty
-  // or cannot be converted, never null. Valid until the payload is destroyed or its length measured anew.
+  // The text in the ANSI code page and in UTF-8, converted once and cached; an empty narrow text where the text is
+  // empty or cannot be converted, never null. Valid until the payload is destroyed or its length measured anew.
   // Characters that the code page does not have become its default character.
   char const* stringAnsi() const { return isCached(kAnsi) ? narrow_[kAnsi] : narrow(kAnsi); }
   char const* stringUTF8() const { return isCached(kUtf8) ? narrow_[kUtf8] : narrow(kUtf8); }

@@ -126,7 +126,8 @@ int String::compare(String const& other) {
 bool String::equalsUnits(String const& other) const {
   int const units = textLength();
   if (units != other.textLength()) return compareTexts({*this, units}, {other, other.textLength()}) == 0;
-  // Where all units agree it does not matter whether a NUL is among them. A difference is looked at within its part only.
+  // Where all units agree it does not matter whether a NUL is among them. A difference is looked at within its part
+  // only.
   constexpr int kPart = 2048;
   wchar const* const a = *this;
   wchar const* const b = other;

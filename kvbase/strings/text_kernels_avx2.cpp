@@ -10,7 +10,8 @@ namespace KV_1_1 {
 namespace strings {
 namespace {
 
-// How the bytes of eight units below U+0800 move together: of a unit in ASCII, whose bit is set, only the first one stays.
+// How the bytes of eight units below U+0800 move together: of a unit in ASCII, whose bit is set, only the first one
+// stays.
 struct CompressTable {
   unsigned char order[256][16];
   unsigned char size[256];
@@ -80,8 +81,8 @@ struct Avx2Vector {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), packed);
   }
 
-  // Eight units below U+0800 as UTF-8; returns how many bytes that makes, 0 if there is another unit among them. Sixteen
-  // bytes are written.
+  // Eight units below U+0800 as UTF-8; returns how many bytes that makes, 0 if there is another unit among them.
+  // Sixteen bytes are written.
   static constexpr bool kConvertsRuns = true;
   static int toShortUtf8(wchar const* units, char* bytes) {
     __m128i const block = load128(units);
@@ -95,7 +96,8 @@ struct Avx2Vector {
     store128(bytes, _mm_shuffle_epi8(pairs, load128(kCompress.order[mask])));
     return kCompress.size[mask];
   }
-  // Eight units of three bytes each as UTF-8; false if there is another unit among them. 28 bytes are written, 24 count.
+  // Eight units of three bytes each as UTF-8; false if there is another unit among them. 28 bytes are written, 24
+  // count.
   static bool toLongUtf8(wchar const* units, char* bytes) {
     __m128i const block = load128(units);
     if (!haveThreeBytes(_mm_and_si128(block, _mm_set1_epi16(static_cast<short>(0xF800))))) return false;
@@ -110,8 +112,8 @@ struct Avx2Vector {
     store128(bytes + 12, _mm256_extracti128_si256(sequences, 1));
     return true;
   }
-  // The characters of one and two bytes that begin in the next sixteen bytes, given to the sink; returns how many bytes they
-  // take, 0 if anything else is among them. Seventeen bytes are read.
+  // The characters of one and two bytes that begin in the next sixteen bytes, given to the sink; returns how many bytes
+  // they take, 0 if anything else is among them. Seventeen bytes are read.
   template <class Sink>
   static int fromShortUtf8(char const* bytes, Sink& sink) {
     __m128i const block = load128(bytes);

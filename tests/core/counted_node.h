@@ -14,8 +14,8 @@ namespace testing {
 
 using Log = std::vector<std::string>;
 
-// Writes "ref a", "unref a", "destroy a" into the log for the object named a. The calls are those that a SmartPtr makes,
-// for it takes these members in place of the ones that they hide.
+// Writes "ref a", "unref a", "destroy a" into the log for the object named a. The calls are those that a SmartPtr
+// makes, for it takes these members in place of the ones that they hide.
 class LoggedNode : public BaseNode {
  public:
   LoggedNode(Log& log, char const* name) : log_(log), name_(name) {}

@@ -16,7 +16,8 @@ namespace {
 
 using namespace KV_1_1::testing;
 
-// C:\s holds the files a and b and the folders p, with the file x and the folder q with the file y, and e; C:\t is empty.
+// C:\s holds the files a and b and the folders p, with the file x and the folder q with the file y, and e; C:\t is
+// empty.
 class DirectoryCopy : public ::testing::Test {
  protected:
   DirectoryCopy() {

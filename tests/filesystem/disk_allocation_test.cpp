@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Memory that runs out at any point of an operation on the real disk: std::bad_alloc comes through, nothing leaks, nothing
-// stays open, and nothing is removed, overwritten or made that was not to be. Operations that end in a message are not
-// here: formatting a text ends the process when memory runs out while the text is put in place.
+// Memory that runs out at any point of an operation on the real disk: std::bad_alloc comes through, nothing leaks,
+// nothing stays open, and nothing is removed, overwritten or made that was not to be. Operations that end in a message
+// are not here: formatting a text ends the process when memory runs out while the text is put in place.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A tree on the real disk, and the sweep that makes each call of an operation on it fail in turn, with each error that the
-// call can give.
+// A tree on the real disk, and the sweep that makes each call of an operation on it fail in turn, with each error that
+// the call can give.
 #pragma once
 
 #include <algorithm>
@@ -131,7 +131,8 @@ class DiskTree : public ::testing::Test {
                     fs::perm_options::remove);
   }
 
-  // Runs the operation without a fault, then with each of its calls failing with each of its errors, on a fresh tree each.
+  // Runs the operation without a fault, then with each of its calls failing with each of its errors, on a fresh tree
+  // each.
   void sweep(Operation const& operation) {
     SCOPED_TRACE(operation.name);
     Tree const before = tree();

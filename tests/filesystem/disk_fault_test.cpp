@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Every operation that reaches the disk, with each of its calls made to fail in turn: the result and the messages are the
-// settled ones, nothing stays open, and nothing is removed, overwritten or made that was not to be.
+// Every operation that reaches the disk, with each of its calls made to fail in turn: the result and the messages are
+// the settled ones, nothing stays open, and nothing is removed, overwritten or made that was not to be.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -154,8 +154,8 @@ TEST_F(DiskFault, Queries) {
                                                 "isDirectoryEmpty", "openFile"}));
 }
 
-// A level that cannot be asked is made, and that it is there already is no failure; one that is said to be there already
-// and is not fails the next level.
+// A level that cannot be asked is made, and that it is there already is no failure; one that is said to be there
+// already and is not fails the next level.
 TEST_F(DiskFault, Create) {
   std::string const makeA = createLine(KVW("n\\")), makeB = createLine(KVW("n\\m\\"));
   std::string const failedA = notCreated(name(KVW("n\\")), "{fault}"),
@@ -227,8 +227,8 @@ TEST_F(DiskFault, WithoutACurrentDirectory) {
   EXPECT_EQ(failedCalls.count("currentDirectory"), 1u);
 }
 
-// What removing has in common: an item that is refused ends it with its own message; what could not be seen makes the folder
-// fail that holds it.
+// What removing has in common: an item that is refused ends it with its own message; what could not be seen makes the
+// folder fail that holds it.
 void checkRemoval(Fault const& fault) {
   if (fault.call == "deleteFile" || fault.call == "removeDirectory") {
     EXPECT_EQ(fault.result, "false");

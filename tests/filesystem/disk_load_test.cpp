@@ -125,8 +125,8 @@ TEST_F(DiskLoad, AFileBeyondFourGigabytes) {
   EXPECT_TRUE(file(KVW("moved"))->remove());
 }
 
-// What a file of any name must stand. The plain name is bound by the system's limit on paths where there is one, and so is the
-// question whether a directory is empty; so only operations on the prefixed name are here.
+// What a file of any name must stand. The plain name is bound by the system's limit on paths where there is one, and so
+// is the question whether a directory is empty; so only operations on the prefixed name are here.
 void useFile(SmartPtr<File const> const& file, SmartPtr<File const> const& beside) {
   EXPECT_FALSE(file->exists());
   EXPECT_TRUE(file->touch());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of disk operations share: a scripted disk that follows what is done to it, and trees of the real disk as
-// values that can be compared.
+// What the tests of disk operations share: a scripted disk that follows what is done to it, and trees of the real disk
+// as values that can be compared.
 #pragma once
 
 #include <filesystem>
@@ -22,8 +22,8 @@ namespace testing {
 constexpr ulong32 kFileEntry = platform::kAttributeNormal;
 constexpr ulong32 kFolderEntry = platform::kAttributeDirectory;
 
-// A script in which folders that are made are there from then on, files that are copied too, and what is removed is gone.
-// What a search gives stays as it was scripted.
+// A script in which folders that are made are there from then on, files that are copied too, and what is removed is
+// gone. What a search gives stays as it was scripted.
 //
 //   ScriptedDisk files;
 //   files.folders({KVW("C:\\"), KVW("C:\\a\\")});
@@ -115,7 +115,8 @@ inline std::string notMoved(std::string const& from, std::string const& to, std:
   return "Failed to move file '" + from + "' to file '" + to + "' because: " + reason;
 }
 
-// All that lies below a folder of the real disk: paths with slashes, a slash at the end of folders, and the bytes of files.
+// All that lies below a folder of the real disk: paths with slashes, a slash at the end of folders, and the bytes of
+// files.
 using Tree = std::map<std::string, std::string>;
 
 inline std::string bytesOf(std::filesystem::path const& path) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Memory that runs out at any point of an operation: std::bad_alloc comes through, nothing leaks, no search stays open,
-// and the objects that took part are as before. Operations that end in a message are not here: formatting a text ends the
-// process when memory runs out while the text is put in place.
+// and the objects that took part are as before. Operations that end in a message are not here: formatting a text ends
+// the process when memory runs out while the text is put in place.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of paths share: Strings and paths as UTF-8 text for expectations, and the messages of the path classes.
+// What the tests of paths share: Strings and paths as UTF-8 text for expectations, and the messages of the path
+// classes.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Paths, slow and obvious: the fields of a Directory and a File as plain values, and each operation written step by step
-// on plain texts. Nothing of the library is used, so that its path logic can be compared with this one.
+// Paths, slow and obvious: the fields of a Directory and a File as plain values, and each operation written step by
+// step on plain texts. Nothing of the library is used, so that its path logic can be compared with this one.
 #pragma once
 
 #include <cstddef>

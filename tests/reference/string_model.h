@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a String that is not NIL makes of its operations, on plain texts and the slow and obvious way. A text is given with
-// all the units that its length counts.
+// What a String that is not NIL makes of its operations, on plain texts and the slow and obvious way. A text is given
+// with all the units that its length counts.
 #pragma once
 
 #include "tests/reference/string_search.h"

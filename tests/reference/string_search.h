@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Searches in a text the slow and obvious way. A text is given with all the units that its length counts; for the readers
-// that stop at a NUL it ends at the first one.
+// Searches in a text the slow and obvious way. A text is given with all the units that its length counts; for the
+// readers that stop at a NUL it ends at the first one.
 #pragma once
 
 #include "kvbase/platform/text_api.h"

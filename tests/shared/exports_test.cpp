@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a program sees of the shipped library: exported data is one object on both sides, memory crosses the boundary, and
-// the seam can be swapped from outside.
+// What a program sees of the shipped library: exported data is one object on both sides, memory crosses the boundary,
+// and the seam can be swapped from outside.
 #include <gtest/gtest.h>
 
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend whose N-th call fails, with the failure value of that call and a chosen last error; every other call is
-// forwarded.
+// A file backend whose N-th call fails, with the failure value of that call and a chosen last error; every other call
+// is forwarded.
 //
 //   FailingFiles files;                       // counts only
 //   ... run the operation once, calls = files.calls() ...

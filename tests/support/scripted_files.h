@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend that answers what the test says and nothing else; the disk is not touched. Whatever the script does not
-// name is missing. It writes down each call as RecordingFiles does.
+// A file backend that answers what the test says and nothing else; the disk is not touched. Whatever the script does
+// not name is missing. It writes down each call as RecordingFiles does.
 //
 //   ScriptedFiles files;
 //   files.script.attributes[KVW("\\\\?\\C:\\a\\")] = platform::kAttributeDirectory;

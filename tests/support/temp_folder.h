@@ -66,8 +66,8 @@ class TempFolder {
   std::filesystem::path const& path() const { return path_; }
   std::filesystem::path path(std::filesystem::path const& below) const { return path_ / below; }
 
-  // The folder in the notation of the library, without a separator at its end, and an item below it. `below` is appended
-  // as it is, so it may hold wildcards or end in a separator.
+  // The folder in the notation of the library, without a separator at its end, and an item below it. `below` is
+  // appended as it is, so it may hold wildcards or end in a separator.
   wstring text() const {
     std::u16string const units = path_.u16string();
     wstring text(units.begin(), units.end());

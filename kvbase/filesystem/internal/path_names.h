@@ -49,8 +49,8 @@ constexpr int dotsIn(TextView text) {
   return static_cast<int>(size);
 }
 
-// The rule for one level: not empty, no control unit below 0x20, none of *?<>:"\/|, and no blank or dot at the end; but "."
-// and ".." are valid. NIL is invalid.
+// The rule for one level: not empty, no control unit below 0x20, none of *?<>:"\/|, and no blank or dot at the end; but
+// "." and ".." are valid. NIL is invalid.
 bool isValidItemName(String const& name);
 // The rule for the name of a file: "." and ".." are not valid.
 bool isValidFileName(TextView name);

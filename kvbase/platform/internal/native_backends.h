@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The backends of the system the library is built for: declared once, and implemented by the sources in platform/windows,
-// which forward each call one to one, and in platform/linux. They keep no state of their own and are constant-initialised
-// and trivially destroyed, hence there at any time.
+// The backends of the system the library is built for: declared once, and implemented by the sources in
+// platform/windows, which forward each call one to one, and in platform/linux. They keep no state of their own and are
+// constant-initialised and trivially destroyed, hence there at any time.
 #pragma once
 
 #include "kvbase/platform/debug_api.h"

@@ -10,15 +10,15 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Copies the contents of one open file to another, both at their beginning, inside the kernel where it can. Holes of the
-// source become holes.
+// Copies the contents of one open file to another, both at their beginning, inside the kernel where it can. Holes of
+// the source become holes.
 class CopyLoop {
  public:
   // `size` is what the system tells of the source; `hasHoles`: that there may be some, and that the target takes them.
   CopyLoop(int source, int target, off_t size, bool hasHoles);
 
-  // Calls `progress`, if not null, with nothing copied, after each slice, and with everything copied; for an empty file once.
-  // kNoError, the code of what went wrong, or kRequestAborted if the progress does not let the copy go on.
+  // Calls `progress`, if not null, with nothing copied, after each slice, and with everything copied; for an empty file
+  // once. kNoError, the code of what went wrong, or kRequestAborted if the progress does not let the copy go on.
   ulong32 run(CopyProgress progress, void* data);
 
  private:

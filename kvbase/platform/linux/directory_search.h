@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // A search through one directory: a snapshot of the entries that match, taken when it starts, so that what is made or
-// removed meanwhile disturbs nothing. Sorted: ".", "..", then by name in upper case, so that each search of an unchanged
-// directory gives the same order.
+// removed meanwhile disturbs nothing. Sorted: ".", "..", then by name in upper case, so that each search of an
+// unchanged directory gives the same order.
 #pragma once
 
 #include <cstddef>

@@ -32,8 +32,8 @@ bool isTarget(mode_t mode) {
   return S_ISREG(mode) || S_ISCHR(mode);
 }
 
-// The file that a copy is made into. Unless it is kept, nothing half-made stays: a file is removed, and emptied where it has
-// been reached through a link; a device is left as it is.
+// The file that a copy is made into. Unless it is kept, nothing half-made stays: a file is removed, and emptied where
+// it has been reached through a link; a device is left as it is.
 class TargetFile {
  public:
   explicit TargetFile(char const* path) : path_(path) {}

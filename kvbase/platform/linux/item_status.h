@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the system tells about an item, by the library's rule for links: one that leads to a directory or to nothing is seen
-// itself, unless the path ends in a separator.
+// What the system tells about an item, by the library's rule for links: one that leads to a directory or to nothing is
+// seen itself, unless the path ends in a separator.
 #pragma once
 
 #include <sys/stat.h>
@@ -19,8 +19,8 @@ bool queryItem(char const* path, unsigned int mask, struct statx& status);
 ulong32 attributesOf(mode_t mode, char const* path);
 bool isReadOnly(mode_t mode);
 
-// Sets the last error for a call on a path that failed with this value of errno; gives false. What is missing, the item, a
-// folder above it, its drive or its share, is found out by a further look at the disk.
+// Sets the last error for a call on a path that failed with this value of errno; gives false. What is missing, the
+// item, a folder above it, its drive or its share, is found out by a further look at the disk.
 bool failAt(char const* path, int error);
 
 }  // namespace platform

@@ -69,8 +69,8 @@ int accessFlags(ulong32 access) {
 // Opening a pipe must not wait for its other end, nor a terminal become this process's.
 constexpr int kPlainOpen = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
-// Opens what is there. Only files are opened with the access itself: opening a device or a pipe would do something to it,
-// and a directory cannot be opened to write. There the system is asked for the right, and the name alone is opened.
+// Opens what is there. Only files are opened with the access itself: opening a device or a pipe would do something to
+// it, and a directory cannot be opened to write. There the system is asked for the right, and the name alone is opened.
 FileHandle openItem(char const* path, mode_t mode, ulong32 access) {
   bool const asksNothing = (access & (kAccessRead | kAccessWrite)) == 0;
   int flags = accessFlags(access) | kPlainOpen;

@@ -37,7 +37,8 @@ wchar escaped(char byte) {
   return static_cast<wchar>(kEscape + static_cast<unsigned char>(byte));
 }
 
-// Length of the well-formed UTF-8 sequence of two bytes or more at `bytes`, 0 if there is none; `character` gets its value.
+// Length of the well-formed UTF-8 sequence of two bytes or more at `bytes`, 0 if there is none; `character` gets its
+// value.
 std::size_t sequenceAt(char const* bytes, std::size_t size, char32_t& character) {
   auto const at = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
   unsigned const lead = at(0);

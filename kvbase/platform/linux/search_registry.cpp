@@ -10,9 +10,9 @@ namespace platform {
 
 namespace {
 
-// Of constant initialisation and trivial destruction, so that searches work at any time: hence no container.
-// A handle holds the number of its slot in the low half and, in the high half, how many searches had been started before
-// it. That count never repeats within any life a handle could have.
+// Of constant initialisation and trivial destruction, so that searches work at any time: hence no container. A handle
+// holds the number of its slot in the low half and, in the high half, how many searches had been started before it.
+// That count never repeats within any life a handle could have.
 struct Slot {
   std::uintptr_t handle;
   DirectorySearch* search;  // null: free

@@ -3,7 +3,8 @@
 // The searches that are running in this process. A handle is a number, not an address: one that has been closed is
 // refused, also when its place is in use again.
 //
-// Thread rule: any function may be called from any thread; the search behind one handle belongs to one thread at a time.
+// Thread rule: any function may be called from any thread; the search behind one handle belongs to one thread at a
+// time.
 #pragma once
 
 #include <memory>

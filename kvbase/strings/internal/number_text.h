@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Numbers to and from 16-bit text, by the rules of the C runtime of Windows, the same on every system. Texts to read are
-// NUL-terminated.
+// Numbers to and from 16-bit text, by the rules of the C runtime of Windows, the same on every system. Texts to read
+// are NUL-terminated.
 //
-// Reading an integer takes leading white space, one sign, and decimal digits: ASCII, full-width, and those of the scripts
-// that the runtime knows.
+// Reading an integer takes leading white space, one sign, and decimal digits: ASCII, full-width, and those of the
+// scripts that the runtime knows.
 #pragma once
 
 #include <cstdint>
@@ -51,8 +51,8 @@ struct Parsed {
 Parsed<std::uint32_t> readUnsigned32(wchar const* text);
 Parsed<std::uint64_t> readUnsigned64(wchar const* text);
 
-// A floating-point number: decimal or hexadecimal (0x1.8p3), "inf", "infinity", "nan", without regard to case, ASCII digits
-// only. Too large gives infinity, too small the nearest number there is, 0 included (wcstod).
+// A floating-point number: decimal or hexadecimal (0x1.8p3), "inf", "infinity", "nan", without regard to case, ASCII
+// digits only. Too large gives infinity, too small the nearest number there is, 0 included (wcstod).
 Parsed<double> readDouble(wchar const* text);
 
 }  // namespace strings

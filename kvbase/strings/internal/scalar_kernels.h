@@ -142,8 +142,8 @@ inline long long toUtf8Scalar(wchar const* units, int n, char* bytes) {
   return end - bytes;
 }
 
-// One character of UTF-8 and how many bytes it took. A piece that begins a sequence but does not complete it, and a byte
-// that begins none, is U+FFFD.
+// One character of UTF-8 and how many bytes it took. A piece that begins a sequence but does not complete it, and a
+// byte that begins none, is U+FFFD.
 struct Utf8Character {
   unsigned int code;
   int bytes;

@@ -21,13 +21,14 @@ struct TextKernels {
   int (*mismatchIgnoringCase)(wchar const* a, wchar const* b, int n);
   // First index below n that holds the unit or a NUL; n if there is none.
   int (*findUnit)(wchar const* text, wchar unit, int n);
-  // Last index that holds the unit, before the first NUL and below n (for a NUL unit: the first NUL); -1 if there is none.
+  // Last index that holds the unit, before the first NUL and below n (for a NUL unit: the first NUL); -1 if there is
+  // none.
   int (*findLastUnit)(wchar const* text, wchar unit, int n);
   // First index at which the m units of the needle stand, all before the first NUL and below n; -1 if there is none.
   // m is at least 1 and the needle holds no NUL.
   int (*findText)(wchar const* text, int n, wchar const* needle, int m);
-  // First index below n that holds a unit from low to high, both in ASCII, or one beyond ASCII; n if there is none. NULs are
-  // units like all others.
+  // First index below n that holds a unit from low to high, both in ASCII, or one beyond ASCII; n if there is none.
+  // NULs are units like all others.
   int (*findRange)(wchar const* text, int n, wchar low, wchar high);
   // Overwrites each unit `from` before the first NUL and below n with `to`; returns how many. `from` is not NUL.
   int (*replaceUnit)(wchar* text, int n, wchar from, wchar to);

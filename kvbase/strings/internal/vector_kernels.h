@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The vector kernels, written once for any width. A vector type V offers kUnits, Half (a narrower vector, or void) and the
-// few operations used below; a mask has two bits a unit, the lowest unit in the lowest bits. Everything has internal
-// linkage: each source that includes this is compiled for another processor.
+// The vector kernels, written once for any width. A vector type V offers kUnits, Half (a narrower vector, or void) and
+// the few operations used below; a mask has two bits a unit, the lowest unit in the lowest bits. Everything has
+// internal linkage: each source that includes this is compiled for another processor.
 //
 // Ends that do not fill a vector are covered by one that overlaps what has been looked at before; only a range shorter
 // than the narrowest vector is left to the scalar kernels.
@@ -300,8 +300,8 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   return end - bytes;
 }
 
-// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time
-// by units(block, count), and any one character by character(code).
+// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a
+// time by units(block, count), and any one character by character(code).
 template <class V, class Sink>
 void readUtf8Text(char const* bytes, int n, Sink& sink) {
   auto const* const data = reinterpret_cast<unsigned char const*>(bytes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Large files and deep trees, as far as only Linux can tell: the room that a file takes, and walks without a limit of paths.
+// Large files and deep trees, as far as only Linux can tell: the room that a file takes, and walks without a limit of
+// paths.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 

@@ -113,7 +113,8 @@ TEST_F(PathDiskLinux, ACircularLinkEndsTheWalk) {
                    name(KVW("a\\self"))}));
 }
 
-// Names that Windows could not hold map into U+F000..F0FF, so no entry stops a walk and each name leads back to its file.
+// Names that Windows could not hold map into U+F000..F0FF, so no entry stops a walk and each name leads back to its
+// file.
 TEST_F(PathDiskLinux, ForeignNamesComeMappedAndLeadBack) {
   struct Row {
     char const* name;
@@ -284,7 +285,8 @@ TEST_F(PathDiskLinux, ALinkIsRemovedWhereItsDirectoryIsAskedFor) {
   EXPECT_TRUE(has("outside/kept"));
 }
 
-// A directory's name ends in a separator, and that looks through a link: asked for by its own name, it is what it leads to.
+// A directory's name ends in a separator, and that looks through a link: asked for by its own name, it is what it leads
+// to.
 TEST_F(PathDiskLinux, ALinkNamedAsADirectoryIsEmptiedAsOne) {
   folder.write("outside/sub/file");
   link("outside", "toOutside");

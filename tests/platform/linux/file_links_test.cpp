@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Links, as the calls that change something see them: each is handled itself where it leads to a directory or to nothing, and
-// nothing is ever written or removed behind it.
+// Links, as the calls that change something see them: each is handled itself where it leads to a directory or to
+// nothing, and nothing is ever written or removed behind it.
 #include "tests/platform/linux/file_support.h"
 
 namespace KV_1_1 {

@@ -60,8 +60,8 @@ ulong32 errorOf(Call call) {
   return error;
 }
 
-// Runs `body` in a process of its own, whose limits, rights and mounts are its own too, and which is ended should it hang.
-// What it expects counts here. False if the body gives false: this system does not let it do what it needs.
+// Runs `body` in a process of its own, whose limits, rights and mounts are its own too, and which is ended should it
+// hang. What it expects counts here. False if the body gives false: this system does not let it do what it needs.
 template <class Body>
 bool inChild(Body body) {
   constexpr int kFailed = 1, kNotPermitted = 2;
@@ -95,8 +95,8 @@ inline bool mountPrivately(std::filesystem::path const& at, char const* options,
          mount("none", at.c_str(), "tmpfs", flags, options) == 0;
 }
 
-// A device that is always full: a node in the folder, so that nothing else can suffer, or the system's where nobody may make
-// one. Empty if there is none.
+// A device that is always full: a node in the folder, so that nothing else can suffer, or the system's where nobody may
+// make one. Empty if there is none.
 inline std::filesystem::path fullDevice(TempFolder const& folder) {
   std::filesystem::path const own = folder.path("full");
   if (mknod(own.c_str(), S_IFCHR | 0666, makedev(1, 7)) == 0) {
@@ -152,8 +152,8 @@ struct ProgressCalls {
   }
 };
 
-// Calls of the native backend, each with the last error that it leaves, on names below a temporary folder or on absolute
-// ones.
+// Calls of the native backend, each with the last error that it leaves, on names below a temporary folder or on
+// absolute ones.
 class FileCalls : public ::testing::Test {
  protected:
   static platform::FileApi& files() { return platform::nativeFiles(); }
