@@ -9,7 +9,7 @@
 #include <type_traits>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/scripted_debug.h"
+#include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
 namespace {
@@ -18,7 +18,7 @@ using namespace KV_1_1::testing;
 
 // C:\s holds the files a and b and the folders p, with the file x and the folder q with the file y, and e; C:\t is
 // empty.
-class DirectoryCopy : public ::testing::Test {
+class DirectoryCopy : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryCopy() {
     debug.texts[5] = KVW("Denied.\r\n");
@@ -29,18 +29,9 @@ class DirectoryCopy : public ::testing::Test {
     files.list(KVW(R"(C:\s\p\q\)"), {{kFileEntry, KVW("y")}});
     files.list(KVW(R"(C:\s\e\)"), {});
   }
-  ~DirectoryCopy() override {
-    EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(debug.openTexts, 0);
-  }
 
   bool copy(bool recursive, bool overwrite) { return source->copyContents(target, recursive, overwrite, &progress); }
 
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
-  ScriptedDisk files;
-  platform::ScopedBackend<platform::FileApi> filesScope{files};
-  CollectedMessages messages;
   CountedFiles progress;
   SmartPtr<Directory const> source = directoryAt(KVW(R"(C:\s)"));
   SmartPtr<Directory const> target = directoryAt(KVW(R"(C:\t)"));

@@ -9,8 +9,7 @@
 #include <vector>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/scripted_debug.h"
-#include "tests/support/scripted_shell.h"
+#include "tests/filesystem/scripted_system.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -21,24 +20,12 @@ using namespace KV_1_1::testing;
 using Paths = std::vector<wstring>;
 using Refused = std::map<std::string, ulong32>;
 
-class DirectoryOperations : public ::testing::Test {
+class DirectoryOperations : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryOperations() {
     debug.texts[3] = KVW("No path.\r\n");
     debug.texts[5] = KVW("Denied.\r\n");
   }
-  ~DirectoryOperations() override {
-    EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(debug.openTexts, 0);
-  }
-
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
-  ScriptedDisk files;
-  platform::ScopedBackend<platform::FileApi> filesScope{files};
-  ScriptedShell shell;
-  platform::ScopedBackend<platform::ShellApi> shellScope{shell};
-  CollectedMessages messages;
 };
 
 // Each row on a disk of its own.

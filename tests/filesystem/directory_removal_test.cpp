@@ -9,7 +9,7 @@
 #include <string>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/scripted_debug.h"
+#include "tests/filesystem/scripted_system.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -18,7 +18,7 @@ namespace {
 using namespace KV_1_1::testing;
 
 // C:\d holds the folders s, with the file f, and t, and the files a and b.
-class DirectoryRemoval : public ::testing::Test {
+class DirectoryRemoval : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryRemoval() {
     debug.texts[5] = KVW("Denied.\r\n");
@@ -28,16 +28,7 @@ class DirectoryRemoval : public ::testing::Test {
     files.list(KVW(R"(C:\d\s\)"), {{kFileEntry, KVW("f")}});
     files.list(KVW(R"(C:\d\t\)"), {});
   }
-  ~DirectoryRemoval() override {
-    EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(debug.openTexts, 0);
-  }
 
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
-  ScriptedDisk files;
-  platform::ScopedBackend<platform::FileApi> filesScope{files};
-  CollectedMessages messages;
   SmartPtr<Directory const> directory = directoryAt(KVW(R"(C:\d)"));
 };
 

@@ -6,34 +6,24 @@
 #include <cstdint>
 #include <string>
 
-#include "tests/filesystem/path_support.h"
-#include "tests/support/scripted_files.h"
-#include "tests/support/scripted_shell.h"
+#include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-class FileDesktop : public ::testing::Test {
+class FileDesktop : public ScriptedSystem<ScriptedFiles> {
  protected:
   FileDesktop() {
     files.script.attributes[KVW(R"(\\?\C:\a\f.e)")] = platform::kAttributeNormal;
     files.script.attributes[KVW(R"(\\?\C:\a\d)")] = platform::kAttributeDirectory;
   }
-  ~FileDesktop() override {
-    EXPECT_EQ(shell.openItems, 0);
-    EXPECT_EQ(messages.take(), Texts());
-  }
+  ~FileDesktop() override { EXPECT_EQ(messages.take(), Texts()); }
 
   SmartPtr<File const> const file = fileAt(KVW(R"(C:\a\f.e)"));
   SmartPtr<File const> const missing = fileAt(KVW(R"(C:\a\missing)"));
   SmartPtr<File const> const folder = fileAt(KVW(R"(C:\a\d)"));  // a file by name, a directory on the disk
-  ScriptedFiles files;
-  platform::ScopedBackend<platform::FileApi> filesScope{files};
-  ScriptedShell shell;
-  platform::ScopedBackend<platform::ShellApi> shellScope{shell};
-  CollectedMessages messages;
 };
 
 TEST_F(FileDesktop, OpenWithDefaultAppSucceedsFrom32On) {

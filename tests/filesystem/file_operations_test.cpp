@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/scripted_debug.h"
+#include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-class FileOperations : public ::testing::Test {
+class FileOperations : public ScriptedSystem<ScriptedFiles> {
  protected:
   FileOperations() {
     debug.texts[5] = KVW("Denied.\r\n");
@@ -24,20 +24,11 @@ class FileOperations : public ::testing::Test {
     files.script.attributes[KVW(R"(\\?\C:\a\f.e)")] = platform::kAttributeNormal;
     files.script.attributes[KVW(R"(\\?\C:\a\d)")] = platform::kAttributeDirectory;
   }
-  ~FileOperations() override {
-    EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(debug.openTexts, 0);
-    EXPECT_EQ(messages.take(), Texts());
-  }
+  ~FileOperations() override { EXPECT_EQ(messages.take(), Texts()); }
 
   SmartPtr<File const> const file = fileAt(KVW(R"(C:\a\f.e)"));
   SmartPtr<File const> const missing = fileAt(KVW(R"(C:\a\missing)"));
   SmartPtr<File const> const folder = fileAt(KVW(R"(C:\a\d)"));  // a file by name, a directory on the disk
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
-  ScriptedFiles files;
-  platform::ScopedBackend<platform::FileApi> filesScope{files};
-  CollectedMessages messages;
 };
 
 // What the system's reason reads in a message.

@@ -9,9 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/filesystem/path_support.h"
-#include "tests/support/scripted_debug.h"
-#include "tests/support/scripted_files.h"
+#include "tests/filesystem/scripted_system.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -40,24 +38,16 @@ SmartPtr<File const> named(wchar const* path, wchar const* name) {
   return file;
 }
 
-class ItemQueries : public ::testing::Test {
+class ItemQueries : public ScriptedSystem<ScriptedFiles> {
  protected:
   ItemQueries() {
     files.script.attributes[KVW(R"(\\?\C:\f)")] = platform::kAttributeNormal;
     files.script.attributes[KVW(R"(\\?\C:\d\)")] = platform::kAttributeDirectory;
   }
-  ~ItemQueries() override {
-    EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(messages.take(), Texts());
-  }
+  ~ItemQueries() override { EXPECT_EQ(messages.take(), Texts()); }
 
   SmartPtr<File const> const file = fileAt(KVW(R"(C:\f)"));
   SmartPtr<Directory const> const directory = directoryAt(KVW(R"(C:\d)"));
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
-  ScriptedFiles files;
-  platform::ScopedBackend<platform::FileApi> scope{files};
-  CollectedMessages messages;
 };
 
 TEST_F(ItemQueries, AccessMakesAMaskOfTheMode) {
