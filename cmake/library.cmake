@@ -6,7 +6,7 @@
 file(GLOB_RECURSE kvbase_sources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.cpp")
 file(GLOB_RECURSE kvbase_public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.h")
 file(GLOB_RECURSE kvbase_resources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.rc")
-list(FILTER kvbase_public_headers EXCLUDE REGEX "/internal/|/platform/(linux|windows)/")
+list(FILTER kvbase_public_headers EXCLUDE REGEX "/internal/|^kvbase/(kernels|library)/|/platform/(linux|windows)/")
 if(WIN32)
   list(FILTER kvbase_sources EXCLUDE REGEX "/platform/linux/")
 else()
@@ -15,7 +15,7 @@ endif()
 
 # All dynamic initialisation is in this one unit. It has to come first in any program that links the objects, so that no
 # static object of the program meets a library that is not up. ELF systems start units in link order, mingw in reverse.
-set(kvbase_globals kvbase/core/library_globals.cpp)
+set(kvbase_globals kvbase/library/library_globals.cpp)
 list(REMOVE_ITEM kvbase_sources ${kvbase_globals})
 list(PREPEND kvbase_sources ${kvbase_globals})
 

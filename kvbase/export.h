@@ -19,6 +19,13 @@
 #define KVBASE_API __attribute__((visibility("default")))
 #endif
 
+// KVBASE_LOCAL marks what each library of the family has of its own: it is never exported, nor taken from another library.
+#if defined(_WIN32)
+#define KVBASE_LOCAL
+#else
+#define KVBASE_LOCAL __attribute__((visibility("hidden")))
+#endif
+
 // Lets a class with several empty bases take no room for them, as every compiler but one does by itself.
 #if defined(_MSC_VER)
 #define KVBASE_EMPTY_BASES __declspec(empty_bases)

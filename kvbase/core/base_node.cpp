@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/core/base_node.h"
 
-#include "kvbase/core/internal/library_class.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -12,8 +12,8 @@ mZClass const* BaseNode::getClassType() const {
 }
 
 mZClass const* BaseNode::Class() {
-  static LibraryClass<mZClass> record(KVW("BaseNode"));
-  return record.get();
+  static ClassRegistration<mZClass> registration(KVW("BaseNode"));
+  return registration.get();
 }
 
 void BaseNode::validityCheck(unsigned int) const {}

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "kvbase/core/internal/library_class.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -23,19 +23,6 @@ Directory& Directory::operator=(Directory const& other) {
 
 Directory::~Directory() = default;
 
-Directory::ClassCreator::~ClassCreator() = default;
-
-mZClass const* Directory::getClassType() const {
-  return Class();
-}
-
-mZClass const* Directory::Class() {
-  static LibraryClass<ClassCreator> record(KVW("Directory"), &FileSystemItem::Class);
-  return record.get();
-}
-
-void Directory::initStatics() {}
-
-void Directory::clearStatics() {}
+KVBASE_REGISTER_CLASS(Directory, FileSystemItem)
 
 }  // namespace KV_1_1

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "kvbase/core/internal/library_class.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -23,19 +23,6 @@ File& File::operator=(File const& other) {
 
 File::~File() = default;
 
-File::ClassCreator::~ClassCreator() = default;
-
-mZClass const* File::getClassType() const {
-  return Class();
-}
-
-mZClass const* File::Class() {
-  static LibraryClass<ClassCreator> record(KVW("File"), &FileSystemItem::Class);
-  return record.get();
-}
-
-void File::initStatics() {}
-
-void File::clearStatics() {}
+KVBASE_REGISTER_CLASS(File, FileSystemItem)
 
 }  // namespace KV_1_1

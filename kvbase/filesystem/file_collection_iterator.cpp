@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/filesystem/file_collection_iterator.h"
 
-#include "kvbase/core/internal/library_class.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -22,19 +22,6 @@ SmartPtr<File const> FileCollectionIterator::getNext() {
   return given_ < files_.size() ? files_[given_++] : nullptr;
 }
 
-FileCollectionIterator::ClassCreator::~ClassCreator() = default;
-
-mZClass const* FileCollectionIterator::getClassType() const {
-  return Class();
-}
-
-mZClass const* FileCollectionIterator::Class() {
-  static LibraryClass<ClassCreator> record(KVW("FileCollectionIterator"), &FileIterator::Class);
-  return record.get();
-}
-
-void FileCollectionIterator::initStatics() {}
-
-void FileCollectionIterator::clearStatics() {}
+KVBASE_REGISTER_CLASS(FileCollectionIterator, FileIterator)
 
 }  // namespace KV_1_1

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/filesystem/file_system_item.h"
 
-#include "kvbase/core/internal/library_class.h"
 #include "kvbase/filesystem/internal/error_sink.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -14,19 +14,6 @@ void FileSystemItem::reportError(String const& message) {
   if (errorSink != nullptr) errorSink(message);
 }
 
-FileSystemItem::ClassCreator::~ClassCreator() = default;
-
-mZClass const* FileSystemItem::getClassType() const {
-  return Class();
-}
-
-mZClass const* FileSystemItem::Class() {
-  static LibraryClass<ClassCreator> record(KVW("FileSystemItem"), &BaseNode::Class);
-  return record.get();
-}
-
-void FileSystemItem::initStatics() {}
-
-void FileSystemItem::clearStatics() {}
+KVBASE_REGISTER_CLASS(FileSystemItem, BaseNode)
 
 }  // namespace KV_1_1

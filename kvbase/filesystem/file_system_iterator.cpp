@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/filesystem/file_system_iterator.h"
 
-#include "kvbase/core/internal/library_class.h"
 #include "kvbase/filesystem/internal/path_names.h"
+#include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
 
@@ -77,49 +77,8 @@ DirectoryIterator::~DirectoryIterator() = default;
 
 FileIterator::~FileIterator() = default;
 
-FileSystemIterator::ClassCreator::~ClassCreator() = default;
-
-DirectoryIterator::ClassCreator::~ClassCreator() = default;
-
-FileIterator::ClassCreator::~ClassCreator() = default;
-
-mZClass const* FileSystemIterator::getClassType() const {
-  return Class();
-}
-
-mZClass const* DirectoryIterator::getClassType() const {
-  return Class();
-}
-
-mZClass const* FileIterator::getClassType() const {
-  return Class();
-}
-
-mZClass const* FileSystemIterator::Class() {
-  static LibraryClass<ClassCreator> record(KVW("FileSystemIterator"), &BaseNode::Class);
-  return record.get();
-}
-
-mZClass const* DirectoryIterator::Class() {
-  static LibraryClass<ClassCreator> record(KVW("DirectoryIterator"), &FileSystemIterator::Class);
-  return record.get();
-}
-
-mZClass const* FileIterator::Class() {
-  static LibraryClass<ClassCreator> record(KVW("FileIterator"), &FileSystemIterator::Class);
-  return record.get();
-}
-
-void FileSystemIterator::initStatics() {}
-
-void FileSystemIterator::clearStatics() {}
-
-void DirectoryIterator::initStatics() {}
-
-void DirectoryIterator::clearStatics() {}
-
-void FileIterator::initStatics() {}
-
-void FileIterator::clearStatics() {}
+KVBASE_REGISTER_CLASS(FileSystemIterator, BaseNode)
+KVBASE_REGISTER_CLASS(DirectoryIterator, FileSystemIterator)
+KVBASE_REGISTER_CLASS(FileIterator, FileSystemIterator)
 
 }  // namespace KV_1_1

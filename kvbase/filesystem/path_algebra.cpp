@@ -8,7 +8,7 @@
 #include "kvbase/filesystem/internal/current_directory.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
-#include "kvbase/strings/internal/text_kernels.h"
+#include "kvbase/kernels/text_kernels.h"
 
 namespace KV_1_1 {
 

@@ -8,9 +8,9 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/text_builder.h"
-#include "kvbase/strings/internal/text_kernels.h"
 
 namespace KV_1_1 {
 

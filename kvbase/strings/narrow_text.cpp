@@ -4,8 +4,8 @@
 #include <climits>
 #include <cstring>
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/text_api.h"
-#include "kvbase/strings/internal/text_kernels.h"
 
 namespace KV_1_1 {
 namespace strings {

@@ -3,7 +3,7 @@
 #include <climits>
 #include <new>
 
-#include "kvbase/strings/internal/text_kernels.h"
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {

@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/number_text.h"
 #include "kvbase/strings/internal/text_builder.h"
-#include "kvbase/strings/internal/text_kernels.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {

@@ -3,8 +3,8 @@
 #include <climits>
 #include <new>
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/text_builder.h"
-#include "kvbase/strings/internal/text_kernels.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {

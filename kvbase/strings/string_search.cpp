@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/kernels/two_way_search.h"
 #include "kvbase/strings/internal/character_class.h"
-#include "kvbase/strings/internal/text_kernels.h"
-#include "kvbase/strings/internal/two_way_search.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {

@@ -8,9 +8,9 @@
 #include <new>
 #include <utility>
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/allocation.h"
 #include "kvbase/strings/internal/narrow_text.h"
-#include "kvbase/strings/internal/text_kernels.h"
 
 namespace KV_1_1 {
 

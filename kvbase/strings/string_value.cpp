@@ -4,9 +4,9 @@
 #include <cstring>
 #include <new>
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/text_builder.h"
-#include "kvbase/strings/internal/text_kernels.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {

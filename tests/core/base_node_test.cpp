@@ -10,7 +10,7 @@
 #include "kvbase/core/smart_ptr.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
-#include "kvbase/modules/internal/library_module.h"
+#include "kvbase/modules/client_module.h"
 #include "kvbase/modules/module.h"
 #include "tests/core/counted_node.h"
 #include "tests/support/narrow_text.h"

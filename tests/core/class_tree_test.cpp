@@ -10,7 +10,6 @@
 
 #include "kvbase/kvbase.h"
 #include "kvbase/modules/client_module.h"
-#include "kvbase/modules/internal/library_module.h"
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "kvbase/core/internal/lazy.h"
+#include "kvbase/core/lazy.h"
 #include "kvbase/kvbase.h"
 #include "tests/core/counted_node.h"
 
@@ -85,13 +85,13 @@ TEST(LazyConcurrency, ObjectsOfManyThreadsAreAllTakenDown) {
     std::atomic<int>& counter_;
   };
   constexpr int kEach = 200;
-  EndList::Entry* const mark = EndList::newest();
+  AtExitList::Entry* const mark = AtExitList::newest();
   std::vector<std::vector<std::unique_ptr<Lazy<Counted>>>> objects(kThreads);
   onThreads([&](int i) {
     for (int k = 0; k < kEach; ++k) objects[static_cast<std::size_t>(i)].emplace_back(new Lazy<Counted>(alive));
   });
   EXPECT_EQ(alive, kThreads * kEach);
-  EndList::takeDownTo(mark);
+  AtExitList::runDownTo(mark);
   EXPECT_EQ(alive, 0);
 }
 
@@ -100,7 +100,7 @@ TEST(LazyConcurrency, OneObjectIsBuiltOnceForAllThreads) {
   struct Counted {
     Counted() { ++built; }
   };
-  EndList::Entry* const mark = EndList::newest();
+  AtExitList::Entry* const mark = AtExitList::newest();
   std::vector<Counted*> seen(kThreads);
   onThreads([&seen](int i) {
     static Lazy<Counted> object;
@@ -108,7 +108,7 @@ TEST(LazyConcurrency, OneObjectIsBuiltOnceForAllThreads) {
   });
   EXPECT_EQ(built, 1);
   for (Counted* object : seen) EXPECT_EQ(object, seen.front());
-  EndList::takeDownTo(mark);
+  AtExitList::runDownTo(mark);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "kvbase/modules/client_module.h"
-#include "kvbase/modules/internal/library_module.h"
 
 namespace KV_1_1 {
 namespace {

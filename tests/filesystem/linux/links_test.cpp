@@ -12,7 +12,7 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/path_support.h"
-#include "tests/platform/linux/file_support.h"
+#include "tests/platform/linux/files/file_support.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {

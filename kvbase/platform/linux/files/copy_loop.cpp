@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/files/copy_loop.h"
+
+#include <errno.h>
+#include <sys/sendfile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "kvbase/platform/linux/errors/last_error.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+// With somebody to tell, slices so small that the telling is smooth, and so large that it costs nothing.
+constexpr off_t kToldSlice = off_t{8} << 20;
+constexpr off_t kUntoldSlice = off_t{1} << 30;
+
+// Whether a way says by this error that it does not work between these two files.
+bool isRefusal(int error) {
+  return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM;
+}
+
+bool writeAll(int target, char const* bytes, std::size_t size) {
+  for (std::size_t done = 0; done < size;) {
+    ssize_t const written = write(target, bytes + done, size - done);
+    if (written < 0 && errno != EINTR) return false;
+    if (written > 0) done += static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+ssize_t copyByBuffer(int source, int target, std::size_t size) {
+  char buffer[65536];
+  ssize_t count;
+  do {
+    count = read(source, buffer, std::min(size, sizeof buffer));
+  } while (count < 0 && errno == EINTR);
+  if (count > 0 && !writeAll(target, buffer, static_cast<std::size_t>(count))) return -1;
+  return count;
+}
+
+}  // namespace
+
+// Files of /proc and the like have contents but no size; only reading tells where they end.
+CopyLoop::CopyLoop(int source, int target, off_t size, bool hasHoles)
+    : source_(source),
+      target_(target),
+      size_(size),
+      limit_(size == 0 ? std::numeric_limits<off_t>::max() : size),
+      hasHoles_(hasHoles && size != 0),
+      way_(size == 0 ? Way::kBuffer : Way::kCopyRange) {}
+
+ulong32 CopyLoop::run(CopyProgress progress, void* data) {
+  off_t const slice = progress != nullptr ? kToldSlice : kUntoldSlice;
+  auto const mayGoOn = [progress, data](off_t total, off_t transferred) {
+    return progress == nullptr || progress(total, transferred, data) == kProgressContinue;
+  };
+  if (!mayGoOn(size_, 0)) return kRequestAborted;
+
+  ssize_t copied = 1;
+  for (off_t end = 0; copied != 0 && findData(end);) {
+    while (at_ < end && copied != 0) {
+      copied = copySlice(static_cast<std::size_t>(std::min(slice, end - at_)));
+      if (copied < 0) return codeOf(errno);
+      at_ += copied;
+      if (at_ < size_ && !mayGoOn(size_, at_)) return kRequestAborted;
+    }
+  }
+  if (hasHoles_ && ftruncate(target_, at_) != 0) return codeOf(errno);
+  // A source that has become another length meanwhile is told by what it had.
+  return at_ == 0 || mayGoOn(at_, at_) ? kNoError : kRequestAborted;
+}
+
+bool CopyLoop::findData(off_t& end) {
+  if (at_ >= limit_) return false;
+  end = limit_;
+  if (!hasHoles_) return true;
+  off_t const begin = lseek(source_, at_, SEEK_DATA);
+  bool const isHole = begin < 0 && errno == ENXIO;
+  if (isHole) {
+    at_ = limit_;
+    return false;
+  }
+  // A file system that cannot tell holes has data everywhere.
+  if (begin >= 0) {
+    at_ = begin;
+    end = std::min(limit_, lseek(source_, begin, SEEK_HOLE));
+  }
+  lseek(source_, at_, SEEK_SET);
+  lseek(target_, at_, SEEK_SET);
+  return true;
+}
+
+ssize_t CopyLoop::copySlice(std::size_t size) {
+  for (;;) {
+    ssize_t const copied = way_ == Way::kCopyRange  ? copy_file_range(source_, nullptr, target_, nullptr, size, 0)
+                           : way_ == Way::kSendFile ? sendfile(target_, source_, nullptr, size)
+                                                    : copyByBuffer(source_, target_, size);
+    if (copied > 0 || way_ == Way::kBuffer) return copied;
+    if (copied < 0 && errno == EINTR) continue;
+    if (copied < 0 && !isRefusal(errno)) return -1;
+    // Also where it says that there is nothing more: of some files only reading tells the truth.
+    way_ = way_ == Way::kCopyRange ? Way::kSendFile : Way::kBuffer;
+  }
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

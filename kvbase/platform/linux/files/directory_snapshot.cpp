@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/files/directory_snapshot.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "kvbase/platform/linux/errors/last_error.h"
+#include "kvbase/platform/linux/files/descriptor.h"
+#include "kvbase/platform/linux/files/item_status.h"
+#include "kvbase/platform/linux/files/name_mapping.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+constexpr std::size_t kNameCapacity = sizeof(FindData::name) / sizeof(wchar);
+
+// The kind of an entry, asked from the disk only where the directory does not tell it.
+unsigned char typeOf(int directory, char const* name, unsigned char told) {
+  if (told != DT_UNKNOWN) return told;
+  struct stat status;
+  if (fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return DT_REG;
+  return static_cast<unsigned char>(IFTODT(status.st_mode));
+}
+
+ulong32 attributesOfEntry(unsigned char type, bool isHidden) {
+  ulong32 const kind = type == DT_DIR ? kAttributeDirectory : type == DT_LNK ? kAttributeReparsePoint : 0;
+  ulong32 const attributes = kind | (isHidden ? kAttributeHidden : 0);
+  return attributes != 0 ? attributes : kAttributeNormal;
+}
+
+// The first four units in upper case, comparable as one number.
+std::uint64_t keyOf(wchar const* name, std::size_t size) {
+  std::uint64_t key = 0;
+  for (std::size_t i = 0; i < 4; ++i) key = (key << 16) | (i < size ? upperCased(name[i]) : 0u);
+  return key;
+}
+
+// How many units two names have in common in upper case, `most` at most.
+std::size_t commonSize(wchar const* a, wchar const* b, std::size_t most) {
+  std::size_t n = 0;
+  while (n < most && (a[n] == b[n] || upperCased(a[n]) == upperCased(b[n]))) ++n;
+  return n;
+}
+
+}  // namespace
+
+bool DirectorySearch::read(char const* path, Wildcard const& wildcard) {
+  Descriptor const directory(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  // A folder of a search is a part of a path: where it is missing, the path is.
+  if (!directory) return errno == ENOENT ? failWith(kPathNotFound) : failAt(path, errno);
+  if (!readAll(directory.get(), wildcard)) return failAt(path, errno);
+  sort();
+  return true;
+}
+
+bool DirectorySearch::readAll(int directory, Wildcard const& wildcard) {
+  alignas(dirent64) char block[32768];
+  entries_.reserve(64);
+  for (;;) {
+    ssize_t const size = getdents64(directory, block, sizeof block);
+    if (size <= 0) return size == 0;
+    for (ssize_t at = 0; at < size;) {
+      auto const* const entry = reinterpret_cast<dirent64 const*>(block + at);
+      add(directory, entry->d_name, entry->d_type, wildcard);
+      at += entry->d_reclen;
+    }
+  }
+}
+
+void DirectorySearch::add(int directory, char const* name, unsigned char type, Wildcard const& wildcard) {
+  std::size_t const bytes = strlen(name);
+  if (names_.size() - namesUsed_ < bytes) names_.resize(std::max<std::size_t>(2 * names_.size(), 2048 + bytes));
+  wchar* const units = names_.data() + namesUsed_;
+  std::size_t const size = nameFromNative(name, bytes, units);
+  // A longer name is none of Windows; only file systems of other origin can have one.
+  if (size >= kNameCapacity || !wildcard.matches(units, size)) return;
+  bool const isHidden = units[0] == '.' && !isDots(units, size);
+  ulong32 const attributes = attributesOfEntry(typeOf(directory, name, type), isHidden);
+  entries_.push_back({0, static_cast<std::uint32_t>(namesUsed_), static_cast<std::uint16_t>(size),
+                      static_cast<std::uint16_t>(attributes)});
+  namesUsed_ += size;
+}
+
+void DirectorySearch::sort() {
+  auto const nameOf = [this](Entry const& entry) { return names_.data() + entry.name; };
+  auto const first = std::partition(entries_.begin(), entries_.end(),
+                                    [&](Entry const& entry) { return isDots(nameOf(entry), entry.size); });
+  std::sort(entries_.begin(), first, [](Entry const& a, Entry const& b) { return a.size < b.size; });
+  if (first == entries_.end()) return;
+
+  // Files of one directory are often named alike, so the keys are taken behind what all names have in common.
+  std::size_t common = first->size;
+  for (auto entry = first; entry != entries_.end(); ++entry) {
+    common = commonSize(nameOf(*first), nameOf(*entry), std::min<std::size_t>(common, entry->size));
+  }
+  for (auto entry = first; entry != entries_.end(); ++entry) {
+    entry->key = keyOf(nameOf(*entry) + common, entry->size - common);
+  }
+  std::sort(first, entries_.end(),
+            [this](Entry const& a, Entry const& b) { return a.key != b.key ? a.key < b.key : isBefore(a, b); });
+}
+
+bool DirectorySearch::isBefore(Entry const& a, Entry const& b) const {
+  wchar const* const left = names_.data() + a.name;
+  wchar const* const right = names_.data() + b.name;
+  std::size_t const shorter = std::min(a.size, b.size);
+  std::size_t const common = commonSize(left, right, shorter);
+  if (common < shorter) return upperCased(left[common]) < upperCased(right[common]);
+  if (a.size != b.size) return a.size < b.size;
+  return std::lexicographical_compare(left, left + a.size, right, right + b.size);
+}
+
+bool DirectorySearch::next(FindData& data) {
+  if (next_ == entries_.size()) return failWith(kNoMoreFiles);
+  Entry const& entry = entries_[next_++];
+  data.attributes = entry.attributes;
+  memcpy(data.name, names_.data() + entry.name, entry.size * sizeof(wchar));
+  data.name[entry.size] = 0;
+  return true;
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

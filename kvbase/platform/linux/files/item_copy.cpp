@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+
+#include "kvbase/platform/linux/errors/last_error.h"
+#include "kvbase/platform/linux/files/copy_loop.h"
+#include "kvbase/platform/linux/files/descriptor.h"
+#include "kvbase/platform/linux/files/item_changes.h"
+#include "kvbase/platform/linux/files/item_status.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+constexpr mode_t kPermissions = 0777;
+
+bool isSame(struct stat const& a, struct stat const& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// What may be copied onto: a file, or a device such as the one that takes everything.
+bool isTarget(mode_t mode) {
+  return S_ISREG(mode) || S_ISCHR(mode);
+}
+
+// The file that a copy is made into. Unless it is kept, nothing half-made stays: a file is removed, and emptied where
+// it has been reached through a link; a device is left as it is.
+class TargetFile {
+ public:
+  explicit TargetFile(char const* path) : path_(path) {}
+  ~TargetFile() {
+    if (file_) discard();
+  }
+  TargetFile(TargetFile const&) = delete;
+  TargetFile& operator=(TargetFile const&) = delete;
+
+  // Makes the file, or opens and empties the one that is there.
+  bool open(struct stat const& source, bool failIfExists) {
+    Descriptor made(::open(path_, O_WRONLY | O_CREAT | O_EXCL | kPlainOpen, source.st_mode & kPermissions));
+    if (made) {
+      file_ = std::move(made);
+      status_.st_mode = S_IFREG;
+      return fstat(file_.get(), &status_) == 0 || failWith(codeOf(errno));
+    }
+    if (errno != EEXIST) return failAt(path_, errno);
+    return failIfExists ? failWith(kFileExists) : openExisting(source);
+  }
+
+  int descriptor() const { return file_.get(); }
+  mode_t mode() const { return status_.st_mode; }
+
+  // Gives the file the rights and the time of its source as far as the file system can, and closes it.
+  bool keep(struct stat const& source) {
+    if (S_ISREG(status_.st_mode)) {
+      if (((status_.st_mode ^ source.st_mode) & kPermissions) != 0) fchmod(file_.get(), source.st_mode & kPermissions);
+      timespec const times[] = {{0, UTIME_OMIT}, source.st_mtim};
+      futimens(file_.get(), times);
+    }
+    // Some file systems tell only now that there was no room. The descriptor is gone in any case.
+    if (::close(file_.release()) == 0 || errno == EINTR) return true;
+    ulong32 const code = codeOf(errno);
+    discard();
+    return failWith(code);
+  }
+
+ private:
+  bool openExisting(struct stat const& source) {
+    struct stat item;
+    if (lstat(path_, &item) != 0) return failAt(path_, errno);
+    isThroughLink_ = S_ISLNK(item.st_mode);
+    // Nothing is made where a link leads to nothing.
+    if (isThroughLink_ && stat(path_, &item) != 0) return failWith(kAccessDenied);
+    if (isSame(item, source)) return failWith(kSharingViolation);
+    if (!isTarget(item.st_mode) || isReadOnly(item.st_mode)) return failWith(kAccessDenied);
+
+    Descriptor existing(::open(path_, O_WRONLY | kPlainOpen));
+    if (!existing) return failAt(path_, errno);
+    if (fstat(existing.get(), &status_) != 0) return failWith(codeOf(errno));
+    // Somebody may have put another item there meanwhile.
+    if (!isSame(item, status_)) return failWith(kSharingViolation);
+    if (S_ISREG(status_.st_mode) && ftruncate(existing.get(), 0) != 0) return failWith(codeOf(errno));
+    file_ = std::move(existing);
+    return true;
+  }
+
+  // Nobody is left to tell if that fails, too.
+  void discard() const {
+    if (!S_ISREG(status_.st_mode)) return;
+    static_cast<void>((isThroughLink_ ? truncate(path_, 0) : unlink(path_)) == 0);
+  }
+
+  char const* const path_;
+  Descriptor file_;
+  struct stat status_ = {};
+  bool isThroughLink_ = false;
+};
+
+// A name beside `path` that nobody else uses, for an item that is to take its place.
+void nameBeside(char const* path, NativePath& name) {
+  static std::atomic<unsigned> counter{0};
+  char const* const slash = strrchr(path, '/');
+  name.resize(0);
+  if (slash != nullptr) name.append(path, static_cast<std::size_t>(slash - path) + 1);
+  char level[64];
+  int const size = snprintf(level, sizeof level, ".kvbase-%ld-%u", static_cast<long>(getpid()), ++counter);
+  name.append(level, static_cast<std::size_t>(size) + 1);
+}
+
+// Puts a link in the place of a file or link, at once or not at all.
+bool replaceByLink(char const* text, char const* target) {
+  NativePath name;
+  bool isMade;
+  do {
+    nameBeside(target, name);
+    isMade = symlink(text, name.data()) == 0;
+  } while (!isMade && errno == EEXIST);
+  if (!isMade) return failAt(target, errno);
+  if (rename(name.data(), target) == 0) return true;
+  int const error = errno;
+  unlink(name.data());
+  return failAt(target, error);
+}
+
+bool readLink(char const* path, NativePath& text) {
+  text.resize(256);
+  for (;;) {
+    ssize_t const size = readlink(path, text.data(), text.size());
+    if (size < 0) return failAt(path, errno);
+    if (static_cast<std::size_t>(size) < text.size()) {
+      text[static_cast<std::size_t>(size)] = '\0';
+      return true;
+    }
+    text.resize(2 * text.size());
+  }
+}
+
+bool copyFileContents(int source, struct stat const& status, char const* target, CopyProgress progress, void* data,
+                      bool failIfExists) {
+  TargetFile file(target);
+  if (!file.open(status, failIfExists)) return false;
+  bool const hasHoles = S_ISREG(file.mode()) && off_t{status.st_blocks} * 512 < status.st_size;
+  ulong32 const error = CopyLoop(source, file.descriptor(), status.st_size, hasHoles).run(progress, data);
+  if (error != kNoError) return failWith(error);
+  return file.keep(status);
+}
+
+}  // namespace
+
+bool copyLink(char const* source, char const* target, bool failIfExists) {
+  NativePath text;
+  if (!readLink(source, text)) return false;
+  if (symlink(text.data(), target) == 0) return true;
+  if (errno != EEXIST) return failAt(target, errno);
+  if (failIfExists) return failWith(kFileExists);
+
+  struct stat item, link;
+  if (lstat(target, &item) != 0) return failAt(target, errno);
+  if (lstat(source, &link) != 0) return failAt(source, errno);
+  if (isSame(item, link)) return failWith(kSharingViolation);
+  bool const mayBeReplaced = S_ISLNK(item.st_mode) || (S_ISREG(item.st_mode) && !isReadOnly(item.st_mode));
+  return mayBeReplaced ? replaceByLink(text.data(), target) : failWith(kAccessDenied);
+}
+
+// The item is asked about before it is opened: opening a device may already do something to it.
+bool copyItem(char const* source, char const* target, CopyProgress progress, void* data, bool failIfExists) {
+  struct stat status;
+  if (lstat(source, &status) != 0) return failAt(source, errno);
+  bool const isLink = S_ISLNK(status.st_mode);
+  if (isLink && (stat(source, &status) != 0 || S_ISDIR(status.st_mode))) {
+    if (progress != nullptr && progress(0, 0, data) != kProgressContinue) return failWith(kRequestAborted);
+    return copyLink(source, target, failIfExists);
+  }
+  if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
+  Descriptor const file(open(source, O_RDONLY | kPlainOpen));
+  if (!file) return failAt(source, errno);
+  // What is open now counts, whatever has been put in its place meanwhile.
+  if (fstat(file.get(), &status) != 0) return failWith(codeOf(errno));
+  if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
+  return copyFileContents(file.get(), status, target, progress, data, failIfExists);
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

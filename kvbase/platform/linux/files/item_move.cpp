@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "kvbase/platform/linux/errors/last_error.h"
+#include "kvbase/platform/linux/files/item_changes.h"
+#include "kvbase/platform/linux/files/item_status.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+// Whether both paths lead to one entry of one folder. Of a file with several names only equal paths tell.
+bool isSameEntry(char const* source, char const* target) {
+  struct stat a, b;
+  if (lstat(source, &a) != 0 || lstat(target, &b) != 0) return false;
+  if (a.st_dev != b.st_dev || a.st_ino != b.st_ino) return false;
+  return S_ISDIR(a.st_mode) || a.st_nlink == 1 || strcmp(source, target) == 0;
+}
+
+// The target is there; that is no obstacle only where it is the source itself, perhaps by a name in another case.
+bool renameToExisting(char const* source, char const* target) {
+  struct stat status;
+  if (lstat(source, &status) != 0) return failAt(source, errno);
+  if (!isSameEntry(source, target)) return failWith(kAlreadyExists);
+  return rename(source, target) == 0 || failAt(source, errno);
+}
+
+// For file systems that cannot rename without replacing.
+bool renameByLink(char const* source, char const* target) {
+  struct stat status;
+  if (lstat(target, &status) == 0) return renameToExisting(source, target);
+  if (lstat(source, &status) != 0) return failAt(source, errno);
+  if (!S_ISDIR(status.st_mode) && link(source, target) == 0) {
+    return unlink(source) == 0 || failAt(source, errno);
+  }
+  if (!S_ISDIR(status.st_mode) && errno == EEXIST) return failWith(kAlreadyExists);
+  return rename(source, target) == 0 || failAt(source, errno);
+}
+
+bool moveToOtherFileSystem(char const* source, char const* target) {
+  struct stat status;
+  if (lstat(source, &status) != 0) return failAt(source, errno);
+  if (S_ISDIR(status.st_mode)) return failWith(kNotSameDevice);
+  bool const isCopied =
+      S_ISLNK(status.st_mode) ? copyLink(source, target, true) : copyItem(source, target, nullptr, nullptr, true);
+  if (!isCopied) return lastErrorOfThread() == kFileExists ? failWith(kAlreadyExists) : false;
+  // As on Windows, a source that cannot be deleted then stays, and the move has succeeded.
+  unlink(source);
+  return true;
+}
+
+}  // namespace
+
+bool moveItem(char const* source, char const* target) {
+  if (renameat2(AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE) == 0) return true;
+  switch (errno) {
+    case EEXIST:
+      return renameToExisting(source, target);
+    case EINVAL:
+    case ENOSYS:
+      return renameByLink(source, target);
+    case EXDEV:
+      return moveToOtherFileSystem(source, target);
+    case ENOENT: {
+      struct stat status;
+      return failAt(lstat(source, &status) != 0 ? source : target, ENOENT);
+    }
+    default:
+      return failWith(codeOf(errno));
+  }
+}
+
+bool removeDirectoryItem(char const* path) {
+  NativePath name;
+  std::size_t size = strlen(path);
+  while (size > 1 && path[size - 1] == '/') --size;
+  name.append(path, size);
+  name.push('\0');
+  if (rmdir(name.data()) == 0) return true;
+  switch (errno) {
+    case ENOTEMPTY:
+    case EEXIST:
+      return failWith(kDirectoryNotEmpty);
+    case ENOTDIR: {
+      struct stat link, target;
+      if (lstat(name.data(), &link) != 0) return failAt(path, errno);
+      bool const isToDirectory = S_ISLNK(link.st_mode) && stat(name.data(), &target) == 0 && S_ISDIR(target.st_mode);
+      if (!isToDirectory) return failWith(kDirectoryNameInvalid);
+      return unlink(name.data()) == 0 || failAt(path, errno);
+    }
+    default:
+      return failAt(path, errno);
+  }
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

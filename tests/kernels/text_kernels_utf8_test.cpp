@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+//
+// UTF-8 by the library's own kernels: every twin against the slow reference, with malformed input on both sides.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "tests/kernels/kernel_twins.h"
+#include "tests/reference/string_encoding.h"
+#include "tests/support/random_text.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+// A copy in a block of exactly its size.
+template <class T>
+std::unique_ptr<T[]> exact(std::basic_string<T> const& text) {
+  std::unique_ptr<T[]> block(new T[text.size()]);
+  if (!text.empty()) std::memcpy(block.get(), text.data(), text.size() * sizeof(T));
+  return block;
+}
+
+std::string encoded(Twin const& twin, wstring const& text) {
+  int const n = static_cast<int>(text.size());
+  std::unique_ptr<wchar[]> const units = exact(text);
+  std::string const expected = reference::toUtf8(text);
+  long long const size = twin.kernels->utf8Size(units.get(), n);
+  EXPECT_EQ(static_cast<long long>(expected.size()), size);
+  std::unique_ptr<char[]> const bytes(new char[static_cast<std::size_t>(size)]);
+  EXPECT_EQ(size, twin.kernels->toUtf8(units.get(), n, bytes.get()));
+  return std::string(bytes.get(), static_cast<std::size_t>(size));
+}
+
+wstring decoded(Twin const& twin, std::string const& text) {
+  int const n = static_cast<int>(text.size());
+  std::unique_ptr<char[]> const bytes = exact(text);
+  int const size = twin.kernels->utf16Size(bytes.get(), n);
+  EXPECT_LE(size, n);
+  std::unique_ptr<wchar[]> const units(new wchar[static_cast<std::size_t>(size)]);
+  EXPECT_EQ(size, twin.kernels->fromUtf8(bytes.get(), n, units.get()));
+  return wstring(units.get(), static_cast<std::size_t>(size));
+}
+
+TEST(TextKernels, RandomTextToUtf8) {
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    RandomText random(31);
+    for (int length = 0; length <= 130; ++length) {
+      for (RandomUnits const kind : {RandomUnits::kAscii, RandomUnits::kAny, RandomUnits::kAnyWithNul}) {
+        for (int round = 0; round < 20; ++round) {
+          wstring const text = random.text(length, kind);
+          ASSERT_EQ(reference::toUtf8(text), encoded(twin, text)) << "length " << length << " round " << round;
+        }
+      }
+    }
+    wstring const large = random.text(500000, RandomUnits::kAny);
+    EXPECT_TRUE(reference::toUtf8(large) == encoded(twin, large));
+  }
+}
+
+TEST(TextKernels, RandomBytesFromUtf8) {
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    RandomText random(32);
+    for (int length = 0; length <= 130; ++length) {
+      for (int round = 0; round < 60; ++round) {
+        std::string const bytes = random.utf8(length);
+        ASSERT_EQ(reference::fromUtf8(bytes), decoded(twin, bytes)) << "length " << length << " round " << round;
+      }
+    }
+    std::string const large = random.utf8(500000);
+    EXPECT_TRUE(reference::fromUtf8(large) == decoded(twin, large));
+  }
+}
+
+TEST(TextKernels, EveryUnitAmongAscii) {
+  // The distance is odd, so the units come to stand at every place of a vector.
+  wstring text;
+  for (int value = 0; value <= 0xFFFF; ++value) text += static_cast<wchar>(value) + wstring(32, KVW('a'));
+  for (Twin const& twin : twins()) EXPECT_TRUE(reference::toUtf8(text) == encoded(twin, text)) << twin.name;
+}
+
+TEST(TextKernels, SurrogatesAtTheEdgesOfBlocks) {
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    for (std::size_t n = 1; n <= 70; ++n) {
+      for (std::size_t place = 0; place < n; ++place) {
+        for (wchar const filler : {KVW('a'), wchar(0xD83D), wchar(0xDE00), wchar(0x20AC)}) {
+          wstring text(n, filler);
+          text[place] = wchar(0xD83D);
+          if (place + 1 < n) text[place + 1] = wchar(0xDE00);
+          ASSERT_EQ(reference::toUtf8(text), encoded(twin, text)) << n << " " << place;
+        }
+      }
+    }
+  }
+}
+
+TEST(TextKernels, EveryCharacterThereAndBack) {
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    for (int plane = 0; plane <= 0x10; ++plane) {
+      wstring all;
+      for (int low = 0; low <= 0xFFFF; ++low) {
+        bool const surrogate = plane == 0 && low >= 0xD800 && low <= 0xDFFF;
+        if (surrogate) continue;
+        if (plane == 0) {
+          all += static_cast<wchar>(low);
+          continue;
+        }
+        int const offset = (plane - 1) * 0x10000 + low;
+        all += static_cast<wchar>(0xD800 + offset / 0x400);
+        all += static_cast<wchar>(0xDC00 + offset % 0x400);
+      }
+      std::string const bytes = encoded(twin, all);
+      ASSERT_TRUE(reference::toUtf8(all) == bytes) << plane;
+      ASSERT_TRUE(all == decoded(twin, bytes)) << plane;
+    }
+  }
+}
+
+TEST(TextKernels, EveryPairOfBytesAndEveryStartOfThree) {
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    for (int first = 0x80; first <= 0xFF; ++first) {
+      for (int second = 0; second <= 0xFF; ++second) {
+        std::string const two = {static_cast<char>(first), static_cast<char>(second)};
+        for (char const* tail : {"", "a", "\x80", "\x80\x80", "\xBF\xBF\xBF", "\xC3\xA4"}) {
+          std::string const bytes = two + tail;
+          ASSERT_EQ(reference::fromUtf8(bytes), decoded(twin, bytes))
+              << first << " " << second << " " << std::strlen(tail);
+        }
+      }
+    }
+  }
+}
+
+TEST(TextKernels, MalformedBytesByName) {
+  struct Row {
+    char const* name;
+    std::string bytes;
+    int replacements;  // what remains is "a" on either side
+  } const rows[] = {
+      {"a tail alone",
+       "a\x80"
+       "a",
+       1},
+      {"two tails alone",
+       "a\x80\xBF"
+       "a",
+       2},
+      {"over-long NUL",
+       "a\xC0\x80"
+       "a",
+       2},
+      {"over-long three",
+       "a\xE0\x80\x80"
+       "a",
+       3},
+      {"over-long four",
+       "a\xF0\x80\x80\x80"
+       "a",
+       4},
+      {"a surrogate",
+       "a\xED\xA0\x80"
+       "a",
+       3},
+      {"beyond the last character",
+       "a\xF4\x90\x80\x80"
+       "a",
+       4},
+      {"a lead of five",
+       "a\xF8\x88\x80\x80\x80"
+       "a",
+       5},
+      {"two of three",
+       "a\xE2\x82"
+       "a",
+       1},
+      {"three of four",
+       "a\xF0\x9F\x98"
+       "a",
+       1},
+      {"two of four",
+       "a\xF0\x9F"
+       "a",
+       1},
+      {"a lead alone",
+       "a\xC3"
+       "a",
+       1},
+      {"lead after lead",
+       "a\xE2\x82\xE2\x82"
+       "a",
+       2},
+      {"FE and FF",
+       "a\xFE\xFF"
+       "a",
+       2},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    wstring const expected = KVW('a') + wstring(static_cast<std::size_t>(row.replacements), wchar(0xFFFD)) + KVW('a');
+    EXPECT_EQ(expected, reference::fromUtf8(row.bytes));
+    for (Twin const& twin : twins()) EXPECT_EQ(expected, decoded(twin, row.bytes)) << twin.name;
+  }
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+//
+// What stands from the load on, and the order in which it goes.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "kvbase/core/lazy.h"
+#include "kvbase/kvbase.h"
+#include "kvbase/modules/client_module.h"
+#include "tests/support/narrow_text.h"
+
+namespace KV_1_1 {
+namespace {
+
+using Log = std::vector<std::string>;
+
+// --- At load: looked at by a static initialiser of the tests, which runs behind those of the library ---------------------
+
+std::vector<std::string> classesNow() {
+  std::vector<std::string> names;
+  for (mZClass const* c = nullptr; mZClass::iterateAllClasses(c);) {
+    if (&c->module() == &getLibraryModule()) names.push_back(KV_1_1::testing::narrow(c->name()));
+  }
+  return names;
+}
+
+unsigned int ownersOf(String const& text) {
+  return (reinterpret_cast<StringVal const*>(static_cast<wchar const*>(text)) - 1)->inqRefCount();
+}
+
+struct Start {
+  std::vector<std::string> classes = classesNow();
+  bool emptyStands = String::EMPTY.length() == 0 && String::EMPTY != String::NIL;
+  bool firstModuleIsTheLibrarys = Module::begin() != Module::end() && &*Module::begin() == &getLibraryModule();
+  wchar outOfRange = String::outOfRange;
+  // A path read before main.
+  std::string text =
+      KV_1_1::testing::narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
+};
+// Never destroyed: objects of the library that go last still look at it.
+Start const& start = *new Start;
+
+TEST(LibraryOrder, TheRecordsStandBeforeAnyOtherInitialiserInTheOrderOfTheirWalk) {
+  Log const walk = {"BaseNode",          "FileSystemIterator", "FileIterator", "FileCollectionIterator",
+                    "DirectoryIterator", "FileSystemItem",     "File",         "Directory"};
+  ASSERT_GE(start.classes.size(), walk.size());
+  EXPECT_EQ(start.classes.front(), "BaseNode");
+  // Classes that other parts of the library add below BaseNode stand in front of these.
+  EXPECT_EQ(Log(start.classes.end() - static_cast<std::ptrdiff_t>(walk.size()) + 1, start.classes.end()),
+            Log(walk.begin() + 1, walk.end()));
+  EXPECT_EQ(classesNow(), start.classes);
+}
+
+TEST(LibraryOrder, TheLibrarysModuleIsTheFirst) {
+  EXPECT_TRUE(start.firstModuleIsTheLibrarys);
+}
+
+TEST(LibraryOrder, TextsStandBeforeAnyOtherInitialiser) {
+  EXPECT_TRUE(start.emptyStands);
+  EXPECT_EQ(start.outOfRange, 7);
+  EXPECT_EQ(start.text, "C:\\b\\");
+}
+
+TEST(LibraryOrder, EmptyCountsItselfAndTheStringsThatShareIt) {
+  unsigned int const before = ownersOf(String::EMPTY);
+  EXPECT_GE(before, 1u);
+  {
+    String const shared = String::EMPTY;
+    String const cut = String(KVW("abc")).substr(2, 1);
+    EXPECT_EQ(ownersOf(String::EMPTY), before + 2);
+  }
+  EXPECT_EQ(ownersOf(String::EMPTY), before);
+}
+
+// --- Objects built lazily -----------------------------------------------------------------------------------------------
+
+class Probe {
+ public:
+  Probe(Log& log, char const* name) : log_(log), name_(name) { log_.push_back("up " + name_); }
+  ~Probe() { log_.push_back("down " + name_); }
+  std::string const& name() const { return name_; }
+
+ private:
+  Log& log_;
+  std::string name_;
+};
+
+TEST(LibraryOrder, LazyObjectsGoNewestFirst) {
+  Log log;
+  AtExitList::Entry* const mark = AtExitList::newest();
+  Lazy<Probe> a(log, "a");
+  Lazy<Probe> b(log, "b");
+  Lazy<Probe const> c(log, "c");
+  EXPECT_EQ(a.get().name() + b.get().name() + c.get().name(), "abc");
+  EXPECT_NE(AtExitList::newest(), mark);
+  AtExitList::runDownTo(mark);
+  EXPECT_EQ(log, Log({"up a", "up b", "up c", "down c", "down b", "down a"}));
+  EXPECT_EQ(AtExitList::newest(), mark);
+  AtExitList::runDownTo(mark);
+  EXPECT_EQ(log.size(), 6u);
+}
+
+TEST(LibraryOrder, OnlyWhatStandsBehindTheMarkGoes) {
+  Log log;
+  AtExitList::Entry* const mark = AtExitList::newest();
+  Lazy<Probe> a(log, "a");
+  AtExitList::Entry* const behindA = AtExitList::newest();
+  Lazy<Probe> b(log, "b");
+  log.clear();
+  AtExitList::runDownTo(behindA);
+  EXPECT_EQ(log, Log({"down b"}));
+  AtExitList::runDownTo(mark);
+  EXPECT_EQ(log, Log({"down b", "down a"}));
+}
+
+TEST(LibraryOrder, WhatIsBuiltWhileOthersGoGoesToo) {
+  struct Builder {
+    Builder(Lazy<Probe>*& place, Log& log) : place_(place), log_(log) {}
+    ~Builder() { place_ = new Lazy<Probe>(log_, "late"); }
+    Lazy<Probe>*& place_;
+    Log& log_;
+  };
+  Log log;
+  Lazy<Probe>* late = nullptr;
+  AtExitList::Entry* const mark = AtExitList::newest();
+  Lazy<Probe> a(log, "a");
+  Lazy<Builder> builder(late, log);
+  log.clear();
+  AtExitList::runDownTo(mark);
+  EXPECT_EQ(log, Log({"up late", "down late", "down a"}));
+  delete late;
+}
+
+TEST(LibraryOrder, AnObjectThatCannotBeBuiltIsNotEntered) {
+  struct Thrower {
+    Thrower() { throw 1; }
+  };
+  AtExitList::Entry* const mark = AtExitList::newest();
+  EXPECT_THROW(Lazy<Thrower>{}, int);
+  EXPECT_EQ(AtExitList::newest(), mark);
+}
+
+// At the end of the process: lazy objects, newest first, then the class records; texts work to the last.
+struct Farewell {
+  explicit Farewell(char const* name) : name_(name) {}
+  ~Farewell() {
+    bool const records = classesNow() == start.classes;
+    bool const texts = (String(KVW("x")) + String::EMPTY).length() == 1;
+    std::fprintf(stderr, "%s%s%s;", name_, records ? "+records" : "", texts ? "+texts" : "");
+  }
+  char const* name_;
+};
+
+TEST(LibraryOrderDeathTest, LazyObjectsGoNewestFirstWhileRecordsAndTextsStand) {
+  EXPECT_EXIT(
+      {
+        new Lazy<Farewell>("older");
+        new Lazy<Farewell>("newer");
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "newer\\+records\\+texts;older\\+records\\+texts;");
+}
+
+// A record that a program builds below those of the library goes before them, and its module after it.
+TEST(LibraryOrderDeathTest, RecordsOfOthersGoBeforeThoseOfTheLibrary) {
+  struct Client {
+    ModuleOwner owner;
+    mZClass record{KVW("Client"), BaseNode::Class(), owner.module(), ClassVersion()};
+    ~Client() {
+      bool const stands = record.isDerivedFrom(BaseNode::Class()) && classesNow() == start.classes;
+      std::fprintf(stderr, "client%s;", stands ? "+library" : "");
+    }
+  };
+  EXPECT_EXIT(
+      {
+        static Client const client;
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "client\\+library;");
+}
+
+}  // namespace
+}  // namespace KV_1_1

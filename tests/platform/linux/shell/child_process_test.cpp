@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/shell/child_process.h"
+
+#include <errno.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/platform/linux/shell/fake_desktop.h"
+#include "tests/platform/linux/shell/signal_action.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+class ChildProcessTest : public ::testing::Test {
+ protected:
+  FakeDesktop desktop_;
+  char const* const command_[3] = {"tool", "x", nullptr};
+};
+
+class SignalMask {
+ public:
+  explicit SignalMask(sigset_t const& mask) { pthread_sigmask(SIG_SETMASK, &mask, &previous_); }
+  ~SignalMask() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
+  SignalMask(SignalMask const&) = delete;
+  SignalMask& operator=(SignalMask const&) = delete;
+
+ private:
+  sigset_t previous_;
+};
+
+TEST_F(ChildProcessTest, TellsWhyAToolDoesNotRun) {
+  EXPECT_EQ(platform::startTool(command_), ENOENT);
+  EXPECT_FALSE(platform::toolAnswers(command_, 10000));
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(ChildProcessTest, MaskStays) {
+  desktop_.install("tool", kReport);
+  sigset_t mask;
+  sigemptyset(&mask);
+  sigaddset(&mask, SIGUSR1);
+  SignalMask const scope(mask);
+  EXPECT_EQ(platform::startTool(command_), 0);
+  sigset_t after;
+  pthread_sigmask(SIG_SETMASK, nullptr, &after);
+  EXPECT_TRUE(sigismember(&after, SIGUSR1));
+  EXPECT_FALSE(sigismember(&after, SIGUSR2));
+  EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
+}
+
+TEST_F(ChildProcessTest, ToolHasNoSignalBlockedOrIgnored) {
+  desktop_.install("tool", R"(
+set --
+while read -r key value; do
+  case $key in SigBlk:|SigIgn:) set -- "$@" "$value";; esac
+done </proc/self/status
+)" + std::string(kReport));
+  SignalAction const noPipe(SIGPIPE, SIG_IGN);
+  SignalAction const noInterrupt(SIGINT, SIG_IGN);
+  sigset_t mask;
+  sigfillset(&mask);
+  {
+    SignalMask const scope(mask);
+    EXPECT_EQ(platform::startTool(command_), 0);
+  }
+  Call const call = desktop_.nextCall();
+  ASSERT_EQ(call.size(), 3u);
+  // The bits of the signals 1 to 31. Those behind them are the C library's own.
+  EXPECT_EQ(std::stoull(call[1], nullptr, 16) & 0x7FFFFFFF, 0u);
+  EXPECT_EQ(std::stoull(call[2], nullptr, 16) & 0x7FFFFFFF, 0u);
+}
+
+TEST_F(ChildProcessTest, ToolHasItsOwnSessionAndNoStreams) {
+  desktop_.install("tool", R"(
+read -r pid name state parent group session rest </proc/self/stat
+[ "$pid" = "$session" ] && set -- "$@" "own session"
+for stream in 0 1 2; do
+  [ /proc/self/fd/$stream -ef /dev/null ] && set -- "$@" "no $stream"
+done
+)" + std::string(kReport));
+  EXPECT_EQ(platform::startTool(command_), 0);
+  EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x", "own session", "no 0", "no 1", "no 2"}));
+}
+
+TEST_F(ChildProcessTest, AnswerIsWhatTheToolSays) {
+  desktop_.install("tool", "echo here\n");
+  EXPECT_TRUE(platform::toolAnswers(command_, 10000));
+  desktop_.install("tool", "echo 'not here' >&2\n");
+  EXPECT_FALSE(platform::toolAnswers(command_, 10000));
+}
+
+TEST_F(ChildProcessTest, AnswerIsNotAwaitedForEver) {
+  desktop_.install("tool", std::string(kReport) + kWait + kReportEnd);
+  std::ptrdiff_t const descriptors = openDescriptors();
+  EXPECT_FALSE(platform::toolAnswers(command_, 20));
+  EXPECT_EQ(openDescriptors(), descriptors);
+  EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
+  desktop_.letGoOn();
+  EXPECT_EQ(desktop_.nextCall(), Call{"end"});
+}
+
+// Descriptors of the library may then be those of the standard streams.
+TEST_F(ChildProcessTest, ApplicationMayHaveClosedItsStreams) {
+  desktop_.install("tool", "[ /proc/self/fd/0 -ef /dev/null ] && [ /proc/self/fd/2 -ef /dev/null ] && echo here\n");
+  for (int closed = 1; closed < 8; ++closed) {
+    pid_t const application = fork();
+    ASSERT_NE(application, -1);
+    if (application == 0) {
+      for (int stream = 0; stream < 3; ++stream) {
+        if ((closed >> stream & 1) != 0) close(stream);
+      }
+      _exit(platform::toolAnswers(command_, 10000) ? 0 : 1);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(application, &status, 0), application);
+    EXPECT_EQ(status, 0) << "closed: " << closed;
+  }
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1

@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+//
+// Appending float and double: as many significant digits as show a fixed number of places around the integer part.
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "tests/reference/values_format.h"
+#include "tests/strings/value_support.h"
+#include "tests/support/random_text.h"
+
+namespace KV_1_1 {
+namespace {
+
+using namespace KV_1_1::testing;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int kValues = 200000;
+#else
+constexpr int kValues = 1000000;
+#endif
+
+template <class Real>
+std::string printed(Real value) {
+  String added;
+  added += value;
+  String shifted;
+  shifted << value;
+  EXPECT_EQ(spelled(added), spelled(shifted));
+  return narrow(*unitsOf(added));
+}
+
+TEST(ValueFloat, WorkedTable) {
+  struct Row {
+    char const* name;
+    double value;
+    char const* asFloat;
+    char const* asDouble;
+  };
+  Row const rows[] = {
+      {"zero", 0.0, "0", "0"},
+      {"one", 1.0, "1", "1"},
+      {"3.5", 3.5, "3.5", "3.5"},
+      {"-2.5", -2.5, "-2.5", "-2.5"},
+      {"0.1", 0.1, "0.1", "0.1"},
+      {"two thirds", 2.0 / 3, "0.6667", "0.66666667"},
+      {"1234.5678 with the noise of a float", 1234.5678, "1234.56775", "1234.5678"},
+      {"1e10", 1e10, "10000000000", "10000000000"},
+      {"1.5e-7", 1.5e-7, "1.5e-07", "1.5e-07"},
+      {"negative zero", -0.0, "-0", "-0"},
+      {"a power of ten", 100.0, "100", "100"},
+      {"just below one", 0.999, "0.999", "0.999"},
+      {"below one, rounded to it", 0.99999, "1", "0.99999"},
+      {"smallest without exponent", 0.0001, "0.0001", "0.0001"},
+      {"below it", 0.00001, "1e-05", "1e-05"},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(printed(static_cast<float>(row.value)), row.asFloat);
+    EXPECT_EQ(printed(row.value), row.asDouble);
+  }
+}
+
+// 100 has 7 digits, 101 has 8: seen where the digits behind the point are enough to tell.
+TEST(ValueFloat, ExactPowersOfTenTakeTheLowerPrecision) {
+  EXPECT_EQ(printed(100.0f), "100");
+  EXPECT_EQ(printed(std::nextafter(101.0f, 200.0f)), "101.00001");
+  EXPECT_EQ(printed(1000.0f), "1000");
+  EXPECT_EQ(printed(std::nextafter(1e9, 2e9)), "1000000000.00000012") << "its logarithm is 9: 18 digits, not 19";
+  EXPECT_EQ(printed(10.000000001), "10.000000001");
+  EXPECT_EQ(printed(1.000000001), "1.000000001");
+}
+
+TEST(ValueFloat, NoNumbers) {
+  EXPECT_EQ(printed(std::numeric_limits<float>::quiet_NaN()), "nan");
+  EXPECT_EQ(printed(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)), "nan");
+  EXPECT_EQ(printed(std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(printed(std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)), "nan");
+  EXPECT_EQ(printed(std::numeric_limits<float>::infinity()), "inf");
+  EXPECT_EQ(printed(-std::numeric_limits<float>::infinity()), "-inf");
+  EXPECT_EQ(printed(std::numeric_limits<double>::infinity()), "inf");
+  EXPECT_EQ(printed(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
+template <class Real>
+void compareWithModel(Real value) {
+  String string;
+  string += value;
+  std::string const expected = value_model::realText(value);
+  if (*unitsOf(string) != widen(expected)) ADD_FAILURE() << spelled(string) << " for " << expected;
+}
+
+template <class Real>
+void compareBothSigns(Real value) {
+  compareWithModel(value);
+  compareWithModel(-value);
+}
+
+TEST(ValueFloat, LimitsAgreeWithTheModel) {
+  for (float const value : {FLT_MAX, FLT_MIN, FLT_TRUE_MIN, FLT_EPSILON}) compareBothSigns(value);
+  for (double const value : {DBL_MAX, DBL_MIN, DBL_TRUE_MIN, DBL_EPSILON}) compareBothSigns(value);
+}
+
+// The number of digits steps at the powers of ten, as the logarithm is rounded there.
+TEST(ValueFloat, NeighboursOfPowersOfTenAgreeWithTheModel) {
+  for (int exponent = -44; exponent <= 38; ++exponent) {
+    float below = static_cast<float>(std::pow(10.0, exponent));
+    float above = below;
+    for (int i = 0; i < 40; ++i) {
+      compareBothSigns(below);
+      compareBothSigns(above);
+      below = std::nextafter(below, 0.0f);
+      above = std::nextafter(above, FLT_MAX);
+    }
+  }
+  for (int exponent = -322; exponent <= 308; ++exponent) {
+    double below = std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr);
+    double above = below;
+    for (int i = 0; i < 40; ++i) {
+      compareBothSigns(below);
+      compareBothSigns(above);
+      below = std::nextafter(below, 0.0);
+      above = std::nextafter(above, DBL_MAX);
+    }
+  }
+}
+
+std::uint64_t randomBits(RandomText& random) {
+  std::uint64_t bits = 0;
+  for (int k = 0; k < 4; ++k) bits = bits << 16 | static_cast<unsigned>(random.below(0x10000));
+  return bits;
+}
+
+template <class Real, class Bits>
+Real fromBits(Bits bits) {
+  static_assert(sizeof(Real) == sizeof(Bits), "a value of as many bits");
+  Real value;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+TEST(ValueFloat, RandomBitsAgreeWithTheModel) {
+  RandomText random(252);
+  for (int i = 0; i < kValues / 2; ++i) {
+    std::uint64_t const bits = randomBits(random);
+    compareWithModel(fromBits<float>(static_cast<std::uint32_t>(bits)));
+    compareWithModel(fromBits<double>(bits));
+    if (HasFailure()) return;
+  }
+}
+
+// What programs print: few decimal places, halves and other ties, products with powers of ten.
+TEST(ValueFloat, DecimalLookingValuesAgreeWithTheModel) {
+  RandomText random(253);
+  for (int i = 0; i < kValues / 2; ++i) {
+    int const exponent = random.between(-12, 12);
+    double const digits = static_cast<double>(randomBits(random) >> random.between(11, 63));
+    double const value = (random.oneIn(2) ? digits : digits + 0.5) * std::pow(10.0, exponent);
+    compareWithModel(random.oneIn(2) ? value : -value);
+    compareWithModel(static_cast<float>(value));
+    if (HasFailure()) return;
+  }
+}
+
+TEST(ValueFloat, ReadsBackWhereTheDigitsHoldTheValue) {
+  RandomText random(254);
+  for (int i = 0; i < kRounds; ++i) {
+    double const value = static_cast<double>(random.between(-1000000000, 1000000000)) / 1024;
+    String string;
+    string << value;
+    double back = 1;
+    string >> back;
+    ASSERT_NEAR(back, value, 1e-8);
+    // From one on there are nine places, which hold every multiple of 1/512.
+    double const exact = static_cast<double>(random.between(512, 1000000000)) / (random.oneIn(2) ? 512 : -512);
+    string = String();
+    string << exact;
+    string >> back;
+    ASSERT_EQ(back, exact);
+    float const single = static_cast<float>(random.between(-1000000, 1000000)) / 16;
+    float singleBack = 1;
+    string = String();
+    string << single;
+    string >> singleBack;
+    ASSERT_EQ(singleBack, single);
+  }
+}
+
+}  // namespace
+}  // namespace KV_1_1

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+//
+// Taking numbers from texts, compared with the model: random texts, every unit, long texts, and what was written.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <iterator>
+
+#include "tests/reference/values_parse.h"
+#include "tests/strings/value_support.h"
+#include "tests/support/random_text.h"
+
+namespace KV_1_1 {
+namespace {
+
+using namespace KV_1_1::testing;
+
+bool same(double a, double b) {
+  return a == b ? std::signbit(a) == std::signbit(b) : std::isnan(a) && std::isnan(b);
+}
+
+// What remains is compared by the text alone where a search went by the terminator.
+enum class Rest { kUnits, kText };
+
+template <class T>
+void compareWithModel(Text const& text, Rest rest = Rest::kUnits) {
+  String const original = stringOf(text);
+  String string = original;
+  T value = static_cast<T>(1);
+  string >> value;
+  Text expectedRest = text;
+  T const expected = value_model::take(expectedRest, static_cast<T*>(nullptr));
+  if (!same(static_cast<double>(value), static_cast<double>(expected)))
+    FAIL() << "value " << +value << " for " << +expected << " from " << spelled(text);
+  bool const isRight = rest == Rest::kUnits ? unitsOf(string) == expectedRest : textOf(string) == expectedRest;
+  if (!isRight) FAIL() << spelled(text) << " leaves " << spelled(string) << " for " << spelled(expectedRest);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
+}
+
+// The forms whose stored length may be too large.
+template <class T, class Value>
+void compareSizeFault(Text const& text) {
+  String const original = stringOf(text);
+  String string = original;
+  T value = 1;
+  string >> value;
+  Text expectedRest = text;
+  int surplus = 0;
+  Value const expected = value_model::takeUnsigned<Value>(expectedRest, &surplus);
+  if (value != expected) FAIL() << value << " for " << expected << " from " << spelled(text);
+  if (textOf(string) != Text(value_model::untilNul(*expectedRest)) ||
+      string.length() != static_cast<int>(expectedRest->size()) + surplus)
+    FAIL() << spelled(text) << " leaves " << string.length() << " units: " << spelled(string);
+  if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
+}
+
+void compareAllNumbers(Text const& text) {
+  compareWithModel<signed char>(text);
+  compareWithModel<unsigned char>(text);
+  compareWithModel<short>(text);
+  compareWithModel<unsigned short>(text);
+  compareWithModel<int>(text);
+  compareWithModel<unsigned int>(text);
+  compareWithModel<long>(text);
+  compareWithModel<long long>(text);
+  compareSizeFault<unsigned long, std::uint32_t>(text);
+  compareSizeFault<unsigned long long, std::uint64_t>(text);
+  compareWithModel<double>(text, Rest::kText);
+  compareWithModel<float>(text, Rest::kText);
+}
+
+// Texts that look like numbers for the greater part.
+Text randomSource(RandomText& random, bool withNul) {
+  static wstring const kPieces[] = {KVW(" "),
+                                    KVW("  "),
+                                    KVW("-"),
+                                    KVW("+"),
+                                    KVW("."),
+                                    KVW("e"),
+                                    KVW("E-"),
+                                    KVW(","),
+                                    KVW("0"),
+                                    KVW("x"),
+                                    KVW("0x"),
+                                    KVW("inf"),
+                                    KVW("nan"),
+                                    KVW("true"),
+                                    KVW("\u0664"),
+                                    KVW("\uFF17"),
+                                    KVW("\u00B2"),
+                                    KVW("7"),
+                                    KVW("2147483647"),
+                                    KVW("99"),
+                                    KVW("4294967296"),
+                                    KVW("-2147483649"),
+                                    KVW("9223372036854775807"),
+                                    KVW("18446744073709551615"),
+                                    KVW("\t"),
+                                    KVW("1.25")};
+  if (random.oneIn(200)) return Text();
+  wstring text;
+  for (int pieces = random.below(7); pieces > 0; --pieces) {
+    int const kind = random.below(8);
+    if (kind == 0) {
+      text += random.unit(withNul ? RandomUnits::kAnyWithNul : RandomUnits::kAny);
+    } else if (kind == 1) {
+      for (int digits = random.below(25); digits > 0; --digits) text += static_cast<wchar>(KVW('0') + random.below(10));
+    } else {
+      text += kPieces[random.below(static_cast<int>(std::size(kPieces)))];
+    }
+  }
+  return text;
+}
+
+TEST(ValueParse, RandomTextsAgreeWithTheModel) {
+  RandomText random(263);
+  for (int i = 0; i < kRounds; ++i) {
+    compareAllNumbers(randomSource(random, false));
+    if (HasFatalFailure()) return;
+  }
+}
+
+// Searches for start and end go by the length, the conversions stop at a NUL, and the rule for sizes drops a last one.
+TEST(ValueParse, RandomTextsWithNulsAgreeWithTheModel) {
+  RandomText random(264);
+  for (int i = 0; i < kRounds; ++i) {
+    compareAllNumbers(randomSource(random, true));
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(ValueParse, EveryUnit) {
+  for (int code = 1; code <= 0xFFFF; ++code) {
+    wstring const unit(1, static_cast<wchar>(code));
+    compareAllNumbers(unit);
+    compareAllNumbers(unit + KVW("5 ") + unit);
+    compareAllNumbers(KVW("1") + unit + KVW("2"));
+    compareWithModel<bool>(unit + KVW("1"));
+    compareWithModel<bool>(KVW("tr") + unit + KVW("e"));
+    if (HasFatalFailure()) FAIL() << "unit " << code;
+  }
+}
+
+TEST(ValueParse, LongTexts) {
+  wstring const digits(10000, KVW('7'));
+  wstring const zeros(10000, KVW('0'));
+  wstring const blanks(1 << 20, KVW(' '));
+  compareAllNumbers(digits);
+  compareAllNumbers(KVW("-") + digits + KVW(" x"));
+  compareAllNumbers(zeros + KVW("42 x"));
+  compareAllNumbers(KVW("-") + zeros + KVW("42 x"));
+  compareAllNumbers(KVW("0.") + zeros + digits);
+  compareAllNumbers(digits + KVW("e-9990"));
+  compareAllNumbers(wstring(10000, 0xFF17));
+  compareAllNumbers(blanks);
+  compareAllNumbers(blanks + KVW("5"));
+  compareAllNumbers(KVW("5") + blanks);
+  compareAllNumbers(RandomText(265).text(1 << 20, RandomUnits::kAny));
+}
+
+TEST(ValueParse, RandomTruthValuesAgreeWithTheModel) {
+  static wstring const kPieces[] = {KVW(" "),    KVW("true"),   KVW("TRUE"), KVW("FaLsE"), KVW("false"), KVW("tru"),
+                                    KVW("fals"), KVW("maybe"),  KVW("0"),    KVW("10"),    KVW("-"),     KVW("+1"),
+                                    KVW("."),    KVW("\u0661"), KVW(","),    KVW("st")};
+  RandomText random(266);
+  for (int i = 0; i < kRounds; ++i) {
+    wstring text;
+    for (int pieces = random.below(5); pieces > 0; --pieces)
+      text += random.oneIn(6) ? wstring(1, random.unit(RandomUnits::kAny))
+                              : kPieces[random.below(static_cast<int>(std::size(kPieces)))];
+    compareWithModel<bool>(text);
+    compareWithModel<wchar>(text);
+    if (HasFatalFailure()) return;
+  }
+}
+
+template <class T>
+void expectReadBack(T value) {
+  String string;
+  string << value;
+  T back = static_cast<T>(~value);
+  string >> back;
+  if (back != value || string.length() != 0) FAIL() << +back << " for " << +value << ", leaves " << spelled(string);
+}
+
+TEST(ValueParse, WrittenIntegersReadBack) {
+  RandomText random(267);
+  for (int i = 0; i < kRounds; ++i) {
+    unsigned long long bits = 0;
+    for (int k = 0; k < 4; ++k) bits = bits << 16 | static_cast<unsigned>(random.below(0x10000));
+    if (random.oneIn(2)) bits >>= random.below(64);
+    expectReadBack(static_cast<signed char>(bits));
+    expectReadBack(static_cast<unsigned char>(bits));
+    expectReadBack(static_cast<short>(bits));
+    expectReadBack(static_cast<unsigned short>(bits));
+    expectReadBack(static_cast<int>(bits));
+    expectReadBack(static_cast<unsigned int>(bits));
+    expectReadBack(static_cast<long>(static_cast<std::int32_t>(bits)));
+    expectReadBack(static_cast<unsigned long>(static_cast<std::uint32_t>(bits)));
+    expectReadBack(static_cast<long long>(bits));
+    expectReadBack(bits);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST(ValueParse, ManyNumbersInARow) {
+  String string;
+  for (int i = -200; i < 200; ++i) string << KVW(' ') << i;
+  for (int i = -200; i < 200; ++i) {
+    int value = 777;
+    string >> value;
+    ASSERT_EQ(value, i);
+  }
+  EXPECT_TRUE(share(string, String::EMPTY));
+}
+
+}  // namespace
+}  // namespace KV_1_1
