@@ -10,7 +10,6 @@
 #include <string>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -18,22 +17,19 @@ namespace {
 using namespace KV_1_1::testing;
 namespace fs = std::filesystem;
 
-class DirectoryCopyOnDisk : public ::testing::Test {
+class DirectoryCopyOnDisk : public OnDisk {
  protected:
-  DirectoryCopyOnDisk() {
+  DirectoryCopyOnDisk() : OnDisk(quickPlace()) {
     folder.makeFolder("s");
     folder.makeFolder("t");
   }
-  SmartPtr<Directory const> at(wchar const* below) const { return directoryAt(folder.text(below).c_str()); }
   bool copy(bool recursive, bool overwrite) {
     progress.count = 0;
-    return at(KVW("s"))->copyContents(at(KVW("t")), recursive, overwrite, &progress);
+    return directory(KVW("s"))->copyContents(directory(KVW("t")), recursive, overwrite, &progress);
   }
   Tree source() const { return treeOf(folder.path("s")); }
   Tree target() const { return treeOf(folder.path("t")); }
 
-  TempFolder folder{quickPlace()};
-  CollectedMessages messages;
   CountedFiles progress;
 };
 
@@ -139,8 +135,8 @@ TEST_F(DirectoryCopyOnDisk, AFolderWhereAFileIsToBe) {
 
 TEST_F(DirectoryCopyOnDisk, AReadOnlyFile) {
   folder.write("s/locked", "new");
-  SmartPtr<File const> const locked = fileAt(folder.text(KVW("s\\locked")).c_str());
-  SmartPtr<File const> const copied = fileAt(folder.text(KVW("t\\locked")).c_str());
+  SmartPtr<File const> const locked = file(KVW("s\\locked"));
+  SmartPtr<File const> const copied = file(KVW("t\\locked"));
   ASSERT_EQ(locked->setAsReadOnly(), File::ReadOnlyOk);
   EXPECT_TRUE(copy(true, false));
   EXPECT_EQ(target(), (Tree{{"locked", "new"}}));
@@ -153,16 +149,16 @@ TEST_F(DirectoryCopyOnDisk, OntoItselfFailsAndHarmsNothing) {
   folder.write("s/a", "abc");
   folder.write("s/p/b", "def");
   Tree const before = source();
-  EXPECT_FALSE(at(KVW("s"))->copyContents(at(KVW("s")), true, true, &progress));
-  EXPECT_FALSE(at(KVW("s"))->copyContents(at(KVW("s")), true, false, &progress));
+  EXPECT_FALSE(directory(KVW("s"))->copyContents(directory(KVW("s")), true, true, &progress));
+  EXPECT_FALSE(directory(KVW("s"))->copyContents(directory(KVW("s")), true, false, &progress));
   EXPECT_EQ(progress.count, 0);
   EXPECT_EQ(source(), before);
 }
 
 TEST_F(DirectoryCopyOnDisk, TheTargetItselfIsNotMade) {
   folder.write("s/a", "abc");
-  EXPECT_FALSE(at(KVW("s"))->copyContents(at(KVW("missing")), true, true, &progress));
-  EXPECT_FALSE(at(KVW("missing"))->copyContents(at(KVW("t")), true, true, &progress));
+  EXPECT_FALSE(directory(KVW("s"))->copyContents(directory(KVW("missing")), true, true, &progress));
+  EXPECT_FALSE(directory(KVW("missing"))->copyContents(directory(KVW("t")), true, true, &progress));
   EXPECT_FALSE(fs::exists(folder.path("missing")));
   EXPECT_TRUE(target().empty());
   EXPECT_EQ(progress.count, 0);

@@ -10,7 +10,7 @@
 
 #include "tests/filesystem/disk_support.h"
 #include "tests/filesystem/scripted_system.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/current_path.h"
 
 namespace KV_1_1 {
 namespace {
@@ -348,15 +348,12 @@ TEST(DirectoryOperationsOnDisk, AFileInTheWay) {
 TEST(DirectoryOperationsOnDisk, RelativePathsLieBelowTheCurrentDirectory) {
   TempFolder folder;
   folder.makeFolder("here");
-  std::filesystem::path const before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path("here"));
-  bool const created = directoryAt(KVW(R"(a\.\b)"))->create();
-  bool const parents = fileAt(KVW(R"(p\q\f.txt)"))->createParentDirectories();
-  bool const up = directoryAt(KVW(R"(..\beside)"))->create();
-  std::filesystem::current_path(before);
-  EXPECT_TRUE(created);
-  EXPECT_TRUE(parents);
-  EXPECT_TRUE(up);
+  {
+    CurrentPath const current(folder.path("here"));
+    EXPECT_TRUE(directoryAt(KVW(R"(a\.\b)"))->create());
+    EXPECT_TRUE(fileAt(KVW(R"(p\q\f.txt)"))->createParentDirectories());
+    EXPECT_TRUE(directoryAt(KVW(R"(..\beside)"))->create());
+  }
   EXPECT_EQ(
       treeOf(folder.path()),
       (Tree{{"here/", ""}, {"here/a/", ""}, {"here/a/b/", ""}, {"here/p/", ""}, {"here/p/q/", ""}, {"beside/", ""}}));

@@ -10,7 +10,6 @@
 
 #include "tests/filesystem/disk_support.h"
 #include "tests/filesystem/scripted_system.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -200,7 +199,7 @@ TEST_F(DirectoryRemoval, ARelativeDirectoryIsSearchedBelowTheCurrentOne) {
                                 R"(deleteFile \\?\C:\d\a)", R"(removeDirectory d\)"}));
 }
 
-class DirectoryRemovalOnDisk : public ::testing::Test {
+class DirectoryRemovalOnDisk : public OnDisk {
  protected:
   DirectoryRemovalOnDisk() {
     folder.write("d/a.txt", "a");
@@ -210,66 +209,64 @@ class DirectoryRemovalOnDisk : public ::testing::Test {
     folder.makeFolder("d/empty");
     folder.write("beside.txt", "beside");
   }
-  SmartPtr<Directory const> directory() const { return directoryAt(folder.text(KVW("d")).c_str()); }
 
-  TempFolder folder;
-  CollectedMessages messages;
+  SmartPtr<Directory const> const full = directory(KVW("d"));
   Tree const beside = {{"beside.txt", "beside"}};
 };
 
 TEST_F(DirectoryRemovalOnDisk, RemoveRecursive) {
-  EXPECT_TRUE(directory()->remove(true));
-  EXPECT_EQ(treeOf(folder.path()), beside);
-  EXPECT_TRUE(directory()->remove(true));
+  EXPECT_TRUE(full->remove(true));
+  EXPECT_EQ(tree(), beside);
+  EXPECT_TRUE(full->remove(true));
   EXPECT_EQ(messages.take(), Texts());
 }
 
 TEST_F(DirectoryRemovalOnDisk, RemoveNotRecursive) {
-  Tree const before = treeOf(folder.path());
-  EXPECT_FALSE(directory()->remove(false));
+  Tree const before = tree();
+  EXPECT_FALSE(full->remove(false));
   Texts const reported = messages.take();
   ASSERT_EQ(reported.size(), 1u);
-  std::string const start = notRemoved(narrow(folder.text(KVW("d\\"))), "");
+  std::string const start = notRemoved(name(KVW("d\\")), "");
   EXPECT_EQ(reported[0].substr(0, start.size()), start);
-  EXPECT_EQ(treeOf(folder.path()), before);
-  EXPECT_TRUE(directoryAt(folder.text(KVW("d\\empty")).c_str())->remove(false));
+  EXPECT_EQ(tree(), before);
+  EXPECT_TRUE(directory(KVW("d\\empty"))->remove(false));
   EXPECT_FALSE(std::filesystem::exists(folder.path("d/empty")));
 }
 
 TEST_F(DirectoryRemovalOnDisk, RemoveContents) {
-  EXPECT_TRUE(directory()->removeContents(false));
-  EXPECT_EQ(treeOf(folder.path()), (Tree{{"beside.txt", "beside"},
-                                         {"d/", ""},
-                                         {"d/empty/", ""},
-                                         {"d/s/", ""},
-                                         {"d/s/b.txt", "b"},
-                                         {"d/s/t/", ""},
-                                         {"d/s/t/c.txt", "c"}}));
-  EXPECT_TRUE(directory()->removeContents(true));
-  EXPECT_EQ(treeOf(folder.path()), (Tree{{"beside.txt", "beside"}, {"d/", ""}}));
-  EXPECT_TRUE(directory()->isEmpty());
-  EXPECT_TRUE(directory()->removeContents(true));
+  EXPECT_TRUE(full->removeContents(false));
+  EXPECT_EQ(tree(), (Tree{{"beside.txt", "beside"},
+                          {"d/", ""},
+                          {"d/empty/", ""},
+                          {"d/s/", ""},
+                          {"d/s/b.txt", "b"},
+                          {"d/s/t/", ""},
+                          {"d/s/t/c.txt", "c"}}));
+  EXPECT_TRUE(full->removeContents(true));
+  EXPECT_EQ(tree(), (Tree{{"beside.txt", "beside"}, {"d/", ""}}));
+  EXPECT_TRUE(full->isEmpty());
+  EXPECT_TRUE(full->removeContents(true));
   EXPECT_EQ(messages.take(), Texts());
 }
 
 TEST_F(DirectoryRemovalOnDisk, AReadOnlyFileStopsIt) {
-  SmartPtr<File const> const locked = fileAt(folder.text(KVW("d\\s\\t\\c.txt")).c_str());
+  SmartPtr<File const> const locked = file(KVW("d\\s\\t\\c.txt"));
   ASSERT_EQ(locked->setAsReadOnly(), File::ReadOnlyOk);
-  EXPECT_FALSE(directory()->remove(true));
+  EXPECT_FALSE(full->remove(true));
   Texts const reported = messages.take();
   ASSERT_EQ(reported.size(), 1u);
-  std::string const start = notDeleted(narrow(folder.text(KVW("d\\s\\t\\c.txt"))), "");
+  std::string const start = notDeleted(name(KVW("d\\s\\t\\c.txt")), "");
   EXPECT_EQ(reported[0].substr(0, start.size()), start);
   EXPECT_TRUE(locked->exists());
   EXPECT_TRUE(locked->isReadOnly()) << "not made writable";
   EXPECT_TRUE(std::filesystem::exists(folder.path("d/a.txt")))
       << "folders go first, so no file of this level is reached";
-  EXPECT_FALSE(directory()->removeContents(true));
-  EXPECT_TRUE(directory()->removeContents(false));
+  EXPECT_FALSE(full->removeContents(true));
+  EXPECT_TRUE(full->removeContents(false));
   messages.take();
   ASSERT_EQ(locked->unsetAsReadOnly(), File::ReadOnlyOk);
-  EXPECT_TRUE(directory()->remove(true));
-  EXPECT_EQ(treeOf(folder.path()), beside);
+  EXPECT_TRUE(full->remove(true));
+  EXPECT_EQ(tree(), beside);
 }
 
 }  // namespace

@@ -3,9 +3,7 @@
 // Disk operations on several threads at once.
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "kvbase/diagnostics/windows_error.h"
@@ -13,21 +11,14 @@
 #include "kvbase/platform/error_codes.h"
 #include "tests/filesystem/path_support.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-constexpr int kThreads = 4;
 constexpr int kRounds = 20;
-
-// Runs the work on several threads; it is given the number of its thread.
-void onThreads(std::function<void(int)> const& work) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) threads.emplace_back(work, i);
-  for (std::thread& thread : threads) thread.join();
-}
 
 // Whoever finds that somebody else was quicker is content.
 TEST(DiskConcurrency, AllMakersOfOneDirectorySucceed) {

@@ -15,7 +15,6 @@
 #include "kvbase/diagnostics/windows_error.h"
 #include "tests/filesystem/disk_support.h"
 #include "tests/support/failing_files.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -88,13 +87,9 @@ inline void expectBetween(Tree const& before, Tree const& after, Tree const& don
 }
 
 // Folders: s, full; t, with a file a.txt of its own; u, empty; the files one.txt, two.txt and the read-only locked.txt.
-class DiskTree : public ::testing::Test {
+class DiskTree : public OnDisk {
  protected:
-  DiskTree() { build(); }
-
-  SmartPtr<Directory const> directory(wchar const* below) const { return directoryAt(folder.text(below).c_str()); }
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-  std::string name(wchar const* below) const { return narrow(folder.text(below)); }
+  DiskTree() : OnDisk(quickPlace()) { build(); }
 
   // The bytes of all files, and which of them are read-only.
   Tree tree() const {
@@ -159,8 +154,6 @@ class DiskTree : public ::testing::Test {
   }
 
   std::set<std::string> failedCalls;
-  TempFolder folder{quickPlace()};
-  CollectedMessages messages;
 
  private:
   void run(Operation const& operation, Fault& fault) {

@@ -14,6 +14,7 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/disk_fault_support.h"
+#include "tests/support/current_path.h"
 
 namespace KV_1_1 {
 namespace {
@@ -65,17 +66,13 @@ class DiskFault : public DiskTree {
 };
 
 TEST_F(DiskFault, CopyMoveAndRemove) {
-  class Silent final : public IProgress {
-   public:
-    void setProgress(double) override {}
-  };
   auto const one = file(KVW("one.txt")), two = file(KVW("two.txt")), fresh = file(KVW("new.txt"));
   auto const copied = by({{"copyFile", 112, "221", kBefore, ""}, {"copyFile", 0, "18", kBefore, ""}});
   Operation const operations[] = {
       {"copy", "0", [&] { return std::to_string(one->copy(fresh, false)); }, copied},
       {"copy over a file", "0", [&] { return std::to_string(one->copy(two, true)); }, copied},
-      {"copy with progress", "0", [&] { return std::to_string(one->copy(two, true, std::make_shared<Silent>())); },
-       copied},
+      {"copy with progress", "0",
+       [&] { return std::to_string(one->copy(two, true, std::make_shared<RecordedProgress>())); }, copied},
       {"copy into a folder", name(KVW(R"(u\one.txt)")), [&] { return fullName(one->copy(directory(KVW("u")), false)); },
        by({{"copyFile", 0, "null", kBefore, ""}})},
       {"copy of a read-only file", name(KVW(R"(u\locked.txt)")),
@@ -192,11 +189,6 @@ TEST_F(DiskFault, Create) {
 }
 
 TEST_F(DiskFault, WithoutACurrentDirectory) {
-  struct CurrentPath {
-    explicit CurrentPath(std::filesystem::path const& path) { std::filesystem::current_path(path); }
-    ~CurrentPath() { std::filesystem::current_path(previous); }
-    std::filesystem::path previous = std::filesystem::current_path();
-  };
   CurrentPath const current(folder.path());
   // Without the last row: the same as for an absolute path, see above.
   Operation const operations[] = {

@@ -13,7 +13,6 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -28,10 +27,9 @@ constexpr bool kFullSize = !std::is_same<wchar, wchar_t>::value;
 constexpr bool kFullSize = false;
 #endif
 
-class DiskLoad : public ::testing::Test {
+class DiskLoad : public OnDisk {
  protected:
-  SmartPtr<Directory const> directory(wstring const& below) const { return directoryAt(folder.text(below).c_str()); }
-  SmartPtr<File const> file(wstring const& below) const { return fileAt(folder.text(below).c_str()); }
+  DiskLoad() : OnDisk(quickPlace()) {}
 
   // Without the layers of a stream, which cost more than the file.
   void writeQuickly(std::string const& below, std::string const& bytes) const {
@@ -42,8 +40,6 @@ class DiskLoad : public ::testing::Test {
     ASSERT_EQ(written, bytes.size());
   }
 
-  TempFolder folder{quickPlace()};
-  CollectedMessages messages;
   String const all{KVW("*")};
 };
 

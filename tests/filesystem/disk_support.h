@@ -12,9 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "kvbase/filesystem/progress.h"
 #include "tests/filesystem/path_support.h"
+#include "tests/support/progress.h"
 #include "tests/support/scripted_files.h"
+#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -91,13 +92,6 @@ class ScriptedDisk final : public RecordingFiles {
   static wstring prefixed(wstring const& path) { return KVW(R"(\\?\)") + path; }
 };
 
-// Counts the files that it is told of.
-class CountedFiles final : public KVFileProgressInterface {
- public:
-  void fileCopied() override { ++count; }
-  int count = 0;
-};
-
 // The messages of the operations.
 inline std::string noDrive(std::string const& root) {
   return "The drive or network share '" + root + "' does not exist or is inaccessible.";
@@ -136,6 +130,23 @@ inline Tree treeOf(std::filesystem::path const& root) {
   }
   return tree;
 }
+
+// The base of tests on the real disk: a fresh folder, and the paths of items in it.
+class OnDisk : public ::testing::Test {
+ protected:
+  explicit OnDisk(std::filesystem::path const& where = std::filesystem::temp_directory_path()) : folder(where) {}
+
+  SmartPtr<Directory const> directory(wstring const& below = wstring()) const {
+    return directoryAt(folder.text(below).c_str());
+  }
+  SmartPtr<File const> file(wstring const& below) const { return fileAt(folder.text(below).c_str()); }
+  // The full name of an item, as messages show it.
+  std::string name(wstring const& below) const { return narrow(folder.text(below)); }
+  Tree tree() const { return treeOf(folder.path()); }
+
+  TempFolder folder;
+  CollectedMessages messages;
+};
 
 }  // namespace testing
 }  // namespace KV_1_1

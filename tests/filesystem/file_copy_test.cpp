@@ -14,21 +14,13 @@
 #include <vector>
 
 #include "kvbase/filesystem/internal/copy_progress.h"
-#include "kvbase/filesystem/progress.h"
 #include "tests/filesystem/disk_support.h"
 #include "tests/support/scripted_debug.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
-
-class ProgressValues : public IProgress {
- public:
-  void setProgress(double fraction) override { values.push_back(fraction); }
-  std::vector<double> values;
-};
 
 // The progress that an application has in the middle of another object.
 class Window {
@@ -36,7 +28,7 @@ class Window {
   virtual ~Window() = default;
   std::string title;
 };
-class ProgressWindow final : public Window, public ProgressValues {};
+class ProgressWindow final : public Window, public RecordedProgress {};
 
 // Keeps what copyFile was called with.
 class KeptCopy final : public FileScript {
@@ -78,8 +70,8 @@ TEST_F(FileCopy, OneCallWithTheFlagOfOverwrite) {
   EXPECT_EQ(source->copy(target, true), 0);
   EXPECT_EQ(source->copy(target, false, nullptr), 0);
   EXPECT_EQ(source->copy(target, true, nullptr), 0);
-  EXPECT_EQ(source->copy(target, false, std::make_shared<ProgressValues>()), 0);
-  EXPECT_EQ(source->copy(target, true, std::make_shared<ProgressValues>()), 0);
+  EXPECT_EQ(source->copy(target, false, std::make_shared<RecordedProgress>()), 0);
+  EXPECT_EQ(source->copy(target, true, std::make_shared<RecordedProgress>()), 0);
   std::string const call = R"(copyFile \\?\C:\a\x.e -> \\?\D:\b\y)";
   EXPECT_EQ(files.log(),
             (Log{call + " 1", call + " 0", call + " 1", call + " 0", call + " 1 progress", call + " 0 progress"}));
@@ -111,7 +103,7 @@ TEST_F(FileCopy, ResultByTheLastError) {
     debug.error = 112 - row.error;  // what was left before does not count
     EXPECT_EQ(source->copy(target, true), row.result);
     EXPECT_EQ(source->copy(target, false), row.result);
-    EXPECT_EQ(source->copy(target, true, std::make_shared<ProgressValues>()), row.result);
+    EXPECT_EQ(source->copy(target, true, std::make_shared<RecordedProgress>()), row.result);
     EXPECT_EQ(source->copy(folder, true), nullptr);
   }
 }
@@ -139,7 +131,7 @@ TEST_F(FileCopy, WithoutProgressNoRoutineAndNoData) {
 
 // A pointer may own one thing and point at nothing, or point at a thing that nobody owns.
 TEST_F(FileCopy, ProgressIsWhatIsPointedAtNotWhatIsOwned) {
-  auto const owner = std::make_shared<ProgressValues>();
+  auto const owner = std::make_shared<RecordedProgress>();
   EXPECT_EQ(source->copy(target, true, std::shared_ptr<IProgress>(owner, nullptr)), 0);
   EXPECT_EQ(script.routine, nullptr);
   EXPECT_EQ(script.data, nullptr);
@@ -166,7 +158,7 @@ TEST_F(FileCopy, ProgressIsToldEachPart) {
 
 TEST_F(FileCopy, ProgressOfAnEmptyFileIsNotANumber) {
   script.copySteps = {{0, 0}};
-  auto const progress = std::make_shared<ProgressValues>();
+  auto const progress = std::make_shared<RecordedProgress>();
   EXPECT_EQ(source->copy(target, true, progress), 0);
   ASSERT_EQ(progress->values.size(), 1u);
   EXPECT_TRUE(std::isnan(progress->values[0]));
@@ -176,14 +168,14 @@ TEST_F(FileCopy, ProgressOfAnEmptyFileIsNotANumber) {
 TEST_F(FileCopy, ProgressOfACopyThatFailsIsToldWhatWasDone) {
   script.copySteps = {{4, 1}};
   script.errors["copyFile"] = platform::kDiskFull;
-  auto const progress = std::make_shared<ProgressValues>();
+  auto const progress = std::make_shared<RecordedProgress>();
   EXPECT_EQ(source->copy(target, true, progress), 221);
   EXPECT_EQ(progress->values, std::vector<double>{0.25});
 }
 
 TEST_F(FileCopy, NoHoldOfTheProgressIsKept) {
-  auto progress = std::make_shared<ProgressValues>();
-  std::weak_ptr<ProgressValues> const watch = progress;
+  auto progress = std::make_shared<RecordedProgress>();
+  std::weak_ptr<RecordedProgress> const watch = progress;
   EXPECT_EQ(source->copy(target, true, progress), 0);
   EXPECT_EQ(progress.use_count(), 1);
   script.errors["copyFile"] = platform::kAccessDenied;
@@ -216,11 +208,11 @@ TEST(CopyProgressRoutine, PassesTheQuotientOnAndGoesOn) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    ProgressValues progress;
+    RecordedProgress progress;
     EXPECT_EQ(copyProgressRoutine(row.total, row.transferred, static_cast<IProgress*>(&progress)), 0u);
     EXPECT_EQ(progress.values, std::vector<double>{row.value});
   }
-  ProgressValues progress;
+  RecordedProgress progress;
   EXPECT_EQ(copyProgressRoutine(0, 0, static_cast<IProgress*>(&progress)), 0u);
   ASSERT_EQ(progress.values.size(), 1u);
   EXPECT_TRUE(std::isnan(progress.values[0]));
@@ -282,7 +274,7 @@ TEST_F(FileCopy, IntoADirectoryUnderANameThatIsNoneDoesNothing) {
   EXPECT_EQ(files.log(), Log());
 }
 
-class FileCopyOnDisk : public ::testing::Test {
+class FileCopyOnDisk : public OnDisk {
  protected:
   FileCopyOnDisk() {
     folder.write("five", "12345");
@@ -291,13 +283,6 @@ class FileCopyOnDisk : public ::testing::Test {
     folder.makeFolder("sub");
   }
   ~FileCopyOnDisk() override { EXPECT_EQ(messages.take(), Texts()); }
-
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-  SmartPtr<Directory const> directory(wchar const* below) const { return directoryAt(folder.text(below).c_str()); }
-  Tree tree() const { return treeOf(folder.path()); }
-
-  TempFolder folder;
-  CollectedMessages messages;
 };
 
 TEST_F(FileCopyOnDisk, MakesAFileOfTheSameContentsSizeAndTime) {
@@ -348,7 +333,7 @@ TEST_F(FileCopyOnDisk, WhatCannotBeCopiedChangesNothing) {
     SCOPED_TRACE(row.name);
     for (bool const overwrite : {false, true}) {
       EXPECT_EQ(file(row.source)->copy(file(row.target), overwrite), File::CopyFailed) << overwrite;
-      EXPECT_EQ(file(row.source)->copy(file(row.target), overwrite, std::make_shared<ProgressValues>()),
+      EXPECT_EQ(file(row.source)->copy(file(row.target), overwrite, std::make_shared<RecordedProgress>()),
                 File::CopyFailed);
       EXPECT_EQ(tree(), before);
     }

@@ -10,14 +10,13 @@
 
 #include "kvbase/diagnostics/windows_error.h"
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-class FileOnDisk : public ::testing::Test {
+class FileOnDisk : public OnDisk {
  protected:
   FileOnDisk() {
     folder.write("one", "1");
@@ -26,18 +25,12 @@ class FileOnDisk : public ::testing::Test {
   }
   ~FileOnDisk() override { EXPECT_EQ(messages.take(), Texts()); }
 
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-  std::string name(wchar const* below) const { return narrow(folder.text(below)); }
   static std::string reason(ulong32 code) { return shown(getWindowsError(code)); }
   static std::uint64_t lastWriteTime(SmartPtr<File const> const& file) {
     FILETIME time = {};
     EXPECT_TRUE(file->getLastWriteTime(&time));
     return (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
   }
-  Tree tree() const { return treeOf(folder.path()); }
-
-  TempFolder folder;
-  CollectedMessages messages;
 };
 
 TEST_F(FileOnDisk, RemoveDeletesOnce) {
@@ -228,7 +221,7 @@ TEST_F(FileOnDisk, NamesOfEveryKind) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    runThrough(file(row.below), file((row.below + wstring(KVW(" copy"))).c_str()));
+    runThrough(file(row.below), file(row.below + wstring(KVW(" copy"))));
   }
 }
 
@@ -237,9 +230,9 @@ TEST_F(FileOnDisk, APathBeyondTwoHundredAndSixtyUnits) {
   wstring below;
   for (int level = 0; level < 8; ++level) below += wstring(50, KVW('a')) + KVW("\\");
   wstring const name(200, KVW('n'));
-  runThrough(file((below + name).c_str()), file((below + KVW("copy")).c_str()));
+  runThrough(file(below + name), file(below + KVW("copy")));
   // Not every standard library removes so long a path.
-  EXPECT_TRUE(directoryAt(folder.text(wstring(50, KVW('a'))).c_str())->remove(true));
+  EXPECT_TRUE(directory(wstring(50, KVW('a')))->remove(true));
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/filesystem/disk_support.h"
 #include "tests/filesystem/scripted_system.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -256,17 +256,13 @@ TEST_F(ItemQueries, TimesAreLeftAloneOnFailure) {
   }
 }
 
-class ItemQueriesOnDisk : public ::testing::Test {
+class ItemQueriesOnDisk : public OnDisk {
  protected:
   ItemQueriesOnDisk() {
     folder.write("file.bin", "12345");
     folder.write("empty");
     folder.makeFolder("sub");
   }
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-  SmartPtr<Directory const> directory(wchar const* below) const { return directoryAt(folder.text(below).c_str()); }
-
-  TempFolder folder;
 };
 
 TEST_F(ItemQueriesOnDisk, Access) {

@@ -5,33 +5,29 @@
 
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "tests/filesystem/path_support.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-constexpr int kThreads = 4;
-
 // What the work gives on each of several threads.
-std::vector<Texts> onThreads(std::function<void(Texts&)> const& work) {
+std::vector<Texts> resultsOf(std::function<void(Texts&)> const& work) {
   std::vector<Texts> results(kThreads);
-  std::vector<std::thread> threads;
-  for (Texts& result : results) threads.emplace_back([&work, &result] { work(result); });
-  for (std::thread& thread : threads) thread.join();
+  onThreads([&](int thread) { work(results[static_cast<std::size_t>(thread)]); });
   return results;
 }
 
 // The first to run in a process of its own, this builds the sets of characters on several threads at once.
 TEST(PathConcurrency, TheFirstPathsMayComeFromSeveralThreads) {
-  auto const results = onThreads([](Texts& result) {
+  auto const results = resultsOf([](Texts& result) {
     for (int i = 0; i < 200; ++i) {
       result.push_back(std::to_string(isValidSearchPattern(String(KVW("*.txt"))) + isValidItemName(String(KVW("a*")))));
       result.push_back(fullName(Directory::fromString(String(KVW("c:/a/../b c")))));
@@ -47,7 +43,7 @@ TEST(PathConcurrency, OnePathServesSeveralThreads) {
   SmartPtr<Directory const> const directory = directoryAt(KVW("C:\\a\\b"));
   SmartPtr<Directory const> const other = directoryAt(KVW("C:\\A\\c"));
   SmartPtr<File const> const file = File::fromString(*directory, String(KVW("f.txt")));
-  auto const results = onThreads([&](Texts& result) {
+  auto const results = resultsOf([&](Texts& result) {
     for (int i = 0; i < 200; ++i) {
       result.push_back(shown(directory->getFullNameUnicode()) + shown(file->getFullNameUnix()));
       result.push_back(fullName(directory->makeRelative(other)));
@@ -65,7 +61,7 @@ TEST(PathConcurrency, SearchesOfOneDirectoryRunSideBySide) {
   TempFolder folder;
   for (int i = 0; i < 20; ++i) folder.write("sub" + std::to_string(i % 3) + "/f" + std::to_string(i));
   SmartPtr<Directory const> const directory = directoryAt(folder.text().c_str());
-  auto const results = onThreads([&directory](Texts& result) {
+  auto const results = resultsOf([&directory](Texts& result) {
     for (int i = 0; i < 10; ++i) {
       for (auto const& item : directory->collectContents(String(KVW("*")), true)) result.push_back(fullName(item));
     }

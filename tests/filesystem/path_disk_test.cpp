@@ -10,8 +10,8 @@
 
 #include "kvbase/filesystem/file_collection_iterator.h"
 #include "kvbase/filesystem/file_system_iterator.h"
-#include "kvbase/filesystem/progress.h"
 #include "tests/filesystem/path_support.h"
+#include "tests/support/progress.h"
 #include "tests/support/scripted_files.h"
 #include "tests/support/scripted_shell.h"
 #include "tests/support/temp_folder.h"
@@ -20,12 +20,6 @@ namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
-
-// Has a copy report its progress to nobody.
-class Silent final : public IProgress {
- public:
-  void setProgress(double) override {}
-};
 
 // The text with each {key} replaced.
 std::string filled(std::string text, std::map<std::string, std::string> const& values) {
@@ -82,7 +76,7 @@ TEST(PathDisk, WhichNameGoesToWhichCall) {
       {"copy", {R"(copyFile {D}\f.e -> {D}\g.e 1)"}, [](auto&, auto& f, auto& g) { f->copy(g, false); }},
       {"copy with progress",
        {R"(copyFile {D}\f.e -> {D}\g.e 0 progress)"},
-       [](auto&, auto& f, auto& g) { f->copy(g, true, std::make_shared<Silent>()); }},
+       [](auto&, auto& f, auto& g) { f->copy(g, true, std::make_shared<RecordedProgress>()); }},
       {"copy into a directory",
        {R"(copyFile {D}\f.e -> {D}\f.e 1)"},
        [](auto& d, auto& f, auto&) { f->copy(d, false); }},

@@ -8,9 +8,9 @@
 #include <string>
 
 #include "kvbase/filesystem/file_system_iterator.h"
-#include "tests/filesystem/path_support.h"
+#include "tests/filesystem/disk_support.h"
+#include "tests/support/current_path.h"
 #include "tests/support/recording_files.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -33,16 +33,12 @@ Texts sortedNames(SmartPtr<Iterator> const& iterator) {
   return names;
 }
 
-class DirectorySearchOnDisk : public ::testing::Test {
+class DirectorySearchOnDisk : public OnDisk {
  protected:
   ~DirectorySearchOnDisk() override { EXPECT_EQ(files.openSearches(), 0); }
 
-  SmartPtr<Directory const> directory() const { return directoryAt(folder.text().c_str()); }
-
-  TempFolder folder;
   RecordingFiles files;
   platform::ScopedBackend<platform::FileApi> scope{files};
-  CollectedMessages messages;
 };
 
 TEST_F(DirectorySearchOnDisk, OneFileAndOneFolder) {
@@ -57,7 +53,7 @@ TEST_F(DirectorySearchOnDisk, ItemsAreAbsoluteAndThere) {
   folder.write("sub/file.txt", "abc");
   auto const items = directory()->collectContents(String(KVW("*")), true);
   ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(fullName(items[0]), narrow(folder.text(KVW("sub\\"))));
+  EXPECT_EQ(fullName(items[0]), name(KVW("sub\\")));
   EXPECT_EQ(fullName(items[1]), narrow(folder.text(KVW("sub\\file.txt"))));
   for (auto const& item : items) EXPECT_TRUE(item->exists());
   EXPECT_TRUE(items[0]->isKindOf(Directory::Class()));
@@ -214,11 +210,6 @@ TEST_F(DirectorySearchOnDisk, IteratorsOnOneFolderRunSideBySide) {
 
 TEST_F(DirectorySearchOnDisk, ARelativeDirectoryGivesAbsoluteItems) {
   folder.write("sub/file");
-  struct CurrentPath {
-    explicit CurrentPath(std::filesystem::path const& path) { std::filesystem::current_path(path); }
-    ~CurrentPath() { std::filesystem::current_path(previous); }
-    std::filesystem::path previous = std::filesystem::current_path();
-  };
   CurrentPath const current(folder.path());
   SmartPtr<FileIterator> const iterator = directoryAt(KVW("sub"))->findFiles(String(KVW("*")));
   SmartPtr<File const> const file = iterator->getNext();

@@ -15,7 +15,6 @@
 
 #include "kvbase/diagnostics/windows_error.h"
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
@@ -24,12 +23,6 @@ using namespace KV_1_1::testing;
 namespace fs = std::filesystem;
 
 constexpr std::int64_t kMega = 1 << 20;
-
-class Fractions final : public IProgress {
- public:
-  void setProgress(double fraction) override { all.push_back(fraction); }
-  std::vector<double> all;
-};
 
 std::int64_t roomOf(fs::path const& path) {
   struct stat status = {};
@@ -50,7 +43,7 @@ TEST(DiskLoadLinux, HolesOfALargeFileStayHoles) {
   ASSERT_LT(roomOf(folder.path("sparse")), kMega) << "the file system has no holes";
   SmartPtr<File const> const source = fileAt(folder.text(KVW("sparse")).c_str());
   SmartPtr<File const> const target = fileAt(folder.text(KVW("copy")).c_str());
-  auto const fractions = std::make_shared<Fractions>();
+  auto const fractions = std::make_shared<RecordedProgress>();
   ASSERT_EQ(source->copy(target, false, fractions), File::CopyOk);
   EXPECT_TRUE(source->hasEqualSize(target));
   EXPECT_LT(roomOf(folder.path("copy")), kMega);
@@ -72,10 +65,10 @@ TEST(DiskLoadLinux, HolesOfALargeFileStayHoles) {
     after.clear();
   }
 
-  ASSERT_GE(fractions->all.size(), 2u);
-  EXPECT_EQ(fractions->all.front(), 0);
-  EXPECT_EQ(fractions->all.back(), 1);
-  for (std::size_t i = 1; i < fractions->all.size(); ++i) EXPECT_GE(fractions->all[i], fractions->all[i - 1]);
+  ASSERT_GE(fractions->values.size(), 2u);
+  EXPECT_EQ(fractions->values.front(), 0);
+  EXPECT_EQ(fractions->values.back(), 1);
+  for (std::size_t i = 1; i < fractions->values.size(); ++i) EXPECT_GE(fractions->values[i], fractions->values[i - 1]);
 }
 
 TEST(DiskLoadLinux, ADeepTreeIsCopiedAndRemoved) {

@@ -11,29 +11,19 @@
 #include <vector>
 
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace {
 
 using namespace KV_1_1::testing;
 
-class FileDiskLinux : public ::testing::Test {
+class FileDiskLinux : public OnDisk {
  protected:
   FileDiskLinux() {
     folder.write("one", "1");
     folder.write("locked", "locked");
     EXPECT_EQ(file(KVW("locked"))->setAsReadOnly(), File::ReadOnlyOk);
   }
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-
-  TempFolder folder;
-};
-
-class ProgressValues final : public IProgress {
- public:
-  void setProgress(double fraction) override { values.push_back(fraction); }
-  std::vector<double> values;
 };
 
 TEST_F(FileDiskLinux, AReadOnlyFileCannotBeOpenedToWriteWhoeverAsks) {
@@ -65,7 +55,7 @@ TEST_F(FileDiskLinux, AReadOnlyFileIsNotTouched) {
 
 TEST_F(FileDiskLinux, ProgressRisesToOne) {
   folder.write("big", std::string(5000000, 'b'));
-  auto const progress = std::make_shared<ProgressValues>();
+  auto const progress = std::make_shared<RecordedProgress>();
   EXPECT_EQ(file(KVW("big"))->copy(file(KVW("copy")), false, progress), File::CopyOk);
   ASSERT_GE(progress->values.size(), 2u);
   EXPECT_EQ(progress->values.front(), 0.0);
@@ -77,14 +67,14 @@ TEST_F(FileDiskLinux, ProgressRisesToOne) {
 
 TEST_F(FileDiskLinux, ProgressOfAnEmptyFileIsOneValueThatIsNotANumber) {
   folder.write("empty");
-  auto const progress = std::make_shared<ProgressValues>();
+  auto const progress = std::make_shared<RecordedProgress>();
   EXPECT_EQ(file(KVW("empty"))->copy(file(KVW("copy")), false, progress), File::CopyOk);
   ASSERT_EQ(progress->values.size(), 1u);
   EXPECT_TRUE(std::isnan(progress->values[0]));
 }
 
 TEST_F(FileDiskLinux, ACopyThatNeverBeginsTellsNoProgress) {
-  auto const progress = std::make_shared<ProgressValues>();
+  auto const progress = std::make_shared<RecordedProgress>();
   EXPECT_EQ(file(KVW("missing"))->copy(file(KVW("copy")), false, progress), File::CopyFailed);
   EXPECT_EQ(file(KVW("one"))->copy(file(KVW("locked")), false, progress), File::CopyFailed);
   EXPECT_EQ(progress->values, std::vector<double>());

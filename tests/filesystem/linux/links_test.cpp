@@ -11,9 +11,9 @@
 #include <string>
 
 #include "kvbase/filesystem/file_system_iterator.h"
-#include "tests/filesystem/path_support.h"
+#include "tests/filesystem/disk_support.h"
 #include "tests/platform/linux/files/file_support.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/current_path.h"
 
 namespace KV_1_1 {
 namespace {
@@ -28,13 +28,8 @@ Texts sortedFullNames(Items const& items) {
   return names;
 }
 
-class PathDiskLinux : public ::testing::Test {
+class PathDiskLinux : public OnDisk {
  protected:
-  SmartPtr<Directory const> directory(wchar const* below = KVW("")) const {
-    return directoryAt(folder.text(below).c_str());
-  }
-  SmartPtr<File const> file(wchar const* below) const { return fileAt(folder.text(below).c_str()); }
-  std::string name(wchar const* below) const { return narrow(folder.text(below)); }
   void link(char const* target, char const* at) const { ASSERT_EQ(symlink(target, folder.path(at).c_str()), 0) << at; }
   bool has(char const* at) const { return std::filesystem::exists(std::filesystem::symlink_status(folder.path(at))); }
   // The text of a link; empty for what is none.
@@ -43,7 +38,6 @@ class PathDiskLinux : public ::testing::Test {
     return std::filesystem::read_symlink(folder.path(at), ignored).string();
   }
 
-  TempFolder folder;
   String const all{KVW("*")};
 };
 
@@ -57,10 +51,8 @@ TEST_F(PathDiskLinux, APathWithoutDriveIsANativePath) {
 }
 
 TEST_F(PathDiskLinux, TheCurrentDirectoryReadsSo) {
-  std::filesystem::path const before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path());
+  CurrentPath const current(folder.path());
   EXPECT_EQ(fullName(directoryAt(KVW("a"))->makeAbsolute()), name(KVW("a\\")));
-  std::filesystem::current_path(before);
 }
 
 TEST_F(PathDiskLinux, NamesKeepTheirCaseAndAreToldApartByIt) {
@@ -212,13 +204,10 @@ TEST_F(PathDiskLinux, TheCurrentDirectoryOfADrive) {
   folder.makeFolder("drives");
   link("../data", "drives/c:");
   Drives const drives(folder.path("drives"));
-  CollectedMessages messages;
-  std::filesystem::path const before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path("data/sub"));
-  EXPECT_EQ(fullName(directoryAt(KVW("C:x"))->makeAbsolute()), "C:\\sub\\x\\");
-  std::filesystem::current_path(folder.path());
-  EXPECT_EQ(fullName(directoryAt(KVW("C:x"))->makeAbsolute()), "C:\\x\\");
-  std::filesystem::current_path(before);
+  for (auto const& place : {std::make_pair("data/sub", "C:\\sub\\x\\"), std::make_pair("data", "C:\\x\\")}) {
+    CurrentPath const current(folder.path(place.first));
+    EXPECT_EQ(fullName(directoryAt(KVW("C:x"))->makeAbsolute()), place.second);
+  }
   EXPECT_EQ(messages.take(), Texts());
   EXPECT_EQ(directoryAt(KVW("D:x"))->makeAbsolute(), nullptr);
   EXPECT_EQ(messages.take(), Texts{kNoCurrentDirectory});
@@ -308,7 +297,6 @@ TEST_F(PathDiskLinux, ALinkIsRemovedAsAFile) {
   }
   EXPECT_TRUE(has("outside/kept"));
   EXPECT_TRUE(has("locked"));
-  CollectedMessages messages;
   EXPECT_FALSE(file(KVW("locked"))->remove());
   EXPECT_EQ(messages.take().size(), 1u);
 }
@@ -349,7 +337,6 @@ TEST_F(PathDiskLinux, ATreeGoesToAnotherFileSystemByCopies) {
   EXPECT_EQ(std::filesystem::file_size(other.path("copy/sub/file")), 4u);
   EXPECT_EQ(std::filesystem::read_symlink(other.path("copy/toSub")), "sub");
 
-  CollectedMessages messages;
   EXPECT_TRUE(file(KVW("tree\\sub\\file"))->move(fileAt(other.text(KVW("moved")).c_str())));
   EXPECT_EQ(std::filesystem::file_size(other.path("moved")), 4u);
   EXPECT_FALSE(has("tree/sub/file"));
