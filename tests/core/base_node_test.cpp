@@ -16,9 +16,8 @@
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using KV_1_1::testing::LiveNode;
 
 constexpr unsigned int kDeadMark = 0xF000DEAD;
 
@@ -180,4 +179,5 @@ TEST(BaseNode, AClassWithoutRecordOfItsOwnIsABaseNode) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

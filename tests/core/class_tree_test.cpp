@@ -13,9 +13,9 @@
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
-using KV_1_1::testing::narrow;
 using Names = std::vector<std::string>;
 
 std::string nameOf(mZClass const* record) {
@@ -329,4 +329,5 @@ TEST(ClassTreeOfLibrary, EachClassCreatorIsAPlainRecord) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -14,6 +14,7 @@
 #include "tests/core/counted_node.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
 constexpr int kThreads = 4;
@@ -112,4 +113,5 @@ TEST(LazyConcurrency, OneObjectIsBuiltOnceForAllThreads) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -11,6 +11,7 @@
 #include <vector>
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
 constexpr unsigned int kMax = 0xFFFFFFFF;
@@ -124,4 +125,5 @@ TEST(InterlockedCounterConcurrency, EveryStepSeesAValueOfItsOwn) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -12,12 +12,9 @@
 #include "tests/core/counted_node.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
-using KV_1_1::testing::DerivedLoggedNode;
-using KV_1_1::testing::LiveNode;
-using KV_1_1::testing::Log;
-using KV_1_1::testing::LoggedNode;
 using Pointer = SmartPtr<LoggedNode>;
 
 // Two objects, a and b, each with one owner, and a log that is empty when a test starts to look.
@@ -259,4 +256,5 @@ TEST(SmartPtr, ReturnsFromAFunctionWithoutTouchingTheCount) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -15,9 +15,8 @@
 #include "tests/support/scripted_debug.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 using Asked = std::vector<ulong32>;
 
@@ -89,7 +88,7 @@ TEST_F(WindowsError, ATextOfLineEndsIsEmptyNotNil) {
   debug.texts[5] = KVW("\r\n\r\n");
   String const text = getWindowsError(5);
   EXPECT_EQ(text, String::EMPTY);
-  EXPECT_NE(text, String::NIL);
+  EXPECT_NE(String::NIL, text);
   EXPECT_EQ(text.length(), 0);
 }
 
@@ -209,4 +208,5 @@ TEST(WindowsErrorOfTheSystem, ACodeWithoutText) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

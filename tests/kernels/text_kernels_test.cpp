@@ -67,7 +67,7 @@ TEST(TextKernels, ActiveOnesAreOneOfTheTwins) {
   bool known = false;
   for (Twin const& twin : twins()) known = known || twin.kernels == strings::activeKernels;
   EXPECT_TRUE(known);
-  EXPECT_EQ(twins().back().kernels, strings::activeKernels) << "the best one after start-up";
+  EXPECT_EQ(strings::activeKernels, twins().back().kernels) << "the best one after start-up";
 }
 
 TEST(TextKernels, Length) {
@@ -75,7 +75,7 @@ TEST(TextKernels, Length) {
     SCOPED_TRACE(twin.name);
     forTexts(11, [&twin](RandomText&, wstring const& text, int shift) {
       Block const block(text + wchar(0), shift);
-      ASSERT_EQ(static_cast<int>(wstring(text.c_str()).size()), twin.kernels->length(block.text()));
+      ASSERT_EQ(twin.kernels->length(block.text()), static_cast<int>(wstring(text.c_str()).size()));
     });
   }
 }
@@ -88,9 +88,9 @@ TEST(TextKernels, Mismatch) {
       for (wstring const& other : {text, varied(random, text)}) {
         Block const a(text, shift);
         Block const b(other, random.below(kAlignments));
-        ASSERT_EQ(reference::mismatch(text, other), twin.kernels->mismatch(a.text(), b.text(), n));
-        ASSERT_EQ(reference::mismatchIgnoringCase(text, other),
-                  twin.kernels->mismatchIgnoringCase(a.text(), b.text(), n));
+        ASSERT_EQ(twin.kernels->mismatch(a.text(), b.text(), n), reference::mismatch(text, other));
+        ASSERT_EQ(twin.kernels->mismatchIgnoringCase(a.text(), b.text(), n),
+                  reference::mismatchIgnoringCase(text, other));
       }
     });
   }
@@ -106,8 +106,8 @@ TEST(TextKernels, MismatchAtEveryPlace) {
         other[static_cast<std::size_t>(place)] = KVW('Y');
         Block const a(text);
         Block const b(other);
-        ASSERT_EQ(place, twin.kernels->mismatch(a.text(), b.text(), n)) << n;
-        ASSERT_EQ(place, twin.kernels->mismatchIgnoringCase(a.text(), b.text(), n)) << n;
+        ASSERT_EQ(twin.kernels->mismatch(a.text(), b.text(), n), place) << n;
+        ASSERT_EQ(twin.kernels->mismatchIgnoringCase(a.text(), b.text(), n), place) << n;
       }
     }
   }
@@ -120,8 +120,8 @@ TEST(TextKernels, FindUnit) {
       int const n = static_cast<int>(text.size());
       Block const block(text, shift);
       for (wchar const unit : {KVW('a'), wchar(0), random.unit(RandomUnits::kAny), wchar(0xFFFF)}) {
-        ASSERT_EQ(reference::findUnit(text, unit), twin.kernels->findUnit(block.text(), unit, n));
-        ASSERT_EQ(reference::findLastUnit(text, unit), twin.kernels->findLastUnit(block.text(), unit, n));
+        ASSERT_EQ(twin.kernels->findUnit(block.text(), unit, n), reference::findUnit(text, unit));
+        ASSERT_EQ(twin.kernels->findLastUnit(block.text(), unit, n), reference::findLastUnit(text, unit));
       }
     });
   }
@@ -136,8 +136,8 @@ TEST(TextKernels, FindRange) {
     forTexts(17, [&twin, &ranges](RandomText&, wstring const& text, int shift) {
       Block const block(text, shift);
       for (Range const& range : ranges) {
-        ASSERT_EQ(reference::findRange(text, range.low, range.high),
-                  twin.kernels->findRange(block.text(), static_cast<int>(text.size()), range.low, range.high));
+        ASSERT_EQ(twin.kernels->findRange(block.text(), static_cast<int>(text.size()), range.low, range.high),
+                  reference::findRange(text, range.low, range.high));
       }
     });
   }
@@ -150,12 +150,12 @@ TEST(TextKernels, EveryUnitIsFoundAndFolded) {
       wchar const unit = static_cast<wchar>(value);
       wstring text(40, static_cast<wchar>(value == 1 ? 2 : value - 1));
       text[33] = unit;
-      ASSERT_EQ(33, twin.kernels->findUnit(text.data(), unit, 40)) << value;
-      ASSERT_EQ(33, twin.kernels->findLastUnit(text.data(), unit, 40)) << value;
+      ASSERT_EQ(twin.kernels->findUnit(text.data(), unit, 40), 33) << value;
+      ASSERT_EQ(twin.kernels->findLastUnit(text.data(), unit, 40), 33) << value;
       wstring folded(40, unit);
       folded[20] = static_cast<wchar>(unit ^ 32);
-      ASSERT_EQ(reference::mismatchIgnoringCase(wstring(40, unit), folded),
-                twin.kernels->mismatchIgnoringCase(wstring(40, unit).data(), folded.data(), 40))
+      ASSERT_EQ(twin.kernels->mismatchIgnoringCase(wstring(40, unit).data(), folded.data(), 40),
+                reference::mismatchIgnoringCase(wstring(40, unit), folded))
           << value;
     }
   }
@@ -177,7 +177,7 @@ TEST(TextKernels, FindText) {
         m = static_cast<int>(wanted.size());
         Block const needle(wanted, random.below(kAlignments));
         int const expected = reference::find(wstring(text.c_str()), wanted, 0);
-        ASSERT_EQ(expected, twin.kernels->findText(block.text(), n, needle.text(), m));
+        ASSERT_EQ(twin.kernels->findText(block.text(), n, needle.text(), m), expected);
       }
     });
   }
@@ -195,9 +195,9 @@ TEST(TextKernels, FindTextOfManyFalseStarts) {
       if (random.oneIn(2)) wanted[static_cast<std::size_t>(random.below(static_cast<int>(wanted.size())))] = KVW('b');
       Block const block(text);
       Block const needle(wanted);
-      ASSERT_EQ(reference::find(text, wanted, 0),
-                twin.kernels->findText(block.text(), static_cast<int>(text.size()), needle.text(),
-                                       static_cast<int>(wanted.size())))
+      ASSERT_EQ(twin.kernels->findText(block.text(), static_cast<int>(text.size()), needle.text(),
+                                       static_cast<int>(wanted.size())),
+                reference::find(text, wanted, 0))
           << round;
     }
   }
@@ -215,7 +215,7 @@ TEST(TextKernels, FindTextTakesLinearTime) {
     if (twin.kernels == &strings::kScalarKernels) continue;
     SCOPED_TRACE(twin.name);
     for (wstring const& wanted : {inTheMiddle, atTheFront, atTheEnd}) {
-      EXPECT_EQ(-1, twin.kernels->findText(text.data(), n, wanted.data(), static_cast<int>(wanted.size())));
+      EXPECT_EQ(twin.kernels->findText(text.data(), n, wanted.data(), static_cast<int>(wanted.size())), -1);
     }
   }
 }
@@ -229,7 +229,7 @@ TEST(TextKernels, ReplaceUnit) {
       for (wchar const to : {KVW('x'), wchar(0), from}) {
         Block const block(text, shift);
         wstring expected = text;
-        ASSERT_EQ(reference::replaceUnit(expected, from, to), twin.kernels->replaceUnit(block.text(), n, from, to));
+        ASSERT_EQ(twin.kernels->replaceUnit(block.text(), n, from, to), reference::replaceUnit(expected, from, to));
         ASSERT_EQ(expected, wstring(block.text(), text.size()));
       }
     });
@@ -241,7 +241,7 @@ TEST(TextKernels, ReplaceUnitCountsBeyondAnyLane) {
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);
     wstring text(n, KVW('a'));
-    EXPECT_EQ(n, twin.kernels->replaceUnit(&text[0], n, KVW('a'), KVW('b')));
+    EXPECT_EQ(twin.kernels->replaceUnit(&text[0], n, KVW('a'), KVW('b')), n);
     EXPECT_EQ(wstring(n, KVW('b')), text);
   }
 }

@@ -14,6 +14,7 @@
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
 using Log = std::vector<std::string>;
@@ -23,7 +24,7 @@ using Log = std::vector<std::string>;
 std::vector<std::string> classesNow() {
   std::vector<std::string> names;
   for (mZClass const* c = nullptr; mZClass::iterateAllClasses(c);) {
-    if (&c->module() == &getLibraryModule()) names.push_back(KV_1_1::testing::narrow(c->name()));
+    if (&c->module() == &getLibraryModule()) names.push_back(narrow(c->name()));
   }
   return names;
 }
@@ -38,8 +39,7 @@ struct Start {
   bool firstModuleIsTheLibrarys = Module::begin() != Module::end() && &*Module::begin() == &getLibraryModule();
   wchar outOfRange = String::outOfRange;
   // A path read before main.
-  std::string text =
-      KV_1_1::testing::narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
+  std::string text = narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
 };
 // Never destroyed: objects of the library that go last still look at it.
 Start const& start = *new Start;
@@ -184,4 +184,5 @@ TEST(LibraryOrderDeathTest, RecordsOfOthersGoBeforeThoseOfTheLibrary) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -11,6 +11,7 @@
 #include "kvbase/modules/client_module.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
 using Modules = std::vector<Module const*>;
@@ -151,4 +152,5 @@ TEST(ModuleList, AModuleIsMadeOnlyByItsOwner) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -7,22 +7,22 @@
 
 namespace {
 
-TEST(LoadTest, ComesUpAndGoesAwayCompletelyTwice) {
+TEST(LibraryLoad, ComesUpAndGoesAwayCompletelyTwice) {
   for (int round = 0; round < 2; ++round) {
     SCOPED_TRACE(round);
     ASSERT_FALSE(isLibraryLoaded());
     void* const library = loadLibrary();
-    ASSERT_NE(nullptr, library);
+    ASSERT_NE(library, nullptr);
     EXPECT_TRUE(isLibraryLoaded());
     EXPECT_TRUE(unloadLibrary(library));
     EXPECT_FALSE(isLibraryLoaded());
   }
 }
 
-TEST(LoadTest, TwoUsersShareOneLibrary) {
+TEST(LibraryLoad, TwoUsersShareOneLibrary) {
   void* const first = loadLibrary();
   void* const second = loadLibrary();
-  ASSERT_NE(nullptr, first);
+  ASSERT_NE(first, nullptr);
   EXPECT_EQ(first, second);
   EXPECT_TRUE(unloadLibrary(first));
   EXPECT_TRUE(isLibraryLoaded());

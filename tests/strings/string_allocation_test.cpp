@@ -104,12 +104,12 @@ Operation const kOperations[] = {
 };
 
 // A text without allocating.
-struct Text {
-  explicit Text(String const& string) : nil(isNil(string)), length(string.length()) {
+struct Snapshot {
+  explicit Snapshot(String const& string) : nil(isNil(string)), length(string.length()) {
     if (length < kRoom)
       std::memcpy(units, static_cast<wchar const*>(string), static_cast<std::size_t>(length) * sizeof(wchar));
   }
-  bool operator==(Text const& other) const {
+  bool operator==(Snapshot const& other) const {
     return nil == other.nil && length == other.length &&
            std::memcmp(units, other.units, static_cast<std::size_t>(length) * sizeof(wchar)) == 0;
   }
@@ -125,9 +125,9 @@ void sweep(Operation const& operation, String const& text, bool shared) {
   for (int failAt = 1;; ++failAt) {
     ASSERT_LT(failAt, 100);
     SCOPED_TRACE(failAt);
-    String receiver = shared ? text : make(units(text));
+    String receiver = shared ? text : stringOf(units(text));
     if (isNil(text)) receiver = String::NIL;
-    Text const before(receiver);
+    Snapshot const before(receiver);
     bool threw = false;
     bool kept = false;
 
@@ -136,17 +136,17 @@ void sweep(Operation const& operation, String const& text, bool shared) {
       operation.run(receiver);
     } catch (std::bad_alloc const&) {
       threw = true;
-      kept = before == Text(receiver);
+      kept = before == Snapshot(receiver);
     }
     receiver = String::NIL;
     scope.end();
 
-    EXPECT_EQ(scope.failed(), threw);
+    EXPECT_EQ(threw, scope.failed());
     EXPECT_TRUE(!threw || kept);
     // A narrow copy made before the failure belongs to the payload, which a shared receiver does not take along.
-    if (!shared) EXPECT_EQ(0, scope.live());
-    EXPECT_EQ(0, scope.mismatched());
-    EXPECT_TRUE(before == Text(text));
+    if (!shared) EXPECT_EQ(scope.live(), 0);
+    EXPECT_EQ(scope.mismatched(), 0);
+    EXPECT_TRUE(before == Snapshot(text));
     if (!scope.failed()) return;
   }
 }

@@ -22,19 +22,19 @@ wstring everyUnit() {
 
 TEST(StringBadInput, EveryUnitInOneText) {
   wstring const all = everyUnit();
-  String const text = make(all);
-  ASSERT_EQ(0xFFFF, text.length());
+  String const text = stringOf(all);
+  ASSERT_EQ(text.length(), 0xFFFF);
   EXPECT_TRUE(units(text) == all);
   for (int i = 0; i < 0xFFFF; ++i) {
     wchar const unit = all[static_cast<std::size_t>(i)];
-    ASSERT_EQ(i, text.find(unit, 0));
-    ASSERT_EQ(i, text.findLastOf(unit, 0));
+    ASSERT_EQ(text.find(unit, 0), i);
+    ASSERT_EQ(text.findLastOf(unit, 0), i);
   }
-  EXPECT_EQ(0x8000 - 1, text.find(String(wchar(0x8000), 1), 0));
-  EXPECT_TRUE(text.endsWith(make(all.substr(0x7000))));
-  EXPECT_TRUE(text.startsWith(make(all.substr(0, 0x7000))));
-  EXPECT_TRUE(text.substr(5, 60000) == make(all.substr(5, 59995)));
-  EXPECT_EQ(reference::toUtf8(all), text.stringUTF8());
+  EXPECT_EQ(text.find(String(wchar(0x8000), 1), 0), 0x8000 - 1);
+  EXPECT_TRUE(text.endsWith(stringOf(all.substr(0x7000))));
+  EXPECT_TRUE(text.startsWith(stringOf(all.substr(0, 0x7000))));
+  EXPECT_TRUE(text.substr(5, 60000) == stringOf(all.substr(5, 59995)));
+  EXPECT_EQ(text.stringUTF8(), reference::toUtf8(all));
   EXPECT_TRUE((text + text).find(text, 1) == 0xFFFF);
 }
 
@@ -42,16 +42,16 @@ TEST(StringBadInput, EveryUnitThroughTheOperations) {
   for (int value = 1; value <= 0xFFFF; ++value) {
     wchar const unit = static_cast<wchar>(value);
     wstring const plain = {KVW('<'), unit, KVW('>')};
-    String const text = make(plain);
+    String const text = stringOf(plain);
     String const one(unit, 1);
-    ASSERT_EQ(1, one.length()) << value;
-    ASSERT_EQ(0, one.compare(unit)) << value;
+    ASSERT_EQ(one.length(), 1) << value;
+    ASSERT_EQ(one.compare(unit), 0) << value;
     ASSERT_TRUE(text == KVW('<') + one + KVW('>')) << value;
-    ASSERT_EQ(reference::compare(plain, KVW("<a>")), text.compare(KVW("<a>"))) << value;
-    ASSERT_EQ(reference::compareIgnoreCase(plain, KVW("<a>")) > 0, text.compareIgnoreCase(KVW("<a>")) > 0) << value;
+    ASSERT_EQ(text.compare(KVW("<a>")), reference::compare(plain, KVW("<a>"))) << value;
+    ASSERT_EQ(text.compareIgnoreCase(KVW("<a>")) > 0, reference::compareIgnoreCase(plain, KVW("<a>")) > 0) << value;
     String replaced = text;
     bool const bracket = unit == KVW('<') || unit == KVW('>');
-    ASSERT_EQ(bracket ? 2 : 1, replaced.replace(one, String(KVW("--")))) << value;
+    ASSERT_EQ(replaced.replace(one, String(KVW("--"))), bracket ? 2 : 1) << value;
     ASSERT_TRUE(bracket || replaced == KVW("<-->")) << value;
     String const trimmed = one.trim(true, true);
     ASSERT_TRUE(reference::isSpace(unit) ? shares(trimmed, String::EMPTY) : shares(trimmed, one)) << value;
@@ -69,25 +69,25 @@ TEST(StringBadInput, HalvesOfPairsArePlainUnits) {
   wstring const texts[] = {
       wstring(1, high), wstring(1, low), {low, high}, {high, high, low}, {KVW('a'), high, KVW('b')}};
   for (wstring const& plain : texts) {
-    String const text = make(plain);
-    EXPECT_EQ(static_cast<int>(plain.size()), text.length());
+    String const text = stringOf(plain);
+    EXPECT_EQ(text.length(), static_cast<int>(plain.size()));
     EXPECT_TRUE(units(text) == plain);
     EXPECT_TRUE(units(text.substr(0, 1)) == plain.substr(0, 1));
-    EXPECT_EQ(reference::toUtf8(plain), text.stringUTF8());
+    EXPECT_EQ(text.stringUTF8(), reference::toUtf8(plain));
     EXPECT_FALSE(isNil(String(UTF8Interface(text.stringUTF8()))));
     String cut = text;
-    EXPECT_EQ(std::count(plain.begin(), plain.end(), high), cut.replace(String(high, 1), nullptr));
-    EXPECT_EQ(-1, cut.find(high, 0));
+    EXPECT_EQ(cut.replace(String(high, 1), nullptr), std::count(plain.begin(), plain.end(), high));
+    EXPECT_EQ(cut.find(high, 0), -1);
   }
-  String pair = make({high, low});
-  EXPECT_EQ(1, pair.find(low, 0)) << "a pair may be torn: positions are those of units";
+  String pair = stringOf({high, low});
+  EXPECT_EQ(pair.find(low, 0), 1) << "a pair may be torn: positions are those of units";
 }
 
 TEST(StringBadInput, MalformedUtf8GivesReplacementCharacters) {
   String const text(
       UTF8Interface("a\xFF\xC3"
                     "b\xE2\x82"));
-  EXPECT_EQ(wstring({KVW('a'), wchar(0xFFFD), wchar(0xFFFD), KVW('b'), wchar(0xFFFD)}), units(text));
+  EXPECT_EQ(units(text), wstring({KVW('a'), wchar(0xFFFD), wchar(0xFFFD), KVW('b'), wchar(0xFFFD)}));
 }
 
 constexpr int kMany = 1 << 20;
@@ -95,16 +95,16 @@ constexpr int kMany = 1 << 20;
 TEST(StringBadInput, AMillionUnits) {
   String const text(KVW('a'), kMany);
   String const other = String(KVW('a'), kMany - 1) + KVW('b');
-  ASSERT_EQ(kMany, text.length());
-  EXPECT_EQ(-1, text.compare(other));
+  ASSERT_EQ(text.length(), kMany);
+  EXPECT_EQ(text.compare(other), -1);
   EXPECT_FALSE(text.compareEquality(other));
-  EXPECT_GT(0, text.compareIgnoreCase(other));
-  EXPECT_EQ(kMany - 1, other.find(KVW('b'), 0));
-  EXPECT_EQ(-1, text.find(KVW('b'), 0));
-  EXPECT_EQ(kMany - 1, text.findLastOf(KVW('a'), 0));
-  EXPECT_EQ(-1, text.findNonAlpha(0));
-  EXPECT_EQ(kMany - 1, text.findLastOf(KVW("a")));
-  EXPECT_EQ(kMany, static_cast<int>(std::string(text.stringUTF8()).size()));
+  EXPECT_LT(text.compareIgnoreCase(other), 0);
+  EXPECT_EQ(other.find(KVW('b'), 0), kMany - 1);
+  EXPECT_EQ(text.find(KVW('b'), 0), -1);
+  EXPECT_EQ(text.findLastOf(KVW('a'), 0), kMany - 1);
+  EXPECT_EQ(text.findNonAlpha(0), -1);
+  EXPECT_EQ(text.findLastOf(KVW("a")), kMany - 1);
+  EXPECT_EQ(static_cast<int>(std::string(text.stringUTF8()).size()), kMany);
   EXPECT_TRUE(shares(text.trim(true, true), text));
   EXPECT_TRUE(shares(String(KVW(' '), kMany).trim(true, true), String::EMPTY));
 }
@@ -113,13 +113,13 @@ TEST(StringBadInput, SearchesWithAMillionFalseStarts) {
   String const text(KVW('a'), kMany);
   String const half(KVW('a'), kMany / 2);
   for (String const& wanted : {half + KVW('b'), KVW('b') + half, half.substr(0, kMany / 4) + KVW('b') + half}) {
-    EXPECT_EQ(-1, text.find(wanted, 0));
-    EXPECT_EQ(-1, text.findLastOf(wanted));
+    EXPECT_EQ(text.find(wanted, 0), -1);
+    EXPECT_EQ(text.findLastOf(wanted), -1);
     String replaced = text;
-    EXPECT_EQ(0, replaced.replace(wanted, String(KVW("x"))));
+    EXPECT_EQ(replaced.replace(wanted, String(KVW("x"))), 0);
     EXPECT_TRUE(shares(replaced, text));
   }
-  EXPECT_EQ(kMany / 2, text.findLastOf(half));
+  EXPECT_EQ(text.findLastOf(half), kMany / 2);
 }
 
 TEST(StringBadInput, AMillionReplacements) {
@@ -138,25 +138,25 @@ TEST(StringBadInput, AMillionReplacements) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     String text(KVW('a'), kMany);
-    EXPECT_EQ(row.count, text.replace(row.from, row.to));
-    EXPECT_EQ(row.count * row.expected.length(), text.length());
+    EXPECT_EQ(text.replace(row.from, row.to), row.count);
+    EXPECT_EQ(text.length(), row.count * row.expected.length());
     EXPECT_TRUE(text.startsWith(row.expected));
   }
   String text(KVW('a'), kMany);
-  EXPECT_EQ(kMany, text.replace(KVW('a'), KVW('b')));
+  EXPECT_EQ(text.replace(KVW('a'), KVW('b')), kMany);
   EXPECT_TRUE(text == String(KVW('b'), kMany));
 }
 
 TEST(StringBadInput, InnerNulsSurviveWhatCopies) {
   wstring const plain = {KVW('a'), wchar(0), wchar(0), KVW('b')};
-  String const text = make(plain);
-  EXPECT_EQ(plain + plain, units(text + text));
-  EXPECT_EQ(plain, units(text.substr(0, -1)));
-  EXPECT_EQ(plain.substr(1), units(text.substr(1, -1)));
+  String const text = stringOf(plain);
+  EXPECT_EQ(units(text + text), plain + plain);
+  EXPECT_EQ(units(text.substr(0, -1)), plain);
+  EXPECT_EQ(units(text.substr(1, -1)), plain.substr(1));
   String copy = text;
   copy.write(KVW("c"), 1);
-  EXPECT_EQ(plain + KVW('c'), units(copy));
-  EXPECT_EQ(plain, units(text));
+  EXPECT_EQ(units(copy), plain + KVW('c'));
+  EXPECT_EQ(units(text), plain);
 }
 
 }  // namespace

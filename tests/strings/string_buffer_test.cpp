@@ -27,8 +27,8 @@ TEST(StringBuffer, WithoutAnArrayNothingHappens) {
       { StringBuffer const buffer = target.buffer(10, keep); }
       { StringBuffer const buffer = target.buffer(0, keep); }
       scope.end();
-      EXPECT_EQ(0, scope.allocations());
-      EXPECT_EQ(state(text), state(target));
+      EXPECT_EQ(scope.allocations(), 0);
+      EXPECT_EQ(state(target), state(text));
       EXPECT_TRUE(isNil(text) || shares(text, target));
     }
   }
@@ -40,10 +40,10 @@ TEST(StringBuffer, NothingWrittenGivesAnEmptyText) {
       SCOPED_TRACE(state(text));
       String wide = text;
       static_cast<void>(static_cast<wchar*>(wide.buffer(size, false)));
-      EXPECT_EQ("\"\"", state(wide));
+      EXPECT_EQ(state(wide), "\"\"");
       String narrow = text;
       static_cast<void>(static_cast<char*>(narrow.buffer(size, false)));
-      EXPECT_EQ("\"\"", state(narrow));
+      EXPECT_EQ(state(narrow), "\"\"");
     }
   }
 }
@@ -66,13 +66,13 @@ TEST(StringBuffer, TextIsCommittedUpToTheFirstNul) {
     {
       StringBuffer buffer = target.buffer(10, false);
       wchar* const array = buffer;
-      EXPECT_EQ(0, array[0]);
-      EXPECT_EQ(0, array[10]);
+      EXPECT_EQ(array[0], 0);
+      EXPECT_EQ(array[10], 0);
       copy(row.written, array);
       EXPECT_TRUE(shares(target, other)) << "the target is left alone until the end";
     }
-    EXPECT_EQ(row.expected, state(target));
-    EXPECT_EQ("\"old\"", state(other));
+    EXPECT_EQ(state(target), row.expected);
+    EXPECT_EQ(state(other), "\"old\"");
   }
 }
 
@@ -83,13 +83,13 @@ TEST(StringBuffer, TheLastPlaceIsANulAlready) {
     wchar* const array = buffer;
     for (int i = 0; i < 5; ++i) array[i] = KVW('x');
   }
-  EXPECT_EQ("\"xxxxx\"", state(target));
+  EXPECT_EQ(state(target), "\"xxxxx\"");
   {
     StringBuffer buffer = target.buffer(5, false);
     char* const array = buffer;
     for (int i = 0; i < 5; ++i) array[i] = 'y';
   }
-  EXPECT_EQ("\"yyyyy\"", state(target));
+  EXPECT_EQ(state(target), "\"yyyyy\"");
 }
 
 TEST(StringBuffer, KeepStartsWithTheText) {
@@ -102,22 +102,22 @@ TEST(StringBuffer, KeepStartsWithTheText) {
     array[3] = KVW('d');
     array[4] = 0;
   }
-  EXPECT_EQ("\"abcd\"", state(target));
-  EXPECT_EQ("\"abc\"", state(other));
+  EXPECT_EQ(state(target), "\"abcd\"");
+  EXPECT_EQ(state(other), "\"abc\"");
   {
     StringBuffer buffer = target.buffer(10, true);
     char* const array = buffer;
-    EXPECT_STREQ("abcd", array);
+    EXPECT_STREQ(array, "abcd");
     array[0] = 'x';
   }
-  EXPECT_EQ("\"xbcd\"", state(target));
+  EXPECT_EQ(state(target), "\"xbcd\"");
 }
 
 TEST(StringBuffer, KeepUntouchedGivesTheSameTextInANewPayload) {
   String target(KVW("abc"));
   String const other = target;
   static_cast<void>(static_cast<wchar*>(target.buffer(0, true)));
-  EXPECT_EQ("\"abc\"", state(target));
+  EXPECT_EQ(state(target), "\"abc\"");
   EXPECT_FALSE(shares(target, other));
 }
 
@@ -130,9 +130,9 @@ TEST(StringBuffer, KeepRaisesTheSizeToTheText) {
       wchar* const array = buffer;
       EXPECT_EQ(wstring(KVW("abcde")), wstring(array));
       for (int i = 0; i < 5; ++i) array[i] = KVW('x');
-      EXPECT_EQ(0, array[5]);
+      EXPECT_EQ(array[5], 0);
     }
-    EXPECT_EQ("\"xxxxx\"", state(target));
+    EXPECT_EQ(state(target), "\"xxxxx\"");
   }
   String target(KVW("abcde"));
   target[2] = 0;  // the raised size is that of the measured text
@@ -141,7 +141,7 @@ TEST(StringBuffer, KeepRaisesTheSizeToTheText) {
     wchar* const array = buffer;
     EXPECT_EQ(wstring(KVW("ab")), wstring(array));
   }
-  EXPECT_EQ("\"ab\"", state(target));
+  EXPECT_EQ(state(target), "\"ab\"");
 }
 
 TEST(StringBuffer, OnlyTheLastArrayCounts) {
@@ -154,26 +154,26 @@ TEST(StringBuffer, OnlyTheLastArrayCounts) {
     copy(KVW("wide"), buffer);
     std::strcpy(buffer, "n\xE4");
   }
-  EXPECT_EQ("\"n\xC3\xA4\"", state(target));
+  EXPECT_EQ(state(target), "\"n\xC3\xA4\"");
   {
     StringBuffer buffer = target.buffer(5, false);
     std::strcpy(buffer, "first");
     copy(KVW("wide"), buffer);
   }
-  EXPECT_EQ("\"wide\"", state(target));
+  EXPECT_EQ(state(target), "\"wide\"");
   {
     StringBuffer buffer = target.buffer(5, false);
     copy(KVW("first"), buffer);
     static_cast<void>(static_cast<wchar*>(buffer));
   }
-  EXPECT_EQ("\"\"", state(target));
+  EXPECT_EQ(state(target), "\"\"");
   {
     StringBuffer buffer = target.buffer(5, true);
     copy(KVW("gone"), buffer);
     wchar* const second = buffer;
     EXPECT_EQ(wstring(), wstring(second)) << "the target is still empty";
   }
-  EXPECT_EQ("\"\"", state(target));
+  EXPECT_EQ(state(target), "\"\"");
 }
 
 TEST(StringBuffer, NarrowTextIsDecodedInTheAnsiPage) {
@@ -182,15 +182,15 @@ TEST(StringBuffer, NarrowTextIsDecodedInTheAnsiPage) {
   platform::ScopedBackend<platform::TextApi> scope(text);
   String target;
   std::strcpy(target.buffer(10, false), "\xC0\xFF");
-  EXPECT_EQ("\"\xD0\x90\xD1\x8F\"", state(target));
+  EXPECT_EQ(state(target), "\"\xD0\x90\xD1\x8F\"");
 
   text.ansi = 932;
   std::strcpy(target.buffer(10, false), "\x93\xFA\x96\x7B");
-  EXPECT_EQ("\"\xE6\x97\xA5\xE6\x9C\xAC\"", state(target)) << "exact, being measured";
+  EXPECT_EQ(state(target), "\"\xE6\x97\xA5\xE6\x9C\xAC\"") << "exact, being measured";
 
   text.ansi = 4711;
   std::strcpy(target.buffer(10, false), "abc");
-  EXPECT_EQ("NIL", state(target)) << "a failed conversion";
+  EXPECT_EQ(state(target), "NIL") << "a failed conversion";
 }
 
 TEST(StringBuffer, ACopyHasNoArrayOfItsOwn) {
@@ -200,14 +200,14 @@ TEST(StringBuffer, ACopyHasNoArrayOfItsOwn) {
     StringBuffer second(first);
     copy(KVW("copy"), second);
   }
-  EXPECT_EQ("\"copy\"", state(target));
+  EXPECT_EQ(state(target), "\"copy\"");
   {
     StringBuffer first = target.buffer(5, false);
     copy(KVW("first"), first);
     { StringBuffer const second(first); }
-    EXPECT_EQ("\"copy\"", state(target)) << "a copy without array commits nothing";
+    EXPECT_EQ(state(target), "\"copy\"") << "a copy without array commits nothing";
   }
-  EXPECT_EQ("\"first\"", state(target));
+  EXPECT_EQ(state(target), "\"first\"");
   {
     StringBuffer first = target.buffer(2, true);
     StringBuffer second(first);
@@ -215,7 +215,7 @@ TEST(StringBuffer, ACopyHasNoArrayOfItsOwn) {
     EXPECT_EQ(wstring(KVW("first")), wstring(array)) << "size and keep are copied";
     array[4] = KVW('e');
   }
-  EXPECT_EQ("\"firse\"", state(target));
+  EXPECT_EQ(state(target), "\"firse\"");
 }
 
 TEST(StringBuffer, ArraysAreFreedAsTheyWereAllocated) {
@@ -232,9 +232,9 @@ TEST(StringBuffer, ArraysAreFreedAsTheyWereAllocated) {
     }
   }
   scope.end();
-  EXPECT_EQ(1, live) << "one array at a time";
-  EXPECT_EQ(0, scope.live());
-  EXPECT_EQ(0, scope.mismatched());
+  EXPECT_EQ(live, 1) << "one array at a time";
+  EXPECT_EQ(scope.live(), 0);
+  EXPECT_EQ(scope.mismatched(), 0);
 }
 
 TEST(StringBuffer, AFailedArrayLeavesTheTargetAlone) {
@@ -253,14 +253,14 @@ TEST(StringBuffer, AFailedArrayLeavesTheTargetAlone) {
   }
   scope.end();
   EXPECT_TRUE(threw);
-  EXPECT_EQ(0, scope.live());
-  EXPECT_EQ("\"old\"", state(target)) << "the earlier array was gone by then, so nothing is committed";
+  EXPECT_EQ(scope.live(), 0);
+  EXPECT_EQ(state(target), "\"old\"") << "the earlier array was gone by then, so nothing is committed";
 }
 
 TEST(StringBuffer, ATemporaryFillsWithinOneStatement) {
   String target;
   copy(KVW("C:\\scans"), target.buffer(260, false));
-  EXPECT_EQ("\"C:\\scans\"", state(target));
+  EXPECT_EQ(state(target), "\"C:\\scans\"");
 }
 
 }  // namespace

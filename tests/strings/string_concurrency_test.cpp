@@ -41,8 +41,8 @@ TEST(StringConcurrency, CountsAreRightAtTheEnd) {
       if (payload->unref()) ++destroyed;
     }
   });
-  EXPECT_EQ(0, destroyed);
-  EXPECT_EQ(1u, payload->inqRefCount());
+  EXPECT_EQ(destroyed, 0);
+  EXPECT_EQ(payload->inqRefCount(), 1u);
   EXPECT_TRUE(payload->unref());
 }
 
@@ -54,7 +54,7 @@ TEST(StringConcurrency, ExactlyOneThreadDropsTheLastReference) {
     onThreads([payload, &destroyed](int) {
       if (payload->unref()) ++destroyed;
     });
-    ASSERT_EQ(1, destroyed);
+    ASSERT_EQ(destroyed, 1);
   }
 }
 
@@ -76,9 +76,9 @@ TEST(StringConcurrency, CopiesOfOnePayload) {
       if (copy.length() != 0) ++wrong;
     }
   });
-  EXPECT_EQ(0, wrong);
-  EXPECT_EQ("\"  one payload for all threads 42 \"", state(text));
-  EXPECT_EQ(0, String::EMPTY.length());
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(state(text), "\"  one payload for all threads 42 \"");
+  EXPECT_EQ(String::EMPTY.length(), 0);
 }
 
 TEST(StringConcurrency, NarrowCopiesMadeBeforeAreReadByAll) {
@@ -91,7 +91,7 @@ TEST(StringConcurrency, NarrowCopiesMadeBeforeAreReadByAll) {
       if (copy.stringUTF8() != utf8) ++wrong;
     }
   });
-  EXPECT_EQ(0, wrong);
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(StringConcurrency, PrintfOnEveryThread) {
@@ -104,7 +104,7 @@ TEST(StringConcurrency, PrintfOnEveryThread) {
       if (text != name + KVW(' ') + static_cast<wchar>(KVW('0') + thread)) ++wrong;
     }
   });
-  EXPECT_EQ(0, wrong);
+  EXPECT_EQ(wrong, 0);
 }
 
 }  // namespace

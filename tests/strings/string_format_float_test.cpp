@@ -8,14 +8,13 @@
 #include <cstring>
 #include <limits>
 
-#include "tests/reference/values_format.h"
-#include "tests/strings/value_support.h"
+#include "tests/reference/string_format_model.h"
+#include "tests/strings/string_support.h"
 #include "tests/support/random_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr int kValues = 200000;
@@ -33,7 +32,7 @@ std::string printed(Real value) {
   return narrow(*unitsOf(added));
 }
 
-TEST(ValueFloat, WorkedTable) {
+TEST(StringFormatFloat, WorkedTable) {
   struct Row {
     char const* name;
     double value;
@@ -65,7 +64,7 @@ TEST(ValueFloat, WorkedTable) {
 }
 
 // 100 has 7 digits, 101 has 8: seen where the digits behind the point are enough to tell.
-TEST(ValueFloat, ExactPowersOfTenTakeTheLowerPrecision) {
+TEST(StringFormatFloat, ExactPowersOfTenTakeTheLowerPrecision) {
   EXPECT_EQ(printed(100.0f), "100");
   EXPECT_EQ(printed(std::nextafter(101.0f, 200.0f)), "101.00001");
   EXPECT_EQ(printed(1000.0f), "1000");
@@ -74,7 +73,7 @@ TEST(ValueFloat, ExactPowersOfTenTakeTheLowerPrecision) {
   EXPECT_EQ(printed(1.000000001), "1.000000001");
 }
 
-TEST(ValueFloat, NoNumbers) {
+TEST(StringFormatFloat, NoNumbers) {
   EXPECT_EQ(printed(std::numeric_limits<float>::quiet_NaN()), "nan");
   EXPECT_EQ(printed(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)), "nan");
   EXPECT_EQ(printed(std::numeric_limits<double>::quiet_NaN()), "nan");
@@ -89,7 +88,7 @@ template <class Real>
 void compareWithModel(Real value) {
   String string;
   string += value;
-  std::string const expected = value_model::realText(value);
+  std::string const expected = reference::realText(value);
   if (*unitsOf(string) != widen(expected)) ADD_FAILURE() << spelled(string) << " for " << expected;
 }
 
@@ -99,13 +98,13 @@ void compareBothSigns(Real value) {
   compareWithModel(-value);
 }
 
-TEST(ValueFloat, LimitsAgreeWithTheModel) {
+TEST(StringFormatFloat, LimitsAgreeWithTheModel) {
   for (float const value : {FLT_MAX, FLT_MIN, FLT_TRUE_MIN, FLT_EPSILON}) compareBothSigns(value);
   for (double const value : {DBL_MAX, DBL_MIN, DBL_TRUE_MIN, DBL_EPSILON}) compareBothSigns(value);
 }
 
 // The number of digits steps at the powers of ten, as the logarithm is rounded there.
-TEST(ValueFloat, NeighboursOfPowersOfTenAgreeWithTheModel) {
+TEST(StringFormatFloat, NeighboursOfPowersOfTenAgreeWithTheModel) {
   for (int exponent = -44; exponent <= 38; ++exponent) {
     float below = static_cast<float>(std::pow(10.0, exponent));
     float above = below;
@@ -142,7 +141,7 @@ Real fromBits(Bits bits) {
   return value;
 }
 
-TEST(ValueFloat, RandomBitsAgreeWithTheModel) {
+TEST(StringFormatFloat, RandomBitsAgreeWithTheModel) {
   RandomText random(252);
   for (int i = 0; i < kValues / 2; ++i) {
     std::uint64_t const bits = randomBits(random);
@@ -153,7 +152,7 @@ TEST(ValueFloat, RandomBitsAgreeWithTheModel) {
 }
 
 // What programs print: few decimal places, halves and other ties, products with powers of ten.
-TEST(ValueFloat, DecimalLookingValuesAgreeWithTheModel) {
+TEST(StringFormatFloat, DecimalLookingValuesAgreeWithTheModel) {
   RandomText random(253);
   for (int i = 0; i < kValues / 2; ++i) {
     int const exponent = random.between(-12, 12);
@@ -165,7 +164,7 @@ TEST(ValueFloat, DecimalLookingValuesAgreeWithTheModel) {
   }
 }
 
-TEST(ValueFloat, ReadsBackWhereTheDigitsHoldTheValue) {
+TEST(StringFormatFloat, ReadsBackWhereTheDigitsHoldTheValue) {
   RandomText random(254);
   for (int i = 0; i < kRounds; ++i) {
     double const value = static_cast<double>(random.between(-1000000000, 1000000000)) / 1024;
@@ -190,4 +189,5 @@ TEST(ValueFloat, ReadsBackWhereTheDigitsHoldTheValue) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

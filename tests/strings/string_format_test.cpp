@@ -7,14 +7,13 @@
 #include <limits>
 #include <vector>
 
-#include "tests/reference/values_format.h"
-#include "tests/strings/value_support.h"
+#include "tests/reference/string_format_model.h"
+#include "tests/strings/string_support.h"
 #include "tests/support/random_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 struct Row {
   char const* name;
@@ -89,11 +88,11 @@ void expectAppended(Row const& row, String const& receiver, wstring const& befor
     EXPECT_EQ(spelled(changed), spelled(Text(expected)));
     EXPECT_FALSE(isNil(changed));
     EXPECT_EQ(spelled(holder), spelled(receiver)) << "another holder keeps its text";
-    if (!isNil(receiver)) EXPECT_FALSE(share(changed, holder)) << "a payload of its own, also for an empty text";
+    if (!isNil(receiver)) EXPECT_FALSE(shares(changed, holder)) << "a payload of its own, also for an empty text";
   }
 }
 
-TEST(ValueFormat, AppendsTheTextOfEveryType) {
+TEST(StringFormat, AppendsTheTextOfEveryType) {
   std::vector<Row> rows = integerRows();
   for (Row const& other : otherRows()) rows.push_back(other);
   for (Row const& row : rows) {
@@ -107,7 +106,7 @@ TEST(ValueFormat, AppendsTheTextOfEveryType) {
   }
 }
 
-TEST(ValueFormat, NilBecomesAStringButForNilAndNull) {
+TEST(StringFormat, NilBecomesAStringButForNilAndNull) {
   String string;
   string << 5;
   EXPECT_EQ(spelled(string), "\"5\"");
@@ -128,38 +127,38 @@ TEST(ValueFormat, NilBecomesAStringButForNilAndNull) {
 
   string += String::EMPTY;
   EXPECT_FALSE(isNil(string));
-  EXPECT_TRUE(share(string, String::EMPTY));
+  EXPECT_TRUE(shares(string, String::EMPTY));
 }
 
-TEST(ValueFormat, NilAndNullChangeNothing) {
+TEST(StringFormat, NilAndNullChangeNothing) {
   String const text(KVW("text"));
   for (String const& receiver : {text, String::EMPTY, String(KVW(""), 0)}) {
     String changed = receiver;
     changed += String::NIL;
     changed << String::NIL << static_cast<wchar const*>(nullptr);
     changed += static_cast<wchar const*>(nullptr);
-    EXPECT_TRUE(share(changed, receiver));
+    EXPECT_TRUE(shares(changed, receiver));
   }
 }
 
-TEST(ValueFormat, AStringOnNilIsShared) {
+TEST(StringFormat, AStringOnNilIsShared) {
   String const other(KVW("other"));
   String added;
   added += other;
-  EXPECT_TRUE(share(added, other));
+  EXPECT_TRUE(shares(added, other));
   String shifted;
   shifted << other;
-  EXPECT_TRUE(share(shifted, other));
+  EXPECT_TRUE(shares(shifted, other));
 }
 
-TEST(ValueFormat, AStringIsCountedByItsLength) {
+TEST(StringFormat, AStringIsCountedByItsLength) {
   String string(KVW("a"));
   string += stringOf(wstring(KVW("b\0c"), 3));
   EXPECT_EQ(string.length(), 4);
   EXPECT_EQ(unitsOf(string), wstring(KVW("ab\0c"), 4));
 }
 
-TEST(ValueFormat, AStringCanBeAppendedToItself) {
+TEST(StringFormat, AStringCanBeAppendedToItself) {
   String string(KVW("ab"));
   String const holder = string;
   string += string;
@@ -172,14 +171,14 @@ TEST(ValueFormat, AStringCanBeAppendedToItself) {
   EXPECT_EQ(spelled(holder), "\"ab\"");
 }
 
-TEST(ValueFormat, ChainsMixTypes) {
+TEST(StringFormat, ChainsMixTypes) {
   String string;
   string << KVW("scan ") << 5 << KVW(' ') << 2.5 << KVW(' ') << true << KVW(' ') << static_cast<signed char>(-1)
          << String(KVW("!"));
   EXPECT_EQ(spelled(string), "\"scan 5 2.5 true -1!\"");
 }
 
-TEST(ValueFormat, ALongIsWholeWhateverItsWidth) {
+TEST(StringFormat, ALongIsWholeWhateverItsWidth) {
   String string;
   string << std::numeric_limits<long>::min() << KVW(' ') << std::numeric_limits<unsigned long>::max();
   EXPECT_EQ(spelled(string), '"' + std::to_string(std::numeric_limits<long>::min()) + ' ' +
@@ -197,12 +196,12 @@ void compareWithModel(RandomText& random) {
     Integer const signedToo = random.oneIn(2) ? value : static_cast<Integer>(~value);
     String string;
     string += signedToo;
-    wstring const expected = value_model::decimalText(signedToo);
+    wstring const expected = reference::decimalText(signedToo);
     if (unitsOf(string) != Text(expected)) FAIL() << spelled(string) << " for " << narrow(expected);
   }
 }
 
-TEST(ValueFormat, IntegersAgreeWithTheModel) {
+TEST(StringFormat, IntegersAgreeWithTheModel) {
   RandomText random(250);
   compareWithModel<signed char>(random);
   compareWithModel<unsigned char>(random);
@@ -216,7 +215,7 @@ TEST(ValueFormat, IntegersAgreeWithTheModel) {
   compareWithModel<unsigned long long>(random);
 }
 
-TEST(ValueFormat, EveryUnit) {
+TEST(StringFormat, EveryUnit) {
   for (int code = 1; code <= 0xFFFF; ++code) {
     wchar const unit = static_cast<wchar>(code);
     wstring const text(1, unit);
@@ -226,7 +225,7 @@ TEST(ValueFormat, EveryUnit) {
   }
 }
 
-TEST(ValueFormat, LongTexts) {
+TEST(StringFormat, LongTexts) {
   wstring const text = RandomText(251).text(1 << 20, RandomUnits::kAny);
   String string = stringOf(text);
   string << 5 << 0.5 << stringOf(text);
@@ -234,4 +233,5 @@ TEST(ValueFormat, LongTexts) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -28,68 +28,68 @@ char const* emptyNarrowText() {
 TEST(StringNarrow, TagsKeepTextAndPage) {
   char const* const bytes = "abc";
   CodePageInterface tag(bytes, 1252);
-  EXPECT_EQ(bytes, tag.data());
-  EXPECT_EQ(1252u, tag.codePage());
+  EXPECT_EQ(tag.data(), bytes);
+  EXPECT_EQ(tag.codePage(), 1252u);
 
   UTF8Interface const utf8(bytes);
-  EXPECT_EQ(bytes, utf8.data());
-  EXPECT_EQ(65001u, utf8.codePage());
+  EXPECT_EQ(utf8.data(), bytes);
+  EXPECT_EQ(utf8.codePage(), 65001u);
 
   CodePageInterface const fromUtf8 = utf8;
-  EXPECT_EQ(65001u, fromUtf8.codePage());
+  EXPECT_EQ(fromUtf8.codePage(), 65001u);
   tag = fromUtf8;
-  EXPECT_EQ(65001u, tag.codePage());
-  EXPECT_EQ(nullptr, CodePageInterface(nullptr, 7).data());
+  EXPECT_EQ(tag.codePage(), 65001u);
+  EXPECT_EQ(CodePageInterface(nullptr, 7).data(), nullptr);
 }
 
 TEST(StringNarrow, StringsFromTags) {
-  EXPECT_EQ("NIL", state(String(CodePageInterface(nullptr, 1252))));
-  EXPECT_EQ("NIL", state(String(UTF8Interface(nullptr))));
-  EXPECT_EQ("NIL", state(String(CodePageInterface("abc", 4711)))) << "no such code page";
-  EXPECT_EQ("\"\"", state(String(UTF8Interface("")))) << "an empty text of its own";
-  EXPECT_EQ("\"abc\"", state(String(UTF8Interface("abc"))));
-  EXPECT_EQ("\"\xC3\xA4\"", state(String(CodePageInterface("\xE4", 1252))));
+  EXPECT_EQ(state(String(CodePageInterface(nullptr, 1252))), "NIL");
+  EXPECT_EQ(state(String(UTF8Interface(nullptr))), "NIL");
+  EXPECT_EQ(state(String(CodePageInterface("abc", 4711))), "NIL") << "no such code page";
+  EXPECT_EQ(state(String(UTF8Interface(""))), "\"\"") << "an empty text of its own";
+  EXPECT_EQ(state(String(UTF8Interface("abc"))), "\"abc\"");
+  EXPECT_EQ(state(String(CodePageInterface("\xE4", 1252))), "\"\xC3\xA4\"");
 }
 
 TEST(StringNarrow, PageZeroIsTheAnsiPage) {
   ScriptedText text;
   text.ansi = 1251;
   TextScope scope(text);
-  EXPECT_EQ("\"\xD0\x90\"", state(String(CodePageInterface("\xC0", 0))));
-  EXPECT_STREQ("\xC0", String(UTF8Interface("\xD0\x90")).stringAnsi());
+  EXPECT_EQ(state(String(CodePageInterface("\xC0", 0))), "\"\xD0\x90\"");
+  EXPECT_STREQ(String(UTF8Interface("\xD0\x90")).stringAnsi(), "\xC0");
 
   text.ansi = 65001;
-  EXPECT_EQ("\"\xD0\x90\"", state(String(CodePageInterface("\xD0\x90", 0))));
-  EXPECT_STREQ("\xD0\x90", String(UTF8Interface("\xD0\x90")).stringAnsi());
+  EXPECT_EQ(state(String(CodePageInterface("\xD0\x90", 0))), "\"\xD0\x90\"");
+  EXPECT_STREQ(String(UTF8Interface("\xD0\x90")).stringAnsi(), "\xD0\x90");
 
   text.ansi = 4711;
-  EXPECT_EQ("NIL", state(String(CodePageInterface("abc", 0))));
-  EXPECT_STREQ("", String(KVW("abc")).stringAnsi());
+  EXPECT_EQ(state(String(CodePageInterface("abc", 0))), "NIL");
+  EXPECT_STREQ(String(KVW("abc")).stringAnsi(), "");
 }
 
 TEST(StringNarrow, NilHasNoNarrowTextButAPath) {
-  EXPECT_EQ(nullptr, String::NIL.stringAnsi());
-  EXPECT_EQ(nullptr, String::NIL.stringUTF8());
-  ASSERT_NE(nullptr, String::NIL.stringPath());
-  EXPECT_EQ(0, *String::NIL.stringPath());
+  EXPECT_EQ(String::NIL.stringAnsi(), nullptr);
+  EXPECT_EQ(String::NIL.stringUTF8(), nullptr);
+  ASSERT_NE(String::NIL.stringPath(), nullptr);
+  EXPECT_EQ(*String::NIL.stringPath(), 0);
 }
 
 TEST(StringNarrow, EmptyTextsShareOneNarrowText) {
   String const own(KVW(""));
-  ASSERT_STREQ("", emptyNarrowText());
-  EXPECT_EQ(emptyNarrowText(), String::EMPTY.stringAnsi());
-  EXPECT_EQ(emptyNarrowText(), own.stringAnsi());
-  EXPECT_EQ(emptyNarrowText(), own.stringUTF8());
-  EXPECT_EQ(static_cast<wchar const*>(own), own.stringPath());
-  EXPECT_EQ(static_cast<wchar const*>(String::EMPTY), String::EMPTY.stringPath());
+  ASSERT_STREQ(emptyNarrowText(), "");
+  EXPECT_EQ(String::EMPTY.stringAnsi(), emptyNarrowText());
+  EXPECT_EQ(own.stringAnsi(), emptyNarrowText());
+  EXPECT_EQ(own.stringUTF8(), emptyNarrowText());
+  EXPECT_EQ(own.stringPath(), static_cast<wchar const*>(own));
+  EXPECT_EQ(String::EMPTY.stringPath(), static_cast<wchar const*>(String::EMPTY));
 }
 
 TEST(StringNarrow, PathIsTheWideTextOnAStringAndAnsiOnAPayload) {
   String const text(KVW("abc"));
-  EXPECT_EQ(static_cast<wchar const*>(text), text.stringPath());
+  EXPECT_EQ(text.stringPath(), static_cast<wchar const*>(text));
   StringVal* const payload = StringVal::construct(KVW("abc"), -1, -1);
   EXPECT_EQ(payload->stringAnsi(), payload->stringPath());
-  EXPECT_STREQ("abc", payload->stringPath());
+  EXPECT_STREQ(payload->stringPath(), "abc");
   payload->unref();
 }
 
@@ -101,8 +101,8 @@ TEST(StringNarrow, ConvertsOnce) {
   char const* const ansi = string.stringAnsi();
   char const* const utf8 = string.stringUTF8();
   int const calls = text.calls;
-  EXPECT_STREQ("abc", ansi);
-  EXPECT_STREQ("abc", utf8);
+  EXPECT_STREQ(ansi, "abc");
+  EXPECT_STREQ(utf8, "abc");
   EXPECT_NE(ansi, utf8);
 
   AllocationFailure allocations(0);
@@ -110,8 +110,8 @@ TEST(StringNarrow, ConvertsOnce) {
   bool const cached = other.stringAnsi() == ansi && string.stringAnsi() == ansi && other.stringUTF8() == utf8;
   allocations.end();
   EXPECT_TRUE(cached) << "the copies belong to the payload";
-  EXPECT_EQ(0, allocations.allocations());
-  EXPECT_EQ(calls, text.calls);
+  EXPECT_EQ(allocations.allocations(), 0);
+  EXPECT_EQ(text.calls, calls);
 }
 
 TEST(StringNarrow, AWriteMakesBothCopiesStale) {
@@ -119,8 +119,8 @@ TEST(StringNarrow, AWriteMakesBothCopiesStale) {
   string.stringAnsi();
   string.stringUTF8();
   string[1] = KVW('x');
-  EXPECT_STREQ("axc", string.stringAnsi());
-  EXPECT_STREQ("axc", string.stringUTF8());
+  EXPECT_STREQ(string.stringAnsi(), "axc");
+  EXPECT_STREQ(string.stringUTF8(), "axc");
 
   // Either conversion drops both copies.
   AllocationFailure scope(0);
@@ -133,8 +133,8 @@ TEST(StringNarrow, AWriteMakesBothCopiesStale) {
   int const fresh = scope.live();
   delete counted;
   scope.end();
-  EXPECT_EQ(stale - 1, fresh);
-  EXPECT_EQ(0, scope.live());
+  EXPECT_EQ(fresh, stale - 1);
+  EXPECT_EQ(scope.live(), 0);
 }
 
 TEST(StringNarrow, FirstUnitIsLookedAtBeforeTheCache) {
@@ -142,18 +142,18 @@ TEST(StringNarrow, FirstUnitIsLookedAtBeforeTheCache) {
   payload->stringAnsi();
   payload->stringUTF8();
   (*payload)[0] = 0;
-  EXPECT_EQ(emptyNarrowText(), payload->stringAnsi());
-  EXPECT_EQ(emptyNarrowText(), payload->stringUTF8());
-  EXPECT_EQ(-1, payload->lazyLength()) << "the length is not touched";
+  EXPECT_EQ(payload->stringAnsi(), emptyNarrowText());
+  EXPECT_EQ(payload->stringUTF8(), emptyNarrowText());
+  EXPECT_EQ(payload->lazyLength(), -1) << "the length is not touched";
   (*payload)[0] = KVW('x');
-  EXPECT_STREQ("xbc", payload->stringAnsi());
-  EXPECT_EQ(3, payload->lazyLength());
+  EXPECT_STREQ(payload->stringAnsi(), "xbc");
+  EXPECT_EQ(payload->lazyLength(), 3);
   payload->unref();
 
   wchar const units[] = {0, KVW('b')};
   StringVal* const nulFirst = StringVal::construct(units, 2, -1);
-  EXPECT_EQ(emptyNarrowText(), nulFirst->stringUTF8());
-  EXPECT_EQ(2, nulFirst->lazyLength());
+  EXPECT_EQ(nulFirst->stringUTF8(), emptyNarrowText());
+  EXPECT_EQ(nulFirst->lazyLength(), 2);
   nulFirst->unref();
 }
 
@@ -161,7 +161,7 @@ TEST(StringNarrow, InnerNulsBelowTheLengthAreConverted) {
   ScriptedText text;
   text.ansi = 1252;
   TextScope scope(text);
-  String const string = make(wstring({KVW('a'), wchar(0), KVW('b')}));
+  String const string = stringOf(wstring({KVW('a'), wchar(0), KVW('b')}));
   EXPECT_EQ(std::string("a\0b\0", 4), std::string(string.stringUTF8(), 4));
   EXPECT_EQ(std::string("a\0b\0", 4), std::string(string.stringAnsi(), 4));
 }
@@ -178,11 +178,11 @@ TEST(StringNarrow, AFailedConversionIsTriedAgain) {
     char const* const first = string.stringAnsi();
     int const live = allocations.live();
     allocations.end();
-    EXPECT_EQ(emptyNarrowText(), first);
-    EXPECT_EQ(0, live) << "nothing is cached";
-    EXPECT_EQ(failAt, text.calls);
-    EXPECT_STREQ("abc", string.stringAnsi());
-    EXPECT_EQ(failAt + 2, text.calls);
+    EXPECT_EQ(first, emptyNarrowText());
+    EXPECT_EQ(live, 0) << "nothing is cached";
+    EXPECT_EQ(text.calls, failAt);
+    EXPECT_STREQ(string.stringAnsi(), "abc");
+    EXPECT_EQ(text.calls, failAt + 2);
   }
 }
 
@@ -190,16 +190,17 @@ TEST(StringNarrow, CharactersThatThePageLacksAreReplaced) {
   ScriptedText text;
   text.ansi = 1252;
   TextScope scope(text);
-  EXPECT_STREQ("a?b", String(KVW("a\x65E5"
-                                 "b"))
-                          .stringAnsi());
-  EXPECT_STREQ("\xE4\x80", String(KVW("\x00E4\x20AC")).stringAnsi());
+  EXPECT_STREQ(String(KVW("a\x65E5"
+                          "b"))
+                   .stringAnsi(),
+               "a?b");
+  EXPECT_STREQ(String(KVW("\x00E4\x20AC")).stringAnsi(), "\xE4\x80");
 }
 
 TEST(StringNarrow, NonAsciiIsLongerInUtf8) {
   String const string(KVW("\x00E4\x20AC"));
-  EXPECT_EQ(2, string.length());
-  EXPECT_STREQ("\xC3\xA4\xE2\x82\xAC", string.stringUTF8());
+  EXPECT_EQ(string.length(), 2);
+  EXPECT_STREQ(string.stringUTF8(), "\xC3\xA4\xE2\x82\xAC");
   EXPECT_GT(std::strlen(string.stringUTF8()), 2u);
 }
 
@@ -210,15 +211,15 @@ TEST(StringNarrow, Utf8ComesBackAsItWas) {
     std::string const bytes = reference::toUtf8(reference::fromUtf8(random.utf8(random.below(200))));
     std::string const visibleBytes = bytes.c_str();
     String const string(UTF8Interface(bytes.c_str()));
-    ASSERT_EQ(visibleBytes, string.stringUTF8()) << "round " << round;
-    ASSERT_EQ(reference::fromUtf8(visibleBytes), units(string)) << "round " << round;
+    ASSERT_EQ(string.stringUTF8(), visibleBytes) << "round " << round;
+    ASSERT_EQ(units(string), reference::fromUtf8(visibleBytes)) << "round " << round;
   }
 }
 
 TEST(StringNarrow, EveryUnitInUtf8) {
   for (int unit = 1; unit <= 0xFFFF; ++unit) {
     wstring const text(1, static_cast<wchar>(unit));
-    ASSERT_EQ(reference::toUtf8(text), make(text).stringUTF8()) << "unit " << unit;
+    ASSERT_EQ(stringOf(text).stringUTF8(), reference::toUtf8(text)) << "unit " << unit;
   }
 }
 

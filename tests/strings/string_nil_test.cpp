@@ -202,24 +202,24 @@ std::string withState(std::string const& answer, String const& receiver, std::st
 }
 
 TEST(StringNil, EveryOperationOnAReceiverWithoutText) {
-  ASSERT_EQ(7, String::outOfRange);
+  ASSERT_EQ(String::outOfRange, 7);
   for (Operation const& operation : kOperations) {
     SCOPED_TRACE(operation.name);
     ownPayload = nullptr;
     String nil;
     std::string const ofNil = operation.run(nil);
-    EXPECT_EQ(operation.nil, withState(ofNil, nil, "NIL"));
+    EXPECT_EQ(withState(ofNil, nil, "NIL"), operation.nil);
 
     String empty = String::EMPTY;
     std::string const ofEmpty = operation.run(empty);
-    EXPECT_EQ(operation.empty, withState(ofEmpty, empty, "EMPTY"));
-    EXPECT_EQ(0, String::EMPTY.length());
+    EXPECT_EQ(withState(ofEmpty, empty, "EMPTY"), operation.empty);
+    EXPECT_EQ(String::EMPTY.length(), 0);
 
     String own(KVW(""));
     ownPayload = own;
     // A new payload cannot come to lie where the old one was: it is built before the old one is released.
     std::string const ofOwn = operation.run(own);
-    EXPECT_EQ(operation.own, withState(ofOwn, own, "same"));
+    EXPECT_EQ(withState(ofOwn, own, "same"), operation.own);
   }
   ownPayload = nullptr;
 }
@@ -229,9 +229,9 @@ TEST(StringNil, TheConstantsStayWhatTheyAre) {
   String empty = String::EMPTY;
   nil += KVW("text");
   empty += KVW("text");
-  EXPECT_EQ("NIL", state(String::NIL));
-  EXPECT_EQ("EMPTY", state(String::EMPTY));
-  EXPECT_EQ(0, String::EMPTY.length());
+  EXPECT_EQ(state(String::NIL), "NIL");
+  EXPECT_EQ(state(String::EMPTY), "EMPTY");
+  EXPECT_EQ(String::EMPTY.length(), 0);
 }
 
 }  // namespace

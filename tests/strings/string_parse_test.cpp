@@ -6,12 +6,11 @@
 #include <cmath>
 #include <limits>
 
-#include "tests/strings/value_support.h"
+#include "tests/strings/string_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 template <class T>
 struct Row {
@@ -46,12 +45,12 @@ void expectNothingTaken() {
     T value = static_cast<T>(1);
     string >> value;
     EXPECT_EQ(value, T());
-    EXPECT_TRUE(share(string, String::EMPTY));
+    EXPECT_TRUE(shares(string, String::EMPTY));
     EXPECT_FALSE(isNil(string));
   }
 }
 
-TEST(ValueParse, NothingToTake) {
+TEST(StringParse, NothingToTake) {
   expectNothingTaken<signed char>();
   expectNothingTaken<unsigned char>();
   expectNothingTaken<short>();
@@ -67,7 +66,7 @@ TEST(ValueParse, NothingToTake) {
   expectNothingTaken<bool>();
 }
 
-TEST(ValueParse, Int) {
+TEST(StringParse, Int) {
   Row<int> const rows[] = {
       {"the first of two", KVW("12 34"), 12, KVW(" 34")},
       {"behind a blank", KVW(" 34"), 34, KVW("")},
@@ -100,7 +99,7 @@ TEST(ValueParse, Int) {
 }
 
 // One after the other until nothing remains.
-TEST(ValueParse, IntsInARow) {
+TEST(StringParse, IntsInARow) {
   String string(KVW("12 34"));
   int value = 0;
   string >> value;
@@ -108,12 +107,12 @@ TEST(ValueParse, IntsInARow) {
   EXPECT_EQ(spelled(string), "\" 34\"");
   string >> value;
   EXPECT_EQ(value, 34);
-  EXPECT_TRUE(share(string, String::EMPTY));
+  EXPECT_TRUE(shares(string, String::EMPTY));
   string >> value;
   EXPECT_EQ(value, 0);
 }
 
-TEST(ValueParse, SmallTypesTakeTheLowBitsOfAnInt) {
+TEST(StringParse, SmallTypesTakeTheLowBitsOfAnInt) {
   Row<short> const shorts[] = {
       {"plain", KVW("-123 x"), -123, KVW(" x")},
       {"low 16 bits", KVW("65537"), 1, KVW("")},
@@ -147,7 +146,7 @@ TEST(ValueParse, SmallTypesTakeTheLowBitsOfAnInt) {
   expectTaken(unsignedChars);
 }
 
-TEST(ValueParse, LongHas32Bits) {
+TEST(StringParse, LongHas32Bits) {
   Row<long> const rows[] = {
       {"plain", KVW("-12 x"), -12, KVW(" x")},
       {"the largest", KVW("2147483647"), 2147483647, KVW("")},
@@ -162,7 +161,7 @@ TEST(ValueParse, LongHas32Bits) {
   expectTaken(rows);
 }
 
-TEST(ValueParse, LongLong) {
+TEST(StringParse, LongLong) {
   using Limits = std::numeric_limits<long long>;
   Row<long long> const rows[] = {
       {"plain", KVW("-12 x"), -12, KVW(" x")},
@@ -179,7 +178,7 @@ TEST(ValueParse, LongLong) {
   expectTaken(rows);
 }
 
-TEST(ValueParse, UnsignedInt) {
+TEST(StringParse, UnsignedInt) {
   Row<unsigned int> const rows[] = {
       {"behind a blank", KVW(" 5 x"), 5, KVW(" x")},
       {"a plus goes", KVW("+5 7"), 5, KVW(" 7")},
@@ -241,15 +240,15 @@ void expectSizeFault(T largest) {
   }
 }
 
-TEST(ValueParse, UnsignedLongKeepsTheSizeFault) {
+TEST(StringParse, UnsignedLongKeepsTheSizeFault) {
   expectSizeFault<unsigned long>(4294967295ul);
 }
 
-TEST(ValueParse, UnsignedLongLongKeepsTheSizeFault) {
+TEST(StringParse, UnsignedLongLongKeepsTheSizeFault) {
   expectSizeFault<unsigned long long>(18446744073709551615ull);
 }
 
-TEST(ValueParse, TheSizeFaultShowsInComparisons) {
+TEST(StringParse, TheSizeFaultShowsInComparisons) {
   String exact(KVW("  5 x"));
   unsigned int value = 0;
   exact >> value;
@@ -262,7 +261,7 @@ TEST(ValueParse, TheSizeFaultShowsInComparisons) {
   EXPECT_FALSE(static_cast<String const&>(overshooting).compareEquality(plain)) << "known lengths that differ";
 }
 
-TEST(ValueParse, UnsignedLongAndLongLong) {
+TEST(StringParse, UnsignedLongAndLongLong) {
   Row<unsigned long> const longs[] = {
       {"saturates at 32 bits", KVW("4294967296"), 4294967295ul, KVW("")},
       {"negative numbers wrap in 32 bits", KVW("-2"), 4294967294ul, KVW("")},
@@ -281,7 +280,7 @@ TEST(ValueParse, UnsignedLongAndLongLong) {
   expectTaken(longLongs);
 }
 
-TEST(ValueParse, Double) {
+TEST(StringParse, Double) {
   double const infinity = std::numeric_limits<double>::infinity();
   Row<double> const rows[] = {
       {"with an exponent", KVW("1.5e3 x"), 1500, KVW(" x")},
@@ -318,7 +317,7 @@ TEST(ValueParse, Double) {
   EXPECT_EQ(spelled(string), "\" x\"");
 }
 
-TEST(ValueParse, FloatNarrowsADouble) {
+TEST(StringParse, FloatNarrowsADouble) {
   Row<float> const rows[] = {
       {"plain", KVW("1.5e3 x"), 1500, KVW(" x")},
       {"rounded twice", KVW("1.000000059604644775390625000001"), 1.0f, KVW("")},
@@ -330,23 +329,24 @@ TEST(ValueParse, FloatNarrowsADouble) {
 }
 
 // Used up, a number leaves an empty text; for double it has a payload of its own.
-TEST(ValueParse, WhatRemainsOfADoubleIsFresh) {
+TEST(StringParse, WhatRemainsOfADoubleIsFresh) {
   String string(KVW("1.5"));
   double value = 0;
   string >> value;
   EXPECT_EQ(string.length(), 0);
   EXPECT_FALSE(isNil(string));
-  EXPECT_FALSE(share(string, String::EMPTY));
+  EXPECT_FALSE(shares(string, String::EMPTY));
 }
 
-TEST(ValueParse, AWordThatIsNoNumberLeavesACopy) {
+TEST(StringParse, AWordThatIsNoNumberLeavesACopy) {
   String string(KVW("abc"));
   String const holder = string;
   int value = 1;
   string >> value;
   EXPECT_EQ(spelled(string), "\"abc\"");
-  EXPECT_FALSE(share(string, holder)) << "what remains is a new payload";
+  EXPECT_FALSE(shares(string, holder)) << "what remains is a new payload";
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

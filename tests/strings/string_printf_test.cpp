@@ -19,54 +19,55 @@ std::string printed(wchar const* format, Arguments const&... arguments) {
 }
 
 TEST(StringPrintf, FormatsWithoutArguments) {
-  EXPECT_EQ("\"a text\"", printed(KVW("a text")));
-  EXPECT_EQ("\"100%\"", printed(KVW("100%%")));
-  EXPECT_EQ("\"\"", printed(KVW(""))) << "an empty text, not NIL";
+  EXPECT_EQ(printed(KVW("a text")), "\"a text\"");
+  EXPECT_EQ(printed(KVW("100%%")), "\"100%\"");
+  EXPECT_EQ(printed(KVW("")), "\"\"") << "an empty text, not NIL";
 }
 
 TEST(StringPrintf, StringsArePrintedByLs) {
-  EXPECT_EQ("\"<ab>\"", printed(KVW("<%ls>"), String(KVW("ab"))));
-  EXPECT_EQ("\"<>\"", printed(KVW("<%ls>"), String::NIL));
-  EXPECT_EQ("\"<>\"", printed(KVW("<%ls>"), String::EMPTY));
-  EXPECT_EQ("\"ab cd ef\"", printed(KVW("%ls %ls %ls"), String(KVW("ab")), KVW("cd"), String(KVW("ef"))));
-  EXPECT_EQ("\"<a>\"", printed(KVW("<%ls>"), make(wstring({KVW('a'), wchar(0), KVW('b')})))) << "up to the first NUL";
-  EXPECT_EQ("\"[  ab][ab  ][a]\"", printed(KVW("[%4ls][%-4ls][%.1ls]"), String(KVW("ab")), KVW("ab"), KVW("ab")));
-  EXPECT_EQ("\"\xC3\xA4\xE2\x82\xAC\"", printed(KVW("%ls"), KVW("\x00E4\x20AC")));
+  EXPECT_EQ(printed(KVW("<%ls>"), String(KVW("ab"))), "\"<ab>\"");
+  EXPECT_EQ(printed(KVW("<%ls>"), String::NIL), "\"<>\"");
+  EXPECT_EQ(printed(KVW("<%ls>"), String::EMPTY), "\"<>\"");
+  EXPECT_EQ(printed(KVW("%ls %ls %ls"), String(KVW("ab")), KVW("cd"), String(KVW("ef"))), "\"ab cd ef\"");
+  EXPECT_EQ(printed(KVW("<%ls>"), stringOf(wstring({KVW('a'), wchar(0), KVW('b')}))), "\"<a>\"")
+      << "up to the first NUL";
+  EXPECT_EQ(printed(KVW("[%4ls][%-4ls][%.1ls]"), String(KVW("ab")), KVW("ab"), KVW("ab")), "\"[  ab][ab  ][a]\"");
+  EXPECT_EQ(printed(KVW("%ls"), KVW("\x00E4\x20AC")), "\"\xC3\xA4\xE2\x82\xAC\"");
 }
 
 enum Colour { kRed = 3 };
 
 TEST(StringPrintf, NumbersArePassedAsTheyAre) {
-  EXPECT_EQ("\"scan001: 000000ff\"", printed(KVW("%ls: %08x"), String(KVW("scan001")), 255));
-  EXPECT_EQ("\"-5 5 ffffffff\"", printed(KVW("%d %u %x"), -5, 5u, 0xFFFFFFFFu));
-  EXPECT_EQ("\"-5000000000\"", printed(KVW("%lld"), -5000000000ll));
-  EXPECT_EQ("\"-5000000000\"", printed(KVW("%I64d"), -5000000000ll));
-  EXPECT_EQ("\"1.50\"", printed(KVW("%.2f"), 1.5));
-  EXPECT_EQ("\"1.50\"", printed(KVW("%.2f"), 1.5f));
-  EXPECT_EQ("\"7 1\"", printed(KVW("%d %d"), static_cast<short>(7), true));
-  EXPECT_EQ("\"3\"", printed(KVW("%d"), kRed));
-  EXPECT_EQ("\"x\"", printed(KVW("%c"), static_cast<int>(KVW('x'))));
-  EXPECT_EQ("\"-1\"", printed(KVW("%ld"), -1L)) << "l means 32 bits";
+  EXPECT_EQ(printed(KVW("%ls: %08x"), String(KVW("scan001")), 255), "\"scan001: 000000ff\"");
+  EXPECT_EQ(printed(KVW("%d %u %x"), -5, 5u, 0xFFFFFFFFu), "\"-5 5 ffffffff\"");
+  EXPECT_EQ(printed(KVW("%lld"), -5000000000ll), "\"-5000000000\"");
+  EXPECT_EQ(printed(KVW("%I64d"), -5000000000ll), "\"-5000000000\"");
+  EXPECT_EQ(printed(KVW("%.2f"), 1.5), "\"1.50\"");
+  EXPECT_EQ(printed(KVW("%.2f"), 1.5f), "\"1.50\"");
+  EXPECT_EQ(printed(KVW("%d %d"), static_cast<short>(7), true), "\"7 1\"");
+  EXPECT_EQ(printed(KVW("%d"), kRed), "\"3\"");
+  EXPECT_EQ(printed(KVW("%c"), static_cast<int>(KVW('x'))), "\"x\"");
+  EXPECT_EQ(printed(KVW("%ld"), -1L), "\"-1\"") << "l means 32 bits";
 }
 
 TEST(StringPrintf, TheReceiverMayBeAnArgument) {
   String text(KVW("ab"));
   String const other = text;
   text.printf(KVW("<%ls|%ls>"), text, text);
-  EXPECT_EQ("\"<ab|ab>\"", state(text));
-  EXPECT_EQ("\"ab\"", state(other));
+  EXPECT_EQ(state(text), "\"<ab|ab>\"");
+  EXPECT_EQ(state(other), "\"ab\"");
 
   String nil;
   nil.printf(KVW("<%ls>"), nil);
-  EXPECT_EQ("\"<>\"", state(nil));
+  EXPECT_EQ(state(nil), "\"<>\"");
 }
 
 TEST(StringPrintf, TheOldTextTakesNoPart) {
   String text(KVW("something long"));
   text.printf(KVW("%d"), 1);
-  EXPECT_EQ("\"1\"", state(text));
+  EXPECT_EQ(state(text), "\"1\"");
   text.printf(KVW(""));
-  EXPECT_EQ("\"\"", state(text));
+  EXPECT_EQ(state(text), "\"\"");
 }
 
 TEST(StringPrintf, LongTextsAreCut) {
@@ -84,10 +85,10 @@ TEST(StringPrintf, LongTextsAreCut) {
     SCOPED_TRACE(row.name);
     String text;
     text.printf(KVW("%ls"), String(KVW('x'), row.argument));
-    EXPECT_EQ(row.expected, text.length());
+    EXPECT_EQ(text.length(), row.expected);
     EXPECT_TRUE(text == String(KVW('x'), row.expected));
     text.printf(KVW("%ls%ls"), String(KVW('y'), 3), String(KVW('x'), row.argument));
-    EXPECT_EQ(row.argument + 3 < kLimit ? row.argument + 3 : kLimit, text.length());
+    EXPECT_EQ(text.length(), row.argument + 3 < kLimit ? row.argument + 3 : kLimit);
     EXPECT_TRUE(text.startsWith(String(KVW("yyyx"))));
   }
   String text;
@@ -98,7 +99,7 @@ TEST(StringPrintf, LongTextsAreCut) {
 }
 
 TEST(StringPrintf, APrintedNulEndsTheText) {
-  EXPECT_EQ("\"a\"", printed(KVW("a%cb"), 0));
+  EXPECT_EQ(printed(KVW("a%cb"), 0), "\"a\"");
 }
 
 }  // namespace

@@ -11,8 +11,6 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-constexpr int kRounds = 25000;
-
 // Without NULs at the end: a constructor drops one there.
 wstring stripped(wstring text) {
   while (!text.empty() && text.back() == 0) text.pop_back();
@@ -61,11 +59,11 @@ TEST(StringRandom, Search) {
     wstring const wanted = piece(random, text);
     wchar const unit = random.oneIn(8) ? wchar(0) : random.unit(RandomUnits::kFew);
     int const from = position(random, text);
-    String const string = make(text);
-    ASSERT_EQ(reference::find(text, wanted, from), string.find(wanted.c_str(), from)) << "round " << round;
-    ASSERT_EQ(reference::find(text, unit, from), string.find(unit, from)) << "round " << round;
-    ASSERT_EQ(reference::findLastOf(text, wanted), string.findLastOf(wanted.c_str())) << "round " << round;
-    ASSERT_EQ(reference::findLastOf(text, unit, from), string.findLastOf(unit, from)) << "round " << round;
+    String const string = stringOf(text);
+    ASSERT_EQ(string.find(wanted.c_str(), from), reference::find(text, wanted, from)) << "round " << round;
+    ASSERT_EQ(string.find(unit, from), reference::find(text, unit, from)) << "round " << round;
+    ASSERT_EQ(string.findLastOf(wanted.c_str()), reference::findLastOf(text, wanted)) << "round " << round;
+    ASSERT_EQ(string.findLastOf(unit, from), reference::findLastOf(text, unit, from)) << "round " << round;
   }
 }
 
@@ -88,7 +86,7 @@ TEST(StringRandom, ClassSearch) {
   RandomText random(42);
   for (int round = 0; round < kRounds; ++round) {
     wstring const text = randomText(random, 30);
-    String const string = make(text);
+    String const string = stringOf(text);
     int const from = position(random, text);
     for (Search const& row : searches) {
       int expected = reference::inText(text, from) ? from : static_cast<int>(text.size());
@@ -104,20 +102,20 @@ TEST(StringRandom, Comparison) {
   for (int round = 0; round < kRounds; ++round) {
     wstring const a = randomText(random, 60);
     wstring const b = neighbour(random, a);
-    String const stringA = make(a);
-    String const stringB = make(b);
-    ASSERT_EQ(reference::compare(a, b), stringA.compare(stringB)) << "round " << round;
-    ASSERT_EQ(reference::compare(a, b), stringA.compare(b.c_str())) << "round " << round;
-    ASSERT_EQ(reference::equal(a, b), stringA.compareEquality(stringB)) << "round " << round;
-    ASSERT_EQ(reference::compareIgnoreCase(a, b), sign(stringA.compareIgnoreCase(stringB))) << "round " << round;
-    ASSERT_EQ(reference::compareIgnoreCase(a, b), sign(stringA.compareIgnoreCase(b.c_str()))) << "round " << round;
+    String const stringA = stringOf(a);
+    String const stringB = stringOf(b);
+    ASSERT_EQ(stringA.compare(stringB), reference::compare(a, b)) << "round " << round;
+    ASSERT_EQ(stringA.compare(b.c_str()), reference::compare(a, b)) << "round " << round;
+    ASSERT_EQ(stringA.compareEquality(stringB), reference::equal(a, b)) << "round " << round;
+    ASSERT_EQ(sign(stringA.compareIgnoreCase(stringB)), reference::compareIgnoreCase(a, b)) << "round " << round;
+    ASSERT_EQ(sign(stringA.compareIgnoreCase(b.c_str())), reference::compareIgnoreCase(a, b)) << "round " << round;
 
     String merged = stringA;
-    ASSERT_EQ(reference::equal(a, b), merged.compareEquality(stringB)) << "round " << round;
-    ASSERT_EQ(reference::equal(a, b), shares(merged, stringB)) << "round " << round;
+    ASSERT_EQ(merged.compareEquality(stringB), reference::equal(a, b)) << "round " << round;
+    ASSERT_EQ(shares(merged, stringB), reference::equal(a, b)) << "round " << round;
     merged = stringA;
-    ASSERT_EQ(reference::compare(a, b), merged.compare(stringB)) << "round " << round;
-    ASSERT_EQ(reference::compare(a, b) == 0, shares(merged, stringB)) << "round " << round;
+    ASSERT_EQ(merged.compare(stringB), reference::compare(a, b)) << "round " << round;
+    ASSERT_EQ(shares(merged, stringB), reference::compare(a, b) == 0) << "round " << round;
   }
 }
 
@@ -128,12 +126,12 @@ TEST(StringRandom, FrontAndEnd) {
     std::size_t const cut = static_cast<std::size_t>(random.below(static_cast<int>(text.size()) + 1));
     wstring const front = neighbour(random, text.substr(0, cut));
     wstring const end = neighbour(random, text.substr(cut));
-    String const string = make(text);
+    String const string = stringOf(text);
     // Units behind a NUL of a prefix are compared too, but whether they count is of no interest here.
     bool const nulFree = front.find(wchar(0)) == wstring::npos;
-    if (nulFree) ASSERT_EQ(reference::startsWith(text, front), string.startsWith(make(front))) << "round " << round;
-    ASSERT_EQ(reference::endsWith(text, end, false), string.endsWith(make(end))) << "round " << round;
-    ASSERT_EQ(reference::endsWith(text, end, true), string.endsWith(make(end), true)) << "round " << round;
+    if (nulFree) ASSERT_EQ(string.startsWith(stringOf(front)), reference::startsWith(text, front)) << "round " << round;
+    ASSERT_EQ(string.endsWith(stringOf(end)), reference::endsWith(text, end, false)) << "round " << round;
+    ASSERT_EQ(string.endsWith(stringOf(end), true), reference::endsWith(text, end, true)) << "round " << round;
   }
 }
 
@@ -143,11 +141,11 @@ TEST(StringRandom, Substr) {
     wstring const text = randomText(random, 40);
     int const start = position(random, text);
     int const end = position(random, text);
-    String const string = make(text);
+    String const string = stringOf(text);
     String const part = string.substr(start, end);
     wstring const expected = reference::substr(text, start, end);
-    ASSERT_EQ(expected, units(part)) << "round " << round;
-    ASSERT_EQ(!text.empty() && expected.size() == text.size(), shares(part, string)) << "round " << round;
+    ASSERT_EQ(units(part), expected) << "round " << round;
+    ASSERT_EQ(shares(part, string), !text.empty() && expected.size() == text.size()) << "round " << round;
     if (expected.empty() && text.empty()) ASSERT_TRUE(shares(part, String::EMPTY)) << "round " << round;
   }
 }
@@ -160,11 +158,11 @@ TEST(StringRandom, Trim) {
     wstring const text = stripped(blanks[1] + randomText(random, 10) + blanks[random.below(2)]);
     bool const left = random.oneIn(2);
     bool const right = random.oneIn(2);
-    String const string = make(text);
+    String const string = stringOf(text);
     String const trimmed = string.trim(left, right);
     wstring const expected = reference::trim(text, left, right);
-    ASSERT_EQ(expected, units(trimmed)) << "round " << round;
-    ASSERT_EQ(expected.size() == text.size(), shares(trimmed, string)) << "round " << round;
+    ASSERT_EQ(units(trimmed), expected) << "round " << round;
+    ASSERT_EQ(shares(trimmed, string), expected.size() == text.size()) << "round " << round;
     // A lone NUL that remains is no text either, but it was not cut.
     bool const nulFree = text.find(wchar(0)) == wstring::npos;
     if (expected.empty() && !text.empty() && nulFree) ASSERT_TRUE(shares(trimmed, String::EMPTY)) << "round " << round;
@@ -177,13 +175,13 @@ TEST(StringRandom, Replacement) {
     wstring const text = randomText(random, 60);
     wstring const from = piece(random, text);
     wstring const to = random.text(random.below(5), RandomUnits::kFew);
-    String const before = make(text);
+    String const before = stringOf(text);
     String string = before;
     wstring expected = text;
     int const count = from.empty() ? 0 : reference::replace(expected, from, to);
-    ASSERT_EQ(count, string.replace(from.c_str(), to.c_str())) << "round " << round;
-    ASSERT_EQ(expected, units(string)) << "round " << round;
-    ASSERT_EQ(text, units(before)) << "round " << round;
+    ASSERT_EQ(string.replace(from.c_str(), to.c_str()), count) << "round " << round;
+    ASSERT_EQ(units(string), expected) << "round " << round;
+    ASSERT_EQ(units(before), text) << "round " << round;
     if (count == 0 && !text.empty()) ASSERT_TRUE(shares(string, before)) << "round " << round;
 
     wchar const unitFrom = random.unit(RandomUnits::kFew);
@@ -191,10 +189,10 @@ TEST(StringRandom, Replacement) {
     if (reference::at(text, 0) == 0) continue;
     string = before;
     expected = text;
-    ASSERT_EQ(reference::replaceUnit(expected, unitFrom, unitTo), string.replace(unitFrom, unitTo))
+    ASSERT_EQ(string.replace(unitFrom, unitTo), reference::replaceUnit(expected, unitFrom, unitTo))
         << "round " << round;
-    ASSERT_EQ(reference::visible(expected), units(string)) << "round " << round;
-    ASSERT_EQ(text, units(before)) << "round " << round;
+    ASSERT_EQ(units(string), reference::visible(expected)) << "round " << round;
+    ASSERT_EQ(units(before), text) << "round " << round;
   }
 }
 
@@ -203,25 +201,25 @@ TEST(StringRandom, Addition) {
   for (int round = 0; round < kRounds; ++round) {
     wstring const a = randomText(random, 40);
     wstring const b = randomText(random, 40);
-    String const stringA = make(a);
-    String const stringB = make(b);
-    ASSERT_EQ(a + b, units(stringA + stringB)) << "round " << round;
-    ASSERT_EQ(a + reference::visible(b), units(stringA + b.c_str())) << "round " << round;
-    ASSERT_EQ(reference::visible(a) + b, units(a.c_str() + stringB)) << "round " << round;
+    String const stringA = stringOf(a);
+    String const stringB = stringOf(b);
+    ASSERT_EQ(units(stringA + stringB), a + b) << "round " << round;
+    ASSERT_EQ(units(stringA + b.c_str()), a + reference::visible(b)) << "round " << round;
+    ASSERT_EQ(units(a.c_str() + stringB), reference::visible(a) + b) << "round " << round;
     wchar const unit = random.unit(RandomUnits::kAny);
-    ASSERT_EQ(a + unit, units(stringA + unit)) << "round " << round;
-    ASSERT_EQ(unit + b, units(unit + stringB)) << "round " << round;
+    ASSERT_EQ(units(stringA + unit), a + unit) << "round " << round;
+    ASSERT_EQ(units(unit + stringB), unit + b) << "round " << round;
 
     String written = stringA;
     int const size = random.between(-1, static_cast<int>(b.size()));
     written.write(b.c_str(), size);
     wstring const added = size < 0 ? reference::visible(b) : b.substr(0, static_cast<std::size_t>(size));
-    ASSERT_EQ(a + added, units(written)) << "round " << round;
-    ASSERT_EQ(a, units(stringA)) << "round " << round;
+    ASSERT_EQ(units(written), a + added) << "round " << round;
+    ASSERT_EQ(units(stringA), a) << "round " << round;
 
     String fresh;
     fresh.write(b.c_str(), size);
-    ASSERT_EQ(size < 0 ? added : reference::bySizeRule(added), units(fresh)) << "round " << round;
+    ASSERT_EQ(units(fresh), size < 0 ? added : reference::bySizeRule(added)) << "round " << round;
   }
 }
 

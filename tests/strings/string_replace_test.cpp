@@ -27,7 +27,7 @@ TEST(StringReplace, Units) {
       {"by NUL at the front", String(KVW("aab")), KVW('a'), 0, 2, "\"\""},
       {"NUL matches nothing", String(KVW("ab")), 0, KVW('x'), 0, "\"ab\""},
       {"NUL by NUL", String(KVW("ab")), 0, 0, 0, "\"ab\""},
-      {"behind an inner NUL nothing is looked at", make(inner), KVW('a'), KVW('x'), 1, "\"x\""},
+      {"behind an inner NUL nothing is looked at", stringOf(inner), KVW('a'), KVW('x'), 1, "\"x\""},
       {"in NIL", String::NIL, KVW('a'), KVW('x'), 0, "NIL"},
       {"in EMPTY", String::EMPTY, KVW('a'), KVW('x'), 0, "EMPTY"},
       {"in an empty text", String(KVW("")), KVW('a'), KVW('x'), 0, "\"\""},
@@ -35,8 +35,8 @@ TEST(StringReplace, Units) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     String text = row.text;
-    EXPECT_EQ(row.count, text.replace(row.from, row.to));
-    EXPECT_EQ(row.expected, state(text));
+    EXPECT_EQ(text.replace(row.from, row.to), row.count);
+    EXPECT_EQ(state(text), row.expected);
   }
 }
 
@@ -45,14 +45,14 @@ TEST(StringReplace, UnitsAreWrittenInPlaceAfterUnsharing) {
     String text(KVW("abab"));
     String const other = text;
     text.replace(from, KVW('y'));
-    EXPECT_EQ("\"abab\"", state(other));
+    EXPECT_EQ(state(other), "\"abab\"");
     EXPECT_FALSE(shares(text, other)) << "whether or not something matched";
 
     wchar const* const payload = text;
     AllocationFailure scope(0);
     text.replace(KVW('b'), KVW('z'));
     scope.end();
-    EXPECT_EQ(0, scope.allocations());
+    EXPECT_EQ(scope.allocations(), 0);
     EXPECT_TRUE(payload == static_cast<wchar const*>(text));
   }
 }
@@ -60,7 +60,7 @@ TEST(StringReplace, UnitsAreWrittenInPlaceAfterUnsharing) {
 TEST(StringReplace, UnitsInAnEmptyTextKeepSharing) {
   String const own(KVW(""));
   String text = own;
-  EXPECT_EQ(0, text.replace(KVW('a'), KVW('b')));
+  EXPECT_EQ(text.replace(KVW('a'), KVW('b')), 0);
   EXPECT_TRUE(shares(text, own));
 }
 
@@ -97,7 +97,7 @@ std::initializer_list<Replacement> const kReplacements = {
     {"EMPTY", String::EMPTY, KVW("a"), KVW("x"), 0, "EMPTY"},
     {"an empty text", String(KVW("")), KVW("a"), KVW("x"), 0, "EMPTY"},
     {"an empty text, empty from", String(KVW("")), KVW(""), KVW("x"), 0, "\"\""},
-    {"what is behind an inner NUL is kept", make(wstring({KVW('a'), wchar(0), KVW('a')})), KVW("a"), KVW("x"), 1,
+    {"what is behind an inner NUL is kept", stringOf(wstring({KVW('a'), wchar(0), KVW('a')})), KVW("a"), KVW("x"), 1,
      "\"x\\0a\""},
 };
 
@@ -105,20 +105,20 @@ TEST(StringReplace, Texts) {
   for (Replacement const& row : kReplacements) {
     SCOPED_TRACE(row.name);
     String text = row.text;
-    EXPECT_EQ(row.count, text.replace(row.from, row.to));
-    EXPECT_EQ(row.expected, state(text));
+    EXPECT_EQ(text.replace(row.from, row.to), row.count);
+    EXPECT_EQ(state(text), row.expected);
     // The forms that take Strings; a NIL `from` is not for them.
     String const to(row.to);
     text = row.text;
-    EXPECT_EQ(row.count, text.replace(row.from, to));
-    EXPECT_EQ(row.expected, state(text));
+    EXPECT_EQ(text.replace(row.from, to), row.count);
+    EXPECT_EQ(state(text), row.expected);
     if (row.from == nullptr) continue;
     text = row.text;
-    EXPECT_EQ(row.count, text.replace(String(row.from), row.to));
-    EXPECT_EQ(row.expected, state(text));
+    EXPECT_EQ(text.replace(String(row.from), row.to), row.count);
+    EXPECT_EQ(state(text), row.expected);
     text = row.text;
-    EXPECT_EQ(row.count, text.replace(String(row.from), to));
-    EXPECT_EQ(row.expected, state(text));
+    EXPECT_EQ(text.replace(String(row.from), to), row.count);
+    EXPECT_EQ(state(text), row.expected);
   }
 }
 
@@ -128,12 +128,12 @@ TEST(StringReplace, ACountedTerminatorBehindTheLastMatchIsDropped) {
     ended.write(KVW("c"), 2);
     return ended;
   }();
-  ASSERT_EQ("\"abc\\0\"", state(text));
+  ASSERT_EQ(state(text), "\"abc\\0\"");
   String replaced = text;
-  EXPECT_EQ(1, replaced.replace(KVW("a"), KVW("x")));
-  EXPECT_EQ("\"xbc\"", state(replaced));
+  EXPECT_EQ(replaced.replace(KVW("a"), KVW("x")), 1);
+  EXPECT_EQ(state(replaced), "\"xbc\"");
   replaced = text;
-  EXPECT_EQ(0, replaced.replace(KVW("y"), KVW("x")));
+  EXPECT_EQ(replaced.replace(KVW("y"), KVW("x")), 0);
   EXPECT_TRUE(shares(replaced, text)) << "without a match nothing is cut";
 }
 
@@ -143,8 +143,8 @@ TEST(StringReplace, WithoutAMatchThePayloadStays) {
   AllocationFailure scope(0);
   int const count = text.replace(KVW("x"), KVW("y"));
   scope.end();
-  EXPECT_EQ(0, count);
-  EXPECT_EQ(0, scope.allocations());
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(scope.allocations(), 0);
   EXPECT_TRUE(shares(text, other));
 }
 
@@ -152,18 +152,18 @@ TEST(StringReplace, OtherHoldersKeepTheirText) {
   String text(KVW("abc"));
   String const other = text;
   text.replace(KVW("b"), KVW("x"));
-  EXPECT_EQ("\"axc\"", state(text));
-  EXPECT_EQ("\"abc\"", state(other));
+  EXPECT_EQ(state(text), "\"axc\"");
+  EXPECT_EQ(state(other), "\"abc\"");
 }
 
 TEST(StringReplace, ArgumentsMayBeTheTextItself) {
   String text(KVW("ab"));
-  EXPECT_EQ(1, text.replace(text, text + text));
-  EXPECT_EQ("\"abab\"", state(text));
-  EXPECT_EQ(1, text.replace(KVW("ba"), text));
-  EXPECT_EQ("\"aababb\"", state(text));
-  EXPECT_EQ(1, text.replace(text, String::NIL));
-  EXPECT_EQ("EMPTY", state(text));
+  EXPECT_EQ(text.replace(text, text + text), 1);
+  EXPECT_EQ(state(text), "\"abab\"");
+  EXPECT_EQ(text.replace(KVW("ba"), text), 1);
+  EXPECT_EQ(state(text), "\"aababb\"");
+  EXPECT_EQ(text.replace(text, String::NIL), 1);
+  EXPECT_EQ(state(text), "EMPTY");
 }
 
 // Only the first matches are remembered from the search that measures; the others are found again.

@@ -160,7 +160,7 @@ TEST(StringSearch, EveryUnitIsInItsClasses) {
 TEST(StringSearch, ClassSearchesGoByTheLength) {
   wstring const text(
       {KVW('a'), KVW('1'), wchar(0), KVW(' '), KVW('-'), KVW('+'), KVW('.'), KVW('b'), KVW('E'), KVW('0')});
-  String const string = make(text);
+  String const string = stringOf(text);
   int const length = string.length();
   for (ClassSearch const& row : kClassSearches) {
     SCOPED_TRACE(row.name);
@@ -170,7 +170,7 @@ TEST(StringSearch, ClassSearchesGoByTheLength) {
       EXPECT_EQ(expected < length ? expected : -1, row.search(string, from)) << "from " << from;
     }
     for (int const from : {-1, kSmallest, length, length + 1, kLargest}) {
-      EXPECT_EQ(-1, row.search(string, from)) << "from " << from;
+      EXPECT_EQ(row.search(string, from), -1) << "from " << from;
     }
   }
 }
@@ -179,8 +179,8 @@ TEST(StringSearch, ClassSearchesOnNilAndEmptyTexts) {
   for (ClassSearch const& row : kClassSearches) {
     SCOPED_TRACE(row.name);
     for (int const from : {0, 1, -1, kSmallest, kLargest}) {
-      EXPECT_EQ(-1, row.search(String::NIL, from));
-      EXPECT_EQ(-1, row.search(String::EMPTY, from));
+      EXPECT_EQ(row.search(String::NIL, from), -1);
+      EXPECT_EQ(row.search(String::EMPTY, from), -1);
     }
   }
 }

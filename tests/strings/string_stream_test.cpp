@@ -8,20 +8,19 @@
 #include <sstream>
 
 #include "kvbase/platform/backend.h"
-#include "tests/reference/values_stream.h"
-#include "tests/strings/value_support.h"
+#include "tests/reference/string_stream_model.h"
+#include "tests/strings/string_support.h"
 #include "tests/support/random_text.h"
 #include "tests/support/scripted_text.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 constexpr std::ios_base::iostate kEndAndFailed = std::ios_base::eofbit | std::ios_base::failbit;
 
 // The ANSI code page, for the time of a test, so that results do not depend on the machine.
-class ValueStream : public ::testing::Test {
+class StringStream : public ::testing::Test {
  protected:
   void setAnsi(unsigned int codePage) { text_.ansi = codePage; }
 
@@ -36,7 +35,7 @@ std::string restOf(std::istream& stream) {
 
 // --- Output ----------------------------------------------------------------------------------------------------------
 
-TEST_F(ValueStream, WritesTheAnsiForm) {
+TEST_F(StringStream, WritesTheAnsiForm) {
   struct Row {
     char const* name;
     unsigned int codePage;
@@ -66,7 +65,7 @@ TEST_F(ValueStream, WritesTheAnsiForm) {
   }
 }
 
-TEST_F(ValueStream, WritesWithWidthAndFill) {
+TEST_F(StringStream, WritesWithWidthAndFill) {
   setAnsi(1252);
   std::ostringstream stream;
   stream << std::setfill('*') << std::setw(6) << String(KVW("ab")) << std::left << std::setw(5) << String(KVW("cd"))
@@ -75,14 +74,14 @@ TEST_F(ValueStream, WritesWithWidthAndFill) {
   EXPECT_EQ(stream.width(), 0);
 }
 
-TEST_F(ValueStream, TheWidthCountsBytes) {
+TEST_F(StringStream, TheWidthCountsBytes) {
   setAnsi(65001);
   std::ostringstream stream;
   stream << std::setw(4) << String(KVW("\u20AC"));
   EXPECT_EQ(stream.str(), " \xE2\x82\xAC");
 }
 
-TEST_F(ValueStream, NothingToWriteLeavesTheStreamAlone) {
+TEST_F(StringStream, NothingToWriteLeavesTheStreamAlone) {
   for (EmptyReceiver const& receiver : emptyReceivers()) {
     SCOPED_TRACE(receiver.name);
     std::ostringstream stream;
@@ -115,7 +114,7 @@ class ShortBuffer final : public std::streambuf {
   std::size_t room_;
 };
 
-TEST_F(ValueStream, AFullStreamGoesBad) {
+TEST_F(StringStream, AFullStreamGoesBad) {
   setAnsi(1252);
   ShortBuffer buffer(3);
   std::ostream stream(&buffer);
@@ -126,7 +125,7 @@ TEST_F(ValueStream, AFullStreamGoesBad) {
   EXPECT_EQ(buffer.written, "abc");
 }
 
-TEST_F(ValueStream, AFullStreamThrowsIfAskedTo) {
+TEST_F(StringStream, AFullStreamThrowsIfAskedTo) {
   setAnsi(1252);
   ShortBuffer buffer(3);
   std::ostream stream(&buffer);
@@ -137,7 +136,7 @@ TEST_F(ValueStream, AFullStreamThrowsIfAskedTo) {
 
 // --- Input -----------------------------------------------------------------------------------------------------------
 
-TEST_F(ValueStream, ReadsTokens) {
+TEST_F(StringStream, ReadsTokens) {
   struct Row {
     char const* name;
     char const* bytes;
@@ -179,7 +178,7 @@ TEST_F(ValueStream, ReadsTokens) {
   }
 }
 
-TEST_F(ValueStream, DecodesTheAnsiCodePage) {
+TEST_F(StringStream, DecodesTheAnsiCodePage) {
   struct Row {
     char const* name;
     unsigned int codePage;
@@ -202,7 +201,7 @@ TEST_F(ValueStream, DecodesTheAnsiCodePage) {
   }
 }
 
-TEST_F(ValueStream, ANulEndsTheTokenButNotTheReading) {
+TEST_F(StringStream, ANulEndsTheTokenButNotTheReading) {
   setAnsi(1252);
   std::istringstream stream(std::string("ab\0cd ef", 8));
   String text;
@@ -211,7 +210,7 @@ TEST_F(ValueStream, ANulEndsTheTokenButNotTheReading) {
   EXPECT_EQ(restOf(stream), " ef");
 }
 
-TEST_F(ValueStream, BytesThatCannotBeDecodedGiveNil) {
+TEST_F(StringStream, BytesThatCannotBeDecodedGiveNil) {
   setAnsi(1252);
   text_.failAt = 1;
   std::istringstream stream("abc def");
@@ -222,7 +221,7 @@ TEST_F(ValueStream, BytesThatCannotBeDecodedGiveNil) {
   EXPECT_TRUE(stream.flags() & std::ios_base::skipws);
 }
 
-TEST_F(ValueStream, AClearSkipwsStaysClearAndBlanksAreSkippedAllTheSame) {
+TEST_F(StringStream, AClearSkipwsStaysClearAndBlanksAreSkippedAllTheSame) {
   std::istringstream stream("  abc def");
   stream >> std::noskipws;
   String text;
@@ -234,7 +233,7 @@ TEST_F(ValueStream, AClearSkipwsStaysClearAndBlanksAreSkippedAllTheSame) {
   EXPECT_FALSE(stream.flags() & std::ios_base::skipws);
 }
 
-TEST_F(ValueStream, AFailedStreamGivesAnEmptyText) {
+TEST_F(StringStream, AFailedStreamGivesAnEmptyText) {
   for (std::ios_base::iostate const state : {std::ios_base::failbit, std::ios_base::badbit, std::ios_base::eofbit}) {
     std::istringstream stream("abc");
     stream.setstate(state);
@@ -247,7 +246,7 @@ TEST_F(ValueStream, AFailedStreamGivesAnEmptyText) {
   }
 }
 
-TEST_F(ValueStream, AnEndThatThrowsRestoresTheFlags) {
+TEST_F(StringStream, AnEndThatThrowsRestoresTheFlags) {
   for (char const* const bytes : {"", "  ", "abc", "\"abc", "\"ab\\"}) {
     SCOPED_TRACE(bytes);
     for (std::ios_base::iostate const mask : {std::ios_base::eofbit, std::ios_base::failbit, kEndAndFailed}) {
@@ -261,7 +260,7 @@ TEST_F(ValueStream, AnEndThatThrowsRestoresTheFlags) {
   }
 }
 
-TEST_F(ValueStream, WhatIsWrittenInQuotesReadsBack) {
+TEST_F(StringStream, WhatIsWrittenInQuotesReadsBack) {
   setAnsi(65001);
   RandomText random(300);
   for (int i = 0; i < 2000; ++i) {
@@ -300,7 +299,7 @@ wchar decoded(char byte) {
   return byte == '\x80' ? wchar(0x20AC) : static_cast<wchar>(static_cast<unsigned char>(byte));
 }
 
-TEST_F(ValueStream, RandomOutputAgreesWithTheModel) {
+TEST_F(StringStream, RandomOutputAgreesWithTheModel) {
   setAnsi(1252);
   RandomText random(301);
   std::ostringstream stream;
@@ -317,7 +316,7 @@ TEST_F(ValueStream, RandomOutputAgreesWithTheModel) {
     stream.str(std::string());
     stream << std::setw(static_cast<int>(width)) << std::setfill(fill) << (isLeft ? std::left : std::right);
     stream << stringOf(text);
-    std::string const expected = text.empty() ? "" : value_model::padded(bytes, width, fill, isLeft);
+    std::string const expected = text.empty() ? "" : reference::padded(bytes, width, fill, isLeft);
     ASSERT_EQ(stream.str(), expected);
     ASSERT_EQ(stream.width(), static_cast<std::streamsize>(text.empty() ? width : 0));
   }
@@ -331,11 +330,11 @@ std::string randomBytes(RandomText& random) {
   return bytes;
 }
 
-TEST_F(ValueStream, RandomInputAgreesWithTheModel) {
+TEST_F(StringStream, RandomInputAgreesWithTheModel) {
   setAnsi(1252);
   RandomText random(302);
   for (int i = 0; i < kRounds; ++i) {
-    value_model::Source source;
+    reference::Source source;
     source.bytes = randomBytes(random);
     std::istringstream stream(source.bytes);
     bool const isSkipping = random.oneIn(2);
@@ -344,7 +343,7 @@ TEST_F(ValueStream, RandomInputAgreesWithTheModel) {
       String text;
       stream >> text;
       wstring expected;
-      for (char const byte : value_model::takeToken(source)) expected += decoded(byte);
+      for (char const byte : reference::takeToken(source)) expected += decoded(byte);
       ASSERT_EQ(spelled(text), spelled(Text(expected))) << "token " << tokens << " of " << source.bytes;
       ASSERT_EQ(stream.rdstate(), source.state) << "token " << tokens << " of " << source.bytes;
       ASSERT_EQ((stream.flags() & std::ios_base::skipws) != 0, isSkipping);
@@ -353,7 +352,7 @@ TEST_F(ValueStream, RandomInputAgreesWithTheModel) {
   }
 }
 
-TEST_F(ValueStream, LongTexts) {
+TEST_F(StringStream, LongTexts) {
   setAnsi(65001);
   wstring text = RandomText(303).text(1 << 20, RandomUnits::kAny);
   std::ostringstream out;
@@ -370,7 +369,7 @@ TEST_F(ValueStream, LongTexts) {
   EXPECT_TRUE(in.good());
 }
 
-TEST_F(ValueStream, EveryUnitIsWritten) {
+TEST_F(StringStream, EveryUnitIsWritten) {
   setAnsi(65001);
   for (int code = 1; code <= 0xFFFF; ++code) {
     wstring const unit(1, static_cast<wchar>(code));
@@ -381,11 +380,11 @@ TEST_F(ValueStream, EveryUnitIsWritten) {
   }
 }
 
-TEST_F(ValueStream, EveryByteIsRead) {
+TEST_F(StringStream, EveryByteIsRead) {
   setAnsi(1252);
   for (int code = 0; code <= 0xFF; ++code) {
     char const byte = static_cast<char>(code);
-    bool const isWhite = value_model::Source::isWhite(byte);
+    bool const isWhite = reference::Source::isWhite(byte);
     std::istringstream stream(std::string("a") + byte + "b c");
     String text;
     stream >> text;
@@ -396,4 +395,5 @@ TEST_F(ValueStream, EveryByteIsRead) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

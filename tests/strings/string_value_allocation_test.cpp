@@ -7,13 +7,12 @@
 #include <new>
 #include <sstream>
 
-#include "tests/strings/value_support.h"
+#include "tests/strings/string_support.h"
 #include "tests/support/allocation_failure.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 template <class T>
 void take(String& string) {
@@ -126,7 +125,7 @@ void sweep(Row const& row, bool isShared) {
   FAIL() << "allocates without end";
 }
 
-TEST(ValueAllocation, FailuresLeaveTheReceiverAsItWas) {
+TEST(StringValueAllocation, FailuresLeaveTheReceiverAsItWas) {
   for (Row const& row : kRows) {
     SCOPED_TRACE(row.name);
     for (bool const isShared : {true, false}) {
@@ -137,7 +136,7 @@ TEST(ValueAllocation, FailuresLeaveTheReceiverAsItWas) {
 }
 
 // Every block is given back when the texts go, whichever allocation failed.
-TEST(ValueAllocation, NothingLeaks) {
+TEST(StringValueAllocation, NothingLeaks) {
   for (Row const& row : kRows) {
     SCOPED_TRACE(row.name);
     bool isDone = false;
@@ -174,7 +173,7 @@ class FixedBuffer final : public std::streambuf {
   char chars_[512];
 };
 
-TEST(ValueAllocation, StreamOutput) {
+TEST(StringValueAllocation, StreamOutput) {
   int failures = 0;
   for (bool isDone = false; !isDone; ++failures) {
     ASSERT_LT(failures, 50);
@@ -199,7 +198,7 @@ TEST(ValueAllocation, StreamOutput) {
   EXPECT_GE(failures, 3) << "the text and its narrow copy";
 }
 
-TEST(ValueAllocation, StreamInput) {
+TEST(StringValueAllocation, StreamInput) {
   for (char const* const bytes : {"  a_word_that_does_not_fit_into_a_small_string_of_the_library rest",
                                   "\"a quoted text that does not fit into a small string of the library\" rest"}) {
     SCOPED_TRACE(bytes);
@@ -233,4 +232,5 @@ TEST(ValueAllocation, StreamInput) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

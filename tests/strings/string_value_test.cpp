@@ -47,7 +47,7 @@ TEST(StringValue, Construction) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    EXPECT_EQ(row.expected, state(row.built));
+    EXPECT_EQ(state(row.built), row.expected);
   }
 }
 
@@ -55,22 +55,22 @@ TEST(StringValue, AnEmptyTextEqualsEmptyWithoutBeingIt) {
   String const own(KVW(""));
   EXPECT_FALSE(isNil(own));
   EXPECT_FALSE(shares(own, String::EMPTY));
-  EXPECT_EQ(0, own.length());
+  EXPECT_EQ(own.length(), 0);
   EXPECT_TRUE(own == String::EMPTY);
-  EXPECT_EQ(0, own.compare(String::EMPTY));
+  EXPECT_EQ(own.compare(String::EMPTY), 0);
   EXPECT_FALSE(shares(own, String(KVW(""))));
 }
 
 TEST(StringValue, AnInnerNulEndsWhatReadersSee) {
-  String const inner = make(wstring({KVW('a'), wchar(0), KVW('b')}));
+  String const inner = stringOf(wstring({KVW('a'), wchar(0), KVW('b')}));
   String const same(KVW("a"));
-  EXPECT_EQ(3, inner.length());
-  EXPECT_EQ(wstring(KVW("a")), visible(inner));
-  EXPECT_EQ(0, inner.compare(same));
-  EXPECT_EQ(0, inner.compareIgnoreCase(same));
+  EXPECT_EQ(inner.length(), 3);
+  EXPECT_EQ(visible(inner), wstring(KVW("a")));
+  EXPECT_EQ(inner.compare(same), 0);
+  EXPECT_EQ(inner.compareIgnoreCase(same), 0);
   EXPECT_FALSE(inner.compareEquality(same)) << "two known lengths that differ";
-  EXPECT_EQ(-1, inner.find(KVW('b'), 0));
-  EXPECT_STREQ("a", inner.stringUTF8());
+  EXPECT_EQ(inner.find(KVW('b'), 0), -1);
+  EXPECT_STREQ(inner.stringUTF8(), "a");
 }
 
 TEST(StringValue, CopiesShareAndAssignmentReleases) {
@@ -95,8 +95,8 @@ TEST(StringValue, CopiesShareAndAssignmentReleases) {
   }
   scope.end();
   EXPECT_TRUE(shared);
-  EXPECT_EQ(0, afterRelease);
-  EXPECT_EQ(1, scope.allocations());
+  EXPECT_EQ(afterRelease, 0);
+  EXPECT_EQ(scope.allocations(), 1);
 }
 
 TEST(StringValue, MovesTakeThePayload) {
@@ -104,13 +104,13 @@ TEST(StringValue, MovesTakeThePayload) {
   wchar const* const text = a;
   String b(std::move(a));
   EXPECT_TRUE(text == static_cast<wchar const*>(b));
-  EXPECT_EQ("NIL", state(a));
+  EXPECT_EQ(state(a), "NIL");
   String c(KVW("old"));
   c = std::move(b);
   EXPECT_TRUE(text == static_cast<wchar const*>(c));
   String& self = c;
   c = std::move(self);
-  EXPECT_EQ("\"abc\"", state(c));
+  EXPECT_EQ(state(c), "\"abc\"");
 }
 
 TEST(StringValue, EmptyIsHandedOnWithoutAllocation) {
@@ -122,65 +122,65 @@ TEST(StringValue, EmptyIsHandedOnWithoutAllocation) {
     (void)a, (void)b, (void)c;
   }
   scope.end();
-  EXPECT_EQ(1, scope.allocations()) << "only the text built from a literal";
-  EXPECT_EQ(0, String::EMPTY.length());
-  EXPECT_EQ(0, *static_cast<wchar const*>(String::EMPTY));
+  EXPECT_EQ(scope.allocations(), 1) << "only the text built from a literal";
+  EXPECT_EQ(String::EMPTY.length(), 0);
+  EXPECT_EQ(*static_cast<wchar const*>(String::EMPTY), 0);
 }
 
 TEST(StringValue, UnitsAreWrittenToAnOwnPayload) {
   String a(KVW("abc"));
   String const b = a;
   a[1] = KVW('x');
-  EXPECT_EQ("\"axc\"", state(a));
-  EXPECT_EQ("\"abc\"", state(b));
+  EXPECT_EQ(state(a), "\"axc\"");
+  EXPECT_EQ(state(b), "\"abc\"");
   EXPECT_FALSE(shares(a, b));
 
   wchar const* const text = a;
   a[0] = KVW('y');
   EXPECT_TRUE(text == static_cast<wchar const*>(a)) << "the only holder writes in place";
   a[1] = 0;
-  EXPECT_EQ(1, a.length());
-  EXPECT_EQ("\"y\"", state(a));
+  EXPECT_EQ(a.length(), 1);
+  EXPECT_EQ(state(a), "\"y\"");
 }
 
 TEST(StringValue, ReadingAUnitThroughTheBracketsUnsharesToo) {
   String a(KVW("abc"));
   String const b = a;
-  EXPECT_EQ(KVW('c'), a[2]);
-  EXPECT_EQ(0, a[3]);
+  EXPECT_EQ(a[2], KVW('c'));
+  EXPECT_EQ(a[3], 0);
   EXPECT_FALSE(shares(a, b));
-  EXPECT_EQ("\"abc\"", state(a));
+  EXPECT_EQ(state(a), "\"abc\"");
 
   String empty = String::EMPTY;
-  EXPECT_EQ(0, empty[0]);
+  EXPECT_EQ(empty[0], 0);
   EXPECT_FALSE(shares(empty, String::EMPTY));
 }
 
 TEST(StringValue, UnsharingKeepsInnerNulsUntilTheLengthIsMeasured) {
   wstring const inner({KVW('a'), wchar(0), KVW('b')});
-  String a = make(inner);
+  String a = stringOf(inner);
   String const b = a;
-  EXPECT_EQ(KVW('b'), a[2]);
-  EXPECT_EQ(1, a.length());
-  EXPECT_EQ(inner, units(b));
+  EXPECT_EQ(a[2], KVW('b'));
+  EXPECT_EQ(a.length(), 1);
+  EXPECT_EQ(units(b), inner);
 }
 
 TEST(StringValue, BracketsOnNilGiveOutOfRange) {
-  ASSERT_EQ(7, String::outOfRange);
+  ASSERT_EQ(String::outOfRange, 7);
   String nil;
-  EXPECT_EQ(&String::outOfRange, &nil[0]);
-  EXPECT_EQ(&String::outOfRange, &nil[-1]);
-  EXPECT_EQ(&String::outOfRange, &nil[1000]);
+  EXPECT_EQ(&nil[0], &String::outOfRange);
+  EXPECT_EQ(&nil[-1], &String::outOfRange);
+  EXPECT_EQ(&nil[1000], &String::outOfRange);
   nil[3] = KVW('x');
-  EXPECT_EQ(KVW('x'), nil[0]);
-  EXPECT_EQ("NIL", state(nil));
+  EXPECT_EQ(nil[0], KVW('x'));
+  EXPECT_EQ(state(nil), "NIL");
   String::outOfRange = 7;
 }
 
 TEST(StringValue, TheTextPointerIsNeverNull) {
-  ASSERT_NE(nullptr, static_cast<wchar const*>(String::NIL));
-  EXPECT_EQ(0, *static_cast<wchar const*>(String::NIL));
-  EXPECT_EQ(0, String::NIL.length());
+  ASSERT_NE(static_cast<wchar const*>(String::NIL), nullptr);
+  EXPECT_EQ(*static_cast<wchar const*>(String::NIL), 0);
+  EXPECT_EQ(String::NIL.length(), 0);
   EXPECT_TRUE(static_cast<wchar const*>(String::NIL) != static_cast<wchar const*>(String::EMPTY));
 }
 
@@ -214,7 +214,7 @@ TEST(StringValue, Write) {
     SCOPED_TRACE(row.name);
     String written = row.receiver;
     written.write(row.text, row.size);
-    EXPECT_EQ(row.expected, state(written));
+    EXPECT_EQ(state(written), row.expected);
   }
 }
 
@@ -224,9 +224,9 @@ TEST(StringValue, WriteBuildsANewPayload) {
   String const keep = a;
   a.write(KVW(""), 0);
   EXPECT_TRUE(old != static_cast<wchar const*>(a)) << "even where nothing is added";
-  EXPECT_EQ("\"ab\"", state(keep));
+  EXPECT_EQ(state(keep), "\"ab\"");
   a.write(a, -1);
-  EXPECT_EQ("\"abab\"", state(a)) << "its own text may be written";
+  EXPECT_EQ(state(a), "\"abab\"") << "its own text may be written";
 }
 
 struct Pair {
@@ -264,26 +264,26 @@ int sign(int value) {
 TEST(StringValue, Comparison) {
   for (Pair const& pair : kPairs) {
     SCOPED_TRACE(pair.name);
-    String const a = make(pair.a);
-    String const b = make(pair.b);
-    EXPECT_EQ(pair.order, a.compare(b));
-    EXPECT_EQ(-pair.order, b.compare(a));
-    EXPECT_EQ(pair.order, a.compare(pair.b.c_str()));
-    EXPECT_EQ(pair.order, String(a).compare(pair.b.c_str()));
-    EXPECT_EQ(pair.order, String(a).compare(b));
-    EXPECT_EQ(pair.foldedOrder, sign(a.compareIgnoreCase(b)));
-    EXPECT_EQ(-pair.foldedOrder, sign(b.compareIgnoreCase(a)));
-    EXPECT_EQ(pair.foldedOrder, sign(a.compareIgnoreCase(pair.b.c_str())));
-    EXPECT_EQ(pair.order < 0, a < b);
-    EXPECT_EQ(pair.order > 0, a > b);
-    EXPECT_EQ(pair.order <= 0, a <= b);
-    EXPECT_EQ(pair.order >= 0, a >= b);
-    EXPECT_EQ(pair.order == 0, a == pair.b.c_str());
+    String const a = stringOf(pair.a);
+    String const b = stringOf(pair.b);
+    EXPECT_EQ(a.compare(b), pair.order);
+    EXPECT_EQ(b.compare(a), -pair.order);
+    EXPECT_EQ(a.compare(pair.b.c_str()), pair.order);
+    EXPECT_EQ(String(a).compare(pair.b.c_str()), pair.order);
+    EXPECT_EQ(String(a).compare(b), pair.order);
+    EXPECT_EQ(sign(a.compareIgnoreCase(b)), pair.foldedOrder);
+    EXPECT_EQ(sign(b.compareIgnoreCase(a)), -pair.foldedOrder);
+    EXPECT_EQ(sign(a.compareIgnoreCase(pair.b.c_str())), pair.foldedOrder);
+    EXPECT_EQ(a < b, pair.order < 0);
+    EXPECT_EQ(a > b, pair.order > 0);
+    EXPECT_EQ(a <= b, pair.order <= 0);
+    EXPECT_EQ(a >= b, pair.order >= 0);
+    EXPECT_EQ(a == pair.b.c_str(), pair.order == 0);
     EXPECT_EQ(pair.order != 0, pair.a.c_str() != b);
     bool const equal = pair.order == 0 && pair.a.size() == pair.b.size();
-    EXPECT_EQ(equal, a.compareEquality(b));
-    EXPECT_EQ(equal, a == b);
-    EXPECT_EQ(!equal, a != b);
+    EXPECT_EQ(a.compareEquality(b), equal);
+    EXPECT_EQ(a == b, equal);
+    EXPECT_EQ(a != b, !equal);
   }
 }
 
@@ -292,25 +292,25 @@ TEST(StringValue, ComparisonWithNil) {
   String const empty(KVW(""));
   String const text(KVW("a"));
   for (String const* other : {&empty, &text, &String::EMPTY}) {
-    EXPECT_EQ(-1, nil.compare(*other));
-    EXPECT_EQ(1, other->compare(nil));
-    EXPECT_GT(0, nil.compareIgnoreCase(*other));
-    EXPECT_LT(0, other->compareIgnoreCase(nil));
-    EXPECT_EQ(1, other->compare(kNull));
-    EXPECT_LT(0, other->compareIgnoreCase(kNull));
+    EXPECT_EQ(nil.compare(*other), -1);
+    EXPECT_EQ(other->compare(nil), 1);
+    EXPECT_LT(nil.compareIgnoreCase(*other), 0);
+    EXPECT_GT(other->compareIgnoreCase(nil), 0);
+    EXPECT_EQ(other->compare(kNull), 1);
+    EXPECT_GT(other->compareIgnoreCase(kNull), 0);
     EXPECT_FALSE(nil.compareEquality(*other));
     EXPECT_FALSE(other->compareEquality(nil));
-    EXPECT_EQ(-1, nil.compare(static_cast<wchar const*>(*other)));
-    EXPECT_GT(0, nil.compareIgnoreCase(static_cast<wchar const*>(*other)));
-    EXPECT_EQ(-1, String().compare(*other));
-    EXPECT_EQ(1, String(*other).compare(nil));
+    EXPECT_EQ(nil.compare(static_cast<wchar const*>(*other)), -1);
+    EXPECT_LT(nil.compareIgnoreCase(static_cast<wchar const*>(*other)), 0);
+    EXPECT_EQ(String().compare(*other), -1);
+    EXPECT_EQ(String(*other).compare(nil), 1);
     EXPECT_FALSE(String().compareEquality(*other));
     EXPECT_FALSE(String(*other).compareEquality(nil));
   }
-  EXPECT_EQ(0, nil.compare(String::NIL));
-  EXPECT_EQ(0, nil.compare(kNull));
-  EXPECT_EQ(0, nil.compareIgnoreCase(String::NIL));
-  EXPECT_EQ(0, nil.compareIgnoreCase(kNull));
+  EXPECT_EQ(nil.compare(String::NIL), 0);
+  EXPECT_EQ(nil.compare(kNull), 0);
+  EXPECT_EQ(nil.compareIgnoreCase(String::NIL), 0);
+  EXPECT_EQ(nil.compareIgnoreCase(kNull), 0);
   EXPECT_TRUE(nil.compareEquality(String::NIL));
   EXPECT_TRUE(nil == kNull);
   EXPECT_FALSE(empty == kNull);
@@ -318,24 +318,24 @@ TEST(StringValue, ComparisonWithNil) {
 
 TEST(StringValue, ComparisonWithOneUnit) {
   String const a(KVW("a"));
-  EXPECT_EQ(0, a.compare(KVW('a')));
-  EXPECT_EQ(1, a.compare(KVW('A')));
-  EXPECT_EQ(-1, a.compare(KVW('b')));
-  EXPECT_EQ(1, a.compare(wchar(0)));
-  EXPECT_EQ(1, String(KVW("ab")).compare(KVW('a')));
-  EXPECT_EQ(0, String::EMPTY.compare(wchar(0)));
-  EXPECT_EQ(-1, String::EMPTY.compare(KVW('a')));
-  EXPECT_EQ(-1, String::NIL.compare(wchar(0)));
-  EXPECT_EQ(-1, String::NIL.compare(KVW('a')));
-  EXPECT_EQ(0, a.compareIgnoreCase(KVW('A')));
-  EXPECT_LT(0, a.compareIgnoreCase(KVW('_')));
-  EXPECT_LT(0, a.compareIgnoreCase(wchar(0)));
-  EXPECT_EQ(0, String::EMPTY.compareIgnoreCase(wchar(0)));
-  EXPECT_EQ(-1, String::NIL.compareIgnoreCase(wchar(0)));
+  EXPECT_EQ(a.compare(KVW('a')), 0);
+  EXPECT_EQ(a.compare(KVW('A')), 1);
+  EXPECT_EQ(a.compare(KVW('b')), -1);
+  EXPECT_EQ(a.compare(wchar(0)), 1);
+  EXPECT_EQ(String(KVW("ab")).compare(KVW('a')), 1);
+  EXPECT_EQ(String::EMPTY.compare(wchar(0)), 0);
+  EXPECT_EQ(String::EMPTY.compare(KVW('a')), -1);
+  EXPECT_EQ(String::NIL.compare(wchar(0)), -1);
+  EXPECT_EQ(String::NIL.compare(KVW('a')), -1);
+  EXPECT_EQ(a.compareIgnoreCase(KVW('A')), 0);
+  EXPECT_GT(a.compareIgnoreCase(KVW('_')), 0);
+  EXPECT_GT(a.compareIgnoreCase(wchar(0)), 0);
+  EXPECT_EQ(String::EMPTY.compareIgnoreCase(wchar(0)), 0);
+  EXPECT_EQ(String::NIL.compareIgnoreCase(wchar(0)), -1);
 }
 
 TEST(StringValue, UnequalLengthsThatAreNotBothKnownAreCompared) {
-  String a = make(wstring({KVW('a'), wchar(0), KVW('b')}));
+  String a = stringOf(wstring({KVW('a'), wchar(0), KVW('b')}));
   String const b(KVW("a"));
   EXPECT_FALSE(static_cast<String const&>(a).compareEquality(b));
   a[0] = KVW('a');  // the length is not known from here on
@@ -360,7 +360,7 @@ TEST(StringValue, ChangeableStringsMergeWhenEqual) {
     EXPECT_TRUE(byEquality ? constant.compareEquality(b) : constant.compare(b) == 0);
     EXPECT_FALSE(shares(constant, b));
   }
-  EXPECT_EQ("\"abc\"", state(String(KVW("abc"))));
+  EXPECT_EQ(state(String(KVW("abc"))), "\"abc\"");
 }
 
 TEST(StringValue, MergingReleasesTheOldPayload) {
@@ -373,8 +373,8 @@ TEST(StringValue, MergingReleasesTheOldPayload) {
     live = scope.live();
   }
   scope.end();
-  EXPECT_EQ(1, live);
-  EXPECT_EQ(0, scope.live());
+  EXPECT_EQ(live, 1);
+  EXPECT_EQ(scope.live(), 0);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/random_text.h"
 
+#include "kvbase/platform/text_api.h"
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
@@ -93,6 +94,20 @@ std::string RandomText::utf8(int length) {
   }
   bytes.resize(static_cast<std::size_t>(length));
   return bytes;
+}
+
+std::vector<wchar> const& sampledUnits() {
+  static std::vector<wchar> const units = [] {
+    std::vector<wchar> sampled;
+    RandomText random(1);
+    auto const classOf = [](int unit) { return platform::nativeText().classesOf(static_cast<wchar>(unit)); };
+    for (int unit = 1; unit <= 0xFFFF; ++unit) {
+      bool const isLimit = classOf(unit) != classOf(unit - 1) || (unit < 0xFFFF && classOf(unit) != classOf(unit + 1));
+      if (unit <= 0x3FF || unit >= 0xFF00 || isLimit || random.oneIn(100)) sampled.push_back(static_cast<wchar>(unit));
+    }
+    return sampled;
+  }();
+  return units;
 }
 
 }  // namespace testing

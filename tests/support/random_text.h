@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "kvbase/text_unit.h"
 
@@ -41,6 +42,10 @@ class RandomText {
  private:
   std::mt19937 engine_;
 };
+
+// Units for a sweep of an operation that takes the classes of units from the system: 0x01 to 0x3FF, both sides of every
+// limit of a class, the full-width forms, and some of the rest.
+std::vector<wchar> const& sampledUnits();
 
 }  // namespace testing
 }  // namespace KV_1_1

@@ -3,10 +3,10 @@
 // Model of shortening a text for display.
 #pragma once
 
-#include "tests/reference/values_text.h"
+#include "tests/reference/string_text_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 inline Text shortenString(Text const& text, int limit, int head) {
   wchar const slash = static_cast<wchar>('/');
@@ -15,11 +15,11 @@ inline Text shortenString(Text const& text, int limit, int head) {
 
   wstring const units = text.value_or(wstring());
   wstring front;
-  if (head != 0) front = cut(units, 0, head);
+  if (head != 0) front = substr(units, 0, head);
   if (!front.empty()) {
-    std::size_t const p = untilNul(front).rfind(slash);
+    std::size_t const p = visible(front).rfind(slash);
     if (p != wstring::npos && p >= 2 && static_cast<long long>(p) + 1 < head)
-      front = cut(front, 0, static_cast<long long>(p) + 1);
+      front = substr(front, 0, static_cast<int>(p) + 1);
   }
   front += static_cast<wchar>('.');
   front += static_cast<wchar>('.');
@@ -27,11 +27,11 @@ inline Text shortenString(Text const& text, int limit, int head) {
 
   long long const budget = static_cast<long long>(limit) - static_cast<long long>(front.size());
   wstring tail;
-  if (budget > 0) tail = cut(units, length - budget, length);
-  std::size_t const q = untilNul(tail).find(slash);
-  if (q != wstring::npos && q >= 1 && budget != 48) tail = cut(tail, static_cast<long long>(q), -1);
+  if (budget > 0) tail = substr(units, static_cast<int>(length - budget), -1);
+  std::size_t const q = visible(tail).find(slash);
+  if (q != wstring::npos && q >= 1 && budget != 48) tail = substr(tail, static_cast<int>(q), -1);
   return front + tail;
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

@@ -5,10 +5,10 @@
 
 #include <cstdlib>
 
-#include "tests/reference/values_text.h"
+#include "tests/reference/string_text_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 // Where reading starts, -1 if nowhere: then the text is used up.
 inline int startOrUseUp(Text& text) {
@@ -22,8 +22,8 @@ Signed takeSigned(Text& text) {
   int const start = startOrUseUp(text);
   if (start < 0) return 0;
   Signed const value = signedDecimal<Signed>(*text, static_cast<std::size_t>(start));
-  int const end = findNonSignedDigit(text, start);
-  text = end < 0 ? wstring() : counted(*text, static_cast<std::size_t>(end), text->size());
+  int const end = findFirst(text, start, [](wchar unit) { return !isDigit(unit) && unit != static_cast<wchar>('-'); });
+  text = end < 0 ? wstring() : bySizeRule(text->substr(static_cast<std::size_t>(end)));
   return value;
 }
 
@@ -36,7 +36,7 @@ Unsigned takeUnsigned(Text& text, int* surplus = nullptr) {
   if (start < 0) return 0;
   Decimal const number = scanDecimal(*text, static_cast<std::size_t>(start));
   if (surplus == nullptr || start == 0) {
-    text = counted(*text, number.end, text->size());
+    text = bySizeRule(text->substr(number.end));
   } else {
     *surplus = start == 1 ? 0 : start;
     text = text->substr(number.end);
@@ -79,7 +79,7 @@ inline double take(Text& text, double*) {
   char* end = nullptr;
   double const number = std::strtod(ascii.c_str(), &end);
   double const value = end != ascii.c_str() ? number : 0;  // not every runtime gives +0 for a sign alone
-  text = untilNul(text->substr(static_cast<std::size_t>(start) + static_cast<std::size_t>(end - ascii.c_str())));
+  text = visible(text->substr(static_cast<std::size_t>(start) + static_cast<std::size_t>(end - ascii.c_str())));
   return value;
 }
 inline float take(Text& text, float*) {
@@ -162,8 +162,8 @@ inline Text takeToken(Text& text) {
 // Drops what is not graphic from the front.
 inline void eatWhite(Text& text) {
   int const start = findGraphic(text);
-  if (start > 0) text = counted(*text, static_cast<std::size_t>(start), text->size());
+  if (start > 0) text = bySizeRule(text->substr(static_cast<std::size_t>(start)));
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

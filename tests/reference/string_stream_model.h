@@ -6,10 +6,10 @@
 #include <iomanip>
 #include <ios>
 
-#include "tests/reference/values_text.h"
+#include "tests/reference/string_text_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 // What a stream makes of bytes that are written as one item.
 inline std::string padded(std::string const& bytes, std::size_t width, char fill, bool left) {
@@ -65,5 +65,5 @@ inline std::string takeToken(Source& source) {
   return token.substr(0, token.find('\0'));
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

@@ -3,10 +3,10 @@
 // Model of the escapes of control characters, on an array of units as in the payload.
 #pragma once
 
-#include "tests/reference/values_text.h"
+#include "tests/reference/string_text_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 // The letter of a short escape, NUL if the unit has none.
 inline wchar escapeLetter(wchar unit) {
@@ -52,7 +52,7 @@ inline Text controlsToEsc(Text const& text, bool unicode) {
       store(unit);
     }
   }
-  return untilNul(array);
+  return visible(array);
 }
 
 struct Decoded {
@@ -79,7 +79,7 @@ inline Decoded escToControls(Text const& text, bool unicode) {
   decoded.text = text;
   if (!text || text->empty()) return decoded;
   std::size_t const length = text->size();
-  std::size_t const first = untilNul(*text).find(kBackslash);
+  std::size_t const first = visible(*text).find(kBackslash);
   if (first == wstring::npos || first + 1 >= length) return decoded;
 
   wstring units = *text;
@@ -115,22 +115,22 @@ inline Decoded escToControls(Text const& text, bool unicode) {
     ++d;
     if (s < length) continue;
     if (d < length) units[d] = 0;
-    decoded.text = untilNul(units);
+    decoded.text = visible(units);
     return decoded;
   }
 
   decoded.result = static_cast<int>(s) - 1;
   if (s <= d) return decoded;
-  wstring const front = cut(units, static_cast<long long>(first), static_cast<long long>(d) - 1);
+  wstring const front = substr(units, static_cast<int>(first), static_cast<int>(d) - 1);
   wstring const again = *controlsToEsc(front, true);
   std::size_t const needed = s - 1 - first;
   decoded.textSettled = again.size() >= needed;
   if (!decoded.textSettled) return decoded;
   units.replace(first, needed, again, 0, needed);
   units[s - 1] = kBackslash;
-  decoded.text = untilNul(units);
+  decoded.text = visible(units);
   return decoded;
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

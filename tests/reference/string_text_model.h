@@ -1,21 +1,18 @@
 // SPDX-License-Identifier: MIT
 //
-// What the models of text values stand on: a text as plain units, the classes of units, and the rule for sizes. The
-// models say step by step what is required, one unit at a time, and share nothing with the library but the system's
-// classes of units beyond ASCII.
+// What the models of String's operations share: a text that may be NIL, and numbers and classes of units. The models take
+// one unit at a time and share nothing with the library but the system's classes of units beyond ASCII.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
 
-#include "kvbase/platform/text_api.h"
-#include "kvbase/text_unit.h"
+#include "tests/reference/string_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 // The units that the length counts; none for NIL.
 using Text = std::optional<wstring>;
@@ -27,18 +24,6 @@ constexpr wchar kCarriageReturn = 0x0D;
 
 inline bool isBetween(wchar unit, char first, char last) {
   return unit >= static_cast<wchar>(first) && unit <= static_cast<wchar>(last);
-}
-inline bool hasClass(wchar unit, platform::CharacterClass wanted) {
-  return unit >= 0x80 && (platform::nativeText().classesOf(unit) & wanted) != 0;
-}
-inline bool isAlpha(wchar unit) {
-  return isBetween(unit, 'a', 'z') || isBetween(unit, 'A', 'Z') || hasClass(unit, platform::kAlpha);
-}
-inline bool isDigit(wchar unit) {
-  return isBetween(unit, '0', '9') || hasClass(unit, platform::kDigit);
-}
-inline bool isGraphic(wchar unit) {
-  return isBetween(unit, '!', '~') || hasClass(unit, platform::kGraphic);
 }
 // ASCII and full-width.
 inline bool isHexadecimal(wchar unit) {
@@ -59,29 +44,6 @@ inline int digitValue(wchar unit) {
   return -1;
 }
 
-// The text as everyone reads it who goes by the terminator.
-inline wstring untilNul(wstring const& units) {
-  return units.substr(0, units.find(wchar()));
-}
-
-// A new text of `size` units from `from` by the rule for sizes: a NUL in the last place is dropped.
-inline wstring counted(wstring const& units, std::size_t from, std::size_t size) {
-  wstring text = units.substr(from, size);
-  if (!text.empty() && text.back() == 0) text.pop_back();
-  return text;
-}
-
-// The units from `start` up to `end`, both brought into the text; an end below 0 is the end of the text.
-inline wstring cut(wstring const& units, long long start, long long end) {
-  long long const length = static_cast<long long>(units.size());
-  start = std::min(std::max(start, 0LL), length);
-  if (end < 0 || end > length) end = length;
-  long long const size = end - start;
-  if (size <= 0) return wstring();
-  if (size >= length) return units;
-  return counted(units, static_cast<std::size_t>(start), static_cast<std::size_t>(size));
-}
-
 template <class Accept>
 int findFirst(Text const& text, int from, Accept accept) {
   if (!text || from < 0) return -1;
@@ -90,15 +52,10 @@ int findFirst(Text const& text, int from, Accept accept) {
   return -1;
 }
 inline int findAlphaNum(Text const& text) {
-  return findFirst(text, 0, [](wchar unit) {
-    return isAlpha(unit) || isDigit(unit) || isSign(unit) || unit == static_cast<wchar>('.');
-  });
+  return findFirst(text, 0, isWordOrNumber);
 }
 inline int findGraphic(Text const& text) {
   return findFirst(text, 0, isGraphic);
-}
-inline int findNonSignedDigit(Text const& text, int from) {
-  return findFirst(text, from, [](wchar unit) { return !isDigit(unit) && unit != static_cast<wchar>('-'); });
 }
 
 // A decimal number at `from`: an optional sign and digits. `end` is where it ends; `from` if there are no digits.
@@ -142,5 +99,5 @@ Unsigned unsignedDecimal(Decimal const& number) {
   return number.negative ? static_cast<Unsigned>(0 - value) : value;
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

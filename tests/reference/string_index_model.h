@@ -3,10 +3,10 @@
 // Model of the number at the end of a text.
 #pragma once
 
-#include "tests/reference/values_format.h"
+#include "tests/reference/string_format_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 // Where the digits at the very end begin.
 inline std::size_t runStart(wstring const& units) {
@@ -38,5 +38,5 @@ inline void stepIndex(Text& text, int step) {
   *text += digits.substr(size);
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

@@ -6,10 +6,10 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tests/reference/values_text.h"
+#include "tests/reference/string_text_model.h"
 
 namespace KV_1_1 {
-namespace value_model {
+namespace reference {
 
 template <class Integer>
 wstring decimalText(Integer value) {
@@ -44,5 +44,5 @@ std::string realText(Real value) {
   return std::string(text, static_cast<std::size_t>(length));
 }
 
-}  // namespace value_model
+}  // namespace reference
 }  // namespace KV_1_1

@@ -40,7 +40,7 @@ wstring units(StringVal const& payload) {
   return wstring(payload.stringValue(), static_cast<std::size_t>(payload.length()));
 }
 
-TEST(StringStorage, WideTextIsTakenByItsSize) {
+TEST(StringVal, WideTextIsTakenByItsSize) {
   wchar const abz[] = {KVW('a'), KVW('b'), 0};
   wchar const azz[] = {KVW('a'), 0, 0};
   wchar const azb[] = {KVW('a'), 0, KVW('b')};
@@ -69,33 +69,33 @@ TEST(StringStorage, WideTextIsTakenByItsSize) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     Owned const payload(StringVal::construct(row.text, row.length, row.capacity));
-    EXPECT_EQ(static_cast<int>(row.expected.size()), payload->lazyLength());
-    EXPECT_EQ(row.expected, units(*payload));
-    EXPECT_EQ(0, payload->at(payload->length()));
-    EXPECT_EQ(1u, payload->inqRefCount());
-    EXPECT_NE(row.text, payload->stringValue());
+    EXPECT_EQ(payload->lazyLength(), static_cast<int>(row.expected.size()));
+    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(payload->at(payload->length()), 0);
+    EXPECT_EQ(payload->inqRefCount(), 1u);
+    EXPECT_NE(payload->stringValue(), row.text);
   }
 }
 
-TEST(StringStorage, SurplusCapacityIsWritable) {
+TEST(StringVal, SurplusCapacityIsWritable) {
   Owned const payload(StringVal::construct(KVW("abc"), -1, 10));
-  ASSERT_EQ(3, payload->length());
+  ASSERT_EQ(payload->length(), 3);
   for (int i = 3; i < 10; ++i) (*payload)[i] = KVW('x');
   (*payload)[10] = 0;
-  EXPECT_EQ(wstring(KVW("abcxxxxxxx")), units(*payload));
+  EXPECT_EQ(units(*payload), wstring(KVW("abcxxxxxxx")));
 }
 
-TEST(StringStorage, OneAllocationForHeaderAndText) {
+TEST(StringVal, OneAllocationForHeaderAndText) {
   AllocationFailure scope(0);
   StringVal* const payload = StringVal::construct(KVW("a text of some length"), -1, -1);
   int const allocations = scope.allocations();
   payload->unref();
   scope.end();
-  EXPECT_EQ(1, allocations);
-  EXPECT_EQ(0, scope.live());
+  EXPECT_EQ(allocations, 1);
+  EXPECT_EQ(scope.live(), 0);
 }
 
-TEST(StringStorage, NarrowTextIsTakenByItsSize) {
+TEST(StringVal, NarrowTextIsTakenByItsSize) {
   ScriptedText text;
   text.ansi = 1252;
   platform::ScopedBackend<platform::TextApi> scope(text);
@@ -119,15 +119,15 @@ TEST(StringStorage, NarrowTextIsTakenByItsSize) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     Owned const payload(StringVal::construct(row.bytes, row.length, -1));
-    ASSERT_NE(nullptr, payload.get());
-    EXPECT_EQ(static_cast<int>(row.expected.size()), payload->lazyLength());
-    EXPECT_EQ(row.expected, units(*payload));
-    EXPECT_EQ(0, payload->at(payload->length()));
-    EXPECT_EQ(1u, payload->inqRefCount());
+    ASSERT_NE(payload.get(), nullptr);
+    EXPECT_EQ(payload->lazyLength(), static_cast<int>(row.expected.size()));
+    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(payload->at(payload->length()), 0);
+    EXPECT_EQ(payload->inqRefCount(), 1u);
   }
 }
 
-TEST(StringStorage, NarrowTextThatGivesNothingGivesNull) {
+TEST(StringVal, NarrowTextThatGivesNothingGivesNull) {
   AllocationFailure scope(0);
   StringVal* const ofNoBytes = StringVal::construct("", 0, -1);
   StringVal* const ofNoBytesWithRoom = StringVal::construct("abc", 0, 10);
@@ -137,16 +137,16 @@ TEST(StringStorage, NarrowTextThatGivesNothingGivesNull) {
   StringVal* const ofNoUtf8Bytes = StringVal::constructUsingCodepage(UTF8Interface("abc"), 0, -1);
   int const live = scope.live();
   scope.end();
-  EXPECT_EQ(nullptr, ofNoBytes);
-  EXPECT_EQ(nullptr, ofNoBytesWithRoom);
-  EXPECT_EQ(nullptr, ofLoneTerminator);
-  EXPECT_EQ(nullptr, ofNull);
-  EXPECT_EQ(nullptr, ofNoPage);
-  EXPECT_EQ(nullptr, ofNoUtf8Bytes);
-  EXPECT_EQ(0, live);
+  EXPECT_EQ(ofNoBytes, nullptr);
+  EXPECT_EQ(ofNoBytesWithRoom, nullptr);
+  EXPECT_EQ(ofLoneTerminator, nullptr);
+  EXPECT_EQ(ofNull, nullptr);
+  EXPECT_EQ(ofNoPage, nullptr);
+  EXPECT_EQ(ofNoUtf8Bytes, nullptr);
+  EXPECT_EQ(live, 0);
 }
 
-TEST(StringStorage, ConversionThatFailsAtTheSecondStepLeavesNothing) {
+TEST(StringVal, ConversionThatFailsAtTheSecondStepLeavesNothing) {
   for (int failAt = 1; failAt <= 2; ++failAt) {
     SCOPED_TRACE(failAt);
     ScriptedText text;
@@ -157,25 +157,25 @@ TEST(StringStorage, ConversionThatFailsAtTheSecondStepLeavesNothing) {
     StringVal* const counted = StringVal::construct("abc", 3, -1);
     int const live = scope.live();
     scope.end();
-    EXPECT_EQ(nullptr, counted);
-    EXPECT_EQ(0, live);
-    EXPECT_EQ(failAt, text.calls);
+    EXPECT_EQ(counted, nullptr);
+    EXPECT_EQ(live, 0);
+    EXPECT_EQ(text.calls, failAt);
 
     text.calls = 0;
-    EXPECT_EQ(nullptr, StringVal::constructUsingCodepage(CodePageInterface("abc", 1252), -1, -1));
-    EXPECT_EQ(failAt, text.calls);
+    EXPECT_EQ(StringVal::constructUsingCodepage(CodePageInterface("abc", 1252), -1, -1), nullptr);
+    EXPECT_EQ(text.calls, failAt);
   }
 }
 
-TEST(StringStorage, CapacityGoesForNarrowTextToo) {
+TEST(StringVal, CapacityGoesForNarrowTextToo) {
   Owned const payload(StringVal::constructUsingCodepage(UTF8Interface("abc"), -1, 20));
-  ASSERT_EQ(3, payload->length());
+  ASSERT_EQ(payload->length(), 3);
   for (int i = 3; i < 20; ++i) (*payload)[i] = KVW('x');
   (*payload)[20] = 0;
-  EXPECT_EQ(20, payload->length());
+  EXPECT_EQ(payload->length(), 20);
 }
 
-TEST(StringStorage, CodePagesDecideOnTheText) {
+TEST(StringVal, CodePagesDecideOnTheText) {
   struct Row {
     char const* name;
     char const* bytes;
@@ -196,14 +196,14 @@ TEST(StringStorage, CodePagesDecideOnTheText) {
     SCOPED_TRACE(row.name);
     CodePageInterface const bytes(row.bytes, row.page);
     Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, -1));
-    ASSERT_NE(nullptr, payload.get());
-    EXPECT_EQ(row.expected, units(*payload));
-    EXPECT_EQ(0, payload->at(payload->length()));
+    ASSERT_NE(payload.get(), nullptr);
+    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(payload->at(payload->length()), 0);
   }
 }
 
 // Where a count of bytes and the units that come out differ, the length is one short and the last unit lies behind it.
-TEST(StringStorage, CountedDoubleByteTextComesOutOneShort) {
+TEST(StringVal, CountedDoubleByteTextComesOutOneShort) {
   struct Row {
     char const* name;
     char const* bytes;
@@ -221,14 +221,14 @@ TEST(StringStorage, CountedDoubleByteTextComesOutOneShort) {
     CodePageInterface const bytes(row.bytes, row.page);
     // Room is asked for so that the unit behind the length may be looked at.
     Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, 10));
-    ASSERT_NE(nullptr, payload.get());
+    ASSERT_NE(payload.get(), nullptr);
     int const converted = static_cast<int>(row.converted.size());
-    EXPECT_EQ(converted - 1, payload->lazyLength());
-    for (int i = 0; i < converted; ++i) EXPECT_EQ(row.converted[static_cast<std::size_t>(i)], payload->at(i));
+    EXPECT_EQ(payload->lazyLength(), converted - 1);
+    for (int i = 0; i < converted; ++i) EXPECT_EQ(payload->at(i), row.converted[static_cast<std::size_t>(i)]);
   }
 }
 
-TEST(StringStorage, ConcatenationBuildsANewPayload) {
+TEST(StringVal, ConcatenationBuildsANewPayload) {
   wchar const withNul[] = {KVW('c'), 0, KVW('d')};
   struct Row {
     char const* name;
@@ -252,34 +252,34 @@ TEST(StringStorage, ConcatenationBuildsANewPayload) {
     Owned const front(StringVal::construct(row.front, -1, -1));
     Owned const both(front->concatenation(row.back, row.length));
     EXPECT_NE(front.get(), both.get());
-    EXPECT_EQ(static_cast<int>(row.expected.size()), both->lazyLength());
-    EXPECT_EQ(row.expected, units(*both));
-    EXPECT_EQ(0, both->at(both->length()));
-    EXPECT_EQ(1u, both->inqRefCount());
-    EXPECT_EQ(wstring(row.front), units(*front));
-    EXPECT_EQ(1u, front->inqRefCount());
+    EXPECT_EQ(both->lazyLength(), static_cast<int>(row.expected.size()));
+    EXPECT_EQ(units(*both), row.expected);
+    EXPECT_EQ(both->at(both->length()), 0);
+    EXPECT_EQ(both->inqRefCount(), 1u);
+    EXPECT_EQ(units(*front), wstring(row.front));
+    EXPECT_EQ(front->inqRefCount(), 1u);
   }
 }
 
-TEST(StringStorage, ConcatenationMeasuresItsOwnTextAndTakesItself) {
+TEST(StringVal, ConcatenationMeasuresItsOwnTextAndTakesItself) {
   Owned const text(StringVal::construct(KVW("abcd"), -1, -1));
   (*text)[2] = 0;
   Owned const both(text->concatenation(text->stringValue(), -1));
-  EXPECT_EQ(wstring(KVW("abab")), units(*both));
+  EXPECT_EQ(units(*both), wstring(KVW("abab")));
 }
 
-TEST(StringStorage, CountsReferences) {
+TEST(StringVal, CountsReferences) {
   StringVal* const payload = StringVal::construct(KVW("abc"), -1, -1);
   payload->ref();
   payload->ref();
-  EXPECT_EQ(3u, payload->inqRefCount());
+  EXPECT_EQ(payload->inqRefCount(), 3u);
   EXPECT_FALSE(payload->unref());
   EXPECT_FALSE(payload->unref());
-  EXPECT_EQ(1u, payload->inqRefCount());
+  EXPECT_EQ(payload->inqRefCount(), 1u);
   EXPECT_TRUE(payload->unref());
 }
 
-TEST(StringStorage, EverythingIsReleasedWithTheLastReference) {
+TEST(StringVal, EverythingIsReleasedWithTheLastReference) {
   AllocationFailure scope(0);
   {
     String const text(KVW("abc"));
@@ -288,35 +288,35 @@ TEST(StringStorage, EverythingIsReleasedWithTheLastReference) {
     text.stringUTF8();
   }
   scope.end();
-  EXPECT_EQ(3, scope.allocations()) << "the payload and its two narrow copies";
-  EXPECT_EQ(0, scope.live());
-  EXPECT_EQ(0, scope.mismatched());
+  EXPECT_EQ(scope.allocations(), 3) << "the payload and its two narrow copies";
+  EXPECT_EQ(scope.live(), 0);
+  EXPECT_EQ(scope.mismatched(), 0);
 }
 
-TEST(StringStorage, TakingThePlaceOfAUnitForgetsTheLength) {
+TEST(StringVal, TakingThePlaceOfAUnitForgetsTheLength) {
   Owned const payload(StringVal::construct(KVW("abc"), -1, -1));
   wchar& place = (*payload)[0];
-  EXPECT_EQ(-1, payload->lazyLength());
-  EXPECT_EQ(3, payload->length()) << "nothing was written";
-  EXPECT_EQ(3, payload->lazyLength());
+  EXPECT_EQ(payload->lazyLength(), -1);
+  EXPECT_EQ(payload->length(), 3) << "nothing was written";
+  EXPECT_EQ(payload->lazyLength(), 3);
 
   place = KVW('x');
-  EXPECT_EQ(KVW('x'), payload->at(0));
+  EXPECT_EQ(payload->at(0), KVW('x'));
   (*payload)[1] = 0;
-  EXPECT_EQ(-1, payload->lazyLength());
-  EXPECT_EQ(1, payload->length());
-  EXPECT_EQ(wstring(KVW("x")), units(*payload));
+  EXPECT_EQ(payload->lazyLength(), -1);
+  EXPECT_EQ(payload->length(), 1);
+  EXPECT_EQ(units(*payload), wstring(KVW("x")));
 }
 
-TEST(StringStorage, MeasuringEndsAtAnInnerNul) {
+TEST(StringVal, MeasuringEndsAtAnInnerNul) {
   wchar const text[] = {KVW('a'), 0, KVW('b')};
   Owned const payload(StringVal::construct(text, 3, -1));
-  EXPECT_EQ(3, payload->length());
-  EXPECT_EQ(KVW('b'), (*payload)[2]);
-  EXPECT_EQ(1, payload->length());
+  EXPECT_EQ(payload->length(), 3);
+  EXPECT_EQ((*payload)[2], KVW('b'));
+  EXPECT_EQ(payload->length(), 1);
 }
 
-TEST(StringStorage, Reverses) {
+TEST(StringVal, Reverses) {
   struct Row {
     char const* name;
     wchar const* text;
@@ -331,18 +331,18 @@ TEST(StringStorage, Reverses) {
     SCOPED_TRACE(row.name);
     Owned const payload(StringVal::construct(row.text, -1, -1));
     payload->reverse();
-    EXPECT_EQ(row.lazyLength, payload->lazyLength());
-    EXPECT_EQ(wstring(row.expected), units(*payload));
+    EXPECT_EQ(payload->lazyLength(), row.lazyLength);
+    EXPECT_EQ(units(*payload), wstring(row.expected));
   }
 }
 
-TEST(StringStorage, ReverseKeepsNarrowCopiesOfShortTextsOnly) {
+TEST(StringVal, ReverseKeepsNarrowCopiesOfShortTextsOnly) {
   Owned const one(StringVal::construct(KVW("a"), -1, -1));
   char const* const ansi = one->stringAnsi();
   char const* const utf8 = one->stringUTF8();
   one->reverse();
-  EXPECT_EQ(ansi, one->stringAnsi());
-  EXPECT_EQ(utf8, one->stringUTF8());
+  EXPECT_EQ(one->stringAnsi(), ansi);
+  EXPECT_EQ(one->stringUTF8(), utf8);
 
   AllocationFailure scope(0);
   StringVal* const two = StringVal::construct(KVW("ab"), -1, -1);
@@ -355,10 +355,10 @@ TEST(StringStorage, ReverseKeepsNarrowCopiesOfShortTextsOnly) {
   bool const converted = std::strcmp(two->stringUTF8(), "ba") == 0 && std::strcmp(two->stringAnsi(), "ba") == 0;
   two->unref();
   scope.end();
-  EXPECT_EQ(3, before);
-  EXPECT_EQ(1, after) << "the recount drops both copies";
+  EXPECT_EQ(before, 3);
+  EXPECT_EQ(after, 1) << "the recount drops both copies";
   EXPECT_TRUE(converted);
-  EXPECT_EQ(0, scope.live());
+  EXPECT_EQ(scope.live(), 0);
 }
 
 }  // namespace
