@@ -6,7 +6,7 @@
 #include "kvbase/filesystem/internal/report.h"
 #include "kvbase/filesystem/internal/walk.h"
 #include "kvbase/filesystem/progress.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/shell_api.h"
@@ -38,7 +38,7 @@ bool Directory::create() const {
   }
   if (!getParent()->create()) return false;
   if (platform::files().createDirectory(getFullNameUnicode())) return true;
-  if (platform::debug().lastError() == platform::kAlreadyExists) return true;
+  if (platform::errors().lastError() == platform::kAlreadyExists) return true;
   String const reason = getWindowsError();
   report(KVW("Failed to create the directory '%ls'.\r\nWindows error message: %ls"), getFullName(), reason);
   return false;

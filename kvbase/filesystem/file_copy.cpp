@@ -4,7 +4,7 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/copy_progress.h"
 #include "kvbase/filesystem/progress.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 
@@ -20,7 +20,7 @@ int File::copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IPro
                                                progress != nullptr ? &copyProgressRoutine : nullptr, progress.get(),
                                                overwrite ? 0 : platform::kCopyFailIfExists);
   if (done) return CopyOk;
-  return platform::debug().lastError() == platform::kDiskFull ? CopyDiskFull : CopyFailed;
+  return platform::errors().lastError() == platform::kDiskFull ? CopyDiskFull : CopyFailed;
 }
 
 int File::copy(SmartPtr<File const> target, bool overwrite) const {

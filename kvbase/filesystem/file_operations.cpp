@@ -5,7 +5,7 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/open_file.h"
 #include "kvbase/filesystem/internal/report.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/shell_api.h"
@@ -62,7 +62,7 @@ bool File::touch() const {
                                        platform::kShareRead | platform::kShareWrite, platform::kOpenAlways,
                                        platform::kAttributeNormal));
     if (!file) return false;
-    bool const wasThere = platform::debug().lastError() == platform::kAlreadyExists;
+    bool const wasThere = platform::errors().lastError() == platform::kAlreadyExists;
     if (wasThere) done = files.setLastWriteTime(file.get(), files.systemTime());
   }
   flush(getFullName());

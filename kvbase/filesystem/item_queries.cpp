@@ -39,8 +39,7 @@ bool FileSystemItem::access(int mode) const {
       ((mode & kModeRead) != 0 ? platform::kAccessRead : 0) | ((mode & kModeWrite) != 0 ? platform::kAccessWrite : 0);
   ulong32 const sharing = platform::kShareRead | platform::kShareWrite | platform::kShareDelete;
   ulong32 const flags = (attributes & platform::kAttributeDirectory) != 0 ? platform::kFlagBackupSemantics : 0;
-  OpenFile const file(files.openFile(name, wanted, sharing, platform::kOpenExisting, flags));
-  return file && file.get() != nullptr;
+  return bool(OpenFile(files.openFile(name, wanted, sharing, platform::kOpenExisting, flags)));
 }
 
 bool FileSystemItem::stat(struct _stat64i32& status) const {

@@ -11,11 +11,11 @@ namespace {
 NativeFiles theFiles;
 NativeText theText;
 NativeShell theShell;
-NativeDebug theDebug;
+NativeErrors theErrors;
 
 }  // namespace
 
-Backends current = {&theFiles, &theText, &theShell, &theDebug};
+Backends current = {&theFiles, &theText, &theShell, &theErrors};
 
 FileApi& nativeFiles() {
   return theFiles;
@@ -29,8 +29,8 @@ ShellApi& nativeShell() {
   return theShell;
 }
 
-DebugApi& nativeDebug() {
-  return theDebug;
+ErrorApi& nativeErrors() {
+  return theErrors;
 }
 
 }  // namespace platform

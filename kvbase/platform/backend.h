@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The seam to the operating system. Everything that differs between systems is asked through one abstract class per
-// group of calls (file_api.h, text_api.h, shell_api.h, debug_api.h); platform/windows and platform/linux implement each
+// group of calls (file_api.h, text_api.h, shell_api.h, error_api.h); platform/windows and platform/linux implement each
 // once.
 //
 // The current backends stand in one constant-initialised record, so that they answer before the first initialiser of
@@ -15,7 +15,7 @@
 namespace KV_1_1 {
 namespace platform {
 
-class DebugApi;
+class ErrorApi;
 class FileApi;
 class ShellApi;
 class TextApi;
@@ -24,7 +24,7 @@ struct Backends {
   FileApi* files;
   TextApi* text;
   ShellApi* shell;
-  DebugApi* debug;
+  ErrorApi* errors;
 };
 
 // What the library uses now: the native backends, unless a test has swapped one.
@@ -39,15 +39,15 @@ inline TextApi& text() {
 inline ShellApi& shell() {
   return *current.shell;
 }
-inline DebugApi& debug() {
-  return *current.debug;
+inline ErrorApi& errors() {
+  return *current.errors;
 }
 
 // The backends of the system the library was built for. They live for ever.
 KVBASE_API FileApi& nativeFiles();
 KVBASE_API TextApi& nativeText();
 KVBASE_API ShellApi& nativeShell();
-KVBASE_API DebugApi& nativeDebug();
+KVBASE_API ErrorApi& nativeErrors();
 
 // Puts another backend in place for a scope; scopes may nest.
 //
@@ -68,7 +68,7 @@ class ScopedBackend {
   static FileApi*& slot(FileApi*) { return current.files; }
   static TextApi*& slot(TextApi*) { return current.text; }
   static ShellApi*& slot(ShellApi*) { return current.shell; }
-  static DebugApi*& slot(DebugApi*) { return current.debug; }
+  static ErrorApi*& slot(ErrorApi*) { return current.errors; }
 
   Api* previous_;
 };

@@ -4,7 +4,7 @@
 // macros there. Every path is a NUL-terminated text in the notation of this library: backslashes, drives, shares, the
 // prefix "\\?\".
 //
-// A call that fails leaves its reason as the last error of the thread (debug_api.h); one that succeeds leaves that
+// A call that fails leaves its reason as the last error of the thread (error_api.h); one that succeeds leaves that
 // alone, unless its contract says otherwise.
 //
 // Links (on Windows: as the system does). A name that ends in a separator looks through a link. One that does not sees
@@ -66,9 +66,9 @@ constexpr ulong32 kOpenExisting = 3;
 constexpr ulong32 kOpenAlways = 4;
 constexpr ulong32 kFlagBackupSemantics = 0x02000000;  // directories may be opened
 
-// An open file; only the backend that gave it knows what it is.
+// An open file, never null; only the backend that returned it knows what it is.
 using FileHandle = void*;
-// No file. Null is none either.
+// No file.
 inline FileHandle invalidFile() {
   return reinterpret_cast<FileHandle>(static_cast<std::intptr_t>(-1));
 }
@@ -109,7 +109,7 @@ class FileApi {
 
   // --- Open files ----------------------------------------------------------------------------------------------------
 
-  // Opens an item. invalidFile() or null on failure: there is none and `disposition` is kOpenExisting; the access is
+  // Opens an item. invalidFile() on failure: there is none and `disposition` is kOpenExisting; the access is
   // not granted, be it because the file is read-only; a directory without kFlagBackupSemantics. With kOpenAlways a
   // missing file is made, and the last error after success is kNoError for a file that was made, kAlreadyExists for one
   // that was there. A file opened must be closed with closeFile.
@@ -161,13 +161,11 @@ class FileApi {
 
   // --- Current directory ---------------------------------------------------------------------------------------------
 
-  // The current directory of the process, as an absolute path in the notation of this library. The text is
-  // NUL-terminated and is to be released with freeText; null on failure.
-  virtual wchar* currentDirectory() = 0;
-  // The same for one drive: 1 is A, 2 is B and so on up to 26. Null if there is no such drive.
-  virtual wchar* currentDirectoryOfDrive(int drive) = 0;
-  // Releases a text given by this backend; null is allowed.
-  virtual void freeText(wchar* text) = 0;
+  // Stores the current directory of the process in `path`, as an absolute path in the notation of this library. False
+  // on failure; `path` is then unchanged.
+  virtual bool currentDirectory(wstring& path) = 0;
+  // The same for one drive: 1 is A, 2 is B and so on up to 26. False if there is no such drive.
+  virtual bool currentDirectoryOfDrive(int drive, wstring& path) = 0;
 
  protected:
   // Backends are never destroyed through this interface.

@@ -11,7 +11,7 @@
 
 #include "examples/scanshelf/copying.cpp"
 #include "examples/scanshelf/text.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "tests/support/intercepted_files.h"
@@ -47,7 +47,7 @@ class FaultyCopies final : public InterceptedFiles {
                 ulong32 flags) override {
     for (auto const& [name, error] : errors) {
       if (!endsWith(source, name)) continue;
-      platform::debug().setLastError(error);
+      platform::errors().setLastError(error);
       return false;
     }
     for (std::int64_t const report : reports) progress(100, report, data);

@@ -21,7 +21,7 @@ using namespace KV_1_1::testing;
 class DirectoryCopy : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryCopy() {
-    debug.texts[5] = KVW("Denied.\r\n");
+    errors.texts[5] = KVW("Denied.\r\n");
     files.folders({KVW(R"(C:\)"), KVW(R"(C:\t\)")});
     files.list(KVW(R"(C:\s\)"),
                {{kFileEntry, KVW("a")}, {kFolderEntry, KVW("p")}, {kFolderEntry, KVW("e")}, {kFileEntry, KVW("b")}});

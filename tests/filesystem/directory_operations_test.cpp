@@ -23,8 +23,8 @@ using Refused = std::map<std::string, ulong32>;
 class DirectoryOperations : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryOperations() {
-    debug.texts[3] = KVW("No path.\r\n");
-    debug.texts[5] = KVW("Denied.\r\n");
+    errors.texts[3] = KVW("No path.\r\n");
+    errors.texts[5] = KVW("Denied.\r\n");
   }
 };
 
@@ -41,10 +41,10 @@ struct CreateRow {
 
 void checkCreate(CreateRow const& row, wchar const* currentDirectory) {
   SCOPED_TRACE(row.name);
-  ScriptedDebug debug;
-  debug.texts[3] = KVW("No path.\r\n");
-  debug.texts[5] = KVW("Denied.\r\n");
-  platform::ScopedBackend<platform::DebugApi> const debugScope(debug);
+  ScriptedErrors errors;
+  errors.texts[3] = KVW("No path.\r\n");
+  errors.texts[5] = KVW("Denied.\r\n");
+  platform::ScopedBackend<platform::ErrorApi> const errorsScope(errors);
   ScriptedDisk files;
   platform::ScopedBackend<platform::FileApi> const filesScope(files);
   files.folders(row.there);
@@ -56,7 +56,6 @@ void checkCreate(CreateRow const& row, wchar const* currentDirectory) {
   EXPECT_EQ(files.log(), row.calls);
   EXPECT_EQ(messages.take(), row.messages);
   EXPECT_EQ(files.openInAll(), 0);
-  EXPECT_EQ(debug.openTexts, 0);
 }
 
 TEST(DirectoryCreate, OfAbsolutePaths) {

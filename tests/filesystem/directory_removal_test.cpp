@@ -20,8 +20,8 @@ using namespace KV_1_1::testing;
 class DirectoryRemoval : public ScriptedSystem<ScriptedDisk> {
  protected:
   DirectoryRemoval() {
-    debug.texts[5] = KVW("Denied.\r\n");
-    debug.texts[145] = KVW("Not empty.\r\n");
+    errors.texts[5] = KVW("Denied.\r\n");
+    errors.texts[145] = KVW("Not empty.\r\n");
     files.list(KVW(R"(C:\d\)"),
                {{kFileEntry, KVW("a")}, {kFolderEntry, KVW("s")}, {kFileEntry, KVW("b")}, {kFolderEntry, KVW("t")}});
     files.list(KVW(R"(C:\d\s\)"), {{kFileEntry, KVW("f")}});

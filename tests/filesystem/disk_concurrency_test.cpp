@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kvbase/diagnostics/windows_error.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/filesystem/path_support.h"
 #include "tests/support/temp_folder.h"
@@ -61,7 +61,7 @@ TEST(DiskConcurrency, EachThreadIsToldItsOwnReason) {
     ulong32 const expected = thread % 2 == 0 ? platform::kAlreadyExists : platform::kFileNotFound;
     for (int round = 0; round < kRounds; ++round) {
       EXPECT_FALSE((thread % 2 == 0 ? here : missing)->move(there));
-      EXPECT_EQ(platform::debug().lastError(), expected);
+      EXPECT_EQ(platform::errors().lastError(), expected);
       EXPECT_EQ(shown(getWindowsError()), shown(getWindowsError(expected)));
     }
   });

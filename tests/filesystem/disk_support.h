@@ -84,7 +84,7 @@ class ScriptedDisk final : public RecordingFiles {
     RecordingFiles::enter(call, text);
     auto const found = refused.find(log().back());
     if (found == refused.end()) return true;
-    platform::debug().setLastError(found->second);
+    platform::errors().setLastError(found->second);
     return false;
   }
 

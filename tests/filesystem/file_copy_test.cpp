@@ -15,7 +15,7 @@
 
 #include "kvbase/filesystem/internal/copy_progress.h"
 #include "tests/filesystem/disk_support.h"
-#include "tests/support/scripted_debug.h"
+#include "tests/support/scripted_errors.h"
 
 namespace KV_1_1 {
 namespace {
@@ -51,14 +51,14 @@ class FileCopy : public ::testing::Test {
   ~FileCopy() override {
     EXPECT_EQ(files.openInAll(), 0);
     EXPECT_EQ(messages.take(), Texts());  // no form of copy has a message
-    EXPECT_EQ(debug.asked, std::vector<ulong32>());
+    EXPECT_EQ(errors.asked, std::vector<ulong32>());
   }
 
   SmartPtr<File const> const source = fileAt(KVW(R"(C:\a\x.e)"));
   SmartPtr<File const> const target = fileAt(KVW(R"(D:\b\y)"));
   SmartPtr<Directory const> const folder = directoryAt(KVW(R"(D:\b)"));
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
+  ScriptedErrors errors;
+  platform::ScopedBackend<platform::ErrorApi> errorsScope{errors};
   KeptCopy script;
   RecordingFiles files{script};
   platform::ScopedBackend<platform::FileApi> filesScope{files};
@@ -100,7 +100,7 @@ TEST_F(FileCopy, ResultByTheLastError) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     script.errors["copyFile"] = row.error;
-    debug.error = 112 - row.error;  // what was left before does not count
+    errors.error = 112 - row.error;  // what was left before does not count
     EXPECT_EQ(source->copy(target, true), row.result);
     EXPECT_EQ(source->copy(target, false), row.result);
     EXPECT_EQ(source->copy(target, true, std::make_shared<RecordedProgress>()), row.result);
@@ -109,7 +109,7 @@ TEST_F(FileCopy, ResultByTheLastError) {
 }
 
 TEST_F(FileCopy, ASuccessDoesNotAskForTheLastError) {
-  debug.error = platform::kDiskFull;
+  errors.error = platform::kDiskFull;
   EXPECT_EQ(source->copy(target, true), 0);
   EXPECT_NE(source->copy(folder, true), nullptr);
 }

@@ -19,8 +19,8 @@ using namespace KV_1_1::testing;
 class FileOperations : public ScriptedSystem<ScriptedFiles> {
  protected:
   FileOperations() {
-    debug.texts[5] = KVW("Denied.\r\n");
-    debug.texts[183] = KVW("There already. \r\n");
+    errors.texts[5] = KVW("Denied.\r\n");
+    errors.texts[183] = KVW("There already. \r\n");
     files.script.attributes[KVW(R"(\\?\C:\a\f.e)")] = platform::kAttributeNormal;
     files.script.attributes[KVW(R"(\\?\C:\a\d)")] = platform::kAttributeDirectory;
   }
@@ -141,7 +141,7 @@ class FileTouch : public FileOperations {
 };
 
 TEST_F(FileTouch, OfAMissingFileMakesItAndSetsNoTime) {
-  debug.error = platform::kAlreadyExists;  // of an earlier call
+  errors.error = platform::kAlreadyExists;  // of an earlier call
   EXPECT_TRUE(file->touch());
   EXPECT_EQ(files.log(), flushed({open, "closeFile"}));
   EXPECT_EQ(files.script.lastWriteTimes, std::vector<std::uint64_t>());

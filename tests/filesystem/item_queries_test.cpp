@@ -134,14 +134,6 @@ TEST_F(ItemQueries, AccessThatCannotOpenIsRefusedAndClosesNothing) {
   EXPECT_EQ(files.log().size(), 6u);
 }
 
-TEST_F(ItemQueries, AccessWithANullHandleIsRefusedAndClosesNothing) {
-  files.script.opened = nullptr;
-  EXPECT_FALSE(file->access(4));
-  EXPECT_FALSE(directory->access(0));
-  EXPECT_EQ(files.log().size(), 6u);
-  for (std::string const& call : files.log()) EXPECT_NE(call, "closeFile");
-}
-
 TEST_F(ItemQueries, AccessCountsNoFailureToClose) {
   files.script.errors["closeFile"] = platform::kInvalidHandle;
   EXPECT_TRUE(file->access(4));

@@ -119,7 +119,6 @@ class PathDifferential : public ::testing::Test {
     files.script.driveDirectories[3] = *world.driveDirectories[2];
     files.script.driveDirectories[4] = *world.driveDirectories[3];
   }
-  ~PathDifferential() override { EXPECT_EQ(files.openTexts(), 0); }
 
   // The messages of both sides since the last call must be the same.
   void expectSameMessages() {

@@ -10,7 +10,7 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/filesystem/progress.h"
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/filesystem/path_support.h"
 #include "tests/support/intercepted_files.h"
@@ -33,7 +33,7 @@ class LimitedFiles final : public InterceptedFiles {
     wstring const path(text);
     bool const isPrefixed = path.compare(0, 4, KVW("\\\\?\\")) == 0;
     if (isPrefixed || path.size() < kLimit) return true;
-    platform::debug().setLastError(platform::kPathNotFound);
+    platform::errors().setLastError(platform::kPathNotFound);
     return false;
   }
 };

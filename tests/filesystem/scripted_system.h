@@ -5,7 +5,7 @@
 
 #include "kvbase/platform/backend.h"
 #include "tests/filesystem/path_support.h"
-#include "tests/support/scripted_debug.h"
+#include "tests/support/scripted_errors.h"
 #include "tests/support/scripted_files.h"
 #include "tests/support/scripted_shell.h"
 
@@ -19,12 +19,11 @@ class ScriptedSystem : public ::testing::Test {
  protected:
   ~ScriptedSystem() override {
     EXPECT_EQ(files.openInAll(), 0);
-    EXPECT_EQ(debug.openTexts, 0);
     EXPECT_EQ(shell.openItems, 0);
   }
 
-  ScriptedDebug debug;
-  platform::ScopedBackend<platform::DebugApi> debugScope{debug};
+  ScriptedErrors errors;
+  platform::ScopedBackend<platform::ErrorApi> errorsScope{errors};
   Files files;
   platform::ScopedBackend<platform::FileApi> filesScope{files};
   ScriptedShell shell;

@@ -63,12 +63,10 @@ TEST(BackendTest, ScriptAnswersAndLogs) {
   EXPECT_TRUE(files.findClose(search));
   EXPECT_FALSE(files.findClose(search));
   EXPECT_EQ(files.openSearches(), 0);
-  wchar* const directory = files.currentDirectory();
+  wstring directory;
+  EXPECT_TRUE(files.currentDirectory(directory));
   EXPECT_EQ(narrow(directory), "C:\\work");
-  EXPECT_EQ(files.openTexts(), 1);
-  files.freeText(directory);
-  EXPECT_EQ(files.openTexts(), 0);
-  EXPECT_EQ(files.currentDirectoryOfDrive(3), nullptr);
+  EXPECT_FALSE(files.currentDirectoryOfDrive(3, directory));
   EXPECT_EQ(files.log(),
             Log({"getAttributes C:\\a\\", "getAttributes C:\\b\\", "getInfo C:\\a\\x", "findFirst C:\\a\\*", "findNext",
                  "findNext", "findClose", "findClose", "currentDirectory", "currentDirectoryOfDrive C"}));

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "tests/support/narrow_text.h"
@@ -32,9 +32,9 @@ class FileApiChanges : public ::testing::Test {
   // The last error of a call that fails, kNoError of one that succeeds.
   template <class Call>
   static ulong32 errorOf(Call call) {
-    nativeDebug().setLastError(kNoError);
+    nativeErrors().setLastError(kNoError);
     if (call()) return kNoError;
-    ulong32 const error = nativeDebug().lastError();
+    ulong32 const error = nativeErrors().lastError();
     EXPECT_NE(error, kNoError) << "a failure leaves its reason";
     return error;
   }
@@ -44,7 +44,7 @@ class FileApiChanges : public ::testing::Test {
   ulong32 errorOfOpen(wchar const* name, ulong32 access, ulong32 disposition = kOpenExisting, ulong32 flags = 0) const {
     return errorOf([&] {
       FileHandle const file = open(name, access, disposition, flags);
-      return file != invalidFile() && file != nullptr && files().closeFile(file);
+      return file != invalidFile() && files().closeFile(file);
     });
   }
   ulong32 copy(wchar const* source, wchar const* target, ulong32 flags = 0) const {
@@ -119,9 +119,9 @@ TEST_F(FileApiChanges, OpenAlwaysTellsAFileMadeFromOneThatWasThere) {
   };
   for (Row const& row : {Row{"made", kNoError}, Row{"was there", kAlreadyExists}}) {
     SCOPED_TRACE(row.name);
-    nativeDebug().setLastError(kGeneralFailure);
+    nativeErrors().setLastError(kGeneralFailure);
     FileHandle const file = open(KVW("file"), kAccessWrite, kOpenAlways, kAttributeNormal);
-    EXPECT_EQ(nativeDebug().lastError(), row.code);
+    EXPECT_EQ(nativeErrors().lastError(), row.code);
     ASSERT_NE(file, invalidFile());
     EXPECT_TRUE(files().closeFile(file));
     EXPECT_EQ(bytes("file"), "");

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
@@ -39,12 +39,6 @@ std::vector<std::string> namesFound(wstring const& pattern) {
   } while (files().findNext(search, data));
   EXPECT_TRUE(files().findClose(search));
   return names;
-}
-
-std::string released(wchar* text) {
-  std::string const result = text == nullptr ? "null" : narrow(text);
-  files().freeText(text);
-  return result;
 }
 
 class CurrentPath {
@@ -186,16 +180,19 @@ TEST(FileApiTest, CurrentDirectoryReadsInTheNotationOfTheLibrary) {
   TempFolder folder;
   folder.makeFolder("here");
   CurrentPath const current(folder.path("here"));
-  EXPECT_EQ(released(files().currentDirectory()), narrow(folder.text(KVW("here"))));
+  wstring path;
+  EXPECT_TRUE(files().currentDirectory(path));
+  EXPECT_EQ(narrow(path), narrow(folder.text(KVW("here"))));
   folder.write("here/file.txt");
   EXPECT_NE(files().getAttributes(KVW("file.txt")), platform::kInvalidAttributes);
   EXPECT_NE(files().getAttributes(KVW("..\\here\\file.txt")), platform::kInvalidAttributes);
   EXPECT_NE(files().getAttributes(KVW(".")) & platform::kAttributeDirectory, 0u);
-  files().freeText(nullptr);
 }
 
 TEST(FileApiTest, NoSuchDriveHasNoCurrentDirectory) {
-  EXPECT_EQ(released(files().currentDirectoryOfDrive(25)), "null");
+  wstring path = KVW("unchanged");
+  EXPECT_FALSE(files().currentDirectoryOfDrive(25, path));
+  EXPECT_EQ(narrow(path), "unchanged");
 }
 
 // Both systems give these codes for questions that have no answer.
@@ -216,13 +213,13 @@ TEST(FileApiTest, QuestionsThatFailLeaveTheirReason) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     wstring const path = folder.text(row.path);
-    platform::nativeDebug().setLastError(0);
+    platform::nativeErrors().setLastError(0);
     EXPECT_EQ(files().getAttributes(path.c_str()), platform::kInvalidAttributes);
-    EXPECT_EQ(platform::nativeDebug().lastError(), row.code);
-    platform::nativeDebug().setLastError(0);
+    EXPECT_EQ(platform::nativeErrors().lastError(), row.code);
+    platform::nativeErrors().setLastError(0);
     platform::FileInfo info;
     EXPECT_FALSE(files().getInfo(path.c_str(), info));
-    EXPECT_EQ(platform::nativeDebug().lastError(), row.code);
+    EXPECT_EQ(platform::nativeErrors().lastError(), row.code);
   }
 }
 
@@ -231,13 +228,13 @@ TEST(FileApiTest, SearchesThatEndLeaveTheirReason) {
   folder.write("file.txt");
   FindData data;
   EXPECT_EQ(files().findFirst(folder.text(KVW("*.none")).c_str(), data), platform::invalidSearch());
-  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kFileNotFound);
+  EXPECT_EQ(platform::nativeErrors().lastError(), platform::kFileNotFound);
   EXPECT_EQ(files().findFirst(folder.text(KVW("none\\*")).c_str(), data), platform::invalidSearch());
-  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kPathNotFound);
+  EXPECT_EQ(platform::nativeErrors().lastError(), platform::kPathNotFound);
   platform::SearchHandle const search = files().findFirst(folder.text(KVW("*.txt")).c_str(), data);
   ASSERT_NE(search, platform::invalidSearch());
   EXPECT_FALSE(files().findNext(search, data));
-  EXPECT_EQ(platform::nativeDebug().lastError(), platform::kNoMoreFiles);
+  EXPECT_EQ(platform::nativeErrors().lastError(), platform::kNoMoreFiles);
   EXPECT_TRUE(files().findClose(search));
 }
 

@@ -16,7 +16,7 @@
 
 #include <string>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/support/intercepted_files.h"
 
@@ -39,7 +39,7 @@ class FailingFiles final : public InterceptedFiles {
   bool enter(char const* call, wchar const*) override {
     if (++calls_ != failAt_) return true;
     failed_ = call;
-    platform::debug().setLastError(error);
+    platform::errors().setLastError(error);
     return false;
   }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The base of the file backends for tests: asks a hook before each call, then forwards it to another backend, and keeps
-// count of what has been given out and not taken back.
+// The base of the file backends for tests: calls a hook before each operation, then forwards it to another backend, and
+// counts the handles that have been opened and not yet closed.
 #pragma once
 
 #include <cstdio>
@@ -20,12 +20,11 @@ class InterceptedFiles : public platform::FileApi {
   InterceptedFiles(InterceptedFiles const&) = delete;
   InterceptedFiles& operator=(InterceptedFiles const&) = delete;
 
-  // What was given out and not yet closed or released.
+  // Handles that are still open.
   int openSearches() const { return openSearches_; }
-  int openTexts() const { return openTexts_; }
   int openFiles() const { return openFiles_; }
   int openDescriptors() const { return openDescriptors_; }
-  int openInAll() const { return openSearches_ + openTexts_ + openFiles_ + openDescriptors_; }
+  int openInAll() const { return openSearches_ + openFiles_ + openDescriptors_; }
 
   ulong32 getAttributes(wchar const* path) override {
     return enter("getAttributes", path) ? target_.getAttributes(path) : platform::kInvalidAttributes;
@@ -47,10 +46,10 @@ class InterceptedFiles : public platform::FileApi {
                                 ulong32 flags) override {
     if (!enter("openFile", with(path, {access, share, disposition, flags}).c_str())) return platform::invalidFile();
     platform::FileHandle const file = target_.openFile(path, access, share, disposition, flags);
-    if (file != platform::invalidFile() && file != nullptr) ++openFiles_;
+    if (file != platform::invalidFile()) ++openFiles_;
     return file;
   }
-  // As findClose.
+  // Closes even if the hook refuses: only the answer fails, nothing leaks.
   bool closeFile(platform::FileHandle file) override {
     bool const admitted = enter("closeFile", nullptr);
     bool const closed = target_.closeFile(file);
@@ -60,7 +59,7 @@ class InterceptedFiles : public platform::FileApi {
   bool setLastWriteTime(platform::FileHandle file, std::uint64_t time) override {
     return enter("setLastWriteTime", nullptr) && target_.setLastWriteTime(file, time);
   }
-  // Cannot fail, so the hook is not asked.
+  // Cannot fail, so the hook is not called.
   std::uint64_t systemTime() override { return target_.systemTime(); }
   int openDescriptor(wchar const* path, int flags, int share, int permission) override {
     wstring const text = with(path, {unsignedOf(flags), unsignedOf(share), unsignedOf(permission)});
@@ -72,7 +71,7 @@ class InterceptedFiles : public platform::FileApi {
   int commitDescriptor(int descriptor) override {
     return enter("commitDescriptor", nullptr) ? target_.commitDescriptor(descriptor) : -1;
   }
-  // As findClose.
+  // Closes even if the hook refuses, like closeFile.
   int closeDescriptor(int descriptor) override {
     bool const admitted = enter("closeDescriptor", nullptr);
     int const result = target_.closeDescriptor(descriptor);
@@ -106,24 +105,19 @@ class InterceptedFiles : public platform::FileApi {
   bool findNext(platform::SearchHandle search, platform::FindData& data) override {
     return enter("findNext", nullptr) && target_.findNext(search, data);
   }
-  // A search is closed even if the hook refuses: what fails is only the answer, nothing leaks.
+  // Closes even if the hook refuses, like closeFile.
   bool findClose(platform::SearchHandle search) override {
     bool const admitted = enter("findClose", nullptr);
     bool const closed = target_.findClose(search);
     if (closed) --openSearches_;
     return admitted && closed;
   }
-  wchar* currentDirectory() override {
-    return enter("currentDirectory", nullptr) ? counted(target_.currentDirectory()) : nullptr;
+  bool currentDirectory(wstring& path) override {
+    return enter("currentDirectory", nullptr) && target_.currentDirectory(path);
   }
-  wchar* currentDirectoryOfDrive(int drive) override {
+  bool currentDirectoryOfDrive(int drive, wstring& path) override {
     wchar const letter[] = {static_cast<wchar>('A' + drive - 1), 0};
-    return enter("currentDirectoryOfDrive", letter) ? counted(target_.currentDirectoryOfDrive(drive)) : nullptr;
-  }
-  // Releasing cannot fail, so the hook is not asked.
-  void freeText(wchar* text) override {
-    if (text != nullptr) --openTexts_;
-    target_.freeText(text);
+    return enter("currentDirectoryOfDrive", letter) && target_.currentDirectoryOfDrive(drive, path);
   }
 
  protected:
@@ -148,14 +142,8 @@ class InterceptedFiles : public platform::FileApi {
   }
   static wstring pair(wchar const* source, wchar const* target) { return wstring(source) + KVW(" -> ") + target; }
 
-  wchar* counted(wchar* text) {
-    if (text != nullptr) ++openTexts_;
-    return text;
-  }
-
   platform::FileApi& target_;
   int openSearches_ = 0;
-  int openTexts_ = 0;
   int openFiles_ = 0;
   int openDescriptors_ = 0;
 };

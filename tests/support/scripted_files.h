@@ -16,14 +16,14 @@
 // Texts are compared unit by unit.
 #pragma once
 
-#include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/support/recording_files.h"
 
@@ -46,9 +46,9 @@ class FileScript : public platform::FileApi {
   std::map<int, wstring> driveDirectories;
   wstring directory;  // empty: there is none
 
-  std::map<std::string, ulong32> errors;    // by the name of the call
-  ulong32 openLeaves = platform::kNoError;  // the last error after openFile has succeeded
-  platform::FileHandle opened = &opened_;   // what openFile gives
+  std::map<std::string, ulong32> errors;         // by the name of the call
+  ulong32 openLeaves = platform::kNoError;       // the last error after openFile has succeeded
+  platform::FileHandle const opened = &opened_;  // what openFile gives
   std::map<wstring, struct _stat64i32> statuses;
   std::map<wstring, int> emptyDirectories;                       // what isDirectoryEmpty gives
   std::vector<std::pair<std::int64_t, std::int64_t>> copySteps;  // total and transferred of each call of a routine
@@ -69,7 +69,7 @@ class FileScript : public platform::FileApi {
   }
   platform::FileHandle openFile(wchar const*, ulong32, ulong32, ulong32, ulong32) override {
     if (!succeeds("openFile")) return platform::invalidFile();
-    platform::debug().setLastError(openLeaves);
+    platform::errors().setLastError(openLeaves);
     return opened;
   }
   bool closeFile(platform::FileHandle file) override { return file == opened && succeeds("closeFile"); }
@@ -124,12 +124,15 @@ class FileScript : public platform::FileApi {
     delete search;
     return true;
   }
-  wchar* currentDirectory() override { return directory.empty() ? nullptr : copyOf(directory); }
-  wchar* currentDirectoryOfDrive(int drive) override {
-    auto const found = driveDirectories.find(drive);
-    return found == driveDirectories.end() ? nullptr : copyOf(found->second);
+  bool currentDirectory(wstring& path) override {
+    if (!directory.empty()) path = directory;
+    return !directory.empty();
   }
-  void freeText(wchar* text) override { delete[] text; }
+  bool currentDirectoryOfDrive(int drive, wstring& path) override {
+    auto const found = driveDirectories.find(drive);
+    if (found != driveDirectories.end()) path = found->second;
+    return found != driveDirectories.end();
+  }
 
  private:
   struct Search {
@@ -140,14 +143,8 @@ class FileScript : public platform::FileApi {
   bool succeeds(char const* call) const {
     auto const found = errors.find(call);
     if (found == errors.end()) return true;
-    platform::debug().setLastError(found->second);
+    platform::errors().setLastError(found->second);
     return false;
-  }
-
-  static wchar* copyOf(wstring const& text) {
-    auto* const copy = new wchar[text.size() + 1];
-    std::copy_n(text.c_str(), text.size() + 1, copy);
-    return copy;
   }
 
   char opened_ = 0;

@@ -9,11 +9,9 @@ namespace KV_1_1 {
 struct OpenFileTraits {
   using Value = platform::FileHandle;
   static Value none() { return platform::invalidFile(); }
-  static void close(Value file) {
-    if (file != nullptr) platform::files().closeFile(file);
-  }
+  static void close(Value file) { platform::files().closeFile(file); }
 };
-// A file opened by FileApi::openFile, closed at the end. Null may stand in it: no file either.
+// A file opened by FileApi::openFile, closed at the end.
 using OpenFile = platform::ScopedHandle<OpenFileTraits>;
 
 }  // namespace KV_1_1

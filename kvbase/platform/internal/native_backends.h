@@ -5,7 +5,7 @@
 // constant-initialised and trivially destroyed, hence there at any time.
 #pragma once
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/shell_api.h"
 #include "kvbase/platform/text_api.h"
@@ -41,9 +41,8 @@ class NativeFiles final : public FileApi {
   bool findNext(SearchHandle search, FindData& data) override;
   bool findClose(SearchHandle search) override;
 
-  wchar* currentDirectory() override;
-  wchar* currentDirectoryOfDrive(int drive) override;
-  void freeText(wchar* text) override;
+  bool currentDirectory(wstring& path) override;
+  bool currentDirectoryOfDrive(int drive, wstring& path) override;
 };
 
 class NativeText final : public TextApi {
@@ -67,14 +66,13 @@ class NativeShell final : public ShellApi {
   void freeItemList(ItemList item) override;
 };
 
-class NativeDebug final : public DebugApi {
+class NativeErrors final : public ErrorApi {
  public:
-  constexpr NativeDebug() = default;
+  constexpr NativeErrors() = default;
 
   ulong32 lastError() override;
   void setLastError(ulong32 code) override;
-  wchar* errorText(ulong32 code) override;
-  void freeErrorText(wchar* text) override;
+  bool errorText(ulong32 code, wstring& text) override;
 };
 
 }  // namespace platform

@@ -7,6 +7,7 @@
 
 #include <cwchar>
 #include <iterator>
+#include <memory>
 
 #include "kvbase/platform/types.h"
 
@@ -21,6 +22,13 @@ void store(WIN32_FIND_DATAW const& found, FindData& data) {
   static_assert(sizeof(data.name) == sizeof(found.cFileName), "a name of the system fits");
   data.attributes = found.dwFileAttributes;
   std::wmemcpy(data.name, found.cFileName, std::size(data.name));
+}
+
+// Takes over a text that the runtime has allocated; null is a failure.
+bool store(wchar* text, wstring& result) {
+  std::unique_ptr<wchar, void (*)(void*)> const owner(text, &free);
+  if (text != nullptr) result = text;
+  return text != nullptr;
 }
 
 std::uint64_t joined(std::uint32_t high, std::uint32_t low) {
@@ -72,7 +80,8 @@ int NativeFiles::isDirectoryEmpty(wchar const* path) {
 }
 
 FileHandle NativeFiles::openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition, ulong32 flags) {
-  return CreateFileW(path, access, share, nullptr, disposition, flags, nullptr);
+  FileHandle const file = CreateFileW(path, access, share, nullptr, disposition, flags, nullptr);
+  return file != nullptr ? file : invalidFile();
 }
 
 bool NativeFiles::closeFile(FileHandle file) {
@@ -144,17 +153,14 @@ bool NativeFiles::findClose(SearchHandle search) {
   return FindClose(search) != FALSE;
 }
 
-wchar* NativeFiles::currentDirectory() {
-  return _wgetcwd(nullptr, 0);
+bool NativeFiles::currentDirectory(wstring& path) {
+  return store(_wgetcwd(nullptr, 0), path);
 }
 
-// The length is the least that is allocated; a longer text gets its room. With 0 Wine knows the current drive only.
-wchar* NativeFiles::currentDirectoryOfDrive(int drive) {
-  return _wgetdcwd(drive, nullptr, MAX_PATH);
-}
-
-void NativeFiles::freeText(wchar* text) {
-  free(text);
+// The runtime allocates as much as the path needs, at least the length passed. With length 0 Wine knows only the
+// current drive.
+bool NativeFiles::currentDirectoryOfDrive(int drive, wstring& path) {
+  return store(_wgetdcwd(drive, nullptr, MAX_PATH), path);
 }
 
 }  // namespace platform

@@ -4,7 +4,6 @@
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,7 +51,7 @@ bool mapBoth(wchar const* source, NativePath& from, wchar const* target, NativeP
   return mapText(source, from) && mapText(target, to);
 }
 
-// A handle is never null, though a descriptor may be 0.
+// Descriptor 0 must not become a null handle.
 FileHandle handleOf(int descriptor) {
   return reinterpret_cast<FileHandle>(static_cast<std::intptr_t>(descriptor) + 1);
 }
@@ -288,23 +287,21 @@ bool NativeFiles::findClose(SearchHandle handle) {
   return removeSearch(handle) != nullptr || failWith(kInvalidHandle);
 }
 
-wchar* NativeFiles::currentDirectory() {
-  NativePath path;
-  if (!nativeCurrentDirectory(path)) return nullptr;
-  return textOfPath(KVW(""), path.data(), path.size() - 1);
+bool NativeFiles::currentDirectory(wstring& path) {
+  NativePath native;
+  if (!nativeCurrentDirectory(native)) return false;
+  path = textOfPath(KVW(""), native.data(), native.size() - 1);
+  return true;
 }
 
-wchar* NativeFiles::currentDirectoryOfDrive(int drive) {
-  if (drive < 1 || drive > 26) return nullptr;
+bool NativeFiles::currentDirectoryOfDrive(int drive, wstring& path) {
+  if (drive < 1 || drive > 26) return false;
   NativePath below;
-  if (!nativeDirectoryOfDrive(static_cast<char>('a' + drive - 1), below)) return nullptr;
+  if (!nativeDirectoryOfDrive(static_cast<char>('a' + drive - 1), below)) return false;
   if (below.size() == 0) below.push('/');
   wchar const prefix[] = {static_cast<wchar>('A' + drive - 1), ':', 0};
-  return textOfPath(prefix, below.data(), below.size());
-}
-
-void NativeFiles::freeText(wchar* text) {
-  free(text);
+  path = textOfPath(prefix, below.data(), below.size());
+  return true;
 }
 
 }  // namespace platform

@@ -207,24 +207,22 @@ Root rootOf(char const* path) {
   return {isShare ? Root::Kind::kShare : Root::Kind::kDrive, static_cast<std::size_t>(end - path)};
 }
 
-wchar* textOfPath(wchar const* prefix, char const* bytes, std::size_t size) {
-  std::size_t const prefixSize = std::char_traits<wchar>::length(prefix);
-  auto* const text = static_cast<wchar*>(malloc((prefixSize + size + 1) * sizeof(wchar)));
-  if (text == nullptr) return nullptr;
-  memcpy(text, prefix, prefixSize * sizeof(wchar));
-  wchar* out = text + prefixSize;
+wstring textOfPath(wchar const* prefix, char const* bytes, std::size_t size) {
+  wstring text = prefix;
+  std::size_t used = text.size();
+  text.resize(used + size);
   for (std::size_t i = 0; i < size;) {
     if (bytes[i] == '/') {
-      *out++ = '\\';
+      text[used++] = '\\';
       ++i;
       continue;
     }
     auto const* const slash = static_cast<char const*>(memchr(bytes + i, '/', size - i));
     std::size_t const end = slash == nullptr ? size : static_cast<std::size_t>(slash - bytes);
-    out += nameFromNative(bytes + i, end - i, out);
+    used += nameFromNative(bytes + i, end - i, &text[used]);
     i = end;
   }
-  *out = 0;
+  text.resize(used);
   return text;
 }
 

@@ -39,9 +39,8 @@ Root rootOf(char const* path);
 // Whether the text starts with \\?\ .
 bool isVerbatim(wchar const* text, std::size_t size);
 
-// A text in the library's notation: the absolute path `bytes` of the system behind `prefix` ("C:" or nothing).
-// NUL-terminated, from malloc; null if there is no memory.
-wchar* textOfPath(wchar const* prefix, char const* bytes, std::size_t size);
+// The absolute path `bytes` of the system in the library's notation, behind `prefix` ("C:" or nothing).
+wstring textOfPath(wchar const* prefix, char const* bytes, std::size_t size);
 
 // The current directory as the system tells it, NUL-terminated. False if it cannot be told.
 bool nativeCurrentDirectory(NativePath& path);

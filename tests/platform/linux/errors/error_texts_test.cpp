@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/support/narrow_text.h"
 
@@ -33,10 +33,9 @@ TEST(LinuxErrorTexts, EveryCodeHasOneSentence) {
                            kNotReady,          kInvalidParameter,
                            kRequestAborted,    kCannotResolveName};
   for (ulong32 const code : codes) {
-    wchar* const text = nativeDebug().errorText(code);
-    ASSERT_NE(text, nullptr) << code;
+    wstring text;
+    ASSERT_TRUE(nativeErrors().errorText(code, text)) << code;
     std::string const bytes = narrow(text);
-    nativeDebug().freeErrorText(text);
     ASSERT_GT(bytes.size(), 4u) << code;
     EXPECT_EQ(bytes.substr(bytes.size() - 3), ".\r\n") << code;
     EXPECT_EQ(bytes.find('\n'), bytes.size() - 1) << code;

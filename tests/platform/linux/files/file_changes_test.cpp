@@ -355,18 +355,18 @@ TEST_F(LinuxFileChanges, TheNumberOfOpenFilesIsLimited) {
   inChild([&] {
     wstring const path = at(KVW("file")), target = at(KVW("copy"));
     FileApi& api = files();
-    DebugApi& debug = nativeDebug();
+    ErrorApi& errors = nativeErrors();
     // A sanitizer takes a descriptor where it meets an object for the first time.
     EXPECT_TRUE(api.copyFile(path.c_str(), at(KVW("first")).c_str(), nullptr, nullptr, 0));
-    debug.setLastError(kNoError);
+    errors.setLastError(kNoError);
     rlimit previous;
     getrlimit(RLIMIT_NOFILE, &previous);
     rlimit const none = {0, previous.rlim_max};
     if (setrlimit(RLIMIT_NOFILE, &none) != 0) return false;
     FileHandle const file = api.openFile(path.c_str(), kAccessRead, 0, kOpenExisting, 0);
-    ulong32 const errorOfOpening = debug.lastError();
+    ulong32 const errorOfOpening = errors.lastError();
     bool const isCopied = api.copyFile(path.c_str(), target.c_str(), nullptr, nullptr, 0);
-    ulong32 const errorOfCopying = debug.lastError();
+    ulong32 const errorOfCopying = errors.lastError();
     setrlimit(RLIMIT_NOFILE, &previous);
     EXPECT_EQ(file, invalidFile());
     EXPECT_EQ(errorOfOpening, kTooManyOpenFiles);

@@ -221,7 +221,7 @@ TEST_F(LinuxOpenFiles, QuestionsLeaveNothingOpen) {
 // These are calls of the C runtime, which has an error number of its own.
 TEST_F(LinuxOpenFiles, TheRuntimeLeavesNoLastError) {
   folder.write("file");
-  nativeDebug().setLastError(kUntouched);
+  nativeErrors().setLastError(kUntouched);
   struct _stat64i32 found;
   for (wchar const* name : {KVW("file"), KVW("none"), KVW("none\\x"), KVW("a<b"), KVW("Q:\\x")}) {
     files().getStatus(at(name).c_str(), found);
@@ -231,7 +231,7 @@ TEST_F(LinuxOpenFiles, TheRuntimeLeavesNoLastError) {
     EXPECT_EQ(files().commitDescriptor(descriptor), 0);
     EXPECT_EQ(files().closeDescriptor(descriptor), 0);
   }
-  EXPECT_EQ(nativeDebug().lastError(), kUntouched);
+  EXPECT_EQ(nativeErrors().lastError(), kUntouched);
   EXPECT_FALSE(has("none"));
 }
 

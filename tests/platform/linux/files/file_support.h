@@ -26,7 +26,7 @@
 #include <system_error>
 #include <vector>
 
-#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "tests/support/narrow_text.h"
@@ -47,9 +47,9 @@ constexpr ulong32 kUntouched = 0xA1B2C3;
 template <class Call>
 ulong32 errorOf(Call call) {
   std::size_t const before = openDescriptors();
-  platform::nativeDebug().setLastError(kUntouched);
+  platform::nativeErrors().setLastError(kUntouched);
   bool const done = call();
-  ulong32 const error = platform::nativeDebug().lastError();
+  ulong32 const error = platform::nativeErrors().lastError();
   EXPECT_EQ(openDescriptors(), before) << "a descriptor stays open";
   if (done) {
     EXPECT_EQ(error, kUntouched) << "success leaves the last error alone";
@@ -194,10 +194,10 @@ class FileCalls : public ::testing::Test {
                ulong32 flags = 0) const {
     constexpr ulong32 kSharing = platform::kShareRead | platform::kShareWrite | platform::kShareDelete;
     std::size_t const before = openDescriptors();
-    platform::nativeDebug().setLastError(kUntouched);
+    platform::nativeErrors().setLastError(kUntouched);
     platform::FileHandle const file = files().openFile(at(name).c_str(), access, kSharing, disposition, flags);
-    ulong32 const error = platform::nativeDebug().lastError();
-    bool const done = file != platform::invalidFile() && file != nullptr;
+    ulong32 const error = platform::nativeErrors().lastError();
+    bool const done = file != platform::invalidFile();
     if (done) {
       EXPECT_TRUE(files().closeFile(file));
     }

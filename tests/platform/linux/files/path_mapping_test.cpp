@@ -111,10 +111,9 @@ class DrivesTest : public ::testing::Test {
     fs::create_directory_symlink(folder_.path("disk/sub"), folder_.path("drives/unc/server/share"));
   }
   static std::string directoryOfDrive(char letter) {
-    wchar* const text = platform::nativeFiles().currentDirectoryOfDrive(letter - 'A' + 1);
-    std::string const result = text == nullptr ? "null" : narrow(text);
-    platform::nativeFiles().freeText(text);
-    return result;
+    wstring path = KVW("unchanged");
+    platform::nativeFiles().currentDirectoryOfDrive(letter - 'A' + 1, path);
+    return narrow(path);
   }
   static bool exists(wchar const* path) {
     return platform::nativeFiles().getAttributes(path) != platform::kInvalidAttributes;
@@ -153,9 +152,9 @@ TEST_F(DrivesTest, HaveACurrentDirectory) {
   CurrentPath const current(folder_.path());
   EXPECT_EQ(directoryOfDrive('C'), "C:\\");
   EXPECT_TRUE(exists(KVW("C:sub\\file.txt")));
-  EXPECT_EQ(directoryOfDrive('D'), "null");
-  EXPECT_EQ(platform::nativeFiles().currentDirectoryOfDrive(0), nullptr);
-  EXPECT_EQ(platform::nativeFiles().currentDirectoryOfDrive(27), nullptr);
+  EXPECT_EQ(directoryOfDrive('D'), "unchanged");
+  EXPECT_EQ(directoryOfDrive('A' - 1), "unchanged");
+  EXPECT_EQ(directoryOfDrive('Z' + 1), "unchanged");
 }
 
 TEST_F(DrivesTest, OfANeighbourWithALongerNameIsNotBelow) {
@@ -169,18 +168,19 @@ TEST(CurrentDirectoryTest, ThatIsGoneIsNone) {
   folder.makeFolder("gone");
   CurrentPath const current(folder.path("gone"));
   fs::remove(folder.path("gone"));
-  EXPECT_EQ(platform::nativeFiles().currentDirectory(), nullptr);
+  wstring path = KVW("unchanged");
+  EXPECT_FALSE(platform::nativeFiles().currentDirectory(path));
+  EXPECT_EQ(narrow(path), "unchanged");
 }
 
 TEST(CurrentDirectoryTest, ShowsEscapes) {
   TempFolder folder;
   folder.makeFolder("a:b.");
   CurrentPath const current(folder.path("a:b."));
-  wchar* const text = platform::nativeFiles().currentDirectory();
-  ASSERT_NE(text, nullptr);
-  EXPECT_EQ(narrow(text), narrow(folder.text(KVW("a\uF03Ab\uF02E"))));
-  EXPECT_NE(platform::nativeFiles().getAttributes(text), platform::kInvalidAttributes);
-  platform::nativeFiles().freeText(text);
+  wstring path;
+  ASSERT_TRUE(platform::nativeFiles().currentDirectory(path));
+  EXPECT_EQ(path, folder.text(KVW("a\uF03Ab\uF02E")));
+  EXPECT_NE(platform::nativeFiles().getAttributes(path.c_str()), platform::kInvalidAttributes);
 }
 
 }  // namespace

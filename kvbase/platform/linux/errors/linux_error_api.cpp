@@ -6,20 +6,19 @@
 namespace KV_1_1 {
 namespace platform {
 
-ulong32 NativeDebug::lastError() {
+ulong32 NativeErrors::lastError() {
   return lastErrorOfThread();
 }
 
-void NativeDebug::setLastError(ulong32 code) {
+void NativeErrors::setLastError(ulong32 code) {
   setLastErrorOfThread(code);
 }
 
-// The texts are constants; whoever gets one only reads it.
-wchar* NativeDebug::errorText(ulong32 code) {
-  return const_cast<wchar*>(textOfCode(code));
+bool NativeErrors::errorText(ulong32 code, wstring& text) {
+  wchar const* const known = textOfCode(code);
+  if (known != nullptr) text = known;
+  return known != nullptr;
 }
-
-void NativeDebug::freeErrorText(wchar*) {}
 
 }  // namespace platform
 }  // namespace KV_1_1
