@@ -23,6 +23,7 @@ add_library(kvbase_objects OBJECT ${kvbase_sources})
 kvbase_warnings(kvbase_objects)
 target_include_directories(kvbase_objects PUBLIC "${PROJECT_SOURCE_DIR}")
 target_compile_features(kvbase_objects PUBLIC cxx_std_17)
+target_compile_definitions(kvbase_objects PUBLIC $<$<BOOL:${KVBASE_CHECKED}>:KVBASE_CHECKED>)
 target_compile_definitions(kvbase_objects PRIVATE KVBASE_BUILD $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:KVBASE_STATIC>)
 set_target_properties(
   kvbase_objects PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
