@@ -4,24 +4,23 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <sched.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "kvbase/platform/linux/files/descriptor.h"
-
-// clone() by its other name, which the thread sanitizer does not replace: it would take the new process for one with a
-// memory of its own and prepare that for its new life, while it is ours.
-extern "C" int __clone(int (*function)(void*), void* stack, int flags, void* data, ...) noexcept;
+#include "kvbase/platform/linux/files/name_mapping.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
 
-// How a tool is to be started. The calls that fill it fail only for want of memory.
+// File actions and attributes for posix_spawn. The calls that fill them fail only when memory runs out.
 class SpawnSettings {
  public:
   explicit SpawnSettings(int output) {
@@ -62,7 +61,7 @@ class SpawnSettings {
     sigfillset(&all);
     posix_spawnattr_setsigmask(&attributes_, &none);
     posix_spawnattr_setsigdefault(&attributes_, &all);
-    return posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    return posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
   }
 
   posix_spawn_file_actions_t actions_;
@@ -70,52 +69,59 @@ class SpawnSettings {
   int error_ = 0;
 };
 
-struct Launch {
-  char const* const* arguments;
-  SpawnSettings const& settings;
-  int error;
-};
-
-// Runs in the process between this one and the tool. It shares our memory, and our thread stands still meanwhile.
-int launchTool(void* data) {
-  auto& launch = *static_cast<Launch*>(data);
-  pid_t tool;
-  launch.error = posix_spawnp(&tool, launch.arguments[0], launch.settings.actions(), launch.settings.attributes(),
-                              const_cast<char* const*>(launch.arguments), environ);
-  return 0;
+// The path of a tool that PATH leads to, NUL-terminated; it contains a separator. Returns 0, or the errno of the
+// failure.
+int findTool(char const* name, NativePath& path) {
+  char const* const variable = getenv("PATH");
+  int error = ENOENT;
+  for (char const* folder = variable != nullptr ? variable : "/bin:/usr/bin";; ++folder) {
+    std::size_t const size = strcspn(folder, ":");
+    path.resize(0);
+    // An empty folder is the current one.
+    path.append(folder, size);
+    path.append(size != 0 ? "/" : "./", size != 0 ? 1 : 2);
+    path.append(name, strlen(name) + 1);
+    struct stat status;
+    bool const isThere = stat(path.data(), &status) == 0;
+    if (isThere && S_ISREG(status.st_mode) && faccessat(AT_FDCWD, path.data(), X_OK, AT_EACCESS) == 0) return 0;
+    if (isThere || errno == EACCES) error = EACCES;
+    folder += size;
+    if (*folder == '\0') return error;
+  }
 }
 
-// Lets no handler of the application run in the process between.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &previous_);
-  }
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
-  SignalsBlocked(SignalsBlocked const&) = delete;
-  SignalsBlocked& operator=(SignalsBlocked const&) = delete;
-
- private:
-  sigset_t previous_;
-};
+// Waits for a child to end. True if it succeeded, or if nobody can tell: another thread has collected it, or the
+// application ignores SIGCHLD.
+bool succeeds(pid_t child) {
+  int status = 0;
+  pid_t ended;
+  do {
+    ended = waitpid(child, &status, 0);
+  } while (ended < 0 && errno == EINTR);
+  return ended < 0 || status == 0;
+}
 
 }  // namespace
 
-// The tool is a grandchild, so that the system and not the application takes note of its end. The process between makes
-// that end as soon as the tool runs. It shares our memory, so that a large application starts a tool as fast as a small
-// one; and its own end sends no signal, so that wait() and SIGCHLD of the application do not know it.
+// setsid forks the tool and ends at once, which makes the system the tool's parent. posix_spawn starts it without a
+// copy of this process's memory, so a large application starts a tool as fast as a small one.
 int startTool(char const* const arguments[], int output) {
+  NativePath path;
+  int error = findTool(arguments[0], path);
+  if (error != 0) return error;
   SpawnSettings const settings(output);
   if (settings.error() != 0) return settings.error();
-  Launch launch{arguments, settings, 0};
-  alignas(16) char stack[32 * 1024];
-  SignalsBlocked const blocked;
-  pid_t const between = __clone(&launchTool, stack + sizeof stack, CLONE_VM | CLONE_VFORK, &launch);
-  if (between < 0) return errno;
-  waitpid(between, nullptr, static_cast<int>(__WCLONE));
-  return launch.error;
+  SmallBuffer<char*, 16> command;
+  for (char const* word : {"setsid", "--fork", "--", static_cast<char const*>(path.data())}) {
+    command.push(const_cast<char*>(word));
+  }
+  do {
+    command.push(const_cast<char*>(*++arguments));
+  } while (*arguments != nullptr);
+  pid_t child;
+  error = posix_spawn(&child, "/usr/bin/setsid", settings.actions(), settings.attributes(), command.data(), environ);
+  if (error != 0) return error;
+  return succeeds(child) ? 0 : EAGAIN;
 }
 
 bool toolAnswers(char const* const arguments[], int milliseconds) {

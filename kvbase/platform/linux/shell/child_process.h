@@ -6,15 +6,19 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Starts arguments[0], found through PATH, with these arguments (the last one is null), and does not wait for it. Gives
-// 0 if it runs, else the errno of the failure.
+// Starts arguments[0], found through PATH, with these arguments (the last one is null), and does not wait for it to
+// end. Returns 0 if it has been started, else the errno of the failure: ENOENT if there is no such tool, EACCES if it
+// may not be executed. A file that is executable but none that the system can run counts as started.
 //
 // The tool gets a session of its own, no signal blocked or ignored, and /dev/null as its standard streams; its output
-// goes to the descriptor `output` instead if that is not negative. It is no child of this process: it leaves no zombie,
-// sends no SIGCHLD, and nothing that the application does with SIGCHLD or with wait() has a part in it.
+// goes to the descriptor `output` instead if that is not negative.
+//
+// The tool is no child of this process, so it leaves no zombie however long it runs. The application sees one
+// short-lived child, setsid(1), which starts the tool and is waited for here: it causes one SIGCHLD, and a wait() of
+// another thread may collect it, which does no harm.
 int startTool(char const* const arguments[], int output = -1);
 
-// Starts a tool and waits until it says something or closes its output. True if it says something in time.
+// Starts a tool and waits until it writes something or closes its output. True if it writes something in time.
 bool toolAnswers(char const* const arguments[], int milliseconds);
 
 }  // namespace platform

@@ -5,13 +5,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <string>
 
 #include "tests/platform/linux/shell/fake_desktop.h"
 #include "tests/platform/linux/shell/signal_action.h"
+#include "tests/support/current_path.h"
+#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -38,6 +42,31 @@ TEST_F(ChildProcessTest, TellsWhyAToolDoesNotRun) {
   EXPECT_EQ(platform::startTool(command_), ENOENT);
   EXPECT_FALSE(platform::toolAnswers(command_, 10000));
   EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(ChildProcessTest, ToolIsTheFirstExecutableOnThePath) {
+  desktop_.install("tool", kReport);
+  TempFolder other;
+  other.makeFolder("folder/tool");
+  other.write("data/tool");
+  std::filesystem::permissions(other.path("data/tool"), std::filesystem::perms::owner_read);
+  std::string const skipped =
+      other.path("none").string() + ':' + other.path("folder").string() + ':' + other.path("data").string();
+  std::string const found = getenv("PATH");
+  {
+    EnvironmentVariable const path("PATH", skipped.c_str());
+    EXPECT_EQ(platform::startTool(command_), EACCES);
+  }
+  EnvironmentVariable const path("PATH", (skipped + ':' + found).c_str());
+  EXPECT_EQ(platform::startTool(command_), 0);
+  EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
+}
+
+TEST_F(ChildProcessTest, AnEmptyEntryOfThePathIsTheCurrentFolder) {
+  desktop_.install("tool", "echo here\n");
+  CurrentPath const current(getenv("PATH"));
+  EnvironmentVariable const path("PATH", ":/none");
+  EXPECT_TRUE(platform::toolAnswers(command_, 10000));
 }
 
 TEST_F(ChildProcessTest, MaskStays) {
