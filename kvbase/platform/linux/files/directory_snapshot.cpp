@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/linux/files/directory_snapshot.h"
 
-#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -11,6 +10,7 @@
 
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/descriptor.h"
+#include "kvbase/platform/linux/files/directory_entries.h"
 #include "kvbase/platform/linux/files/item_status.h"
 #include "kvbase/platform/linux/files/name_mapping.h"
 
@@ -51,7 +51,7 @@ std::size_t commonSize(wchar const* a, wchar const* b, std::size_t most) {
 
 }  // namespace
 
-bool DirectorySearch::read(char const* path, Wildcard const& wildcard) {
+bool DirectorySnapshot::read(char const* path, Wildcard const& wildcard) {
   Descriptor const directory(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   // A folder of a search is a part of a path: where it is missing, the path is.
   if (!directory) return errno == ENOENT ? failWith(kPathNotFound) : failAt(path, errno);
@@ -60,21 +60,15 @@ bool DirectorySearch::read(char const* path, Wildcard const& wildcard) {
   return true;
 }
 
-bool DirectorySearch::readAll(int directory, Wildcard const& wildcard) {
-  alignas(dirent64) char block[32768];
+bool DirectorySnapshot::readAll(int directory, Wildcard const& wildcard) {
   entries_.reserve(64);
-  for (;;) {
-    ssize_t const size = getdents64(directory, block, sizeof block);
-    if (size <= 0) return size == 0;
-    for (ssize_t at = 0; at < size;) {
-      auto const* const entry = reinterpret_cast<dirent64 const*>(block + at);
-      add(directory, entry->d_name, entry->d_type, wildcard);
-      at += entry->d_reclen;
-    }
-  }
+  return visitEntries<32768>(directory, [&](dirent64 const& entry) {
+    add(directory, entry.d_name, entry.d_type, wildcard);
+    return true;
+  });
 }
 
-void DirectorySearch::add(int directory, char const* name, unsigned char type, Wildcard const& wildcard) {
+void DirectorySnapshot::add(int directory, char const* name, unsigned char type, Wildcard const& wildcard) {
   std::size_t const bytes = strlen(name);
   if (names_.size() - namesUsed_ < bytes) names_.resize(std::max<std::size_t>(2 * names_.size(), 2048 + bytes));
   wchar* const units = names_.data() + namesUsed_;
@@ -88,7 +82,7 @@ void DirectorySearch::add(int directory, char const* name, unsigned char type, W
   namesUsed_ += size;
 }
 
-void DirectorySearch::sort() {
+void DirectorySnapshot::sort() {
   auto const nameOf = [this](Entry const& entry) { return names_.data() + entry.name; };
   auto const first = std::partition(entries_.begin(), entries_.end(),
                                     [&](Entry const& entry) { return isDots(nameOf(entry), entry.size); });
@@ -107,7 +101,7 @@ void DirectorySearch::sort() {
             [this](Entry const& a, Entry const& b) { return a.key != b.key ? a.key < b.key : isBefore(a, b); });
 }
 
-bool DirectorySearch::isBefore(Entry const& a, Entry const& b) const {
+bool DirectorySnapshot::isBefore(Entry const& a, Entry const& b) const {
   wchar const* const left = names_.data() + a.name;
   wchar const* const right = names_.data() + b.name;
   std::size_t const shorter = std::min(a.size, b.size);
@@ -117,7 +111,7 @@ bool DirectorySearch::isBefore(Entry const& a, Entry const& b) const {
   return std::lexicographical_compare(left, left + a.size, right, right + b.size);
 }
 
-bool DirectorySearch::next(FindData& data) {
+bool DirectorySnapshot::next(FindData& data) {
   if (next_ == entries_.size()) return failWith(kNoMoreFiles);
   Entry const& entry = entries_[next_++];
   data.attributes = entry.attributes;

@@ -15,7 +15,7 @@
 namespace KV_1_1 {
 namespace platform {
 
-class DirectorySearch {
+class DirectorySnapshot {
  public:
   // Reads a directory, named by a NUL-terminated path of the system. False, with the last error, if it cannot be read.
   bool read(char const* directory, Wildcard const& wildcard);

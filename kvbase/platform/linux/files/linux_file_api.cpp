@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/internal/native_backends.h"
 
-#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -15,6 +14,7 @@
 
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/descriptor.h"
+#include "kvbase/platform/linux/files/directory_entries.h"
 #include "kvbase/platform/linux/files/file_time.h"
 #include "kvbase/platform/linux/files/item_changes.h"
 #include "kvbase/platform/linux/files/item_status.h"
@@ -85,16 +85,8 @@ FileHandle openItem(char const* path, mode_t mode, ulong32 access) {
 }
 
 bool isEmptyDirectory(int directory) {
-  alignas(dirent64) char block[4096];
-  for (;;) {
-    ssize_t const size = getdents64(directory, block, sizeof block);
-    if (size <= 0) return size == 0;
-    for (ssize_t at = 0; at < size;) {
-      auto const* const entry = reinterpret_cast<dirent64 const*>(block + at);
-      if (!isDots(entry->d_name, strlen(entry->d_name))) return false;
-      at += entry->d_reclen;
-    }
-  }
+  return visitEntries<4096>(directory,
+                            [](dirent64 const& entry) { return isDots(entry.d_name, strlen(entry.d_name)); });
 }
 
 // Where the name begins in the pattern of a search.
@@ -269,7 +261,7 @@ SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
   bool const isMapped = name == 0 ? mapPath(here, 1, directory) : mapPath(pattern, name, directory);
   if (!isMapped) return invalidSearch();
 
-  auto search = std::make_unique<DirectorySearch>();
+  auto search = std::make_unique<DirectorySnapshot>();
   if (!search->read(directory.data(), Wildcard(pattern + name, size - name))) return invalidSearch();
   if (!search->next(data)) {
     setLastErrorOfThread(kFileNotFound);
@@ -279,7 +271,7 @@ SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
 }
 
 bool NativeFiles::findNext(SearchHandle handle, FindData& data) {
-  DirectorySearch* const search = searchOf(handle);
+  DirectorySnapshot* const search = searchOf(handle);
   return search != nullptr ? search->next(data) : failWith(kInvalidHandle);
 }
 

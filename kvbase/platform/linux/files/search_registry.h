@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The searches that are running in this process. A handle is a number, not an address: one that has been closed is
-// refused, also when its place is in use again.
+// The searches that are running in this process. A handle is a number that is used once, not an address, so one that
+// has been closed is refused for ever.
 //
 // Thread rule: any function may be called from any thread; the search behind one handle belongs to one thread at a
 // time.
@@ -15,14 +15,14 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Enters a search. Throws std::bad_alloc; the search is freed then.
-SearchHandle registerSearch(std::unique_ptr<DirectorySearch> search);
+// Adds a search and returns its handle. Throws std::bad_alloc; the search is freed then.
+SearchHandle registerSearch(std::unique_ptr<DirectorySnapshot> search);
 
-// The search of a handle; null if there is none (any more).
-DirectorySearch* searchOf(SearchHandle handle);
+// The search of a handle; null if it has been closed or never existed.
+DirectorySnapshot* searchOf(SearchHandle handle);
 
-// Takes a search out; null if there is none.
-std::unique_ptr<DirectorySearch> removeSearch(SearchHandle handle);
+// Removes a search and hands it over; null if there is none.
+std::unique_ptr<DirectorySnapshot> removeSearch(SearchHandle handle);
 
 }  // namespace platform
 }  // namespace KV_1_1
