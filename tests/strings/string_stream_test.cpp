@@ -5,11 +5,14 @@
 
 #include <iomanip>
 #include <iterator>
+#include <new>
 #include <sstream>
+#include <streambuf>
 
 #include "kvbase/platform/backend.h"
 #include "tests/reference/string_stream_model.h"
 #include "tests/strings/string_support.h"
+#include "tests/support/allocation_failure.h"
 #include "tests/support/random_text.h"
 #include "tests/support/scripted_text.h"
 
@@ -79,22 +82,6 @@ TEST_F(StringStream, TheWidthCountsBytes) {
   std::ostringstream stream;
   stream << std::setw(4) << String(KVW("\u20AC"));
   EXPECT_EQ(stream.str(), " \xE2\x82\xAC");
-}
-
-TEST_F(StringStream, NothingToWriteLeavesTheStreamAlone) {
-  for (EmptyReceiver const& receiver : emptyReceivers()) {
-    SCOPED_TRACE(receiver.name);
-    std::ostringstream stream;
-    stream << std::setw(7);
-    EXPECT_EQ(&(stream << receiver.string), &stream);
-    EXPECT_EQ(stream.str(), "");
-    EXPECT_EQ(stream.width(), 7);
-    EXPECT_TRUE(stream.good());
-
-    stream.setstate(std::ios_base::failbit);
-    stream << receiver.string;
-    EXPECT_EQ(stream.rdstate(), std::ios_base::failbit);
-  }
 }
 
 // Takes a few chars, then no more.
@@ -274,6 +261,52 @@ TEST_F(StringStream, WhatIsWrittenInQuotesReadsBack) {
     in >> text;
     ASSERT_EQ(spelled(text), "\"" + bytes + "\"");
     ASSERT_TRUE(in.good());
+  }
+}
+
+// Memory that runs out while a token is read: std::bad_alloc, nothing left over, the stream's flags as before.
+TEST_F(StringStream, ExhaustedMemoryWhileReading) {
+  // A stream that needs no memory itself.
+  class FixedBuffer final : public std::streambuf {
+   public:
+    explicit FixedBuffer(char const* bytes) {
+      std::size_t const size = std::char_traits<char>::length(bytes);
+      std::char_traits<char>::copy(chars_, bytes, size);
+      setg(chars_, chars_, chars_ + size);
+    }
+
+   private:
+    char chars_[128];
+  };
+  for (char const* const bytes : {"  a_word_that_does_not_fit_into_a_small_string_of_the_library rest",
+                                  "\"a quoted text that does not fit into a small string of the library\" rest"}) {
+    SCOPED_TRACE(bytes);
+    int failures = 0;
+    for (bool isDone = false; !isDone; ++failures) {
+      ASSERT_LT(failures, 50);
+      FixedBuffer buffer(bytes);
+      std::istream stream(&buffer);
+      bool threw = false;
+      int length = 0;
+      AllocationFailure scope(failures + 1);
+      {
+        String text;
+        try {
+          stream >> text;
+        } catch (std::bad_alloc const&) {
+          threw = true;
+        }
+        length = text.length();
+      }
+      isDone = !scope.failed();
+      int const live = scope.live();
+      scope.end();
+      ASSERT_EQ(live, 0);
+      ASSERT_EQ(threw, !isDone);
+      ASSERT_TRUE(stream.flags() & std::ios_base::skipws);
+      ASSERT_EQ(length > 0, isDone);
+    }
+    EXPECT_GE(failures, 3) << "the bytes and the text";
   }
 }
 
