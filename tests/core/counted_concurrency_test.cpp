@@ -60,7 +60,7 @@ TEST(SmartPtrConcurrency, ThreadsOwnOneObject) {
 
 TEST(SmartPtrConcurrency, TheLastOwnerOnAnyThreadDestroysOnce) {
   std::atomic<int> alive{0};
-  for (int round = 0; round < 500; ++round) {
+  for (int round = 0; round < 100; ++round) {
     std::vector<SmartPtr<BaseNode const>> owners(kThreads, SmartPtr<BaseNode const>(new AtomicLiveNode(alive)));
     onThreads([&owners](int i) { owners[static_cast<std::size_t>(i)] = nullptr; });
     ASSERT_EQ(alive, 0);

@@ -37,16 +37,15 @@ class Block {
 constexpr int kAlignments = 17;
 constexpr RandomUnits kKinds[] = {RandomUnits::kFew, RandomUnits::kAscii, RandomUnits::kAny, RandomUnits::kAnyWithNul};
 
-// Runs the check for texts of every length up to 130, at every alignment, and for some large ones.
+// Runs the check for texts of every length up to 130, at every alignment and of every kind, and for some large ones.
 template <class Check>
 void forTexts(std::uint32_t seed, Check check) {
   RandomText random(seed);
   for (int length = 0; length <= 130; ++length) {
-    for (int shift = 0; shift < kAlignments; ++shift) {
-      for (RandomUnits const kind : kKinds) check(random, random.text(length, kind), shift);
-    }
+    for (int shift = 0; shift < kAlignments; ++shift)
+      check(random, random.text(length, kKinds[(length + shift) % 4]), shift);
   }
-  for (int const length : {1000, 4097, 70001, 300000}) {
+  for (int const length : {1000, 4097, 70001}) {
     for (RandomUnits const kind : kKinds) check(random, random.text(length, kind), random.below(kAlignments));
   }
 }
@@ -146,8 +145,8 @@ TEST(TextKernels, FindRange) {
 TEST(TextKernels, EveryUnitIsFoundAndFolded) {
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);
-    for (int value = 1; value <= 0xFFFF; ++value) {
-      wchar const unit = static_cast<wchar>(value);
+    for (wchar const unit : sampledUnits()) {
+      int const value = unit;
       wstring text(40, static_cast<wchar>(value == 1 ? 2 : value - 1));
       text[33] = unit;
       ASSERT_EQ(twin.kernels->findUnit(text.data(), unit, 40), 33) << value;
@@ -187,7 +186,7 @@ TEST(TextKernels, FindTextOfManyFalseStarts) {
   RandomText random(15);
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);
-    for (int round = 0; round < 3000; ++round) {
+    for (int round = 0; round < 1000; ++round) {
       wstring text(static_cast<std::size_t>(random.between(1, 400)), KVW('a'));
       for (int i = random.below(6); i > 0; --i)
         text[static_cast<std::size_t>(random.below(static_cast<int>(text.size())))] = KVW('b');

@@ -26,9 +26,7 @@ std::unique_ptr<T[]> exact(std::basic_string<T> const& text) {
 std::string encoded(Twin const& twin, wstring const& text) {
   int const n = static_cast<int>(text.size());
   std::unique_ptr<wchar[]> const units = exact(text);
-  std::string const expected = reference::toUtf8(text);
   long long const size = twin.kernels->utf8Size(units.get(), n);
-  EXPECT_EQ(size, static_cast<long long>(expected.size()));
   std::unique_ptr<char[]> const bytes(new char[static_cast<std::size_t>(size)]);
   EXPECT_EQ(twin.kernels->toUtf8(units.get(), n, bytes.get()), size);
   return std::string(bytes.get(), static_cast<std::size_t>(size));
@@ -50,13 +48,13 @@ TEST(TextKernelsUtf8, RandomTextToUtf8) {
     RandomText random(31);
     for (int length = 0; length <= 130; ++length) {
       for (RandomUnits const kind : {RandomUnits::kAscii, RandomUnits::kAny, RandomUnits::kAnyWithNul}) {
-        for (int round = 0; round < 20; ++round) {
+        for (int round = 0; round < 5; ++round) {
           wstring const text = random.text(length, kind);
           ASSERT_EQ(encoded(twin, text), reference::toUtf8(text)) << "length " << length << " round " << round;
         }
       }
     }
-    wstring const large = random.text(500000, RandomUnits::kAny);
+    wstring const large = random.text(100000, RandomUnits::kAny);
     EXPECT_TRUE(reference::toUtf8(large) == encoded(twin, large));
   }
 }
@@ -66,12 +64,12 @@ TEST(TextKernelsUtf8, RandomBytesFromUtf8) {
     SCOPED_TRACE(twin.name);
     RandomText random(32);
     for (int length = 0; length <= 130; ++length) {
-      for (int round = 0; round < 60; ++round) {
+      for (int round = 0; round < 12; ++round) {
         std::string const bytes = random.utf8(length);
         ASSERT_EQ(decoded(twin, bytes), reference::fromUtf8(bytes)) << "length " << length << " round " << round;
       }
     }
-    std::string const large = random.utf8(500000);
+    std::string const large = random.utf8(100000);
     EXPECT_TRUE(reference::fromUtf8(large) == decoded(twin, large));
   }
 }
@@ -79,8 +77,9 @@ TEST(TextKernelsUtf8, RandomBytesFromUtf8) {
 TEST(TextKernelsUtf8, EveryUnitAmongAscii) {
   // The distance is odd, so the units come to stand at every place of a vector.
   wstring text;
-  for (int value = 0; value <= 0xFFFF; ++value) text += static_cast<wchar>(value) + wstring(32, KVW('a'));
-  for (Twin const& twin : twins()) EXPECT_TRUE(reference::toUtf8(text) == encoded(twin, text)) << twin.name;
+  for (int value = 0; value <= 0xFFFF; ++value) text += static_cast<wchar>(value) + wstring(16, KVW('a'));
+  std::string const expected = reference::toUtf8(text);
+  for (Twin const& twin : twins()) EXPECT_TRUE(encoded(twin, text) == expected) << twin.name;
 }
 
 TEST(TextKernelsUtf8, SurrogatesAtTheEdgesOfBlocks) {
@@ -99,40 +98,37 @@ TEST(TextKernelsUtf8, SurrogatesAtTheEdgesOfBlocks) {
   }
 }
 
+// The units of every character of some planes: where the number has its first and its last bits.
 TEST(TextKernelsUtf8, EveryCharacterThereAndBack) {
-  for (Twin const& twin : twins()) {
-    SCOPED_TRACE(twin.name);
-    for (int plane = 0; plane <= 0x10; ++plane) {
-      wstring all;
-      for (int low = 0; low <= 0xFFFF; ++low) {
-        bool const surrogate = plane == 0 && low >= 0xD800 && low <= 0xDFFF;
-        if (surrogate) continue;
-        if (plane == 0) {
-          all += static_cast<wchar>(low);
-          continue;
-        }
-        int const offset = (plane - 1) * 0x10000 + low;
+  for (int plane : {0, 1, 2, 8, 16}) {
+    SCOPED_TRACE(plane);
+    wstring all;
+    for (int low = 0; low <= 0xFFFF; ++low) {
+      int const offset = (plane - 1) * 0x10000 + low;
+      if (plane > 0) {
         all += static_cast<wchar>(0xD800 + offset / 0x400);
         all += static_cast<wchar>(0xDC00 + offset % 0x400);
+      } else if (low < 0xD800 || low > 0xDFFF) {
+        all += static_cast<wchar>(low);
       }
-      std::string const bytes = encoded(twin, all);
-      ASSERT_TRUE(reference::toUtf8(all) == bytes) << plane;
-      ASSERT_TRUE(all == decoded(twin, bytes)) << plane;
+    }
+    std::string const expected = reference::toUtf8(all);
+    for (Twin const& twin : twins()) {
+      EXPECT_TRUE(encoded(twin, all) == expected) << twin.name;
+      EXPECT_TRUE(decoded(twin, expected) == all) << twin.name;
     }
   }
 }
 
 TEST(TextKernelsUtf8, EveryPairOfBytesAndEveryStartOfThree) {
-  for (Twin const& twin : twins()) {
-    SCOPED_TRACE(twin.name);
-    for (int first = 0x80; first <= 0xFF; ++first) {
-      for (int second = 0; second <= 0xFF; ++second) {
-        std::string const two = {static_cast<char>(first), static_cast<char>(second)};
-        for (char const* tail : {"", "a", "\x80", "\x80\x80", "\xBF\xBF\xBF", "\xC3\xA4"}) {
-          std::string const bytes = two + tail;
-          ASSERT_EQ(decoded(twin, bytes), reference::fromUtf8(bytes))
-              << first << " " << second << " " << std::strlen(tail);
-        }
+  for (int first = 0x80; first <= 0xFF; ++first) {
+    for (int second = 0; second <= 0xFF; ++second) {
+      std::string const two = {static_cast<char>(first), static_cast<char>(second)};
+      for (char const* tail : {"", "a", "\x80", "\xBF\xBF\xBF"}) {
+        std::string const bytes = two + tail;
+        wstring const expected = reference::fromUtf8(bytes);
+        for (Twin const& twin : twins())
+          ASSERT_EQ(decoded(twin, bytes), expected) << twin.name << first << " " << second;
       }
     }
   }

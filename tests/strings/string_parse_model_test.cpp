@@ -111,19 +111,11 @@ Text randomSource(RandomText& random, bool withNul) {
   return text;
 }
 
+// Searches for start and end go by the length, the conversions stop at a NUL, and the rule for sizes drops a last one.
 TEST(StringParseModel, RandomTextsAgreeWithTheModel) {
   RandomText random(263);
   for (int i = 0; i < kRounds; ++i) {
-    compareAllNumbers(randomSource(random, false));
-    if (HasFatalFailure()) return;
-  }
-}
-
-// Searches for start and end go by the length, the conversions stop at a NUL, and the rule for sizes drops a last one.
-TEST(StringParseModel, RandomTextsWithNulsAgreeWithTheModel) {
-  RandomText random(264);
-  for (int i = 0; i < kRounds; ++i) {
-    compareAllNumbers(randomSource(random, true));
+    compareAllNumbers(randomSource(random, random.oneIn(2)));
     if (HasFatalFailure()) return;
   }
 }
@@ -143,7 +135,7 @@ TEST(StringParseModel, SampledUnitsAgreeWithTheModel) {
 TEST(StringParseModel, LongTexts) {
   wstring const digits(10000, KVW('7'));
   wstring const zeros(10000, KVW('0'));
-  wstring const blanks(1 << 20, KVW(' '));
+  wstring const blanks(1 << 16, KVW(' '));
   compareAllNumbers(digits);
   compareAllNumbers(KVW("-") + digits + KVW(" x"));
   compareAllNumbers(zeros + KVW("42 x"));
@@ -154,7 +146,7 @@ TEST(StringParseModel, LongTexts) {
   compareAllNumbers(blanks);
   compareAllNumbers(blanks + KVW("5"));
   compareAllNumbers(KVW("5") + blanks);
-  compareAllNumbers(RandomText(265).text(1 << 20, RandomUnits::kAny));
+  compareAllNumbers(RandomText(265).text(1 << 16, RandomUnits::kAny));
 }
 
 TEST(StringParseModel, RandomTruthValuesAgreeWithTheModel) {

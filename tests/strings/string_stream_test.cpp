@@ -387,18 +387,18 @@ TEST_F(StringStream, RandomInputAgreesWithTheModel) {
 
 TEST_F(StringStream, LongTexts) {
   setAnsi(65001);
-  wstring text = RandomText(303).text(1 << 20, RandomUnits::kAny);
+  wstring text = RandomText(303).text(1 << 16, RandomUnits::kAny);
   std::ostringstream out;
   out << stringOf(text);
   EXPECT_GE(out.str().size(), text.size());
 
-  std::string const word(1 << 20, 'w');
+  std::string const word(1 << 16, 'w');
   std::istringstream in(word + " \"" + word + " " + word + "\"");
   String token;
   in >> token;
-  EXPECT_EQ(token.length(), 1 << 20);
+  EXPECT_EQ(token.length(), 1 << 16);
   in >> token;
-  EXPECT_EQ(token.length(), (2 << 20) + 1);
+  EXPECT_EQ(token.length(), (2 << 16) + 1);
   EXPECT_TRUE(in.good());
 }
 

@@ -77,7 +77,7 @@ inline std::array<EmptyReceiver, 3> emptyReceivers() {
 }
 
 // Rounds of a comparison with a model.
-constexpr int kRounds = 20000;
+constexpr int kRounds = 10000;
 
 }  // namespace testing
 }  // namespace KV_1_1
