@@ -15,10 +15,13 @@ struct Twin {
 };
 
 // The twins that this processor can run, the best one last.
-inline std::vector<Twin> twins() {
-  std::vector<Twin> twins = {{"scalar", &strings::kScalarKernels}, {"SSE2", &strings::kSse2Kernels}};
-  if (platform::hasAvx2()) twins.push_back({"AVX2", &strings::kAvx2Kernels});
-  return twins;
+inline std::vector<Twin> const& twins() {
+  static std::vector<Twin> const all = [] {
+    std::vector<Twin> found = {{"scalar", &strings::kScalarKernels}, {"SSE2", &strings::kSse2Kernels}};
+    if (platform::hasAvx2()) found.push_back({"AVX2", &strings::kAvx2Kernels});
+    return found;
+  }();
+  return all;
 }
 
 }  // namespace testing
