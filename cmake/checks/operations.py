@@ -18,7 +18,7 @@ SUBJECTS = [
       'kvbase/filesystem/file.h': ['File'],
       'kvbase/filesystem/file_system_iterator.h': ['FileSystemIterator', 'DirectoryIterator', 'FileIterator'],
       'kvbase/filesystem/file_collection_iterator.h': ['FileCollectionIterator']},
-     'tests/filesystem/*_table.*'),
+     'tests/filesystem/*_table.cpp'),
 ]
 
 # The registration of a class, which tests/core sweeps over all classes.
@@ -122,7 +122,7 @@ def operations_of(header, name):
 
 
 def rows_of(pattern):
-    for path in sorted(ROOT.glob(pattern)):
+    for path in sorted(path for path in ROOT.glob(pattern) if path.suffix in ('.h', '.cpp')):
         text = path.read_text()
         for row in ROW.finditer(text):
             called = row[2].split(': ')[0].strip()
@@ -134,6 +134,8 @@ def rows_of(pattern):
 def main():
     faults, count = [], 0
     for headers, pattern in SUBJECTS:
+        if not any(ROOT.glob(pattern)):
+            continue  # a class whose table has not been written
         operations = {(name, *operation) for header, names in headers.items() for name in names
                       for operation in operations_of(header, name) if operation[0] not in REGISTRATION}
         count += len(operations)

@@ -115,6 +115,7 @@ check "format" format
 check "licence lines" licence
 check "scripts" scripts
 check "layering" python3 cmake/checks/layering.py
+check "operations and their tables" python3 cmake/checks/operations.py
 check "warnings and headers, g++" compile linux-release
 check "warnings and headers, mingw g++" compile windows-release
 check "warnings and headers, clang++" compile linux-clang

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "kvbase/diagnostics/windows_error.h"
+#include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "tests/filesystem/path_support.h"
@@ -66,6 +67,23 @@ TEST(DiskConcurrency, EachThreadIsToldItsOwnReason) {
     }
   });
   EXPECT_TRUE(here->exists());
+}
+
+// Each thread may search the same directory on its own.
+TEST(DiskConcurrency, SearchesOfOneDirectoryRunSideBySide) {
+  TempFolder folder;
+  for (int i = 0; i < 20; ++i) folder.write("sub" + std::to_string(i % 3) + "/f" + std::to_string(i));
+  SmartPtr<Directory const> const directory = directoryAt(folder.text().c_str());
+  std::vector<Texts> results(kThreads);
+  onThreads([&](int thread) {
+    for (int i = 0; i < 10; ++i) {
+      for (auto const& item : directory->collectContents(String(KVW("*")), true)) {
+        results[static_cast<std::size_t>(thread)].push_back(fullName(item));
+      }
+    }
+  });
+  EXPECT_EQ(results.front().size(), 230u);
+  for (Texts const& result : results) EXPECT_EQ(result, results.front());
 }
 
 }  // namespace

@@ -5,9 +5,7 @@
 
 #include <string>
 
-#include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/path_support.h"
-#include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
 namespace {
@@ -243,39 +241,6 @@ TEST(PathAlgebra, ContainsFindsTheTextAnywhereWithCase) {
     EXPECT_EQ(directory->contains(*directoryAt(row.item)), row.asDirectory);
     EXPECT_EQ(directory->contains(*fileAt(row.item)), row.asFile);
   }
-}
-
-// Everything but makeAbsolute and what is built on it works without the system.
-TEST(PathAlgebra, AsksTheSystemNothing) {
-  ScriptedFiles files;
-  platform::ScopedBackend<platform::FileApi> const scope(files);
-  CollectedMessages messages;
-  for (wchar const* text : {KVW(""), KVW("a"), KVW(R"(C:\a\..\b)"), KVW("c:x"), KVW(R"(\\s\t\x)"), KVW("a*"),
-                            KVW(R"(\\?\C:\a)"), KVW(R"(C:\..)"), KVW("1:")}) {
-    SmartPtr<File const> const file = File::fromString(String(text));
-    SmartPtr<Directory> const parsed = Directory::fromString(String(text));
-    if (parsed == nullptr) continue;
-    SmartPtr<Directory const> const directory = parsed;
-    parsed->setName(String(KVW("n")));
-    described(directory);
-    directory->getFullNameUnicode(), directory->getFullNameUnix();
-    directory->appendLevel(String(KVW("b")));
-    directory->appendPath(*directory);
-    directory->combine(directory);
-    directory->contains(*directory);
-    directory->equals(directory);
-    directory->equals(SmartPtr<Directory const>());
-    if (directory->isAbsolute()) directory->makeAbsolute(), directory->makeRelative(directory);
-    directory->findFiles(String(KVW("a/b")));
-    if (file == nullptr) continue;
-    file->getFullName(), file->getFullNameUnicode(), file->getFullNameUnix();
-    file->replaceExtension(String(KVW("x")));
-    file->equals(file);
-    directory->combine(file);
-    directory->contains(*file);
-    if (file->isAbsolute()) file->makeAbsolute(), file->makeRelative(file->getDirectory());
-  }
-  EXPECT_EQ(files.log(), Log());
 }
 
 }  // namespace

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+//
+// What holds for every operation in the table of path operations: it leaves the disk and the objects that take part
+// alone, gives the same answer each time and on each thread, and stands memory that runs out at any point.
+#include "tests/filesystem/path_operation_table.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "tests/support/allocation_failure.h"
+#include "tests/support/scripted_files.h"
+#include "tests/support/threads.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+// A process in C:\work, for D: in D:\data, on a disk with nothing on it.
+class PathOperations : public ::testing::Test {
+ protected:
+  PathOperations() {
+    files.script.directory = KVW(R"(C:\work)");
+    for (int drive = 1; drive <= 26; ++drive) files.script.driveDirectories[drive] = KVW(R"(D:\data)");
+  }
+
+  ScriptedFiles files;
+  platform::ScopedBackend<platform::FileApi> scope{files};
+};
+
+SmartPtr<File const> named(wchar const* path, String const& name) {
+  SmartPtr<File> const file = File::fromString(String(path));
+  file->setName(name);
+  return file;
+}
+
+// No operation ends in a message on these.
+std::vector<PathItems> ordinaryItems() {
+  String const text(KVW("c:/a/../b/c")), share(KVW("//srv/share/x")), name(KVW("n.e"));
+  return {
+      {"on a drive", directoryAt(KVW(R"(C:\work\a)")), directoryAt(KVW(R"(..\r)")), fileAt(KVW(R"(C:\a\f.txt)")),
+       fileAt(KVW(R"(r\f.txt)")), text, name},
+      {"on a share", directoryAt(KVW(R"(\\srv\share\x)")), directoryAt(KVW("r")), fileAt(KVW(R"(\\srv\share\f)")),
+       fileAt(KVW(R"(D:g.h)")), share, name},
+      {"relative", directoryAt(KVW(R"(r\q)")), directoryAt(KVW(R"(..\x)")), fileAt(KVW("f")), fileAt(KVW(R"(\g)")),
+       text, name},
+  };
+}
+
+std::vector<PathItems> oddItems() {
+  SmartPtr<Directory const> const byDefault(new Directory), root = directoryAt(KVW(R"(C:\)")),
+                                                            up = directoryAt(KVW(R"(..\..)"));
+  SmartPtr<File const> const file = fileAt(KVW("a.b")), nil = named(KVW("x"), String::NIL),
+                             empty = named(KVW(R"(\x)"), String::EMPTY),
+                             odd = named(KVW(R"(\\s\t\x)"), String(KVW(R"(..\*:?/ .)")));
+  String const surrogate(wchar(0xD800), 3);
+  return {
+      {"NIL", byDefault, byDefault, nil, nil, String::NIL, String::NIL},
+      {"EMPTY", byDefault, root, empty, nil, String::EMPTY, String::EMPTY},
+      {"roots", root, directoryAt(KVW(R"(\\s\t)")), empty, odd, String(KVW("C:")), String(KVW("."))},
+      {"beyond the root", root, up, file, odd, String(KVW(R"(C:\..)")), String(KVW(".."))},
+      {"dots alone", up, up, odd, odd, String(KVW(R"(\\.\..\.)")), String(KVW("..."))},
+      {"inner NUL", root, byDefault, file, file, counted(wstring(KVW("a\0\\b*"), 5)), counted(wstring(KVW("a\0b"), 3))},
+      {"percent signs", up, root, named(KVW("x"), String(KVW("%ls%n"))), nil, String(KVW("%ls%n*")),
+       String(KVW("%s:"))},
+      {"lone surrogates", directoryAt(surrogate), directoryAt(surrogate), named(KVW("x"), surrogate), file, surrogate,
+       surrogate},
+  };
+}
+
+std::string described(PathItems const& items) {
+  return testing::described(items.directory) + ", " + testing::described(items.otherDirectory) + ", " +
+         testing::described(items.file) + ", " + testing::described(items.otherFile) + ", " + shown(items.text) + ", " +
+         shown(items.level);
+}
+
+TEST_F(PathOperations, LeaveTheDiskAndTheirObjectsAlone) {
+  CollectedMessages messages;
+  std::vector<PathItems> all = ordinaryItems();
+  for (PathItems const& items : all) {
+    for (PathOperation const& operation : pathOperations()) operation.run(items);
+    EXPECT_EQ(messages.take(), Texts{shown(items.text)}) << items.name;  // of reportError itself
+  }
+  for (PathItems const& items : oddItems()) all.push_back(items);
+  for (PathItems const& items : all) {
+    std::string const before = described(items);
+    for (PathOperation const& operation : pathOperations()) {
+      SCOPED_TRACE(std::string(operation.name) + ", " + items.name);
+      files.clearLog();
+      std::string const result = operation.run(items);
+      Texts const reported = messages.take();
+      EXPECT_EQ(operation.run(items), result);
+      EXPECT_EQ(messages.take(), reported);
+      EXPECT_EQ(described(items), before);
+      for (std::string const& call : files.log()) {
+        std::string const name = call.substr(0, call.find(' '));
+        EXPECT_NE(std::string(operation.calls).find(name), std::string::npos) << call;
+      }
+      EXPECT_EQ(files.openInAll(), 0);
+    }
+  }
+}
+
+// The same calls without an allocation of the script's own.
+class FrugalFiles final : public FileScript {
+ public:
+  platform::SearchHandle findFirst(wchar const*, platform::FindData&) override { return platform::invalidSearch(); }
+  bool currentDirectory(wstring& path) override {
+    path = KVW(R"(C:\work)");
+    return true;
+  }
+  bool currentDirectoryOfDrive(int, wstring& path) override { return currentDirectory(path); }
+};
+
+TEST(PathAllocation, EveryOperationCleansUp) {
+  FrugalFiles files;
+  platform::ScopedBackend<platform::FileApi> const scope(files);
+  for (PathItems const& items : ordinaryItems()) {
+    std::string const before = described(items);
+    for (PathOperation const& operation : pathOperations()) {
+      SCOPED_TRACE(std::string(operation.name) + ", " + items.name);
+      operation.run(items);  // what is built on first use stands from here on
+      for (int n = 1;; ++n) {
+        bool threw = false;
+        AllocationFailure memory(n);
+        try {
+          operation.run(items);
+        } catch (std::bad_alloc const&) {
+          threw = true;
+        }
+        memory.end();
+        ASSERT_EQ(memory.live(), 0) << "allocation " << n;
+        ASSERT_EQ(memory.mismatched(), 0) << "allocation " << n;
+        ASSERT_EQ(threw, memory.failed()) << "allocation " << n;
+        if (!memory.failed()) break;
+        ASSERT_LT(n, 10000);
+      }
+      ASSERT_EQ(described(items), before);
+    }
+  }
+}
+
+TEST(PathAllocation, AReceiverIsAsBeforeWhereMemoryRanOut) {
+  String const name(KVW("new.ext"));
+  for (int n = 1; n < 100; ++n) {
+    SmartPtr<Directory> const directory = Directory::fromString(String(KVW("C:\\a\\b")));
+    SmartPtr<Directory> const target = Directory::fromString(String(KVW("\\\\s\\t\\x")));
+    SmartPtr<File> const file = File::fromString(String(KVW("C:\\a\\b.txt")));
+    AllocationFailure scope(n);
+    auto const throws = [](auto const& change) {
+      try {
+        change();
+        return false;
+      } catch (std::bad_alloc const&) {
+        return true;
+      }
+    };
+    bool const directoryThrew = throws([&] { directory->setName(name); });
+    bool const targetThrew = throws([&] { *target = *directory; });
+    bool const fileThrew = throws([&] { file->setName(name); });
+    scope.end();
+    EXPECT_EQ(testing::described(directory), directoryThrew ? "abs C: [a][b]" : "abs C: [a][new.ext]");
+    EXPECT_EQ(testing::described(target), targetThrew ? "abs \\\\s\\t [x]" : testing::described(directory));
+    EXPECT_EQ(testing::described(file), fileThrew ? "abs C: [a] | b | txt" : "abs C: [a] | new | ext");
+    if (!scope.failed()) return;
+  }
+  FAIL() << "never passed";
+}
+
+TEST(PathConcurrency, OnePathServesSeveralThreads) {
+  FrugalFiles files;
+  platform::ScopedBackend<platform::FileApi> const scope(files);
+  for (PathItems const& items : ordinaryItems()) {
+    std::vector<Texts> results(kThreads);
+    onThreads([&](int thread) {
+      for (int round = 0; round < 50; ++round) {
+        for (PathOperation const& operation : pathOperations()) {
+          results[static_cast<std::size_t>(thread)].push_back(operation.run(items));
+        }
+      }
+    });
+    for (Texts const& result : results) EXPECT_EQ(result, results.front()) << items.name;
+    EXPECT_EQ(items.directory->getRefCounter(), 1u);
+    EXPECT_EQ(items.file->getRefCounter(), 1u);
+  }
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1
