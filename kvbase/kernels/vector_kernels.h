@@ -304,7 +304,6 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
 // time by units(block, count), and any one character by character(code).
 template <class V, class Sink>
 void readUtf8Text(char const* bytes, int n, Sink& sink) {
-  auto const* const data = reinterpret_cast<unsigned char const*>(bytes);
   for (int i = 0; i < n;) {
     for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
     if constexpr (V::kConvertsRuns) {
@@ -314,7 +313,7 @@ void readUtf8Text(char const* bytes, int n, Sink& sink) {
       for (int taken = 1; i + 40 <= n && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
     }
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
-      Utf8Character const character = readUtf8(data + i, n - i);
+      Utf8Character const character = readUtf8(bytes + i, n - i);
       sink.character(character.code);
       i += character.bytes;
     }

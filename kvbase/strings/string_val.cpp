@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
-#include "kvbase/strings/internal/narrow_text.h"
 
 namespace KV_1_1 {
 
@@ -65,7 +65,7 @@ StringVal* StringVal::construct(wchar const* text, int length, int capacity) {
 }
 
 StringVal* StringVal::construct(char const* text, int length, int capacity) {
-  return decode(CodePageInterface(text, strings::kAnsiCodePage), length, capacity);
+  return decode(CodePageInterface(text, platform::kAnsiCodePage), length, capacity);
 }
 
 StringVal* StringVal::constructUsingCodepage(CodePageInterface text, int length, int capacity) {
@@ -74,13 +74,14 @@ StringVal* StringVal::constructUsingCodepage(CodePageInterface text, int length,
 
 StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   if (length >= 1 && text.data()[length - 1] == 0) --length;
-  int const size = strings::decodeNarrow(text.codePage(), text.data(), length, nullptr, 0);
+  int const size = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, nullptr, 0);
   if (size == 0) return nullptr;
   if (capacity == -1) capacity = size;
   StringVal* payload = construct(allocate(capacity), KVW(""), 0, capacity);
   // Where the length rule below writes no terminator, this one keeps readers inside the block.
   payload->str()[capacity] = 0;
-  int const converted = strings::decodeNarrow(text.codePage(), text.data(), length, payload->str(), size);
+  int const converted =
+      platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, payload->str(), size);
   if (converted == 0) {
     payload->unref();
     return nullptr;
@@ -136,18 +137,18 @@ char const* StringVal::narrow(NarrowCopy which) const {
 
 // The text with its terminator in the code page, in an array of its own; null if it cannot be converted.
 char* StringVal::newNarrow(NarrowCopy which) const {
-  unsigned int const codePage = which == kAnsi ? strings::kAnsiCodePage : strings::kUtf8CodePage;
+  unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
   int const units = length_ + 1;
   // A short text in UTF-8 fits in here in any case, which spares it the measuring.
   char brief[256];
   bool const isBrief = which == kUtf8 && units <= static_cast<int>(sizeof brief) / 3;
-  int const size = strings::encodeNarrow(codePage, str(), units, isBrief ? brief : nullptr,
-                                         isBrief ? static_cast<int>(sizeof brief) : 0);
+  int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, isBrief ? brief : nullptr,
+                                          isBrief ? static_cast<int>(sizeof brief) : 0);
   if (size == 0) return nullptr;
   std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(size)]);
   if (isBrief) {
     std::memcpy(copy.get(), brief, static_cast<std::size_t>(size));
-  } else if (strings::encodeNarrow(codePage, str(), units, copy.get(), size) == 0) {
+  } else if (platform::encodeNarrow(platform::text(), codePage, str(), units, copy.get(), size) == 0) {
     return nullptr;
   }
   return copy.release();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the native text backend of either system promises.
+// What the native text backend of either system promises, and the conversions on top of it.
 #include "kvbase/platform/text_api.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "kvbase/platform/narrow_text.h"
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
@@ -24,17 +25,17 @@ platform::TextApi& text() {
 
 wstring decoded(unsigned int page, std::string const& bytes) {
   int const size = static_cast<int>(bytes.size());
-  int const needed = text().decode(page, bytes.data(), size, nullptr, 0);
+  int const needed = platform::decodeNarrow(text(), page, bytes.data(), size, nullptr, 0);
   wstring units(static_cast<std::size_t>(needed), KVW('#'));
-  EXPECT_EQ(needed == 0 ? 0 : text().decode(page, bytes.data(), size, &units[0], needed), needed);
+  EXPECT_EQ(needed == 0 ? 0 : platform::decodeNarrow(text(), page, bytes.data(), size, &units[0], needed), needed);
   return units;
 }
 
 std::string encoded(unsigned int page, wstring const& units) {
   int const size = static_cast<int>(units.size());
-  int const needed = text().encode(page, units.data(), size, nullptr, 0);
+  int const needed = platform::encodeNarrow(text(), page, units.data(), size, nullptr, 0);
   std::string bytes(static_cast<std::size_t>(needed), '#');
-  EXPECT_EQ(needed == 0 ? 0 : text().encode(page, units.data(), size, &bytes[0], needed), needed);
+  EXPECT_EQ(needed == 0 ? 0 : platform::encodeNarrow(text(), page, units.data(), size, &bytes[0], needed), needed);
   return bytes;
 }
 
@@ -102,20 +103,20 @@ TEST(TextApiTest, ConversionFailsWithZero) {
   char bytes[4];
   for (unsigned int page : {1252u, 65001u}) {
     SCOPED_TRACE(page);
-    EXPECT_EQ(text().decode(page, "abc", 0, units, 4), 0) << "no bytes";
-    EXPECT_EQ(text().decode(page, "abc", 3, units, 2), 0) << "too little room";
-    EXPECT_EQ(text().decode(page, "abc", -1, units, 4), 4) << "with the terminator";
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", 0, units, 4), 0) << "no bytes";
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", 3, units, 2), 0) << "too little room";
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", -1, units, 4), 4) << "with the terminator";
     EXPECT_EQ(units[3], 0);
-    EXPECT_EQ(text().decode(page, "abc", -1, units, 3), 0);
-    EXPECT_EQ(text().encode(page, KVW("abc"), 0, bytes, 4), 0);
-    EXPECT_EQ(text().encode(page, KVW("abc"), 3, bytes, 2), 0);
-    EXPECT_EQ(text().encode(page, KVW("abc"), 3, bytes, 3), 3);
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", -1, units, 3), 0);
+    EXPECT_EQ(platform::encodeNarrow(text(), page, KVW("abc"), 0, bytes, 4), 0);
+    EXPECT_EQ(platform::encodeNarrow(text(), page, KVW("abc"), 3, bytes, 2), 0);
+    EXPECT_EQ(platform::encodeNarrow(text(), page, KVW("abc"), 3, bytes, 3), 3);
   }
   for (unsigned int page : {1200u, 1201u, 4242u, 64999u, 999999u}) {
     SCOPED_TRACE(page);
-    EXPECT_EQ(text().decode(page, "abc", 3, nullptr, 0), 0) << "no such page, not for ASCII either";
-    EXPECT_EQ(text().decode(page, "abc", 3, units, 4), 0);
-    EXPECT_EQ(text().encode(page, KVW("abc"), 3, bytes, 4), 0);
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", 3, nullptr, 0), 0) << "no such page, not for ASCII either";
+    EXPECT_EQ(platform::decodeNarrow(text(), page, "abc", 3, units, 4), 0);
+    EXPECT_EQ(platform::encodeNarrow(text(), page, KVW("abc"), 3, bytes, 4), 0);
   }
 }
 

@@ -6,11 +6,11 @@
 
 #include <string>
 
+#include "kvbase/kernels/utf8.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/path_mapping.h"
 #include "kvbase/platform/linux/shell/child_process.h"
-#include "kvbase/platform/linux/text/code_pages.h"
 
 namespace KV_1_1 {
 namespace platform {
@@ -44,7 +44,7 @@ void appendUtf8(wchar const* text, NativePath& bytes) {
   std::size_t const begin = bytes.size();
   bytes.resize(begin + 3 * units);
   int const capacity = static_cast<int>(3 * units);
-  int const size = encodeCodePage(65001, text, static_cast<int>(units), bytes.data() + begin, capacity);
+  int const size = strings::encodeUtf8(text, static_cast<int>(units), bytes.data() + begin, capacity);
   bytes.resize(begin + static_cast<std::size_t>(size));
 }
 

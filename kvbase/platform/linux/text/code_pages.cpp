@@ -9,17 +9,14 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
-#include <limits>
 
-#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/linux/small_buffer.h"
+#include "kvbase/platform/narrow_text.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
-
-constexpr unsigned int kUtf8 = 65001;
 
 // Pages that ICU does not know as "windows-<number>".
 struct NamedPage {
@@ -47,7 +44,7 @@ constexpr NamedPage kNamedPages[] = {
 };
 
 unsigned int resolved(unsigned int codePage) {
-  return codePage == 0 ? currentAnsiCodePage() : codePage;
+  return codePage == kAnsiCodePage ? currentAnsiCodePage() : codePage;
 }
 
 // A converter of its own for each call: opening one is cheap, sharing one is not allowed.
@@ -114,29 +111,11 @@ wchar rotated(wchar unit) {
   return unit == 0x1A ? 0x1C : unit == 0x1C ? 0x7F : unit == 0x7F ? 0x1A : unit;
 }
 
-// The result of a conversion that needs `size` units or bytes: the size if it fits (or is only asked for).
-int fitting(long long size, int capacity) {
-  if (size > std::numeric_limits<int>::max()) return 0;
-  return capacity == 0 || size <= capacity ? static_cast<int>(size) : 0;
-}
-
-int decodeUtf8(char const* bytes, int size, wchar* units, int capacity) {
-  strings::TextKernels const& kernels = strings::kernels();
-  int const needed = fitting(kernels.utf16Size(bytes, size), capacity);
-  return needed == 0 || capacity == 0 ? needed : kernels.fromUtf8(bytes, size, units);
-}
-
-int encodeUtf8(wchar const* units, int size, char* bytes, int capacity) {
-  strings::TextKernels const& kernels = strings::kernels();
-  int const needed = fitting(kernels.utf8Size(units, size), capacity);
-  return needed == 0 || capacity == 0 ? needed : static_cast<int>(kernels.toUtf8(units, size, bytes));
-}
-
 unsigned int ansiCodePageOfEnvironment() {
   char const* const text = getenv("KVBASE_ANSI_CODEPAGE");
-  if (text == nullptr) return kUtf8;
+  if (text == nullptr) return kUtf8CodePage;
   unsigned long const number = strtoul(text, nullptr, 10);
-  return number == 0 || number > 65535 ? kUtf8 : static_cast<unsigned int>(number);
+  return number == 0 || number > 65535 ? kUtf8CodePage : static_cast<unsigned int>(number);
 }
 
 // 0: not asked yet. Threads that ask at once find the same answer.
@@ -154,16 +133,8 @@ unsigned int currentAnsiCodePage() {
 }
 
 int decodeCodePage(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
-  codePage = resolved(codePage);
-  if (size == -1) {
-    std::size_t const length = strlen(bytes);
-    if (length >= std::numeric_limits<int>::max()) return 0;
-    size = static_cast<int>(length) + 1;
-  }
   if (size <= 0 || capacity < 0) return 0;
-  if (codePage == kUtf8) return decodeUtf8(bytes, size, units, capacity);
-
-  Converter converter(codePage);
+  Converter converter(resolved(codePage));
   if (!converter.isOpen()) return 0;
   int const n = converter.decode(bytes, size, units, capacity);
   if (capacity != 0 && converter.rotatesControls()) std::transform(units, units + n, units, rotatedBack);
@@ -171,11 +142,8 @@ int decodeCodePage(unsigned int codePage, char const* bytes, int size, wchar* un
 }
 
 int encodeCodePage(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
-  codePage = resolved(codePage);
   if (size <= 0 || capacity < 0) return 0;
-  if (codePage == kUtf8) return encodeUtf8(units, size, bytes, capacity);
-
-  Converter converter(codePage);
+  Converter converter(resolved(codePage));
   if (!converter.isOpen()) return 0;
   if (!converter.rotatesControls()) return converter.encode(units, size, bytes, capacity);
   SmallBuffer<wchar, 256> copy;

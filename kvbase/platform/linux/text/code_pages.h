@@ -2,8 +2,8 @@
 //
 // Windows code pages by their numbers. The contracts are those of TextApi::decode, encode and ansiCodePage.
 //
-// 65001 is converted by the library itself, everything else by ICU: all the pages of Windows that ICU has a table of.
-// 1200 and 1201, which are no narrow text, are refused as Windows refuses them.
+// They are converted by ICU: all the pages of Windows that ICU has a table for. 1200 and 1201, which are not narrow
+// text, are refused as Windows refuses them.
 #pragma once
 
 #include "kvbase/text_unit.h"

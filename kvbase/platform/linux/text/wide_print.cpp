@@ -11,9 +11,10 @@
 #include <limits>
 #include <string>
 
+#include "kvbase/kernels/utf8_character.h"
 #include "kvbase/platform/linux/small_buffer.h"
-#include "kvbase/platform/linux/text/code_pages.h"
 #include "kvbase/platform/linux/text/print_spec.h"
+#include "kvbase/platform/narrow_text.h"
 
 namespace KV_1_1 {
 namespace platform {
@@ -237,7 +238,7 @@ class Printer {
     int const argument = va_arg(arguments_.list, int);
     wchar unit = static_cast<wchar>(argument);
     char const byte = static_cast<char>(argument);
-    if (narrow) decodeCodePage(0, &byte, 1, &unit, 1);
+    if (narrow) decodeNarrow(nativeText(), kAnsiCodePage, &byte, 1, &unit, 1);
     printField("", 0, 0, &unit, 1, spec_.zero);
   }
 
@@ -267,7 +268,8 @@ class Printer {
     std::size_t size = strnlen(bytes, most);
     for (;;) {
       units.resize(size);
-      int const n = decodeCodePage(0, bytes, static_cast<int>(size), units.data(), static_cast<int>(size));
+      int const n = decodeNarrow(nativeText(), kAnsiCodePage, bytes, static_cast<int>(size), units.data(),
+                                 static_cast<int>(size));
       units.resize(static_cast<std::size_t>(n));
       if (n == 0 || (units.size() >= most && !endsWithinCharacter(bytes, size)) || bytes[size] == 0) break;
       size += strnlen(bytes + size, std::max<std::size_t>(1, most - std::min(most, units.size())));
@@ -277,12 +279,11 @@ class Printer {
 
   // Whether the last bytes begin a sequence of UTF-8 that goes on behind them.
   static bool endsWithinCharacter(char const* bytes, std::size_t size) {
-    if (currentAnsiCodePage() != 65001) return false;
-    static constexpr unsigned kLeads[] = {0xC2, 0xE0, 0xF0};  // of sequences longer than 1, 2, 3 bytes
-    for (std::size_t tail = 0; tail < 3 && tail < size; ++tail) {
-      unsigned const byte = static_cast<unsigned char>(bytes[size - 1 - tail]);
-      if (byte >= 0xC0) return byte >= kLeads[tail] && byte < 0xF5;
-      if (byte < 0x80) return false;
+    if (!isUtf8(nativeText(), kAnsiCodePage)) return false;
+    for (std::size_t tail = 1; tail <= 3 && tail <= size; ++tail) {
+      auto const byte = static_cast<unsigned char>(bytes[size - tail]);
+      bool const isContinuation = (byte & 0xC0) == 0x80;
+      if (!isContinuation) return strings::utf8SequenceSize(byte) > static_cast<int>(tail);
     }
     return false;
   }
