@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The text unit of the library: an unsigned 16-bit unit, UTF-16 as far as conversions are concerned.
+// The code unit of the library's texts. A "unit" is always one UTF-16 code unit: an unsigned number of 16 bits, half a
+// character where two make a surrogate pair. Lengths and positions count units. Nothing but the conversions looks at
+// pairs, and texts may hold lone surrogates.
 //
 //   wchar        wchar_t on Windows, char16_t elsewhere (where wchar_t has 32 bits)
 //   wstring      std::basic_string<wchar>; this is std::wstring on Windows
@@ -24,7 +26,7 @@ namespace KV_1_1 {
 #if defined(_WIN32)
 using wchar = wchar_t;
 using ulong32 = unsigned long;
-// A unit of text that is not the library's, though it looks alike.
+// The character type that looks like a unit but belongs to other texts; String refuses it.
 using ForeignUnit = char16_t;
 #else
 using wchar = char16_t;
@@ -33,7 +35,7 @@ using ForeignUnit = wchar_t;
 #endif
 using wstring = std::basic_string<wchar>;
 
-static_assert(sizeof(wchar) == 2, "a text unit has 16 bits");
+static_assert(sizeof(wchar) == 2, "a unit has 16 bits");
 static_assert(sizeof(ulong32) == 4, "ulong32 has 32 bits");
 
 }  // namespace KV_1_1

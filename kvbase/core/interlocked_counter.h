@@ -14,8 +14,8 @@ namespace KV_1_1 {
 //   ++c       => 3
 //   c++       => 3, and c holds 4
 //
-// Thread rule: the operators marked atomic may run on any threads at once. Copying and reading are plain, and what is
-// read may be out of date at once.
+// Thread rule: the operators marked atomic may run on any threads at once. Copying and reading are plain, and a value
+// may be out of date as soon as it is read.
 class InterlockedCounter {
  public:
   // 0.
@@ -31,7 +31,7 @@ class InterlockedCounter {
     return *this;
   }
 
-  // Atomic exchange. Returns the value just assigned, not the old one.
+  // Atomic exchange; returns the value just assigned, not the old one.
   unsigned int operator=(unsigned int value) {
     word_.exchange(value);
     return value;
@@ -49,11 +49,11 @@ class InterlockedCounter {
   // Atomic; the old value.
   unsigned int operator--(int) { return word_.fetch_sub(1); }
 
-  // Atomic; returns the value *before* the addition. That is meant, though no other compound assignment does so.
+  // COMPAT: atomic; returns the value before the addition, as no other compound assignment does.
   unsigned int operator+=(unsigned int value) { return word_.fetch_add(value); }
 
  private:
-  // Relaxed: a plain load gives no order, it only must not tear.
+  // Relaxed: a plain load promises no order; it only must not tear.
   std::uint32_t load() const { return word_.load(std::memory_order_relaxed); }
 
   // Sequentially consistent throughout (the default order of the operations above): the full barrier is promised.

@@ -4,7 +4,7 @@
 //
 // A plain function-local static would do on Windows, where each module has an at-exit list of its own. On Linux the
 // process has one list: a static built late is destroyed before the library's end code runs, even before statics of the
-// program that still use it. So each library of the family keeps a list of its own and says when it is run.
+// program that still use it. So each library of the family keeps its own list and decides when it is run.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,7 @@ namespace KV_1_1 {
 // The at-exit list of the library that this code is linked into. The class is never exported, so each library has its
 // own list.
 //
-// Thread rule: any thread may enter an object at any time; nothing may run beside runDownTo.
+// Thread rule: any thread may register an object at any time; no other thread may use the list during destroyDownTo.
 class KVBASE_LOCAL AtExitList {
  public:
   struct Entry {
@@ -27,19 +27,19 @@ class KVBASE_LOCAL AtExitList {
     Entry* older;
   };
 
-  static void enter(Entry& entry) {
+  static void add(Entry& entry) {
     entry.older = newest_.load(std::memory_order_relaxed);
-    // Release: the thread that runs the list sees the object complete.
+    // Release: the thread that destroys the object sees it complete.
     while (!newest_.compare_exchange_weak(entry.older, &entry, std::memory_order_release, std::memory_order_relaxed)) {
     }
   }
 
-  // The newest entry, as a mark for runDownTo; null for an empty list.
+  // The newest entry, as a mark for destroyDownTo; null for an empty list.
   static Entry* newest() { return newest_.load(std::memory_order_acquire); }
 
-  // Destroys what was entered after `mark`, newest first; everything for a null mark. Objects that are entered
+  // Destroys the objects registered after `mark`, newest first; all objects for a null mark. Objects registered
   // meanwhile are destroyed too.
-  static void runDownTo(Entry* mark) {
+  static void destroyDownTo(Entry* mark) {
     for (Entry* entry = newest(); entry != mark && entry != nullptr; entry = newest()) {
       newest_.store(entry->older, std::memory_order_relaxed);
       entry->destroy(entry->object);
@@ -50,7 +50,7 @@ class KVBASE_LOCAL AtExitList {
   static inline std::atomic<Entry*> newest_{nullptr};
 };
 
-// Meant for a function-local static, whose guard makes the building safe on any threads:
+// For a function-local static, whose guard makes construction safe on any threads:
 //
 //   String const& invalidCharacters() {
 //     static Lazy<String const> set(KVW("*?"));
@@ -62,11 +62,11 @@ class KVBASE_LOCAL Lazy {
   template <class... Arguments>
   explicit Lazy(Arguments&&... arguments) {
     new (storage_) T(std::forward<Arguments>(arguments)...);
-    AtExitList::enter(entry_);
+    AtExitList::add(entry_);
   }
   Lazy(Lazy const&) = delete;
   Lazy& operator=(Lazy const&) = delete;
-  // No destructor: the at-exit list destroys the object, and the compiler must enter nothing of its own.
+  // No destructor: the at-exit list destroys the object, and the compiler must not register it with the process's list.
 
   T& get() { return *std::launder(reinterpret_cast<T*>(storage_)); }
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// Every global of the library that needs code to come up or go down, in the order in which they come up. They go down
-// in the reverse order. No other source of the library has such a global (`./kv check` looks), so that neither linker
-// decides about the order.
+// All globals of the library that have a constructor or destructor to run, in the order of their construction. No other
+// source has such a global (`./kv check` makes sure), so no linker decides about the order. Destruction goes in the
+// reverse order.
 //
-//   up                                               down
-//   1  the choice of text kernels                    last: nothing to do
-//   2  String::NIL                                   its null pointer: nothing happens
-//   3  String::EMPTY                                 its payload is freed
-//   4  the library's Module, the class records       records newest first, then the Module
+//      construction                                     destruction
+//   1  the choice of text kernels                       nothing to do
+//   2  String::NIL                                      nothing to do: its pointer is null
+//   3  String::EMPTY                                    frees its payload
+//   4  the library's Module, then the class records     the records, newest first, then the Module
 //      from BaseNode down
-//   5  (objects built lazily, by their first user)   first of all, newest first
+//   5  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
 #include "kvbase/core/lazy.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
@@ -40,7 +40,7 @@ mZClass const* mZClass::rootClass = nullptr;
 
 namespace {
 
-// The records enter themselves in the end list as they are built, behind the module that the first of them asks for.
+// Each record registers itself in the at-exit list when it is built; the first of them builds the Module before itself.
 struct ClassRecords {
   ClassRecords() {
     FileSystemItem::Class();
@@ -51,13 +51,13 @@ struct ClassRecords {
     FileIterator::Class();
     FileCollectionIterator::Class();
   }
-  ~ClassRecords() { AtExitList::runDownTo(nullptr); }
+  ~ClassRecords() { AtExitList::destroyDownTo(nullptr); }
 } const classRecords;
 
-// What enters the end list from here on was built lazily and goes first.
+// Lazy objects registered after this mark are destroyed first.
 struct LazyObjects {
   LazyObjects() : mark_(AtExitList::newest()) {}
-  ~LazyObjects() { AtExitList::runDownTo(mark_); }
+  ~LazyObjects() { AtExitList::destroyDownTo(mark_); }
 
  private:
   AtExitList::Entry* mark_;

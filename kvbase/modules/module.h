@@ -37,7 +37,7 @@ class KVBASE_API Module {
   String const& getModuleName() const;
 
  private:
-  // What a module of the family needs to have its own Module.
+  // Each library of the family builds its own Module through it.
   friend class ModuleOwner;
 
   // Joins the list at its end.
@@ -72,8 +72,8 @@ class KVBASE_API Module::const_iterator : public std::iterator<std::bidirectiona
   Module const& operator*() const { return *module_; }
   Module const* operator->() const { return module_; }
 
-  // The postfix forms are the prefix forms: they move the iterator and give a reference to it, not its old position.
-  // That is meant to stay so.
+  // COMPAT: the postfix forms are the prefix forms: they move the iterator and return a reference to it, not its old
+  // position.
   const_iterator& operator++();
   const_iterator& operator++(int) { return ++*this; }
   const_iterator& operator--();

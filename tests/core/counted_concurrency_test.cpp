@@ -92,7 +92,7 @@ TEST(LazyConcurrency, ObjectsOfManyThreadsAreAllTakenDown) {
     for (int k = 0; k < kEach; ++k) objects[static_cast<std::size_t>(i)].emplace_back(new Lazy<Counted>(alive));
   });
   EXPECT_EQ(alive, kThreads * kEach);
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
   EXPECT_EQ(alive, 0);
 }
 
@@ -109,7 +109,7 @@ TEST(LazyConcurrency, OneObjectIsBuiltOnceForAllThreads) {
   });
   EXPECT_EQ(built, 1);
   for (Counted* object : seen) EXPECT_EQ(object, seen.front());
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
 }
 
 }  // namespace

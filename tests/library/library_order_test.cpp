@@ -97,10 +97,10 @@ TEST(LibraryOrder, LazyObjectsGoNewestFirst) {
   Lazy<Probe const> c(log, "c");
   EXPECT_EQ(a.get().name() + b.get().name() + c.get().name(), "abc");
   EXPECT_NE(AtExitList::newest(), mark);
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
   EXPECT_EQ(log, Log({"up a", "up b", "up c", "down c", "down b", "down a"}));
   EXPECT_EQ(AtExitList::newest(), mark);
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
   EXPECT_EQ(log.size(), 6u);
 }
 
@@ -111,9 +111,9 @@ TEST(LibraryOrder, OnlyWhatStandsBehindTheMarkGoes) {
   AtExitList::Entry* const behindA = AtExitList::newest();
   Lazy<Probe> b(log, "b");
   log.clear();
-  AtExitList::runDownTo(behindA);
+  AtExitList::destroyDownTo(behindA);
   EXPECT_EQ(log, Log({"down b"}));
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
   EXPECT_EQ(log, Log({"down b", "down a"}));
 }
 
@@ -130,7 +130,7 @@ TEST(LibraryOrder, WhatIsBuiltWhileOthersGoGoesToo) {
   Lazy<Probe> a(log, "a");
   Lazy<Builder> builder(late, log);
   log.clear();
-  AtExitList::runDownTo(mark);
+  AtExitList::destroyDownTo(mark);
   EXPECT_EQ(log, Log({"up late", "down late", "down a"}));
   delete late;
 }
