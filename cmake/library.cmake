@@ -6,7 +6,10 @@
 file(GLOB_RECURSE kvbase_sources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.cpp")
 file(GLOB_RECURSE kvbase_public_headers CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.h")
 file(GLOB_RECURSE kvbase_resources CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "kvbase/*.rc")
-list(FILTER kvbase_public_headers EXCLUDE REGEX "/internal/|^kvbase/(kernels|library)/|/platform/(linux|windows)/")
+list(FILTER kvbase_public_headers EXCLUDE REGEX
+     "/internal/|^kvbase/(internal_assert.h|(kernels|library)/)|/platform/(linux|windows)/")
+# What a public header includes is installed, though it is no interface.
+list(APPEND kvbase_public_headers kvbase/strings/internal/printf_argument.h)
 if(WIN32)
   list(FILTER kvbase_sources EXCLUDE REGEX "/platform/linux/")
 else()

@@ -125,9 +125,9 @@ std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
 
 // "\\server\share".
 String shareRoot(TextView server, TextView share) {
-  TextBuilder root(static_cast<int>(server.size() + share.size()) + 3);
-  root.append(KVW("\\\\"), 2).append(server.data(), static_cast<int>(server.size()));
-  return root.append(KVW('\\')).append(share.data(), static_cast<int>(share.size())).finish();
+  TextBuilder root(static_cast<long long>(server.size() + share.size()) + 3);
+  root.append(KVW('\\')).append(KVW('\\')).append(server);
+  return root.append(KVW('\\')).append(share).finish();
 }
 
 }  // namespace

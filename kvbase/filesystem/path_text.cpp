@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // The texts of paths, and the names in them.
-#include <climits>
-#include <new>
 #include <utility>
 
 #include "kvbase/filesystem/directory.h"
@@ -11,14 +9,6 @@
 #include "kvbase/strings/internal/text_builder.h"
 
 namespace KV_1_1 {
-
-namespace {
-
-void append(TextBuilder& builder, TextView text) {
-  builder.append(text.data(), static_cast<int>(text.size()));
-}
-
-}  // namespace
 
 String Directory::text(Form form, String const& baseName, String const& extension) const {
   wchar const separator = form == Form::kUnix ? KVW('/') : KVW('\\');
@@ -36,21 +26,20 @@ String Directory::text(Form form, String const& baseName, String const& extensio
 
   bool const isHere = root.empty() && !absolute_ && levels_.empty();
   long long units = static_cast<long long>(prefix.size() + root.size()) + (separatorBehindRoot ? 1 : 0);
-  for (String const& level : levels_) units += level.length() + 1;
+  for (String const& level : levels_) units += level.length() + 1ll;
   if (isHere) units = 2;
   units += baseName.length();
   bool const hasExtension = extension.length() > 0;
-  if (hasExtension) units += 1 + extension.length();
-  if (units > INT_MAX) throw std::bad_alloc();
+  if (hasExtension) units += extension.length() + 1ll;
 
-  TextBuilder builder(static_cast<int>(units));
-  append(builder, prefix);
+  TextBuilder builder(units);
+  builder.append(prefix);
   for (wchar const unit : root) builder.append(unit == KVW('\\') ? separator : unit);
   if (separatorBehindRoot) builder.append(separator);
-  for (String const& level : levels_) builder.append(level).append(separator);
+  for (String const& level : levels_) builder.append(viewOf(level)).append(separator);
   if (isHere) builder.append(KVW('.')).append(separator);
-  builder.append(baseName);
-  if (hasExtension) builder.append(KVW('.')).append(extension);
+  builder.append(viewOf(baseName));
+  if (hasExtension) builder.append(KVW('.')).append(viewOf(extension));
   return builder.finish();
 }
 
@@ -89,9 +78,8 @@ String const File::getFullNameUnix() const {
 String const File::getName() const {
   int const extensionUnits = extension_.length();
   if (extensionUnits == 0) return baseName_;
-  if (extensionUnits > INT_MAX - 1 - baseName_.length()) throw std::bad_alloc();
-  TextBuilder builder(baseName_.length() + 1 + extensionUnits);
-  return builder.append(baseName_).append(KVW('.')).append(extension_).finish();
+  TextBuilder builder(baseName_.length() + 1ll + extensionUnits);
+  return builder.append(viewOf(baseName_)).append(KVW('.')).append(viewOf(extension_)).finish();
 }
 
 void File::setName(String const& name) {

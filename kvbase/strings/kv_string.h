@@ -11,7 +11,7 @@
 // keep the two apart. String::NIL and String::EMPTY are the constants; an empty text built by a constructor has a
 // payload of its own and behaves like EMPTY. Each operation says below what it makes of NIL.
 //
-// Length and NUL. A length counts 16-bit units. Nearly every reading operation works on the text up to its first NUL;
+// Length and NUL. A length counts units (text_unit.h). Nearly every reading operation works on the text up to its first NUL;
 // the length may count inner NULs that a constructor was given. Where a size goes with a text pointer, the rule is:
 //   -1           the text is measured up to its first NUL
 //   0            no units
@@ -20,7 +20,10 @@
 //
 // Thread rule: Strings that share a payload may be copied and dropped on any threads. One String object belongs to one
 // thread while any thread changes it. Even const reads may store a newly measured length in the shared payload.
-// Failure: std::bad_alloc when memory is exhausted; the receiver then keeps its old value.
+// Failure: std::bad_alloc when memory is exhausted or a text would be longer than INT_MAX units; the receiver then keeps
+// its old value.
+//
+// Each section below names the source that defines it.
 #pragma once
 
 #include <iosfwd>
@@ -29,6 +32,7 @@
 
 #include "kvbase/export.h"
 #include "kvbase/strings/code_page.h"
+#include "kvbase/strings/internal/printf_argument.h"
 #include "kvbase/strings/string_buffer.h"
 #include "kvbase/strings/string_val.h"
 #include "kvbase/text_unit.h"
@@ -63,7 +67,7 @@ class KVBASE_API String {
     if (payload_ != nullptr) payload_->unref();
   }
 
-  // Nothing if both hold the same payload; otherwise the new one is taken before the old one is released.
+  // The new payload is taken before the old one is released.
   String& operator=(String const& other) noexcept {
     if (payload_ != other.payload_) String(other).swap(*this);
     return *this;
@@ -73,7 +77,7 @@ class KVBASE_API String {
     return *this;
   }
 
-  // --- Units ---------------------------------------------------------------------------------------------------------
+  // --- Units (string_value.cpp) --------------------------------------------------------------------------------------
 
   // The place of a unit, for writing: the String stops sharing and its length is measured anew when next asked for. A
   // NUL written ends the text there. NIL gives outOfRange, whatever the index; nothing else is checked.
@@ -99,11 +103,11 @@ class KVBASE_API String {
   // REQUIRES: not NIL when an array with `keep` is taken.
   StringBuffer buffer(int size, bool keep = false);
 
-  // Appends by building a new payload. A null text does nothing. On NIL the rule for sizes holds; on any other String
-  // -1 measures and other sizes are taken as they stand, a counted terminator included. That is meant to stay so.
+  // Appends by building a new payload. A null text does nothing. On NIL the rule for sizes holds.
+  // COMPAT: on any other String -1 measures and other sizes are taken as they are, a counted terminator included.
   void write(wchar const* text, int size);
 
-  // --- Comparison ----------------------------------------------------------------------------------------------------
+  // --- Comparison (string_value.cpp) ---------------------------------------------------------------------------------
   // Unit by unit as unsigned values, up to the first difference or the first NUL. NIL stands before every text, the empty
   // one included, and equals only NIL (or a null pointer).
 
@@ -139,7 +143,7 @@ class KVBASE_API String {
   // Against the text of one unit. NIL gives -1.
   int compareIgnoreCase(wchar ch) const;
 
-  // --- Cutting and testing -------------------------------------------------------------------------------------------
+  // --- Cutting and testing (string_value.cpp) ------------------------------------------------------------------------
 
   // The units from `start` up to, but not including, the position `end`. A start below 0 is 0, one behind the end is
   // the length; an end below 0 or behind the end is the length. EMPTY if nothing remains, for NIL too; shares this
@@ -153,11 +157,11 @@ class KVBASE_API String {
   String trim(bool left = true, bool right = true) const;
   // True for an empty or NIL prefix, on NIL too.
   bool startsWith(String const& prefix) const;
-  // False for an empty or NIL suffix, the reverse of startsWith. That is meant to stay so.
+  // COMPAT: false for an empty or NIL suffix, the reverse of startsWith.
   bool endsWith(String const& suffix) const { return endsWith(suffix, false); }
   bool endsWith(String const& suffix, bool ignoreCase) const;
 
-  // --- Search --------------------------------------------------------------------------------------------------------
+  // --- Search (string_search.cpp) ------------------------------------------------------------------------------------
   // Positions count units from the start of the text; -1 is not found. Text searches are case-sensitive and end at the
   // first NUL behind `from`. Every search gives -1 for NIL, for a negative `from` and for one not below the length.
 
@@ -190,15 +194,17 @@ class KVBASE_API String {
   int findWS(int from = 0) const;
   int findNonWS(int from = 0) const;
 
-  // --- Replacement ---------------------------------------------------------------------------------------------------
+  // --- Replacement (string_replace.cpp) ------------------------------------------------------------------------------
   // The result is the number of replacements.
 
   // Overwrites units in place up to the first NUL, after unsharing. NIL and an empty text: 0. A NUL `from` matches
-  // nothing; a NUL `to` ends the text at its first place, though all matches count. Equal units count too.
+  // nothing; a NUL `to` ends the text at its first place, though all matches count. Units are counted even if `from` and
+  // `to` are the same.
   int replace(wchar from, wchar to);
   // Replaces from left to right without overlap; what was put in is not searched again. A null or empty `from` changes
-  // nothing; a null `to` deletes. Without a match the payload stays as it is, shared or not; but NIL becomes EMPTY, and
-  // an emptied text becomes EMPTY, with a non-empty `from`. That NIL becomes a string is meant to stay so.
+  // nothing; a null `to` deletes. Without a match the payload stays as it is, shared or not. An empty text becomes a
+  // share of EMPTY if `from` is not empty, and so does one of which nothing remains.
+  // COMPAT: NIL becomes EMPTY too.
   //   "aaa".replace("aa", "b") => 1, "ba"      "aba".replace("a", "aa") => 2, "aabaa"
   int replace(wchar const* from, wchar const* to);
   // REQUIRES (both): `from` is not NIL. A NIL `to` deletes.
@@ -206,8 +212,8 @@ class KVBASE_API String {
   int replace(String const& from, wchar const* to);
   int replace(wchar const* from, String const& to);
 
-  // --- Values as text ------------------------------------------------------------------------------------------------
-  // Each appends the text of a value by building a new payload; NIL becomes a string. A float or double that is not 0 has
+  // --- Values as text (string_format.cpp) ----------------------------------------------------------------------------
+  // Each appends the text of a value by building a new payload; NIL becomes that text. A float or double that is not 0 has
   // as many significant digits as show a fixed number of places around its integer part; the decimal point is that of
   // the C locale.
   //   NIL << 5 << KVW("mm")     => "5mm"
@@ -236,7 +242,7 @@ class KVBASE_API String {
   String& operator+=(String const& other);
   String& operator+=(float value);
   String& operator+=(double value);
-  // What would slide into an integer or bool: texts and units of other kinds, pointers.
+  // Texts and units of other kinds, and pointers, would otherwise convert to an integer or bool.
   String& operator+=(char32_t) = delete;
   String& operator+=(ForeignUnit) = delete;
   template <class T, class = std::enable_if_t<!std::is_same<std::remove_const_t<T>, wchar>::value>>
@@ -250,32 +256,33 @@ class KVBASE_API String {
     return *this += value;
   }
 
-  // --- The number at the end -----------------------------------------------------------------------------------------
+  // --- The number at the end (string_parse.cpp) ----------------------------------------------------------------------
   // The digits at the very end of a text are its index: scan012 has 12.
 
   // 0 without digits and for NIL; at most 2147483647.
   unsigned int getIndex() const;
-  // Replaces the index; zeros at its front are lost. 0 leaves the index off, unless nothing else remains.
+  // Replaces the index; zeros at its front are lost. 0 removes the index, unless nothing else remains.
   //   scan012, 5 => scan5      scan012, 0 => scan      012, 0 => 0      NIL, 5 => 5
   void setIndex(unsigned int index);
-  // One more and one less, in at least as many digits, in wrapping 32-bit arithmetic. Without an index both append "1",
-  // and a minus sign takes the place of a digit. That is meant to stay so.
+  // One more and one less, in at least as many digits, in wrapping 32-bit arithmetic.
+  // COMPAT: without an index both append "1", and a minus sign takes the place of a digit.
   //   file009 => file010      file99 => file100      file => file1
   //   file10  => file09       file0  => file-1       file => file1
   void incrementIndex();
   void decrementIndex();
 
-  // --- Values from text ----------------------------------------------------------------------------------------------
-  // The String is its own input: each operator takes a value from the front and keeps what remains. There is no failure
-  // state. Where no value begins it is 0 (false, NUL) and the String becomes EMPTY. Numbers begin at findAlphaNum(0), and
-  // what is before is dropped.
+  // --- Values from text (string_parse.cpp) ---------------------------------------------------------------------------
+  // The String is its own input: each operator takes a value from the front, and the String keeps what remains. There is
+  // no failure state: without a value the result is 0 (false, NUL) and the String becomes EMPTY. Numbers begin at
+  // findAlphaNum(0); what is in front of that is dropped.
 
-  // Drops what is not graphic from the front; a text without any graphic unit stays. NIL stays.
+  // Drops units that are not graphic from the front; a text without any graphic unit stays. NIL stays.
   void eatwhite();
 
-  // Signed forms, and unsigned short: saturating at int (long, long long: at 64 bits), then cut to the type's width; a
-  // long takes 32 bits. What remains begins at findNonSignedDigit: a leading plus is not consumed, so "+5" stays for
-  // ever; minus signs inside are. That is meant to stay so.
+  // Signed types, and unsigned short: saturating at int (long, long long: at 64 bits), then cut to the type's width; a
+  // long takes 32 bits.
+  // COMPAT: what remains begins at findNonSignedDigit. A leading plus is not consumed, so "+5" stays for ever; minus
+  // signs inside are.
   //   "12 34" => 12, " 34"      "5-3" => 5, EMPTY      "1.5" => 1, ".5"      "abc" => 0, "abc"
   String& operator>>(signed char& value);
   String& operator>>(short& value);
@@ -283,10 +290,10 @@ class KVBASE_API String {
   String& operator>>(int& value);
   String& operator>>(long& value);
   String& operator>>(long long& value);
-  // Unsigned forms: saturating at 32 bits (unsigned long long: at 64), "-1" is the largest value. What remains begins
-  // where the number ends. For unsigned long and unsigned long long the stored length of what remains is too large by
-  // as many units as were dropped in front (by none where that is one): its text up to the first NUL is right. That is
-  // meant to stay so.
+  // Unsigned types: saturating at 32 bits (unsigned long long: at 64), "-1" is the largest value. What remains begins
+  // where the number ends.
+  // COMPAT: for unsigned long and unsigned long long the stored length of what remains is too large by the number of
+  // units dropped in front (if that is one unit, it is right). The text up to the first NUL is right.
   String& operator>>(unsigned char& value);
   String& operator>>(unsigned int& value);
   String& operator>>(unsigned long& value);
@@ -295,64 +302,59 @@ class KVBASE_API String {
   //   "1.5e3 x" => 1500, " x"
   String& operator>>(double& value);
   String& operator>>(float& value);
-  // "true" and "false" without regard to case, further letters being left; another word is false and stays, with all that
-  // is before it. Of a number only its first unit is consumed: "10 x" => true, "0 x".
+  // "true" and "false" without regard to case; letters behind them remain. Another word is false and remains, with all
+  // that is in front of it.
+  // COMPAT: of a number only its first unit is consumed: "10 x" => true, "0 x".
   String& operator>>(bool& value);
   // The first graphic unit.
   String& operator>>(wchar& value);
   // A quoted text if the first unit is a double quote, otherwise a line; nothing is skipped. A line ends before a line
-  // feed, which is dropped. A quoted text ends at a quote without one backslash before it (two or more count as none)
-  // or at the end of the text; escapes are kept (escToControls). The token of NIL is NIL.
+  // feed, which is dropped. A quoted text ends at a quote that no backslash protects, or at the end of the text; escapes
+  // are kept (escToControls). The token of NIL is NIL.
+  // COMPAT: one backslash protects a quote, two or more do not, even if their number is odd.
   String& operator>>(String& token);
 
-  // --- Escapes -------------------------------------------------------------------------------------------------------
+  // --- Escapes (string_escape.cpp) -----------------------------------------------------------------------------------
   //   line feed \n      carriage return \r      double quote \"      backslash \\      U+0080 and above \uXXXX
 
-  // Puts escapes in place of the units of the table; a text without any keeps sharing. Without `unicode` wide units
-  // stay, but room for their escapes is made: with 5 units of room for each, the text gets that many of its own first
-  // units in front if that is no more than its length, and reads unchanged otherwise. That is meant to stay so.
+  // Puts escapes in place of the units of the table; a text without any keeps sharing. Without `unicode` units from
+  // U+0080 on stay.
+  // COMPAT: even then room for their escapes is made, 5 units for each. If that is no more than the length, that many of
+  // the text's own first units come in front of the result; otherwise the text reads unchanged.
   void controlsToEsc(bool unicode);
   // Puts units in place of their escapes, \uXXXX only with `unicode` (otherwise it stays); digits may be of either
-  // case. -1 on success. A bad escape gives the index of its backslash, and the text is put back by escaping again what
-  // was decoded: exactly, unless a \u escape stood for an ASCII unit or was left alone or had digits in lower case. A
-  // backslash at the very end stays. A decoded NUL ends the text.
+  // case. -1 on success. A backslash at the very end stays. A decoded NUL ends the text.
+  // A bad escape gives the index of its backslash, and what was decoded before it is escaped again.
+  // COMPAT: that restores the text exactly, unless a \u escape stood for an ASCII unit, was left alone, or had digits in
+  // lower case.
   int escToControls(bool unicode);
 
-  // --- Display -------------------------------------------------------------------------------------------------------
+  // --- Display (string_display.cpp) ----------------------------------------------------------------------------------
 
   // The text in at most `limit` units: the first `head` units (0: none; negative: all), "...", and as much of the end
   // as fits. Where there are slashes, the front ends behind its last one and the end begins at its first one. Texts
   // that fit are shared, NIL too. The front and the dots are never given up, so the result may be longer than the
-  // limit. With room for exactly 48 units the end is not moved to a slash; required, however odd.
+  // limit.
+  // COMPAT: with room for exactly 48 units the end is not moved to a slash.
   //   "C:/data/projects/2020/march/scans/scan0001.dat".shortenString(30, 10) => "C:/data/.../scans/scan0001.dat"
   String shortenString(int limit, int head) const;
 
-  // --- Printf --------------------------------------------------------------------------------------------------------
+  // --- Printf (string_printf.cpp) ------------------------------------------------------------------------------------
 
   // Replaces the text by the formatted one, of at most 32768 units; what is longer is cut there. NIL becomes a string.
   // A String argument is printed by %ls, NIL as an empty text; the receiver may be an argument. An `l` in a format
   // means 32 bits on every system, `ll` and `I64` 64. With a faulty format the text is what was printed before the
-  // fault. The formatted text is put in place by a StringBuffer: memory exhausted at that point ends the process.
+  // fault. The formatted text is assigned by a StringBuffer: memory exhausted at that point ends the process.
   //   message.printf(KVW("%ls: %08x"), name, 255)  => "scan001: 000000ff"
   template <class... Arguments>
   void printf(wchar const* format, Arguments const&... arguments) {
-    static_assert((isPrintable<Arguments>() && ...), "printf takes numbers, Strings and texts of wchar or char");
-    printf_apply(format, printfArgument(arguments)...);
+    static_assert((strings::isPrintable<Arguments>() && ...),
+                  "printf takes numbers, Strings and texts of wchar or char");
+    printf_apply(format, strings::printfArgument(arguments)...);
   }
 
  private:
-  friend class StringBuffer;
-  friend class TextBuilder;
-  friend KVBASE_API String operator+(String const& a, String const& b);
-  friend KVBASE_API String operator+(String const& a, wchar const* b);
-  friend KVBASE_API String operator+(wchar const* a, String const& b);
-
-  // Takes over the reference that the caller owns; null gives NIL.
-  static String adopt(StringVal* payload) noexcept {
-    String string;
-    string.payload_ = payload;
-    return string;
-  }
+  friend struct StringAccess;
 
   void acquire() noexcept {
     if (payload_ != nullptr) payload_->ref();
@@ -364,43 +366,12 @@ class KVBASE_API String {
   // Shares the payload of `other`.
   // REQUIRES: neither is NIL.
   void takeOverDataFrom(String const& other);
-  void printf_apply(wchar const* format, ...);
-
-  static wchar const* emptyText();
-  // How far the text reaches: an index that holds a NUL, and behind which nothing is read. Stores nothing.
-  // REQUIRES (both): this String and `other` are not NIL.
-  int textLength() const;
+  // compareEquality where neither length nor first unit decides.
+  // REQUIRES: neither is NIL.
   bool equalsUnits(String const& other) const;
-  template <class Accept>
-  int findClass(int from, Accept accept) const;
-  template <class Accept>
-  int findClassInRange(int from, wchar low, wchar high, Accept accept) const;
-  // Where the digits at the end begin; the length if there are none.
-  int indexStart() const;
-  void stepIndex(int step);
-  enum EndRule { kEndExact, kEndOvershoots };
-  String remainder(int from, int surplus) const;
-  template <class Value, class Convert>
-  String& extract(Value& value, Convert convert);
-  template <class Value, class Read>
-  String& extractSigned(Value& value, Read read);
-  template <class Value, class Read>
-  String& extractUnsigned(Value& value, Read read, EndRule rule);
-  String& extractQuoted(String& token);
-
-  template <class Argument>
-  static constexpr bool isPrintable() {
-    using Plain = std::decay_t<Argument>;
-    using Target = std::remove_cv_t<std::remove_pointer_t<Plain>>;
-    return std::is_same<Plain, String>::value || std::is_arithmetic<Plain>::value || std::is_enum<Plain>::value ||
-           (std::is_pointer<Plain>::value && (std::is_same<Target, wchar>::value || std::is_same<Target, char>::value ||
-                                              std::is_same<Target, void>::value));
-  }
-  template <class Argument>
-  static Argument const& printfArgument(Argument const& argument) {
-    return argument;
-  }
-  static wchar const* printfArgument(String const& argument) { return argument; }
+  void printf_apply(wchar const* format, ...);
+  // What NIL shows as its text.
+  static wchar const* emptyText();
 
   StringVal* payload_;
 };

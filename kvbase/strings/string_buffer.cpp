@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "kvbase/strings/internal/string_access.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -35,8 +36,9 @@ StringBuffer::StringBuffer(StringBuffer const& other)
 
 StringBuffer::operator wchar*() {
   freeArray();
-  wchar const* text = keep_ ? target_.payload_->stringValue() : KVW("");
-  wchar* array = newArray(size_, text, static_cast<std::size_t>(keep_ ? target_.payload_->length() : 0));
+  StringVal const* const kept = keep_ ? StringAccess::payload(target_) : nullptr;
+  wchar const* const text = keep_ ? kept->stringValue() : KVW("");
+  wchar* const array = newArray(size_, text, static_cast<std::size_t>(keep_ ? kept->length() : 0));
   array_ = array;
   wide_ = true;
   return array;
@@ -44,8 +46,8 @@ StringBuffer::operator wchar*() {
 
 StringBuffer::operator char*() {
   freeArray();
-  char const* text = keep_ ? target_.payload_->stringAnsi() : "";
-  char* array = newArray(size_, text, std::strlen(text));
+  char const* const text = keep_ ? StringAccess::payload(target_)->stringAnsi() : "";
+  char* const array = newArray(size_, text, std::strlen(text));
   array_ = array;
   wide_ = false;
   return array;
@@ -56,7 +58,7 @@ StringBuffer::~StringBuffer() {
   StringVal* payload = wide_ ? StringVal::construct(static_cast<wchar const*>(array_), -1, -1)
                              : StringVal::construct(static_cast<char const*>(array_), -1, -1);
   freeArray();
-  String::adopt(payload).swap(target_);
+  target_ = StringAccess::adopt(payload);
 }
 
 void StringBuffer::freeArray() {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <climits>
-#include <new>
 
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/strings/internal/text_builder.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -150,13 +149,15 @@ void String::controlsToEsc(bool unicode) {
   if (length < 1) return;
   Growth const growth = growthOf(payload_->str(), 0, length);
   if (growth.units() == 0) return;
-  if (growth.units() > INT_MAX - 1 - length) throw std::bad_alloc();
-  // Without `unicode` the room for wide escapes is there all the same, and the text ends up behind it.
+  // COMPAT: without `unicode` the room for wide escapes is there all the same, and the text ends up behind it.
+  TextBuilder escaped(length + growth.units());
   int const room = length + static_cast<int>(growth.units());
-  String escaped = adopt(StringVal::construct(StringVal::allocate(room), *this, length, room));
-  escapeBackwards(escaped.payload_->str(), 0, length + 1, room + 1, room + 1, unicode);
-  escaped.payload_->length_ = StringVal::kUnknown;
-  escaped.swap(*this);
+  wchar* const units = escaped.extend(room);
+  std::copy_n(payload_->str(), length, units);
+  units[length] = 0;
+  escapeBackwards(units, 0, length, room, room, unicode);
+  escaped.finish().swap(*this);
+  payload_->length_ = StringVal::kUnknown;
 }
 
 int String::escToControls(bool unicode) {

@@ -8,9 +8,11 @@
 #include <new>
 #include <utility>
 
+#include "kvbase/internal_assert.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
+#include "kvbase/strings/internal/text_builder.h"
 
 namespace KV_1_1 {
 
@@ -28,11 +30,13 @@ void copyUnits(wchar* to, wchar const* from, int units) {
 
 }  // namespace
 
-void* StringVal::allocate(int capacity) {
+StringVal* StringVal::allocate(long long capacity) {
+  KVBASE_ASSERT(capacity >= 0);
+  if (capacity > INT_MAX) throw std::bad_alloc();
   std::size_t const units = static_cast<std::size_t>(capacity) + 1;
-  void* place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
+  void* const place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
   if (place == nullptr) throw std::bad_alloc();
-  return place;
+  return construct(place, KVW(""), 0, 0);
 }
 
 StringVal::StringVal(wchar const* text, int length, int) : references_(1), length_(length), narrow_{nullptr, nullptr} {
@@ -61,7 +65,12 @@ StringVal* StringVal::construct(wchar const* text, int length, int capacity) {
     --length;
   }
   if (capacity == -1) capacity = length;
-  return construct(allocate(capacity), text, length, capacity);
+  KVBASE_ASSERT(length >= 0 && capacity >= length);
+  StringVal* const payload = allocate(capacity);
+  copyUnits(payload->str(), text, length);
+  payload->str()[length] = 0;
+  payload->length_ = length;
+  return payload;
 }
 
 StringVal* StringVal::construct(char const* text, int length, int capacity) {
@@ -77,7 +86,7 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   int const size = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, nullptr, 0);
   if (size == 0) return nullptr;
   if (capacity == -1) capacity = size;
-  StringVal* payload = construct(allocate(capacity), KVW(""), 0, capacity);
+  StringVal* const payload = allocate(capacity);
   // Where the length rule below writes no terminator, this one keeps readers inside the block.
   payload->str()[capacity] = 0;
   int const converted =
@@ -98,12 +107,9 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
 StringVal* StringVal::concatenation(wchar const* text, int units) const {
   if (units == -1) units = strings::kernels().length(text);
   int const own = length();
-  if (units > INT_MAX - own) throw std::bad_alloc();
-  StringVal* sum = construct(allocate(own + units), str(), own, own + units);
-  copyUnits(sum->str() + own, text, units);
-  sum->length_ = own + units;
-  sum->str()[sum->length_] = 0;
-  return sum;
+  TextBuilder sum(static_cast<long long>(own) + units);
+  sum.append(TextView(str(), static_cast<std::size_t>(own)));
+  return sum.append(TextView(text, static_cast<std::size_t>(units))).release();
 }
 
 int StringVal::measure() const {
@@ -137,6 +143,8 @@ char const* StringVal::narrow(NarrowCopy which) const {
 
 // The text with its terminator in the code page, in an array of its own; null if it cannot be converted.
 char* StringVal::newNarrow(NarrowCopy which) const {
+  // With its terminator the greatest text is beyond what a conversion can be given.
+  if (length_ == INT_MAX) return nullptr;
   unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
   int const units = length_ + 1;
   // A short text in UTF-8 fits in here in any case, which spares it the measuring.

@@ -8,39 +8,41 @@
 
 namespace KV_1_1 {
 
-// The payload behind a String: one block from malloc that holds a count, the length, two cached narrow copies and the
-// units with their terminator. Users of the library work with String; what stands here is for those who build payloads
-// themselves.
+// The payload behind a String: one block from malloc that holds a reference count, the length, two cached narrow copies
+// and the units with their terminator. Users of the library work with String; this class is for code that builds
+// payloads itself.
 //
 // Length: -1 while it is not known, because units may have been written; then the narrow copies are stale too. Apart
 // from counted narrow text (see construct) a payload of known length has its terminator at that index. Units behind an
-// inner NUL count into the length but end the text for nearly every reader.
-// Room: a payload does not remember its capacity and never grows; whoever asked for more room than the length writes
-// into it at once.
+// inner NUL count towards the length, but the NUL ends the text for nearly every reader.
+// Capacity: it is not stored, and a payload never grows; a caller who reserves more room than the length must fill it at
+// once.
 // Ownership: who gets a payload from construct, constructUsingCodepage or concatenation owns one reference.
 // Thread rule: the count is atomic. A payload may be read on several threads while its length is known and none of them
 // asks for a narrow copy for the first time. A payload with more than one owner is not written to.
-// Failure: std::bad_alloc when memory is exhausted, with nothing left allocated.
+// Failure: std::bad_alloc when memory is exhausted or a text would be longer than INT_MAX units, with nothing left
+// allocated.
 class KVBASE_API StringVal {
  public:
   // A payload of `length` units of the text; -1 measures up to the first NUL. A length of 1 or more whose last unit is
   // a NUL is taken one less, so a count that includes the terminator gives the same text.
   //   "ab\0", 3   => length 2
   //   "a\0\0", 3  => length 2, the inner NUL counted as text
-  // The capacity is the room in units without terminator; -1: the length.
+  // The capacity counts units without terminator; -1 stands for the length.
   // REQUIRES: text is not null; capacity is -1 or not below the length; length is not below -1.
   static StringVal* construct(wchar const* text, int length, int capacity);
 
   // The same from narrow text in the process's ANSI code page; `length` counts bytes. Null if nothing can be converted:
   // for a length of 0, but not for an empty text with -1, which gives an empty payload.
-  // With a length of 1 or more whose bytes do not map one to one to units (double-byte text), the length comes out one
-  // short and the last unit lies behind it. That is meant to stay so; pass -1 for exact lengths.
+  // COMPAT: with a length of 1 or more whose bytes do not map one to one to units (double-byte text), the length comes
+  // out one short and the last unit lies behind it. Pass -1 for exact lengths.
   static StringVal* construct(char const* text, int length, int capacity);
   // The same in the given code page; null also for a null text and for a code page that the system does not have.
   static StringVal* constructUsingCodepage(CodePageInterface text, int length, int capacity);
 
-  // A new payload with this text and `length` units of the other behind it, exactly sized; -1 measures. Other lengths
-  // are taken as they stand: a counted terminator becomes text. This payload is unchanged.
+  // A new payload of exact size with this text and `length` units of the other behind it; -1 measures. This payload is
+  // unchanged.
+  // COMPAT: other lengths are taken as they are, so a counted terminator becomes text.
   StringVal* concatenation(wchar const* text, int length) const;
 
   // The length in units; measured, stored and the narrow copies dropped if it was not known.
@@ -77,7 +79,7 @@ class KVBASE_API StringVal {
   // Characters that the code page does not have become its default character.
   char const* stringAnsi() const { return isCached(kAnsi) ? narrow_[kAnsi] : narrow(kAnsi); }
   char const* stringUTF8() const { return isCached(kUtf8) ? narrow_[kUtf8] : narrow(kUtf8); }
-  // The same as stringAnsi, while String::stringPath is the wide text. That is meant to stay so.
+  // COMPAT: the same as stringAnsi, while String::stringPath is the wide text.
   char const* stringPath() const { return stringAnsi(); }
 
  private:
@@ -90,8 +92,8 @@ class KVBASE_API StringVal {
   StringVal(wchar const* text, int length, int capacity);
   ~StringVal();
 
-  // Memory for a payload with room for `capacity` units and a terminator.
-  static void* allocate(int capacity);
+  // An empty payload with room for `capacity` units and a terminator; std::bad_alloc beyond INT_MAX units.
+  static StringVal* allocate(long long capacity);
   static StringVal* construct(void* place, wchar const* text, int length, int capacity);
   static StringVal* decode(CodePageInterface text, int length, int capacity);
   static void destruct(StringVal* payload);

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
-#include <climits>
+#include <cstddef>
 #include <cstring>
-#include <new>
 
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
+#include "kvbase/strings/internal/string_access.h"
 #include "kvbase/strings/internal/text_builder.h"
+#include "kvbase/strings/internal/text_view.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -15,34 +16,26 @@ namespace {
 
 constexpr wchar kEmptyText[] = KVW("");
 
-// A text and an index at which it has a NUL, not always its first.
-struct Text {
-  wchar const* units;
-  int end;
-};
-
 using Mismatch = int (*)(wchar const*, wchar const*, int);
 
 // Where the texts first differ; any index at which both have a NUL if they do not.
-int findDifference(Text a, Text b, Mismatch mismatch) {
-  int const at = mismatch(a.units, b.units, std::min(a.end, b.end));
-  if (a.units[at] == b.units[at]) return at;
+int findDifference(TextView a, TextView b, Mismatch mismatch) {
+  int const at = mismatch(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
+  if (a.data()[at] == b.data()[at]) return at;
   // Behind a difference it matters whether both texts ended before it.
-  return strings::kernels().findUnit(a.units, 0, at);
+  return strings::kernels().findUnit(a.data(), 0, at);
 }
 
-int compareTexts(Text a, Text b) {
+int compareTexts(TextView a, TextView b) {
   int const at = findDifference(a, b, strings::kernels().mismatch);
-  return a.units[at] == b.units[at] ? 0 : a.units[at] < b.units[at] ? -1 : 1;
+  wchar const unitOfA = a.data()[at];
+  wchar const unitOfB = b.data()[at];
+  return unitOfA == unitOfB ? 0 : unitOfA < unitOfB ? -1 : 1;
 }
 
-int compareTextsIgnoringCase(Text a, Text b) {
+int compareTextsIgnoringCase(TextView a, TextView b) {
   int const at = findDifference(a, b, strings::kernels().mismatchIgnoringCase);
-  return static_cast<int>(strings::foldCase(a.units[at])) - static_cast<int>(strings::foldCase(b.units[at]));
-}
-
-Text measured(wchar const* text) {
-  return {text, strings::kernels().length(text)};
+  return static_cast<int>(strings::foldCase(a.data()[at])) - static_cast<int>(strings::foldCase(b.data()[at]));
 }
 
 }  // namespace
@@ -71,7 +64,7 @@ StringBuffer String::buffer(int size, bool keep) {
 
 void String::unshare() {
   if (payload_ == nullptr || payload_->inqRefCount() <= 1) return;
-  adopt(StringVal::construct(payload_->str(), payload_->length(), -1)).swap(*this);
+  StringAccess::adopt(StringVal::construct(payload_->str(), payload_->length(), -1)).swap(*this);
 }
 
 void String::takeOverDataFrom(String const& other) {
@@ -89,27 +82,20 @@ wchar& String::operator[](int index) {
 void String::write(wchar const* text, int size) {
   if (text == nullptr) return;
   StringVal* sum = payload_ != nullptr ? payload_->concatenation(text, size) : StringVal::construct(text, size, -1);
-  adopt(sum).swap(*this);
-}
-
-int String::textLength() const {
-  int const stored = payload_->lazyLength();
-  // A payload of counted double-byte text has its NUL further on.
-  bool const known = stored >= 0 && payload_->at(stored) == 0;
-  return known ? stored : strings::kernels().length(payload_->str());
+  StringAccess::adopt(sum).swap(*this);
 }
 
 int String::compare(String const& other) const {
   if (payload_ == other.payload_) return 0;
   if (payload_ == nullptr) return -1;
   if (other.payload_ == nullptr) return 1;
-  return compareTexts({*this, textLength()}, {other, other.textLength()});
+  return compareTexts(terminatedViewOf(*this), terminatedViewOf(other));
 }
 
 int String::compare(wchar const* text) const {
   if (text == nullptr) return payload_ == nullptr ? 0 : 1;
   if (payload_ == nullptr) return -1;
-  return compareTexts({*this, textLength()}, measured(text));
+  return compareTexts(terminatedViewOf(*this), viewOf(text));
 }
 
 int String::compare(wchar ch) const {
@@ -124,18 +110,22 @@ int String::compare(String const& other) {
 }
 
 bool String::equalsUnits(String const& other) const {
-  int const units = textLength();
-  if (units != other.textLength()) return compareTexts({*this, units}, {other, other.textLength()}) == 0;
+  TextView const own = terminatedViewOf(*this);
+  TextView const others = terminatedViewOf(other);
+  if (own.size() != others.size()) return compareTexts(own, others) == 0;
   // Where all units agree it does not matter whether a NUL is among them. A difference is looked at within its part
   // only.
   constexpr int kPart = 2048;
-  wchar const* const a = *this;
-  wchar const* const b = other;
-  for (int from = 0; from < units; from += kPart) {
+  wchar const* const a = own.data();
+  wchar const* const b = others.data();
+  int const units = lengthOf(own);
+  for (int from = 0; from < units;) {
     int const size = std::min(kPart, units - from);
-    if (std::memcmp(a + from, b + from, static_cast<std::size_t>(size) * sizeof(wchar)) == 0) continue;
-    int const at = from + strings::kernels().mismatch(a + from, b + from, size);
-    return strings::kernels().findUnit(a, 0, at) < at;
+    if (std::memcmp(a + from, b + from, static_cast<std::size_t>(size) * sizeof(wchar)) != 0) {
+      int const at = from + strings::kernels().mismatch(a + from, b + from, size);
+      return strings::kernels().findUnit(a, 0, at) < at;
+    }
+    from += size;
   }
   return true;
 }
@@ -150,13 +140,13 @@ int String::compareIgnoreCase(String const& other) const {
   if (other.payload_ == nullptr) return payload_ == nullptr ? 0 : 1;
   if (payload_ == nullptr) return -1;
   if (payload_ == other.payload_) return 0;
-  return compareTextsIgnoringCase({*this, textLength()}, {other, other.textLength()});
+  return compareTextsIgnoringCase(terminatedViewOf(*this), terminatedViewOf(other));
 }
 
 int String::compareIgnoreCase(wchar const* text) const {
   if (text == nullptr) return payload_ == nullptr ? 0 : 1;
   if (payload_ == nullptr) return -1;
-  return compareTextsIgnoringCase({*this, textLength()}, measured(text));
+  return compareTextsIgnoringCase(terminatedViewOf(*this), viewOf(text));
 }
 
 int String::compareIgnoreCase(wchar ch) const {
@@ -202,35 +192,47 @@ bool String::endsWith(String const& suffix, bool ignoreCase) const {
   return at == units || strings::kernels().findUnit(end, 0, at) < at;
 }
 
+namespace {
+
+bool isNil(String const& text) {
+  return StringAccess::payload(text) == nullptr;
+}
+
+String concatenated(TextView a, TextView b) {
+  return TextBuilder(static_cast<long long>(a.size() + b.size())).append(a).append(b).finish();
+}
+
+}  // namespace
+
 String operator+(String const& a, String const& b) {
-  if (b.payload_ == nullptr) return a;
-  if (a.payload_ == nullptr) return b;
-  return String::adopt(a.payload_->concatenation(b, b.length()));
+  if (isNil(b)) return a;
+  if (isNil(a)) return b;
+  return concatenated(viewOf(a), viewOf(b));
 }
 
 String operator+(String const& a, wchar const* b) {
   if (b == nullptr) return a;
-  return a.payload_ != nullptr ? String::adopt(a.payload_->concatenation(b, -1)) : String(b);
-}
-
-String operator+(String const& a, wchar b) {
-  // Built in place: units just written to the stack would be read back as a vector, which stalls.
-  int const units = b != 0 ? 1 : 0;
-  return TextBuilder(a.length() + units).append(a).append(&b, units).finish();
+  return concatenated(viewOf(a), viewOf(b));
 }
 
 String operator+(wchar const* a, String const& b) {
   if (a == nullptr) return b;
-  if (b.payload_ == nullptr) return String(a);
-  int const units = strings::kernels().length(a);
-  int const more = b.length();
-  if (more > INT_MAX - units) throw std::bad_alloc();
-  return TextBuilder(units + more).append(a, units).append(b, more).finish();
+  return concatenated(viewOf(a), viewOf(b));
+}
+
+// A unit is appended as such: as a text on the stack it would be read back as a vector right after it was written, which
+// stalls.
+String operator+(String const& a, wchar b) {
+  TextBuilder sum(a.length() + (b != 0 ? 1ll : 0ll));
+  sum.append(viewOf(a));
+  if (b != 0) sum.append(b);
+  return sum.finish();
 }
 
 String operator+(wchar a, String const& b) {
-  int const units = a != 0 ? 1 : 0;
-  return TextBuilder(units + b.length()).append(&a, units).append(b).finish();
+  TextBuilder sum((a != 0 ? 1ll : 0ll) + b.length());
+  if (a != 0) sum.append(a);
+  return sum.append(viewOf(b)).finish();
 }
 
 }  // namespace KV_1_1

@@ -15,6 +15,8 @@ int main() {
     std::fputs("KVBase does not work as installed\n", stderr);
     return 1;
   }
-  std::puts(directory->getName().stringUTF8());
+  String line;
+  line.printf(KVW("%ls of %d"), directory->getName(), 2026);
+  std::puts(line.stringUTF8());
   return 0;
 }

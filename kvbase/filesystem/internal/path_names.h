@@ -5,19 +5,12 @@
 
 #include <array>
 #include <cstddef>
-#include <string_view>
 
+#include "kvbase/strings/internal/text_view.h"
 #include "kvbase/strings/kv_string.h"
 #include "kvbase/text_unit.h"
 
 namespace KV_1_1 {
-
-// Units in somebody else's memory.
-using TextView = std::basic_string_view<wchar>;
-
-inline TextView viewOf(String const& text) {
-  return TextView(text, static_cast<std::size_t>(text.length()));
-}
 
 // What a unit is in a name. Units beyond ASCII are nothing but text.
 enum NameClass : unsigned int {
