@@ -1,136 +1,93 @@
 // SPDX-License-Identifier: MIT
 #include "arguments.h"
 
-#include "complaint.h"
-
 namespace scanshelf {
-
-using KV_1_1::String;
-
 namespace {
 
-// An option is a flag, or it takes the word behind it.
+// An option sets a flag or, if it has none, takes the word behind it as the folder to copy to.
 struct Option {
-  KV_1_1::wchar const* brief;
-  KV_1_1::wchar const* full;
+  wchar const* brief;
+  wchar const* full;
   bool Arguments::*flag;
-  String Arguments::*text;
 };
 
 constexpr Option kOptions[] = {
-    {KVW("-c"), KVW("--copy-to"), nullptr, &Arguments::copyTo},
-    {KVW("-o"), KVW("--overwrite"), &Arguments::overwrite, nullptr},
-    {KVW("-a"), KVW("--all"), &Arguments::all, nullptr},
-    {KVW("-u"), KVW("--unix"), &Arguments::unixNames, nullptr},
-    {KVW("-r"), KVW("--renumber"), &Arguments::renumber, nullptr},
-    {KVW("-h"), KVW("--help"), &Arguments::help, nullptr},
+    {KVW("-c"), KVW("--copy-to"), nullptr},
+    {KVW("-o"), KVW("--overwrite"), &Arguments::overwrite},
+    {KVW("-a"), KVW("--all"), &Arguments::all},
+    {KVW("-u"), KVW("--unix"), &Arguments::unixNames},
+    {KVW("-r"), KVW("--renumber"), &Arguments::renumber},
+    {KVW("-h"), KVW("--help"), &Arguments::help},
 };
-
-Complaint misuse(String const& sentence) {
-  return Complaint(sentence, Status::Misused);
-}
-
-String quoted(String const& word) {
-  return KVW("'") + word + KVW("'");
-}
 
 bool isOption(String const& word) {
   return word.startsWith(KVW("-")) && word != KVW("-");
 }
 
-Option const& optionOf(String const& word) {
+Option const& findOption(String const& word) {
   for (Option const& option : kOptions) {
     if (word == option.brief || word == option.full) return option;
   }
-  throw misuse(KVW("There is no option ") + quoted(word) + KVW("."));
+  throw UsageError(format(KVW("There is no option '%ls'."), word));
 }
-
-class Reader {
- public:
-  explicit Reader(std::vector<String> const& words) : words_(words) {}
-
-  Arguments run() {
-    for (bool optionsEnded = false; next_ < words_.size();) {
-      String const& word = words_[next_++];
-      if (!optionsEnded && word == KVW("--")) {
-        optionsEnded = true;
-      } else if (!optionsEnded && isOption(word)) {
-        readOption(word);
-      } else {
-        readName(word);
-      }
-    }
-    return arguments_;
-  }
-
- private:
-  void readOption(String const& word) {
-    Option const& option = optionOf(word);
-    if (option.flag != nullptr) {
-      arguments_.*option.flag = true;
-      return;
-    }
-    // Another option in its place is more likely a folder forgotten than a folder of that name.
-    if (next_ == words_.size() || isOption(words_[next_]))
-      throw misuse(quoted(word) + KVW(" needs a folder behind it."));
-    if (arguments_.*option.text != String::NIL) throw misuse(quoted(word) + KVW(" can be given only once."));
-    arguments_.*option.text = words_[next_++];
-  }
-
-  void readName(String const& word) {
-    String* const places[] = {&arguments_.folder, &arguments_.pattern};
-    if (named_ == std::size(places)) {
-      throw misuse(quoted(word) + KVW(" is one word too many. Quote a pattern, so that the shell leaves it alone."));
-    }
-    *places[named_++] = word;
-  }
-
-  std::vector<String> const& words_;
-  std::size_t next_ = 0;
-  std::size_t named_ = 0;
-  Arguments arguments_;
-};
 
 }  // namespace
 
 Arguments readArguments(std::vector<String> const& words) {
-  Arguments const arguments = Reader(words).run();
-  bool const copies = arguments.copyTo != String::NIL;
+  Arguments arguments;
+  std::vector<String> names;
+  bool optionsEnded = false;
+  for (auto word = words.begin(); word != words.end(); ++word) {
+    if (!optionsEnded && *word == KVW("--")) {
+      optionsEnded = true;
+    } else if (optionsEnded || !isOption(*word)) {
+      names.push_back(*word);
+    } else if (Option const& option = findOption(*word); option.flag != nullptr) {
+      arguments.*option.flag = true;
+    } else {
+      // Another option here means that the folder was forgotten.
+      bool const hasValue = word + 1 != words.end() && !isOption(word[1]);
+      if (!hasValue) throw UsageError(format(KVW("'%ls' needs a folder behind it."), *word));
+      if (arguments.copyTo != String::NIL) throw UsageError(format(KVW("'%ls' can be given only once."), *word));
+      arguments.copyTo = *++word;
+    }
+  }
+  if (names.size() > 0) arguments.folder = names[0];
+  if (names.size() > 1) arguments.pattern = names[1];
+  if (names.size() > 2) {
+    throw UsageError(
+        format(KVW("'%ls' is one word too many. Quote a pattern, so that the shell leaves it alone."), names[2]));
+  }
   if (arguments.help) return arguments;
-  if (arguments.overwrite && !copies) throw misuse(KVW("'--overwrite' means nothing without '--copy-to'."));
-  if (arguments.renumber && copies) throw misuse(KVW("'--renumber' and '--copy-to' do not go together."));
+  bool const copies = arguments.copyTo != String::NIL;
+  if (arguments.overwrite && !copies) throw UsageError(KVW("'--overwrite' needs '--copy-to'."));
+  if (arguments.renumber && copies) throw UsageError(KVW("'--renumber' and '--copy-to' cannot be used together."));
   return arguments;
 }
 
 char const* helpText() {
-  return R"(scanshelf tells what lies in a folder: how many files of which kind, and where the space goes.
-It also copies the folder, and checks the copy.
+  return R"(scanshelf lists what is in a folder: how many files of which kind, and what takes the space.
+It can also copy the folder, and checks the copy.
 
 Usage: scanshelf [folder] [pattern] [options]
 
-  folder          the folder to look at, with all folders below it; without one a sample
-                  of scans is made, looked at, copied to another temporary folder, and
-                  removed again with its copy
-  pattern         which files count, with the wildcards * and ?, upper and lower case
-                  alike; * without one. Quote it, so that the shell leaves it alone
+  folder                  the folder to look at, with all folders below it; without one, a
+                          sample of scans is made, looked at, copied, and removed with its copy
+  pattern                 the files to count, with the wildcards * and ?, ignoring case; without
+                          one, all files. Quote it, so that the shell leaves it alone
+  -c, --copy-to <folder>  copy the files that match, and all folders, empty ones too, to this
+                          folder, which is made if it is missing; then compare the sizes
+  -o, --overwrite         with --copy-to: replace files that are there already
+  -a, --all               show all kinds, folders and files, not only the first ten
+  -u, --unix              list files with slashes
+  -r, --renumber          show only the names with the number at their end incremented, such as
+                          scan010.dat for scan009.dat and notes1.txt for notes.txt; rename none
+  -h, --help              show this text
+  --                      end of the options: the words that follow may begin with a dash
 
-  -c, --copy-to <folder>
-                  copy the files that count, and all folders, empty ones too, to this
-                  folder, which is made if it is missing; then compare the sizes. Files
-                  that are there already stay as they are. What cannot be copied is
-                  listed with the reason, and the rest is copied all the same
-  -o, --overwrite
-                  with --copy-to: replace files that are there already
-  -a, --all       show all kinds, folders and files, not only the first ten
-  -u, --unix      list files with slashes
-  -r, --renumber  show, instead of the counts, which name each file would have with the
-                  number at its end one higher: scan010.dat for scan009.dat. A name
-                  without a number gets a 1. No file is renamed, and none is copied
-  -h, --help      show this text
-  --              what follows is no option
-
-Without --copy-to nothing is written to a folder of yours. Names and paths that are too long
-for a line of 100 places are listed without their middle, but for what could not be copied.
+Without --copy-to nothing in your folders is changed. With it, files that are there already stay
+as they are; what cannot be copied is listed with the reason, and the rest is copied. Lists have
+100 columns: longer names and paths lose their middle, except those that could not be copied.
 
 Examples:
   scanshelf . '*.dat'
@@ -138,8 +95,8 @@ Examples:
   scanshelf D:\scans --copy-to E:\backup\scans
   scanshelf . 'scan*' --renumber
 
-The exit status is 0 when all went well, 1 when the folder could not be read or something
-could not be copied, and 2 when the command line was not understood.
+The exit status is 0 on success, 1 when the folder could not be read or something could not be
+copied, and 2 when the command line was not understood.
 )";
 }
 

@@ -1,26 +1,30 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <kvbase/kvbase.h>
-
 #include <vector>
+
+#include "text.h"
 
 namespace scanshelf {
 
-// What the user asked for.
+// What the user asked for on the command line.
 struct Arguments {
-  KV_1_1::String folder;                              // NIL: a sample
-  KV_1_1::String pattern = KV_1_1::String(KVW("*"));  // which files count
-  KV_1_1::String copyTo;                              // NIL: a sample is copied to a place that goes with it
-  bool overwrite = false;                             // a copy may replace a file
-  bool all = false;                                   // no list is cut
-  bool unixNames = false;                             // files are listed with slashes
-  bool renumber = false;                              // names are stepped instead of counted
+  String folder;                      // NIL: a sample
+  String pattern = String(KVW("*"));  // the files to count
+  String copyTo;                      // NIL: only a sample is copied, to a temporary folder
+  bool overwrite = false;             // the copy may replace files
+  bool all = false;                   // lists are complete
+  bool unixNames = false;             // paths are listed with slashes
+  bool renumber = false;              // shows the names with their numbers incremented, not the counts
   bool help = false;
 };
 
-// Reads the words behind the program's name. Throws a Complaint about what it does not understand.
-Arguments readArguments(std::vector<KV_1_1::String> const& words);
+class UsageError : public Error {
+  using Error::Error;
+};
+
+// Reads the words behind the program's name. Throws a UsageError if it does not understand them.
+Arguments readArguments(std::vector<String> const& words);
 
 char const* helpText();
 

@@ -1,17 +1,130 @@
 // SPDX-License-Identifier: MIT
 //
-// scanshelf: what lies in a folder of scans? It copies them, too. An example of a program on KVBase.
-#include <kvbase/kvbase.h>
-
+// scanshelf: lists what is in a folder of scans, and copies it. An example of a program on KVBase.
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <iostream>
-#include <vector>
+#include <new>
+#include <sstream>
 
+#include "arguments.h"
+#include "folder_tasks.h"
 #include "progress_line.h"
-#include "run.h"
+#include "report.h"
+#include "sample_tree.h"
+
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace scanshelf {
+namespace {
+
+enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2 };
+
+// The folder that the user named, absolute; it may be missing.
+SmartPtr<Directory const> folderOf(String const& text) {
+  SmartPtr<Directory const> const folder = Directory::fromString(text);
+  if (!folder || text.length() == 0) throw Error(format(KVW("'%ls' cannot be the name of a folder."), text));
+  SmartPtr<Directory const> const absolute = folder->makeAbsolute();
+  if (!absolute) throw Error(format(KVW("'%ls' leads nowhere from the current folder."), text));
+
+  SmartPtr<File const> const file = File::fromString(text);
+  bool const isFile = !absolute->exists() && file && file->exists();
+  if (isFile) throw Error(format(KVW("'%ls' is a file, not a folder."), text));
+  return absolute;
+}
+
+// The folder to copy to; null if the user named none.
+SmartPtr<Directory const> targetFor(Directory const& source, String const& text) {
+  constexpr wchar const* kInside =
+      KVW("'%ls' is the folder to be copied, or lies in it. Choose a target outside of it.");
+  if (text == String::NIL) return nullptr;
+  SmartPtr<Directory const> const target = folderOf(text);
+  if (isWithin(*target, source)) throw Error(format(kInside, text));
+  return target;
+}
+
+// The functions that report return whether everything was copied that was to be copied. Without a target, which may be
+// null, nothing is.
+bool reportFolder(std::ostream& report, SmartPtr<Directory const> const& folder,
+                  SmartPtr<Directory const> const& target, Arguments const& arguments, Console const& console) {
+  Survey const found = survey(folder, arguments.pattern, progressOn(console));
+  if (arguments.renumber) {
+    printRenumbering(report, found, arguments);
+    return true;
+  }
+  printSurvey(report, found, arguments);
+  if (!target) return true;
+
+  auto const start = std::chrono::steady_clock::now();
+  CopyResult const result = copyItems(found, *target, arguments.overwrite, progressOn(console, &found.all));
+  auto const duration = std::chrono::steady_clock::now() - start;
+  report << '\n';
+  printCopy(report, result, found.all, *target, duration, arguments.unixNames);
+  return result.failures.empty();
+}
+
+bool reportSample(std::ostream& report, Arguments const& arguments, Console const& console) {
+  SampleTree const sample;
+  SmartPtr<Directory const> target = targetFor(*sample.folder(), arguments.copyTo);
+  bool const copyIsSample = !target && !arguments.renumber;
+  if (copyIsSample) target = sample.copyFolder();
+  report << "A sample of scans, made for this report and removed again" << (copyIsSample ? ", like its copy" : "")
+         << ":\n\n";
+  bool const done = reportFolder(report, sample.folder(), target, arguments, console);
+  sample.remove();
+  return done;
+}
+
+bool writeReport(std::ostream& report, Arguments const& arguments, Console const& console) {
+  if (arguments.help) {
+    report << helpText();
+    return true;
+  }
+  if (arguments.folder == String::NIL) return reportSample(report, arguments, console);
+  SmartPtr<Directory const> const folder = folderOf(arguments.folder);
+  if (!folder->exists()) throw Error(format(KVW("There is no folder '%ls'."), arguments.folder));
+  return reportFolder(report, folder, targetFor(*folder, arguments.copyTo), arguments, console);
+}
+
+// The program behind main: takes the words of the command line, and returns the exit status.
+int run(std::vector<String> const& words, std::ostream& out, std::ostream& err, bool isErrTerminal) {
+  try {
+    Arguments const arguments = readArguments(words);
+    // The report is complete, and a sample removed, before anything is written: if the reader closes the pipe early,
+    // the program ends at once.
+    std::ostringstream report;
+    bool const done = writeReport(report, arguments, {err, isErrTerminal});
+    if (!(out << report.str() << std::flush)) throw Error(KVW("The report could not be written."));
+    return done ? kDone : kFailed;
+  } catch (UsageError const& error) {
+    err << "scanshelf: " << error.what() << "\nTry 'scanshelf --help'.\n";
+    return kMisused;
+  } catch (std::filesystem::filesystem_error const& error) {
+    err << "scanshelf: The sample could not be made: " << error.code().message() << ".\n";
+  } catch (Error const& error) {
+    err << "scanshelf: " << error.what() << '\n';
+  } catch (std::bad_alloc const&) {
+    err << "scanshelf: There is not enough memory.\n";
+  }
+  return kFailed;
+}
+
+}  // namespace
+}  // namespace scanshelf
 
 int main(int argc, char** argv) {
   // The words come in the code page of the process, which number 0 stands for on every system.
   std::vector<KV_1_1::String> words;
   for (int i = 1; i < argc; ++i) words.emplace_back(KV_1_1::CodePageInterface(argv[i], 0));
-  return scanshelf::run(words, std::cout, std::cerr, scanshelf::isErrorStreamTerminal());
+#if defined(_WIN32)
+  bool const isErrTerminal = _isatty(_fileno(stderr)) != 0;
+#else
+  bool const isErrTerminal = isatty(STDERR_FILENO) != 0;
+#endif
+  return scanshelf::run(words, std::cout, std::cerr, isErrTerminal);
 }

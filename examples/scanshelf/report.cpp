@@ -2,258 +2,215 @@
 #include "report.h"
 
 #include <algorithm>
+#include <map>
 #include <ostream>
 #include <tuple>
 #include <utility>
 
-#include "renumbering.h"
-#include "table.h"
-#include "text.h"
-
 namespace scanshelf {
-
-using KV_1_1::Directory;
-using KV_1_1::File;
-using KV_1_1::FileSystemItem;
-using KV_1_1::SmartPtr;
-using KV_1_1::String;
-using KV_1_1::wchar;
-
 namespace {
 
-constexpr int kNameWidth = 40;
-constexpr int kGap = 2;  // before each column
-constexpr int kSizeWidth = 9;
-constexpr int kPathWidth = kLineWidth - kGap - kSizeWidth - kGap;
+using Row = std::vector<String>;
+using Group = std::pair<String, Totals>;
+
+struct IgnoringCase {
+  bool operator()(String const& a, String const& b) const { return a.compareIgnoreCase(b) < 0; }
+};
+
+constexpr std::size_t kListLength = 10;
+
+// No line of a list is wider than 100 columns.
+constexpr int kGroupWidth = 40;
+constexpr int kPathWidth = 87;
 constexpr int kRenumberedWidth = 30;
-constexpr int kFolderWidth = kLineWidth - 2 * (kGap + kRenumberedWidth) - kGap;
+constexpr int kFolderWidth = 34;
 
-String orNone(String const& text) {
-  return text.length() > 0 ? text : String(KVW("none"));
+// How many lines a list shows. One more takes no more room than telling that there is one.
+std::size_t shownOf(std::size_t available, bool all) {
+  return all || available <= kListLength + 1 ? available : kListLength;
 }
 
-// The folder as seen from where the user is.
-String relativeName(Directory const& folder) {
-  SmartPtr<Directory const> const here = Directory::fromString(String::EMPTY)->makeAbsolute();
-  SmartPtr<Directory const> const relative = here ? folder.makeRelative(here) : nullptr;
-  return relative ? relative->getFullName() : String::NIL;
-}
-
-SmartPtr<File const> relativeTo(SmartPtr<Directory const> const& folder, SmartPtr<File const> const& file) {
-  SmartPtr<File const> const relative = file->makeRelative(folder);
-  return relative ? relative : file;
-}
-
-// The path in at most `width` places. Shortening goes by slashes, so it comes before the notation of Windows.
+// The path in at most `width` columns. It is shortened first, because that needs slashes.
 String pathText(FileSystemItem const& item, int width, bool unixNames) {
-  String path = shortenPath(item.getFullNameUnix(), width);
+  String path = shorten(item.getFullNameUnix(), width);
   if (!unixNames) path.replace(KVW('/'), KVW('\\'));
   return path;
 }
 
-// The largest first. What is behind the first `limit` becomes one group, unless that would save no line.
-std::vector<Group> largestGroups(std::vector<Group> groups, std::size_t limit) {
+// Prints the groups, the largest first. Those that are not shown become one. `direct` is the last line, if not null;
+// without it there is no column of folders.
+void printGroups(std::ostream& out, wchar const* title, std::vector<Group> groups, bool all, Group const* direct) {
   std::sort(groups.begin(), groups.end(), [](Group const& a, Group const& b) {
-    return std::tie(b.totals.bytes, b.totals.files, a.name) < std::tie(a.totals.bytes, a.totals.files, b.name);
+    return std::tie(b.second.bytes, b.second.files, a.first) < std::tie(a.second.bytes, a.second.files, b.first);
   });
-  if (groups.size() <= limit + 1) return groups;
-
-  Group rest = {KVW("(") + countText(groups.size() - limit) + KVW(" more)"), Totals()};
-  for (std::size_t i = limit; i < groups.size(); ++i) {
-    rest.totals.files += groups[i].totals.files;
-    rest.totals.folders += groups[i].totals.folders;
-    rest.totals.bytes += groups[i].totals.bytes;
+  std::size_t const shown = shownOf(groups.size(), all);
+  if (shown < groups.size()) {
+    Group rest = {KVW("(") + countText(groups.size() - shown) + KVW(" more)"), Totals()};
+    for (std::size_t i = shown; i < groups.size(); ++i) rest.second += groups[i].second;
+    groups.resize(shown);
+    groups.push_back(rest);
   }
-  groups.resize(limit);
-  groups.push_back(rest);
-  return groups;
-}
+  if (direct != nullptr) groups.push_back(*direct);
 
-std::size_t listLength(Arguments const& arguments, std::size_t available) {
-  return arguments.all ? available : kListLength;
-}
-
-void printExtensions(std::ostream& out, Survey const& survey, Arguments const& arguments) {
-  std::vector<Group> groups;
-  for (auto const& [extension, totals] : survey.byExtension) {
-    groups.push_back({extension.length() > 0 ? KVW(".") + extension : String(KVW("(none)")), totals});
+  std::vector<Row> rows = {{title, KVW("Files"), KVW("Folders"), KVW("Size")}};
+  for (auto const& [name, totals] : groups) {
+    rows.push_back(
+        {shorten(name, kGroupWidth), countText(totals.files), countText(totals.folders), sizeText(totals.bytes)});
   }
-  if (groups.empty()) return;
-  Table table({{KVW("Extension"), Align::Left}, {KVW("Files"), Align::Right}, {KVW("Size"), Align::Right}});
-  for (Group const& group : largestGroups(std::move(groups), listLength(arguments, survey.byExtension.size()))) {
-    table.add({shorten(group.name, kNameWidth), countText(group.totals.files), sizeText(group.totals.bytes)});
+  for (Row& row : rows) {
+    if (direct == nullptr) row.erase(row.begin() + 2);
   }
-  table.print(out);
+  printTable(out, direct != nullptr ? "lrrr" : "lrr", rows);
   out << '\n';
 }
 
-void printFolders(std::ostream& out, Survey const& survey, Arguments const& arguments) {
-  if (survey.byFolder.empty()) return;
-  Table table({{KVW("Folder"), Align::Left},
-               {KVW("Files"), Align::Right},
-               {KVW("Folders"), Align::Right},
-               {KVW("Size"), Align::Right}});
-  std::vector<Group> groups = largestGroups(survey.byFolder, listLength(arguments, survey.byFolder.size()));
-  groups.push_back({KVW("(directly in it)"), survey.direct});
-  for (Group const& group : groups) {
-    table.add({shorten(group.name, kNameWidth), countText(group.totals.files), countText(group.totals.folders),
-               sizeText(group.totals.bytes)});
+void printExtensions(std::ostream& out, Survey const& survey, bool all) {
+  std::map<String, Totals, IgnoringCase> groups;
+  for (auto const& [file, bytes] : survey.files) {
+    String const extension = file->getExtension();
+    groups[extension.length() > 0 ? KVW(".") + extension : String(KVW("(none)"))] += {1, 0, bytes};
   }
-  table.print(out);
-  out << '\n';
+  if (!groups.empty()) printGroups(out, KVW("Extension"), {groups.begin(), groups.end()}, all, nullptr);
 }
 
-void printLargest(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder, bool unixNames) {
-  if (survey.largest.empty()) return;
-  bool const isComplete = survey.largest.size() == survey.all.files;
-  Table table({{KVW("Size"), Align::Right}, {isComplete ? KVW("File") : KVW("Largest files"), Align::Left}});
-  for (FoundFile const& found : survey.largest) {
-    table.add({sizeText(found.bytes), pathText(*relativeTo(folder, found.file), kPathWidth, unixNames)});
+// The folders in the folder, each with everything below it, and the files directly in the folder, whose paths begin
+// with a dot.
+void printFolders(std::ostream& out, Survey const& survey, bool all) {
+  std::map<String, Totals> groups;
+  for (SmartPtr<Directory const> const& folder : survey.folders) {
+    String const path = folder->makeRelative(survey.folder)->getFullNameUnix();
+    int const slash = path.find(KVW('/'));
+    bool const isDeeper = slash + 1 < path.length();
+    groups[path.substr(0, slash)].folders += isDeeper ? 1 : 0;
   }
-  table.print(out);
-  out << '\n';
+  for (auto const& [file, bytes] : survey.files) {
+    String const path = file->makeRelative(survey.folder)->getFullNameUnix();
+    groups[path.substr(0, path.find(KVW('/')))] += {1, 0, bytes};
+  }
+  Group const direct = {KVW("(directly in it)"), groups[KVW(".")]};
+  groups.erase(KVW("."));
+  if (!groups.empty()) printGroups(out, KVW("Folder"), {groups.begin(), groups.end()}, all, &direct);
 }
 
-struct NamedFile {
-  String path;
-  SmartPtr<File const> file;
-
-  bool operator<(NamedFile const& other) const {
-    int const order = path.compareIgnoreCase(other.path);
-    return order != 0 ? order < 0 : path < other.path;
+void printLargest(std::ostream& out, Survey const& survey, Arguments const& arguments) {
+  if (survey.files.empty()) return;
+  std::vector<FoundFile> files = survey.files;
+  std::stable_sort(files.begin(), files.end(), [](auto const& a, auto const& b) { return a.bytes > b.bytes; });
+  if (!arguments.all && files.size() > kListLength) files.resize(kListLength);
+  bool const isComplete = files.size() == survey.files.size();
+  std::vector<Row> rows = {{KVW("Size"), isComplete ? KVW("File") : KVW("Largest files")}};
+  for (auto const& [file, bytes] : files) {
+    rows.push_back({sizeText(bytes), pathText(*file->makeRelative(survey.folder), kPathWidth, arguments.unixNames)});
   }
-};
-
-// All files, relative to the folder and in the order of their paths.
-std::vector<NamedFile> filesByPath(Survey const& survey, SmartPtr<Directory const> const& folder) {
-  std::vector<NamedFile> files;
-  for (FoundFile const& found : survey.files) {
-    SmartPtr<File const> const file = relativeTo(folder, found.file);
-    files.push_back({file->getFullNameUnix(), file});
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-void printSteppedNames(std::ostream& out, std::vector<NamedFile> const& files, std::size_t shown, bool unixNames) {
-  Table table({{KVW("Name now"), Align::Left}, {KVW("Name after"), Align::Left}, {KVW("Folder"), Align::Left}});
-  for (std::size_t i = 0; i < shown; ++i) {
-    File const& file = *files[i].file;
-    String const after = steppedName(file);
-    table.add({shorten(file.getName(), kRenumberedWidth),
-               after == String::NIL ? String(KVW("(number too large)")) : shorten(after, kRenumberedWidth),
-               pathText(*file.getDirectory(), kFolderWidth, unixNames)});
-  }
-  table.print(out);
-  if (shown < files.size()) out << "  (" << utf8(countText(files.size() - shown)) << " more)\n";
+  printTable(out, "rl", rows);
   out << '\n';
 }
 
 void printSummary(std::ostream& out, Survey const& survey, String const& pattern) {
   Totals const& all = survey.all;
-  if (all.files == 0) {
-    out << "No file matches " << utf8(pattern);
-  } else {
-    out << utf8(countOf(all.files, KVW("file"))) << (all.files == 1 ? " matches " : " match ") << utf8(pattern) << ", "
-        << utf8(sizeText(all.bytes)) << " in all";
+  wchar const* const verb = all.files == 1 ? KVW("matches") : KVW("match");
+  String text = format(KVW("No file matches %ls"), pattern);
+  if (all.files > 0) {
+    String const files = countOf(all.files, KVW("file"));
+    text = format(KVW("%ls %ls %ls, %ls in all"), files, verb, pattern, sizeText(all.bytes));
   }
-  out << "; " << utf8(countOf(all.folders + 1, KVW("folder"))) << " searched.\n";
-  if (survey.unmeasured > 0) {
-    out << "The size of " << utf8(countOf(survey.unmeasured, KVW("file"))) << " could not be told.\n";
-  }
+  out << utf8(text) << "; " << utf8(countOf(all.folders + 1, KVW("folder"))) << " searched.\n";
+  if (survey.unmeasured == 0) return;
+  out << "The size of " << utf8(countOf(survey.unmeasured, KVW("file"))) << " could not be determined.\n";
 }
 
-struct LabelledLine {
-  wchar const* label;
-  String text;
-};
-
-template <std::size_t Size>
-void printLines(std::ostream& out, LabelledLine const (&lines)[Size]) {
-  Table table({{String::EMPTY, Align::Left}, {String::EMPTY, Align::Left}});
-  for (LabelledLine const& line : lines) table.add({line.label, line.text});
-  table.print(out);
-  out << '\n';
+// The name of the file with the number at the end of its base name incremented.
+String renumberedName(File const& file) {
+  constexpr unsigned kLargestIndex = 2147483647;  // stands for larger numbers too
+  String name = file.getBaseName();
+  if (name.getIndex() == kLargestIndex) return KVW("(number too large)");
+  name.incrementIndex();
+  String const extension = file.getExtension();
+  return extension.length() > 0 ? name + KVW(".") + extension : name;
 }
 
-String partOf(String const& part, String const& all) {
-  return part + KVW(" of ") + all;
-}
-
-// The time, and the speed if it is more than chance.
-String paceText(std::uint64_t bytes, std::chrono::milliseconds duration) {
-  constexpr std::chrono::milliseconds kTelling(500);
-  String const time = durationText(duration);
-  if (duration < kTelling) return time;
-  double const perSecond = static_cast<double>(bytes) * 1000 / static_cast<double>(duration.count());
+// The time, and the speed if the time is long enough to measure it.
+String paceText(std::uint64_t bytes, std::chrono::nanoseconds duration) {
+  String const time = durationText(std::chrono::duration_cast<std::chrono::milliseconds>(duration));
+  if (duration < std::chrono::milliseconds(500)) return time;
+  double const perSecond = static_cast<double>(bytes) / std::chrono::duration<double>(duration).count();
   return time + KVW(", ") + sizeText(static_cast<std::uint64_t>(perSecond)) + KVW("/s");
 }
 
-// Nothing is shortened: the user has to find each item. The reasons are the system's.
+// Nothing is shortened, because the user has to find each item.
 void printFailures(std::ostream& out, CopyResult const& result, bool unixNames) {
   out << "Not everything could be copied:\n\n";
-  Table table({{KVW("Reason"), Align::Left}, {KVW("Item"), Align::Left}});
+  std::vector<Row> rows = {{KVW("Reason"), KVW("Item")}};
   for (auto const& [item, reason] : result.failures) {
-    table.add({reason, unixNames ? item->getFullNameUnix() : item->getFullName()});
+    rows.push_back({reason, unixNames ? item->getFullNameUnix() : item->getFullName()});
   }
-  table.print(out);
-  if (result.untried > 0) {
-    out << "\nThe disk is full. Not tried any more: " << utf8(countOf(result.untried, KVW("file"))) << ".\n";
+  printTable(out, "ll", rows);
+  if (result.unattempted > 0) {
+    out << "\nThe disk is full. Not attempted: " << utf8(countOf(result.unattempted, KVW("file"))) << ".\n";
   }
 }
 
 }  // namespace
 
-void printNames(std::ostream& out, Directory const& folder) {
+void printSurvey(std::ostream& out, Survey const& survey, Arguments const& arguments) {
+  Directory const& folder = *survey.folder;
+  String const none = KVW("none");
+  SmartPtr<Directory const> const relative = folder.makeRelative(Directory::fromString(String::EMPTY));
   SmartPtr<Directory const> const parent = folder.getParent();
-  LabelledLine const lines[] = {
-      {KVW("Folder"), folder.getFullName()},
-      {KVW("Unix name"), folder.getFullNameUnix()},
-      {KVW("Long path"), folder.getFullNameUnicode()},
-      {KVW("From here"), orNone(relativeName(folder))},
-      {KVW("Parent"), parent ? parent->getFullName() : orNone(String::NIL)},
-      {KVW("Name"), folder.getName()},
-      {KVW("Root"), orNone(folder.getRoot())},
-  };
-  printLines(out, lines);
-}
-
-void printSurvey(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder,
-                 Arguments const& arguments) {
-  printExtensions(out, survey, arguments);
-  printFolders(out, survey, arguments);
-  printLargest(out, survey, folder, arguments.unixNames);
+  String const root = folder.getRoot();
+  printTable(out, "ll",
+             {{KVW("Folder"), folder.getFullName()},
+              {KVW("Unix name"), folder.getFullNameUnix()},
+              {KVW("Long path"), folder.getFullNameUnicode()},
+              {KVW("From here"), relative ? relative->getFullName() : none},
+              {KVW("Parent"), parent ? parent->getFullName() : none},
+              {KVW("Name"), folder.getName()},
+              {KVW("Root"), root.length() > 0 ? root : none}});
+  out << '\n';
+  printExtensions(out, survey, arguments.all);
+  printFolders(out, survey, arguments.all);
+  printLargest(out, survey, arguments);
   printSummary(out, survey, arguments.pattern);
 }
 
-void printRenumbering(std::ostream& out, Survey const& survey, SmartPtr<Directory const> const& folder,
-                      Arguments const& arguments) {
-  std::vector<NamedFile> const files = filesByPath(survey, folder);
-  std::size_t const limit = listLength(arguments, files.size());
-  if (!files.empty()) {
-    // One line more takes no more room than telling that there is one.
+void printRenumbering(std::ostream& out, Survey const& survey, Arguments const& arguments) {
+  std::multimap<String, SmartPtr<File const>, IgnoringCase> files;
+  for (FoundFile const& found : survey.files) {
+    SmartPtr<File const> const file = found.file->makeRelative(survey.folder);
+    files.emplace(file->getFullNameUnix(), file);
+  }
+  std::size_t const shown = shownOf(files.size(), arguments.all);
+  std::vector<Row> rows = {{KVW("Name now"), KVW("Name after"), KVW("Folder")}};
+  for (auto const& [path, file] : files) {
+    if (rows.size() > shown) break;
+    rows.push_back({shorten(file->getName(), kRenumberedWidth), shorten(renumberedName(*file), kRenumberedWidth),
+                    pathText(*file->getDirectory(), kFolderWidth, arguments.unixNames)});
+  }
+  if (shown > 0) {
     out << "Nothing is renamed. This is what the names would be with their numbers one higher:\n\n";
-    printSteppedNames(out, files, files.size() <= limit + 1 ? files.size() : limit, arguments.unixNames);
+    printTable(out, "lll", rows);
+    if (shown < files.size()) out << "  (" << utf8(countText(files.size() - shown)) << " more)\n";
+    out << '\n';
   }
   printSummary(out, survey, arguments.pattern);
 }
 
 void printCopy(std::ostream& out, CopyResult const& result, Totals const& all, Directory const& target,
-               std::chrono::milliseconds duration, bool unixNames) {
+               std::chrono::nanoseconds duration, bool unixNames) {
   Totals const& copied = result.copied;
-  LabelledLine const lines[] = {
-      {KVW("Copied to"), unixNames ? target.getFullNameUnix() : target.getFullName()},
-      {KVW("Files"), partOf(countText(copied.files), countText(all.files))},
-      {KVW("Folders"), partOf(countText(copied.folders), countText(all.folders))},
-      {KVW("Bytes"), partOf(sizeText(copied.bytes), sizeText(all.bytes))},
-      {KVW("Sizes equal"), partOf(countText(result.equalSizes), countText(copied.files))},
-      {KVW("Time"), paceText(copied.bytes, duration)},
-  };
-  printLines(out, lines);
-  if (result.failures.empty()) {
-    out << (all.files > 0 ? "Everything was copied, and all sizes are equal.\n" : "There was no file to copy.\n");
-  } else {
+  String const of = KVW(" of ");
+  printTable(out, "ll",
+             {{KVW("Copied to"), unixNames ? target.getFullNameUnix() : target.getFullName()},
+              {KVW("Files"), countText(copied.files) + of + countText(all.files)},
+              {KVW("Folders"), countText(copied.folders) + of + countText(all.folders)},
+              {KVW("Bytes"), sizeText(copied.bytes) + of + sizeText(all.bytes)},
+              {KVW("Sizes equal"), countText(result.equalSizes) + of + countText(copied.files)},
+              {KVW("Time"), paceText(copied.bytes, duration)}});
+  out << '\n';
+  if (!result.failures.empty()) {
     printFailures(out, result, unixNames);
+  } else {
+    out << (all.files > 0 ? "Everything was copied, and all sizes are equal.\n" : "There was no file to copy.\n");
   }
 }
 

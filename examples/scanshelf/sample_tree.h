@@ -1,46 +1,83 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <kvbase/kvbase.h>
-
+#include <cstdint>
 #include <filesystem>
+#include <random>
+#include <string>
+#include <utility>
+
+#include "text.h"
 
 namespace scanshelf {
 
-// A new folder of its own among the temporary ones, removed at the end with all that is in it.
-class TemporaryFolder {
- public:
-  // Throws std::filesystem::filesystem_error, or a Complaint.
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(TemporaryFolder const&) = delete;
-  TemporaryFolder& operator=(TemporaryFolder const&) = delete;
-
-  // Throws a Complaint if something is left.
-  void remove();
-
-  std::filesystem::path const& path() const { return path_; }
-  KV_1_1::SmartPtr<KV_1_1::Directory const> folder() const;
-
- private:
-  std::filesystem::path path_;
+struct SampleFile {
+  wchar const* name;
+  std::uintmax_t size;
 };
 
-// A tree of scans to look at, there as long as the object, and a place for its copy.
+constexpr SampleFile kSampleFiles[] = {
+    {KVW("scan001.dat"), 1'572'864},
+    {KVW("scan002.dat"), 1'310'720},
+    {KVW("scan003.DAT"), 917'504},
+    {KVW("Übersicht.txt"), 2'417},
+    {KVW("checksums"), 640},
+    {KVW(".scanner"), 96},
+    {KVW("Ärztehaus\\Plan.pdf"), 48'200},
+    {KVW("Ärztehaus\\Erdgeschoß\\scan101.dat"), 3'145'728},
+    {KVW("Ärztehaus\\Erdgeschoß\\scan102.dat"), 2'883'584},
+    {KVW("Ärztehaus\\Dach\\scan201.dat"), 655'360},
+    {KVW("Ärztehaus\\Dach\\scan201.preview.jpg"), 20'480},
+    {KVW("塔\\scan301.dat"), 786'432},
+    {KVW("Archive 2024\\January\\Town hall\\Second floor, corridor and adjoining rooms\\Before cleaning\\scan009.dat"),
+     524'288},
+    {KVW("Archive 2024\\January\\scan001.txt"), 1'023}};
+
+// A sample of scans in a temporary folder, and room for its copy beside it. Both are removed with the object.
 class SampleTree {
  public:
-  // Throws std::filesystem::filesystem_error, or a Complaint; nothing is left then.
-  SampleTree();
+  // Throws std::filesystem::filesystem_error or an Error, and leaves nothing behind then: the other constructor has
+  // finished when the files are made, so the destructor runs.
+  SampleTree() : SampleTree(makeTemporaryFolder()) {
+    for (SampleFile const& sample : kSampleFiles) {
+      SmartPtr<File const> const file = folder()->combine(File::fromString(sample.name));
+      file->createParentDirectories();
+      file->touch();
+      std::filesystem::resize_file(file->getFullNameUnix().stringPath(), sample.size);  // throws if there is none
+    }
+    folder()->appendLevel(KVW("To be scanned"))->create();
+  }
+  ~SampleTree() { root_->remove(/*recursive=*/true); }
+  SampleTree(SampleTree&&) = delete;
 
-  KV_1_1::SmartPtr<KV_1_1::Directory const> folder() const;
-  // A folder that is not there yet.
-  KV_1_1::SmartPtr<KV_1_1::Directory const> copyFolder() const;
+  SmartPtr<Directory const> folder() const { return root_->appendLevel(KVW("Scans")); }
+  // Does not exist yet.
+  SmartPtr<Directory const> copyFolder() const { return root_->appendLevel(KVW("Copy of scans")); }
 
-  // Removes the sample and its copy, and tells if it cannot: throws a Complaint.
-  void remove() { root_.remove(); }
+  // Removes the sample and its copy now. Throws an Error if something is left.
+  void remove() const {
+    if (root_->remove(/*recursive=*/true)) return;
+    String const reason = getWindowsError();
+    throw Error(format(KVW("The temporary folder '%ls' could not be removed: %ls"), root_->getFullName(), reason));
+  }
 
  private:
-  TemporaryFolder root_;
+  explicit SampleTree(SmartPtr<Directory const> root) : root_(std::move(root)) {}
+
+  // Made by the standard library, because Directory::create does not tell whether the folder was there before.
+  static SmartPtr<Directory const> makeTemporaryFolder() {
+    namespace fs = std::filesystem;
+    fs::path const parent = fs::canonical(fs::temp_directory_path());
+    if (!Directory::fromUTF8(parent.u8string())) {
+      throw Error(KVW("The name of the folder for temporary files is not valid on every system."));
+    }
+    std::random_device random;
+    fs::path path = parent;
+    while (!fs::create_directory(path)) path = parent / ("scanshelf-" + std::to_string(random()));
+    return Directory::fromUTF8(path.u8string());
+  }
+
+  SmartPtr<Directory const> root_;
 };
 
 }  // namespace scanshelf

@@ -1,36 +1,56 @@
 // SPDX-License-Identifier: MIT
+//
+// Text for the user. Widths are counted in columns of the terminal, not in code units.
 #pragma once
 
 #include <kvbase/kvbase.h>
 
 #include <chrono>
 #include <cstdint>
+#include <iosfwd>
+#include <stdexcept>
+#include <vector>
 
 namespace scanshelf {
 
+using namespace KV_1_1;  // for the whole program
+
 // The text as UTF-8; an empty text for NIL. Valid as long as the String.
-char const* utf8(KV_1_1::String const& text);
+char const* utf8(String const& text);
+// The text that String::printf makes.
+template <class... Values>
+String format(wchar const* pattern, Values const&... values) {
+  String text;
+  text.printf(pattern, values...);
+  return text;
+}
+
+// Ends the program with a message for the user, which is not NIL.
+class Error : public std::runtime_error {
+ public:
+  explicit Error(String const& message) : std::runtime_error(utf8(message)) {}
+};
 
 //   1234567 => "1,234,567"
-KV_1_1::String countText(std::uint64_t count);
-// The count and the noun, with an s unless there is one.
+String countText(std::uint64_t count);
+// The count and the noun, with an s unless the count is 1.
 //   1, "file" => "1 file"      1200, "file" => "1,200 files"
-KV_1_1::String countOf(std::uint64_t count, KV_1_1::wchar const* noun);
+String countOf(std::uint64_t count, wchar const* noun);
 //   1023 => "1023 B"      1536 => "1.5 KB"      1048575 => "1.0 MB"
-KV_1_1::String sizeText(std::uint64_t bytes);
+String sizeText(std::uint64_t bytes);
 //   0 ms => "under 1 ms"      12 ms => "12 ms"      1449 ms => "1.4 s"      65 s => "1 min 5 s"
 //   7260 s => "2 h 1 min"
-KV_1_1::String durationText(std::chrono::milliseconds duration);
+String durationText(std::chrono::milliseconds duration);
 
-// How many places the text takes on a terminal: a pair of surrogates is one character, combining marks take no place,
-// ideographs and their kin take two.
-int displayWidth(KV_1_1::String const& text);
-// The text, with an ellipsis for its middle if it takes more than `width` places. No character is cut in two.
-//   "abcdefgh", 5 => "ab…gh"
-KV_1_1::String shorten(KV_1_1::String const& text, int width);
-// A path with slashes, with "..." for folders in its middle if it takes more than `width` places. Only where the names
-// at its ends alone are too long is a name cut.
-//   "scans/2024/March/hall/scan001.dat", 26 => "scans/.../hall/scan001.dat"
-KV_1_1::String shortenPath(KV_1_1::String const& path, int width);
+// A combining mark has width 0, and an ideograph width 2. A lone surrogate counts as one character of width 1.
+int displayWidth(String const& text);
+// The text in at most `width` columns. A path with slashes loses folders in its middle; a name, or a path whose last
+// name alone is too wide, loses characters. Never cuts a surrogate pair.
+//   "scans/2024/March/hall/scan001.dat", 26 => "scans/.../hall/scan001.dat"      "abcdefgh", 5 => "ab…gh"
+String shorten(String const& text, int width);
+
+// Prints the rows in columns, each as wide as its widest cell. `alignment` has one letter for each column: l or r.
+// REQUIRES: no row has more cells than there are letters.
+void printTable(std::ostream& out, char const* alignment, std::vector<std::vector<String>> const& rows);
 
 }  // namespace scanshelf

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-// The example is a program of its own; its units are linked into the suite by the tests that try them.
+// The example is a program of its own; its sources are linked into the suite by the tests that try them.
 #include "examples/scanshelf/arguments.cpp"
 
 namespace scanshelf {
@@ -24,7 +24,7 @@ std::string flagsOf(Arguments const& arguments) {
          (arguments.help ? "h" : "") + (arguments.overwrite ? "o" : "");
 }
 
-TEST(ScanshelfArgumentsTest, Understood) {
+TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
   String const all = KVW("*");
   Row const rows[] = {
       {"nothing", {}, String::NIL, all, ""},
@@ -55,11 +55,11 @@ TEST(ScanshelfArgumentsTest, Understood) {
   }
 }
 
-TEST(ScanshelfArgumentsTest, Refused) {
+TEST(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
   struct {
     char const* name;
     std::vector<String> words;
-    char const* sentence;
+    char const* message;
   } const rows[] = {
       {"unknown full option", {KVW("--fast")}, "There is no option '--fast'."},
       {"unknown brief option", {KVW("x"), KVW("-q")}, "There is no option '-q'."},
@@ -67,8 +67,8 @@ TEST(ScanshelfArgumentsTest, Refused) {
       {"target missing", {KVW("x"), KVW("--copy-to")}, "'--copy-to' needs a folder behind it."},
       {"option for a target", {KVW("-c"), KVW("-o"), KVW("x")}, "'-c' needs a folder behind it."},
       {"two targets", {KVW("-c"), KVW("x"), KVW("--copy-to"), KVW("y")}, "'--copy-to' can be given only once."},
-      {"nothing to overwrite", {KVW("x"), KVW("-o")}, "'--overwrite' means nothing without '--copy-to'."},
-      {"names and copies", {KVW("-r"), KVW("-c"), KVW("x")}, "'--renumber' and '--copy-to' do not go together."},
+      {"nothing to overwrite", {KVW("x"), KVW("-o")}, "'--overwrite' needs '--copy-to'."},
+      {"names and copies", {KVW("-r"), KVW("-c"), KVW("x")}, "'--renumber' and '--copy-to' cannot be used together."},
       {"pattern expanded by the shell",
        {KVW("."), KVW("a.dat"), KVW("b.dat")},
        "'b.dat' is one word too many. Quote a pattern, so that the shell leaves it alone."},
@@ -78,9 +78,8 @@ TEST(ScanshelfArgumentsTest, Refused) {
     try {
       readArguments(row.words);
       ADD_FAILURE() << "accepted";
-    } catch (Complaint const& complaint) {
-      EXPECT_STREQ(complaint.what(), row.sentence);
-      EXPECT_EQ(complaint.status(), Status::Misused);
+    } catch (UsageError const& error) {
+      EXPECT_STREQ(error.what(), row.message);
     }
   }
 }

@@ -4,23 +4,15 @@
 
 #include <filesystem>
 
-#include "examples/scanshelf/copying.h"
-#include "tests/support/temp_folder.h"
+#include "tests/examples/scanshelf_folders.h"
 
 namespace scanshelf {
 namespace {
 
 namespace fs = std::filesystem;
-using KV_1_1::Directory;
-using KV_1_1::SmartPtr;
-using KV_1_1::wchar;
 using KV_1_1::testing::TempFolder;
 
-SmartPtr<Directory const> directoryOf(TempFolder const& folder, wchar const* below = KVW("")) {
-  return Directory::fromString(folder.text(below).c_str());
-}
-
-TEST(ScanshelfLinksTest, WithinSeesThroughLinks) {
+TEST(ScanshelfLinksTest, IsWithinFollowsLinks) {
   TempFolder source;
   TempFolder other;
   source.makeFolder("sub");
@@ -32,14 +24,14 @@ TEST(ScanshelfLinksTest, WithinSeesThroughLinks) {
   EXPECT_FALSE(isWithin(*directoryOf(other, KVW("new")), *directoryOf(source)));
 }
 
-TEST(ScanshelfLinksTest, CaseTellsFoldersApart) {
+TEST(ScanshelfLinksTest, IsWithinDistinguishesCase) {
   TempFolder folder;
   folder.makeFolder("scans");
   folder.makeFolder("Scans");
   EXPECT_FALSE(isWithin(*directoryOf(folder, KVW("Scans\\new")), *directoryOf(folder, KVW("scans"))));
 }
 
-TEST(ScanshelfLinksTest, LinksAreCopiedAndWhatIsNoFileIsAFailure) {
+TEST(ScanshelfLinksTest, CopiesLinksAndReportsAPipeAsAFailure) {
   TempFolder source;
   TempFolder target;
   source.write("real/a.dat", "12345");
@@ -47,9 +39,8 @@ TEST(ScanshelfLinksTest, LinksAreCopiedAndWhatIsNoFileIsAFailure) {
   fs::create_symlink("nothing", source.path("link to nothing"));
   ASSERT_EQ(mkfifo(source.path("pipe").c_str(), 0600), 0);
 
-  Progress const ignore = [](Totals const&) {};
-  Survey const found = survey({directoryOf(source), KVW("*"), /*largest=*/0, /*keepItems=*/true}, ignore);
-  CopyResult const result = copyItems(found, {directoryOf(source), directoryOf(target), /*overwrite=*/false}, ignore);
+  Survey const found = survey(directoryOf(source), KVW("*"), ignoreProgress);
+  CopyResult const result = copyItems(found, *directoryOf(target), /*overwrite=*/false, ignoreProgress);
   EXPECT_EQ(result.copied.files, 3u);
   EXPECT_EQ(result.equalSizes, 3u);
   ASSERT_EQ(result.failures.size(), 1u);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "examples/scanshelf/progress_line.cpp"
 
@@ -20,81 +20,78 @@ Totals totalsOf(std::uint64_t files, std::uint64_t bytes) {
   return totals;
 }
 
-class ScanshelfProgressTest : public ::testing::Test {
- protected:
-  static ProgressLine::Clock::time_point at(double seconds) {
-    return ProgressLine::Clock::time_point() + std::chrono::milliseconds(static_cast<int>(seconds * 1000));
-  }
-  static Totals totals(std::uint64_t files) { return totalsOf(files, files); }
+ProgressLine::Clock::time_point at(double seconds) {
+  return ProgressLine::Clock::time_point() + std::chrono::milliseconds(static_cast<int>(seconds * 1000));
+}
 
-  std::ostringstream out_;
+struct Step {
+  double seconds;
+  Totals done;
 };
 
-TEST_F(ScanshelfProgressTest, ALogHearsNothingInTheFirstSecond) {
+// What is written for these steps of a task that starts at 0.
+std::string shown(bool isTerminal, Totals const* all, std::vector<Step> const& steps) {
+  std::ostringstream out;
   {
-    ProgressLine line(out_, /*isTerminal=*/false, at(0));
-    for (double now : {0.0, 0.5, 0.999}) line.showFound(totals(5), at(now));
-    for (double now : {0.0, 0.5, 0.999}) line.showCopied(totals(5), totals(9), at(now));
+    ProgressLine line({out, isTerminal}, all, at(0));
+    for (Step const& step : steps) line.show(step.done, at(step.seconds));
   }
-  EXPECT_EQ(out_.str(), "");
+  return out.str();
 }
 
-TEST_F(ScanshelfProgressTest, ATaskWithoutAnyCallLeavesATerminalAlone) {
-  { ProgressLine line(out_, /*isTerminal=*/true, at(0)); }
-  EXPECT_EQ(out_.str(), "");
+TEST(ScanshelfProgressTest, LogStaysEmptyInTheFirstSecond) {
+  Totals const all = totalsOf(9, 9);
+  for (Totals const* of : {static_cast<Totals const*>(nullptr), &all}) {
+    EXPECT_EQ(shown(/*isTerminal=*/false, of, {{0, totalsOf(5, 5)}, {0.999, totalsOf(5, 5)}}), "");
+  }
 }
 
-TEST_F(ScanshelfProgressTest, OneLineOnATerminalIsClearedAtTheEnd) {
-  {
-    ProgressLine line(out_, /*isTerminal=*/true, at(0));
-    line.showFound(totals(1000), at(0));
-    line.showFound(totals(2000), at(0.199));
-    line.showFound(totals(3), at(0.2));
-  }
-  EXPECT_EQ(out_.str(),
+TEST(ScanshelfProgressTest, TaskWithoutAnyCallLeavesATerminalAlone) {
+  EXPECT_EQ(shown(/*isTerminal=*/true, nullptr, {}), "");
+}
+
+TEST(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
+  EXPECT_EQ(shown(/*isTerminal=*/true, nullptr,
+                  {{0, totalsOf(1000, 1000)}, {0.199, totalsOf(2000, 2000)}, {0.2, totalsOf(3, 3)}}),
             "\rReading: 1,000 files in 1 folder, 1000 B"
             "\rReading: 3 files in 1 folder, 3 B       "
             "\r                                 \r");
 }
 
-TEST_F(ScanshelfProgressTest, PlainLinesComeAtLongerAndLongerIntervals) {
+TEST(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
+  std::ostringstream out;
   {
-    ProgressLine line(out_, /*isTerminal=*/false, at(0));
-    for (int tenth = 0; tenth <= 150; ++tenth) line.showFound(totals(static_cast<unsigned>(tenth)), at(tenth / 10.0));
+    Progress const progress = progressOn({out, /*isTerminal=*/true});
+    progress(totalsOf(3, 3));
+    EXPECT_EQ(out.str(), "\rReading: 3 files in 1 folder, 3 B");
   }
-  EXPECT_EQ(out_.str(),
+  EXPECT_EQ(out.str(), "\rReading: 3 files in 1 folder, 3 B\r                                 \r");
+}
+
+TEST(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
+  std::vector<Step> steps;
+  for (unsigned tenth = 0; tenth <= 150; ++tenth) steps.push_back({tenth / 10.0, totalsOf(tenth, tenth)});
+  EXPECT_EQ(shown(/*isTerminal=*/false, nullptr, steps),
             "Reading: 10 files in 1 folder, 10 B\n"
             "Reading: 30 files in 1 folder, 30 B\n"
             "Reading: 70 files in 1 folder, 70 B\n"
             "Reading: 150 files in 1 folder, 150 B\n");
 }
 
-TEST_F(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
+TEST(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
   Totals const all = totalsOf(1200, 200 * kMega);
-  {
-    ProgressLine line(out_, /*isTerminal=*/true, at(0));
-    line.showCopied(totalsOf(0, 0), all, at(0));
-    line.showCopied(totalsOf(3, kMega), all, at(0.1));
-    line.showCopied(totalsOf(900, 100 * kMega), all, at(0.2));
-    line.showCopied(all, all, at(0.4));
-  }
-  EXPECT_EQ(out_.str(),
+  EXPECT_EQ(shown(/*isTerminal=*/true, &all,
+                  {{0, totalsOf(0, 0)}, {0.1, totalsOf(3, kMega)}, {0.2, totalsOf(900, 100 * kMega)}, {0.4, all}}),
             "\r[.........................]   0%      0 of 1,200 files        0 B of 200.0 MB"
             "\r[############.............]  50%    900 of 1,200 files   100.0 MB of 200.0 MB"
             "\r[#########################] 100%  1,200 of 1,200 files   200.0 MB of 200.0 MB"
             "\r                                                                             \r");
 }
 
-TEST_F(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
+TEST(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
   Totals const all = totalsOf(1200, 200 * kMega);
-  {
-    ProgressLine line(out_, /*isTerminal=*/false, at(0));
-    line.showCopied(totalsOf(1, 0), all, at(1));
-    line.showCopied(totalsOf(2, kMega), all, at(2.9));
-    line.showCopied(totalsOf(900, 100 * kMega), all, at(3));
-    line.showCopied(all, all, at(7));
-  }
-  EXPECT_EQ(out_.str(),
+  EXPECT_EQ(shown(/*isTerminal=*/false, &all,
+                  {{1, totalsOf(1, 0)}, {2.9, totalsOf(2, kMega)}, {3, totalsOf(900, 100 * kMega)}, {7, all}}),
             "Copying: 1 of 1,200 files, 0 B of 200.0 MB (0%)\n"
             "Copying: 900 of 1,200 files, 100.0 MB of 200.0 MB (50%)\n"
             "Copying: 1,200 of 1,200 files, 200.0 MB of 200.0 MB (100%)\n");
@@ -108,12 +105,12 @@ TEST(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
                          totalsOf(1'234'567'890, kMega * kMega),
                          totalsOf(UINT64_MAX, UINT64_MAX)};
   for (Totals const& all : rows) {
-    std::size_t const width = barText(Totals(), all).size();
-    EXPECT_LE(width, 77u) << all.files;
+    int const width = barText(Totals(), all).length();
+    EXPECT_LE(width, 77) << all.files;
     for (unsigned part : {1u, 3u, 100u}) {
-      std::string const text = barText(totalsOf(all.files / part, all.bytes / part), all);
-      EXPECT_EQ(text.size(), width) << text;
-      EXPECT_EQ(text.front(), '[');
+      String const text = barText(totalsOf(all.files / part, all.bytes / part), all);
+      EXPECT_EQ(text.length(), width) << utf8(text);
+      EXPECT_TRUE(text.startsWith(KVW("[")));
     }
   }
 }
@@ -132,8 +129,7 @@ TEST(ScanshelfBarTest, PercentIsRoundedDownAndNeverMoreThanAll) {
       {"a file has grown", totalsOf(10, 1500), totalsOf(10, 1000), 100},
       {"empty files", totalsOf(1, 0), totalsOf(4, 0), 25},
       {"no file", totalsOf(0, 0), totalsOf(0, 0), 100},
-      {"more than the product of a percent and them would hold", totalsOf(1, UINT64_MAX / 2), totalsOf(2, UINT64_MAX),
-       50},
+      {"a hundred times as much overflows 64 bits", totalsOf(1, UINT64_MAX / 2), totalsOf(2, UINT64_MAX), 50},
   };
   for (auto const& row : rows) EXPECT_EQ(percentOf(row.done, row.all), row.percent) << row.name;
 }

@@ -6,20 +6,21 @@
 #include <sstream>
 #include <string>
 
-#include "examples/scanshelf/renumbering.cpp"
-#include "examples/scanshelf/report.cpp"
-#include "examples/scanshelf/run.cpp"
-#include "examples/scanshelf/sample_tree.cpp"
 #include "kvbase/platform/backend.h"
+#include "tests/examples/scanshelf_folders.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/narrow_text.h"
-#include "tests/support/temp_folder.h"
+
+// The program is linked into the suite under another name.
+#define main scanshelfMain
+#include "examples/scanshelf/main.cpp"
+#include "examples/scanshelf/report.cpp"
+#undef main
 
 namespace scanshelf {
 namespace {
 
 namespace platform = KV_1_1::platform;
-using KV_1_1::wstring;
 using KV_1_1::testing::narrow;
 using KV_1_1::testing::TempFolder;
 using ::testing::AllOf;
@@ -160,7 +161,7 @@ TEST(ScanshelfRunTest, RefusedPatternIsToldOnce) {
   folder.makeFolder("a/b");
   Outcome const outcome = outcomeOf({folder.text(), KVW("a\\*")});
   EXPECT_EQ(outcome.status, 1);
-  EXPECT_EQ(outcome.err.find("scanshelf: 'a\\*' is no pattern for names."), 0u);
+  EXPECT_EQ(outcome.err.find("scanshelf: 'a\\*' is not a valid pattern."), 0u);
   EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1);
 }
 
@@ -176,15 +177,6 @@ TEST(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
   out.setstate(std::ios::badbit);
   EXPECT_EQ(run({String(KVW("--help"))}, out, err, /*isErrTerminal=*/false), 1);
   EXPECT_EQ(err.str(), "scanshelf: The report could not be written.\n");
-}
-
-// The file names below a folder, with slashes.
-std::vector<std::string> namesBelow(std::filesystem::path const& folder) {
-  std::vector<std::string> names;
-  for (auto const& entry : std::filesystem::recursive_directory_iterator(folder)) {
-    names.push_back(entry.path().lexically_relative(folder).generic_u8string());
-  }
-  return names;
 }
 
 TEST(ScanshelfRunTest, CopyIsMadeAndReported) {
@@ -207,7 +199,7 @@ TEST(ScanshelfRunTest, CopyIsMadeAndReported) {
                                      "  Sizes equal  2 of 2\n"
                                      "  Time         "));
   EXPECT_THAT(outcome.out, ::testing::EndsWith("s\n\nEverything was copied, and all sizes are equal.\n"));
-  EXPECT_THAT(namesBelow(target.path("x/y")), ::testing::UnorderedElementsAre("a.dat", "empty", "sub", "sub/b.dat"));
+  EXPECT_THAT(itemsBelow(target.path("x/y")), ::testing::UnorderedElementsAre("a.dat", "empty", "sub", "sub/b.dat"));
 }
 
 TEST(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
@@ -250,7 +242,7 @@ TEST(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
     EXPECT_EQ(outcome.err, "scanshelf: '" + narrow(target) +
                                "' is the folder to be copied, or lies in it. Choose a target outside of it.\n");
   }
-  EXPECT_THAT(namesBelow(folder.path()), ::testing::UnorderedElementsAre("sub", "sub/a.dat"));
+  EXPECT_THAT(itemsBelow(folder.path()), ::testing::UnorderedElementsAre("sub", "sub/a.dat"));
 }
 
 TEST(ScanshelfRunTest, RefusedPatternMakesNoTarget) {
@@ -264,7 +256,7 @@ TEST(ScanshelfRunTest, ListingWritesNothing) {
   TempFolder folder;
   folder.write("a.dat", "1");
   EXPECT_THAT(outcomeOf({folder.text()}).out, Not(HasSubstr("Copied")));
-  EXPECT_THAT(namesBelow(folder.path()), ::testing::ElementsAre("a.dat"));
+  EXPECT_THAT(itemsBelow(folder.path()), ::testing::ElementsAre("a.dat"));
 }
 
 TEST(ScanshelfRunTest, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
@@ -314,12 +306,12 @@ TEST(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
   all.files = 8;
   CopyResult result;
   result.failures.push_back({File::fromString(KVW("sub\\a.dat")), KVW("There is no room.")});
-  result.untried = 7;
+  result.unattempted = 7;
   EXPECT_THAT(summaryOf(result, all, std::chrono::milliseconds(1)),
               ::testing::EndsWith("Not everything could be copied:\n\n"
                                   "  Reason             Item\n"
                                   "  There is no room.  sub\\a.dat\n\n"
-                                  "The disk is full. Not tried any more: 7 files.\n"));
+                                  "The disk is full. Not attempted: 7 files.\n"));
 }
 
 TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
@@ -328,7 +320,7 @@ TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
     SampleTree const sample;
     folder = sample.folder();
     EXPECT_TRUE(folder->exists());
-    EXPECT_EQ(folder->collectFiles(KVW("*"), /*recursive=*/true).size(), std::size(kFiles));
+    EXPECT_EQ(folder->collectFiles(KVW("*"), /*recursive=*/true).size(), std::size(kSampleFiles));
     EXPECT_EQ(folder->collectDirectories(KVW("To be scanned"), /*recursive=*/true).size(), 1u);
     EXPECT_FALSE(sample.copyFolder()->exists());
     EXPECT_TRUE(sample.copyFolder()->create());
@@ -346,8 +338,8 @@ TEST(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
     try {
       sample.remove();
       ADD_FAILURE() << "removed";
-    } catch (Complaint const& complaint) {
-      EXPECT_EQ(std::string(complaint.what()).find("The temporary folder '"), 0u);
+    } catch (Error const& error) {
+      EXPECT_EQ(std::string(error.what()).find("The temporary folder '"), 0u);
     }
   }
   EXPECT_FALSE(folder->exists());
@@ -384,7 +376,7 @@ TEST(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
   Outcome const outcome = outcomeOf({KVW("--copy-to"), target.text()});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.find("A sample of scans, made for this report and removed again:\n\n"), 0u);
-  EXPECT_EQ(namesBelow(target.path()).size(), 24u);
+  EXPECT_EQ(itemsBelow(target.path()).size(), 24u);
 }
 
 TEST(ScanshelfSampleTest, RenumberingCopiesNothing) {
