@@ -134,8 +134,6 @@ def rows_of(pattern):
 def main():
     faults, count = [], 0
     for headers, pattern in SUBJECTS:
-        if not any(ROOT.glob(pattern)):
-            continue  # a class whose table has not been written
         operations = {(name, *operation) for header, names in headers.items() for name in names
                       for operation in operations_of(header, name) if operation[0] not in REGISTRATION}
         count += len(operations)

@@ -23,8 +23,8 @@ namespace KV_1_1 {
 //   b          b           EMPTY
 //   .hidden    EMPTY       hidden
 //
-// REQUIRES: a file that makeAbsolute gave without a directory is asked for nothing but isAbsolute, makeAbsolute and its
-// own name.
+// REQUIRES: of a file without a directory, as makeAbsolute may give it, nothing is called but isAbsolute, makeAbsolute,
+// getDirectory and what concerns its name alone.
 class KVBASE_API File : public FileSystemItem {
  public:
   // Results of copy, which are plain numbers.
@@ -32,7 +32,7 @@ class KVBASE_API File : public FileSystemItem {
   // Results of the read-only family.
   enum : int {
     ReadOnlyOk = 0,        // nothing was to be done, or the system was asked to do it
-    ReadOnlyNoFile = 168,  // there is no such file, or it cannot be asked
+    ReadOnlyNoFile = 168,  // the attributes cannot be read, as those of a missing file
   };
 
   // Shares the directory and the texts; the new object is unowned.
@@ -41,8 +41,9 @@ class KVBASE_API File : public FileSystemItem {
 
   // --- Parsing (path_parsing.cpp) ------------------------------------------------------------------------------------
 
-  // Splits at the last backslash or slash, or at a colon behind it, and reads the directory. Null for a NIL or empty
-  // text, a directory that is refused (with its message), and a name that is invalid, "." or ".." (without a message).
+  // Splits at the last backslash, slash or colon and reads the directory in front. Null with the message of
+  // Directory::fromString where that fails; null without a message for a NIL or empty text and for a name that is
+  // invalid, "." or "..".
   //   a.txt => .\a.txt      C:b.txt => C:b.txt      a\ => null      a.txt:stream => null
   static SmartPtr<File> fromString(String const& text);
   // The same from its two parts; shares the directory.
@@ -57,7 +58,8 @@ class KVBASE_API File : public FileSystemItem {
   String const getFullNameUnix() const override;
   // Base name, and a dot and the extension unless that is NIL or empty.
   String const getName() const override;
-  // Splits at the last dot; without one the extension is EMPTY. Nothing is checked: NIL gives a NIL base name.
+  // Splits at the last dot; without one the extension is EMPTY. COMPAT: nothing is checked, so a name can hold
+  // separators and wildcards; NIL gives a NIL base name.
   //   a. => base name a, extension EMPTY, so the name is a
   void setName(String const& name) override;
 
@@ -68,15 +70,16 @@ class KVBASE_API File : public FileSystemItem {
   // Null only for a file that makeAbsolute gave without one.
   SmartPtr<Directory const> getDirectory() const { return directory_; }
   bool isAbsolute() const { return directory_ != nullptr && directory_->isAbsolute(); }
-  // A copy with the extension, which is not checked: with a leading dot the name has two.
+  // A copy with another extension. COMPAT: it is not checked, and a leading dot makes two dots.
   SmartPtr<File const> replaceExtension(String const& extension) const;
-  // This object if it is absolute. A file without directory gives a new file without any name. If the directory has no
-  // absolute form the result is a file whose directory is null.
+  // This object if it is absolute, else the same name in the directory made absolute. COMPAT: if the directory has no
+  // absolute form the result is a file whose directory is null; of such a file, a new file without any name.
   SmartPtr<File const> makeAbsolute() const;
   // With its directory made relative (Directory::makeRelative); null where that is null.
   // REQUIRES: the reference is not null.
   SmartPtr<File const> makeRelative(SmartPtr<Directory const> const& reference) const;
-  // The directories by Directory::equals, then base name and extension without case. NIL differs from EMPTY.
+  // The directories by Directory::equals, then base name and extension without case. COMPAT: a NIL extension and an
+  // EMPTY one differ, although the full names are equal.
   ComparisonResult equals(SmartPtr<File const> const& other) const;
 
   // --- The disk (file_operations.cpp, file_copy.cpp) -----------------------------------------------------------------
@@ -86,8 +89,7 @@ class KVBASE_API File : public FileSystemItem {
   // Copies contents, attributes and time of the last write: CopyOk, CopyDiskFull, or CopyFailed for any other reason,
   // such as a target that exists when `overwrite` is false, a target that is read-only or is this very file, a missing
   // folder. A failed copy leaves no half-made file. The progress gets the part that is done, from 0 to 1, on this
-  // thread, and cannot stop the copy. The last value is 1; for an empty file the only value is not a number. That is
-  // meant to stay so.
+  // thread, and cannot stop the copy. The last value is 1. COMPAT: for an empty file the only value is not a number.
   // REQUIRES: the target is not null. Keeps no hold of the progress, which may be null.
   int copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IProgress> progress) const;
   int copy(SmartPtr<File const> target, bool overwrite) const;
@@ -97,30 +99,33 @@ class KVBASE_API File : public FileSystemItem {
 
   // Moves or renames. False for null; false, with a message, if it fails, as onto another file that exists.
   bool move(SmartPtr<File const> target) const;
-  // True if there is no such file afterwards or there never was one, a directory of that name included, which stays.
-  // False, with a message, if it cannot be deleted; a read-only file cannot.
+  // True if there is no such file, or no longer. COMPAT: true also for the name of a directory, which stays. False,
+  // with a message, if it cannot be deleted; a read-only file cannot.
   bool remove() const;
-  // Makes an empty file if there is none, else sets the time of its last write to now; then has the file flushed to the
-  // disk, whose success does not count. False if it cannot be opened to write.
+  // Makes an empty file if there is none, else sets the time of its last write to now. False if it cannot be opened to
+  // write or the time cannot be set. COMPAT: the file is then opened once more and flushed to the disk; whether that
+  // succeeds does not count.
   bool touch() const;
 
-  // True for a missing file too. That is meant to stay so. (On Linux: without the right to write for its owner.)
+  // On Linux: whether its owner has no right to write. COMPAT: true for a missing file too.
   bool isReadOnly() const;
-  // ReadOnlyNoFile, or else ReadOnlyOk, even if the system refuses. Where nothing is to change it is not asked.
+  // ReadOnlyNoFile or ReadOnlyOk. The system is asked only if something is to change. COMPAT: ReadOnlyOk even if it
+  // refuses.
   int setAsReadOnly() const;
   int unsetAsReadOnly() const;
   int setReadOnly(bool readOnly) const;
 
-  // The size in bytes, without opening the file. For a name that is a directory's, what the system says. False if the
-  // disk does not tell; `size` is then left alone.
+  // The size in bytes, without opening the file; for a directory of that name what the system gives. False on failure,
+  // with `size` left alone.
   bool getFileSize(ULARGE_INTEGER& size) const;
-  // Whether both sizes can be told and are equal; true for this very object without a look at the disk.
+  // Whether both sizes are known and equal. COMPAT: this very object is equal without a look at the disk, even if the
+  // file is missing.
   // REQUIRES: `other` is not null.
   bool hasEqualSize(SmartPtr<File const> const& other) const;
 
   // Has the desktop open the file with the program meant for it, without waiting for it. False if there is no such
-  // file, program or desktop. The system's answer 32 counts as success here, though not in Directory::openInExplorer,
-  // and the working directory is the text "%HOMEPATH%" as it stands. Both are meant to stay so.
+  // file, program or desktop. COMPAT: the system's answer 32 counts as success here, though not in
+  // Directory::openInExplorer, and the working directory is the text "%HOMEPATH%", not expanded.
   bool openWithDefaultApp() const;
   // The same for a path or an address; NIL fails.
   static bool openWithDefaultApp(String const& name);
@@ -128,8 +133,8 @@ class KVBASE_API File : public FileSystemItem {
   // or without a file browser.
   bool showInExplorer() const;
 
-  // Makes the directories above this file that are missing, from the top down. True if there is nothing to make. At the
-  // first failure false, with the message of Directory::create; what was made stays.
+  // Makes the directories above this file that are missing, from the top down. True if there is nothing to make. False
+  // at the first failure, with the message of Directory::create; what was made stays.
   bool createParentDirectories() const;
 
   // --- Class ---------------------------------------------------------------------------------------------------------
@@ -146,9 +151,9 @@ class KVBASE_API File : public FileSystemItem {
  private:
   friend class Directory;
 
-  // NIL names in a default directory.
+  // Base name and extension NIL, in a default directory.
   File();
-  // NIL names in the given directory, which may be null.
+  // Base name and extension NIL, in this directory, which may be null.
   explicit File(SmartPtr<Directory const> directory);
 
   // The two-argument fromString for a directory that may be null.

@@ -5,7 +5,7 @@
 
 namespace KV_1_1 {
 
-// The search that the base starts plays no part.
+// The base starts a search whose items are never asked for.
 FileCollectionIterator::FileCollectionIterator(std::vector<SmartPtr<File const>> const& files,
                                                Directory const& directory)
     : FileIterator(directory, String::EMPTY), files_(files) {}

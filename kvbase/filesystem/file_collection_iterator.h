@@ -15,11 +15,11 @@ class KVBASE_API FileCollectionIterator : public FileIterator {
   FileCollectionIterator(FileCollectionIterator const&) = default;
   FileCollectionIterator& operator=(FileCollectionIterator const&) = default;
 
-  // Shares the files; later changes of the caller's list change nothing here.
+  // Shares the files and copies the list. COMPAT: the current directory is searched once, for nothing.
   // REQUIRES: the process has a current directory.
   static SmartPtr<FileCollectionIterator> create(std::vector<SmartPtr<File const>> const& files);
 
-  // The elements in their order, then null for ever. A null element comes as null, which looks like the end.
+  // The elements in their order, then null. COMPAT: a null element comes as null, which looks like the end.
   SmartPtr<File const> getNext() override;
 
   mZClass const* getClassType() const override;
@@ -34,7 +34,7 @@ class KVBASE_API FileCollectionIterator : public FileIterator {
 
  private:
   std::vector<SmartPtr<File const>> files_;
-  std::size_t given_ = 0;  // how many elements have been given
+  std::size_t given_ = 0;  // the number of elements given so far
 };
 
 class KVBASE_API FileCollectionIterator::ClassCreator : public mZClass {

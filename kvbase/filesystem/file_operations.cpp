@@ -20,8 +20,8 @@ struct ItemListTraits {
   static void close(Value item) { platform::shell().freeItemList(item); }
 };
 
-// Has the runtime flush a file to the disk. How that went is not asked, but without a descriptor there is nothing to
-// flush: to the runtime of Windows a wrong one is a reason to end the process.
+// Has the C runtime flush a file to the disk; failures are ignored. Without a descriptor there is nothing to flush, and
+// the runtime of Windows ends the process for an invalid one.
 void flush(String const& name) {
   platform::FileApi& files = platform::files();
   int const descriptor = files.openDescriptor(name, platform::kDescriptorReadWrite, platform::kDescriptorShareAll,
@@ -109,7 +109,6 @@ bool File::openWithDefaultApp() const {
   return openWithDefaultApp(getFullName());
 }
 
-// The bound is one below that of Directory::openInExplorer; it is meant to stay so.
 bool File::openWithDefaultApp(String const& name) {
   return platform::shell().open(nullptr, name, KVW("%HOMEPATH%"), platform::kShowNormal) >= 32;
 }

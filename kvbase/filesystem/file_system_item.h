@@ -22,10 +22,12 @@ class KVMessages {};
 // SmartPtr<File const>. An operation that would change a path gives a new object.
 // Thread rule: a path that nobody changes may be used on any threads. setName and assignment must not meet a reader.
 // Failure: by result (null, false, a code); in places also by a message to reportError. Nothing is thrown but
-// std::bad_alloc. Nothing is retried, nothing waits, and what was done before a failure stays done. Links on Linux: a
-// name that ends in a separator, as every directory's does, looks through a link. One that does not, as every file's,
-// is the link itself where it leads to a directory or to nothing, and else the file that it leads to. In a search a
-// link is a file. So no walk leaves its tree through a link.
+// std::bad_alloc. Nothing is retried, nothing waits, and what was done before a failure stays done.
+// Links on Linux: a name that ends in a separator, as every directory's does, stands for what the link leads to. A name
+// that does not, as every file's, stands for the link itself if that leads to a directory or to nothing, and otherwise
+// for the file that it leads to. A search gives a link as a file, so no walk leaves its tree through a link.
+// COMPAT: the system gets the prefixed name, with which Windows takes paths of 260 code units and more, from most
+// operations but not from stat, the read-only family, openWithDefaultApp, the flush in touch and all searches.
 class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KVMessages {
  public:
   // The result of Directory::equals and File::equals.
@@ -37,12 +39,12 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
 
   FileSystemItem() {}
   FileSystemItem(FileSystemItem const& other) : BaseNode(other), KVMessages() {}
-  // Does nothing: there are no fields here, and the count stays.
+  // There are no fields to assign, and the reference count stays.
   FileSystemItem& operator=(FileSystemItem const&) { return *this; }
 
   mZClass const* getClassType() const override;
 
-  // Asks the disk: is there such an item of this kind? A file is anything but a directory.
+  // Whether the disk has an item of this kind under this name. A file is anything but a directory.
   virtual bool exists() const = 0;
   // The path for display; a directory ends in a separator.
   virtual String const getFullName() const = 0;
@@ -57,18 +59,16 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
 
   // --- The disk (item_queries.cpp) -----------------------------------------------------------------------------------
 
-  // Whether the item is there and can be opened: 4 to read, 2 to write, 6 for both; other bits count for nothing, so 0
-  // and 8 ask for no access at all. False if exists() is. On Linux a file without the right to write for its owner
-  // cannot be opened to write, whoever asks.
+  // Whether the item is there and can be opened: 4 to read, 2 to write, 6 for both. COMPAT: other bits are ignored, so
+  // with 0 or 8 it is opened without any access. False if exists() is. On Linux a file without the right to write for
+  // its owner cannot be opened to write, whoever asks.
   bool access(int mode) const;
-  // The status record of the C runtime. The separator at the end of the full name is cut first, and so is that of a
-  // root: "C:" asks for "C:", the current directory of that drive, and "" for nothing, which fails. That is meant to
-  // stay so. `status` is left alone on failure (on Windows: as the runtime does); a file of more than 2 GB has no such
-  // record.
+  // The status record of the C runtime, by the full name without the separator at its end. COMPAT: that of a root is
+  // cut too, so "C:\" asks for "C:", the current directory of that drive, and "\" for the empty name, which fails.
+  // False on failure and for a file of 2 GB or more; `status` is then left alone (on Windows as the runtime does it).
   bool stat(struct _stat64i32& status) const;
-  // The times, in units of 100 ns since the beginning of 1601, UTC. False if the disk does not tell; `time` is then
-  // left alone. Where a file system knows no creation time, the older of the last write and the last change stands for
-  // it.
+  // The times, in steps of 100 ns since the beginning of 1601, UTC. False on failure, with `time` left alone. Where the
+  // file system has no creation time it is the older of the last write and the last change.
   // REQUIRES: the argument is not null.
   bool getCreationTime(FILETIME* time) const;
   bool getLastWriteTime(FILETIME* time) const;
@@ -77,8 +77,7 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
   static void initStatics();
   static void clearStatics();
 
-  // Where every message of the path classes goes. Does nothing: the result of the operation is all that its caller
-  // sees.
+  // Every message of the path classes goes here. COMPAT: it does nothing, so the caller sees the result alone.
   static void reportError(String const& message);
 
   class ClassCreator;

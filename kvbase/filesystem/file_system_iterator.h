@@ -5,9 +5,9 @@
 //   SmartPtr<FileIterator> files = folder->findFiles(KVW("*.txt"));
 //   while (SmartPtr<File const> file = files->getNext()) use(*file);
 //
-// A null item is the end, with one exception: an entry whose name this library refuses (possible on Windows, where a
-// name can end in a blank or a dot) comes as null in its place, and a further getNext goes on behind it. Hidden entries
-// are given like all others, "." and ".." never.
+// A null item is the end. COMPAT: an entry whose name is invalid here (on Windows one can end in a blank or a dot)
+// comes as null too, and a further getNext goes on behind it. Hidden entries are given like all others, "." and ".."
+// never.
 //
 // Thread rule: one iterator belongs to one thread at a time; several iterators on one directory may run side by side.
 #pragma once
@@ -21,15 +21,16 @@
 
 namespace KV_1_1 {
 
-// Files and directories. Copies take over the running search by its plain handle, so copy and source disturb each other
-// and the first to end closes it: keep an iterator in its SmartPtr and do not copy it. That is meant to stay so.
+// Files and directories. COMPAT: a copy shares the handle of the running search, so copy and source disturb each other
+// and the first to end closes it: keep an iterator in its SmartPtr and do not copy it.
 class KVBASE_API FileSystemIterator : public BaseNode {
  public:
   FileSystemIterator(FileSystemIterator const& other);
-  // Does not close the search that this iterator held.
+  // COMPAT: the search that this iterator held is not closed.
   FileSystemIterator& operator=(FileSystemIterator const& other);
 
-  // The next item; null at the end.
+  // The next item; null at the end. COMPAT: not virtual, so through this class an iterator of files gives directories
+  // too.
   SmartPtr<FileSystemItem const> getNext();
 
   mZClass const* getClassType() const override;
@@ -63,7 +64,7 @@ class KVBASE_API FileSystemIterator::ClassCreator : public mZClass {
   ~ClassCreator() override;
 };
 
-// Directories alone.
+// Directories only.
 class KVBASE_API DirectoryIterator : public FileSystemIterator {
  public:
   DirectoryIterator(DirectoryIterator const&) = default;
@@ -95,7 +96,7 @@ class KVBASE_API DirectoryIterator::ClassCreator : public mZClass {
   ~ClassCreator() override;
 };
 
-// Files alone; links that lead to directories are files on Linux.
+// Files only; on Linux a link that leads to a directory is a file.
 class KVBASE_API FileIterator : public FileSystemIterator {
  public:
   FileIterator(FileIterator const&) = default;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What every item asks the disk.
+// The disk queries that directories and files share.
 #include "kvbase/filesystem/file_system_item.h"
 #include "kvbase/filesystem/internal/open_file.h"
 #include "kvbase/platform/file_api.h"

@@ -14,7 +14,7 @@ namespace KV_1_1 {
 
 namespace {
 
-// Paths made from each other share their texts, so many comparisons end at the payload.
+// Paths made from each other share their texts, so comparing payloads first often saves the comparison of texts.
 bool isSamePayload(String const& a, String const& b) {
   return static_cast<wchar const*>(a) == static_cast<wchar const*>(b);
 }
@@ -24,7 +24,7 @@ bool equalIgnoringCase(String const& a, String const& b) {
   return isSamePayload(a, b) || a.compareIgnoreCase(b) == 0;
 }
 
-// The same for levels, which are never NIL and hold no NUL: their lengths decide first.
+// The same for levels, which are never NIL and hold no NUL, so that texts of different lengths differ.
 bool equalLevels(String const& a, String const& b) {
   if (isSamePayload(a, b)) return true;
   int const length = a.length();

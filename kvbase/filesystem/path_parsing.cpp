@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// From texts to paths. The caller's text is read where it stands, slashes as backslashes, and nothing is allocated but
-// what the path holds; a copy with replaced slashes is made only for a message.
+// Parses texts to paths. The caller's text is read in place, slashes as backslashes, and nothing is allocated but what
+// the path holds; only a message makes a copy with replaced slashes.
 #include <utility>
 
 #include "kvbase/filesystem/directory.h"
@@ -71,15 +71,15 @@ struct Resolution {
   }
 };
 
-// What one pass over the levels of a text tells.
-struct Survey {
-  bool isValid = true;  // as names; nothing else counts if not
+// The result of one scan of the levels of a text.
+struct Scan {
+  bool isValid = true;  // whether all levels are valid names; if not, the rest has no meaning
   std::size_t levels = 0;
   Resolution resolution;
 };
 
-Survey survey(TextView text) {
-  Survey result;
+Scan scan(TextView text) {
+  Scan result;
   for (std::size_t at = 0; at < text.size() && result.isValid; ++at) {
     std::size_t const begin = at;
     unsigned int inside = 0;
@@ -99,9 +99,9 @@ Survey survey(TextView text) {
   return result;
 }
 
-// The last `count` levels of a text, or what remains of all levels when "." and ".." are resolved. It goes backwards,
-// so that a level that a later ".." takes away is passed over and never made.
-// REQUIRES: so many there are.
+// The last `count` levels of a text, counted with `resolve` after "." and ".." are resolved. The text is read
+// backwards, so that no String is made of a level that a later ".." takes away.
+// REQUIRES: there are `count` such levels.
 std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
   std::vector<String> levels(count);
   std::size_t end = text.size();
@@ -146,7 +146,7 @@ SmartPtr<Directory> Directory::fromUTF8(std::string const& text) {
 
 SmartPtr<Directory> Directory::fromText(std::basic_string_view<wchar> text) {
   if (text.size() < 2 || !isSeparator(text[0]) || !isSeparator(text[1])) return fromStringLocal(text);
-  // Two separators more stand behind a share with a prefix: no level, but part of what a message shows.
+  // COMPAT: messages show two more separators behind a share that was written with a prefix.
   if (cutPrefix(text, KVW("\\\\?\\UNC\\"))) return fromStringUNC(text, KVW("\\\\"));
   if (cutPrefix(text, KVW("\\\\?\\"))) return fromStringLocal(text);
   return fromStringUNC(text.substr(2), nullptr);
@@ -167,7 +167,7 @@ SmartPtr<Directory> Directory::fromStringLocal(std::basic_string_view<wchar> tex
   }
   bool const absolute = !rest.empty() && isSeparator(rest[0]);
 
-  Survey const found = survey(rest);
+  Scan const found = scan(rest);
   if (!found.isValid) {
     reportInvalidName(shown(text));
     return nullptr;
@@ -175,13 +175,13 @@ SmartPtr<Directory> Directory::fromStringLocal(std::basic_string_view<wchar> tex
   bool const resolve = absolute && !found.resolution.isBeyondRoot;
   std::size_t const count = resolve ? found.resolution.kept : found.levels;
   SmartPtr<Directory> directory(new Directory(absolute, std::move(root), levelsOf(rest, count, resolve)));
-  // What leads beyond the root is left to normalize, whose message needs the path as it was written.
+  // A path that leads beyond the root is left to normalize, whose message shows the path as it was written.
   if (absolute && !resolve && !directory->normalize()) return nullptr;
   return directory;
 }
 
 SmartPtr<Directory> Directory::fromStringUNC(std::basic_string_view<wchar> text, wchar const* behind) {
-  Survey const found = survey(text);
+  Scan const found = scan(text);
   if (!found.isValid) {
     reportInvalidName(shown(text) + behind);
     return nullptr;
@@ -243,7 +243,7 @@ SmartPtr<File> File::fromString(String const& text) {
     directory = Directory::fromText(units.substr(0, begin));
     if (directory == nullptr) return nullptr;
   }
-  // The name goes by the length, so that a NUL inside is seen.
+  // The name is read by its length, so that a NUL makes it invalid.
   if (!isValidFileName(viewOf(text).substr(begin))) return nullptr;
   if (begin == 0) directory = new Directory;
   SmartPtr<File> file(new File(std::move(directory)));

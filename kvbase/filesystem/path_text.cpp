@@ -13,11 +13,11 @@ namespace KV_1_1 {
 String Directory::text(Form form, String const& baseName, String const& extension) const {
   wchar const separator = form == Form::kUnix ? KVW('/') : KVW('\\');
   bool const isLong = form == Form::kLong && absolute_;
-  // A file's name is not checked when it is set, so it can make a share of a path from the root.
+  // COMPAT: the name of a file in a root is not checked, and one that begins with a backslash makes the path a share.
   wchar const* const second = root_.length() > 0 ? root_ : levels_.empty() ? baseName : nullptr;
   bool const isShare = isLong && second != nullptr && *second == KVW('\\');
 
-  // A share continues its prefix with one of its two separators.
+  // The prefix of a share replaces the first of its two separators.
   TextView const prefix = !isLong ? TextView() : isShare ? KVW("\\\\?\\UNC") : KVW("\\\\?\\");
   TextView root = viewOf(root_);
   bool separatorBehindRoot = absolute_;
@@ -88,7 +88,7 @@ void File::setName(String const& name) {
 
 void File::splitName(String const& text, int from) {
   int const dot = text.findLastOf(KVW('.'), from);
-  // The whole text is shared as it is; NIL stays NIL.
+  // Without a dot the text is shared; NIL stays NIL.
   String baseName = dot < 0 && from == 0 ? text : text.substr(from, dot);
   String extension = dot < 0 ? String::EMPTY : text.substr(dot + 1);
   baseName_ = std::move(baseName);

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// What the applications are told while files are copied.
+// How applications follow the copying of files.
 #pragma once
 
-// The progress of one task, of the applications' own making; it stands at global scope.
+// The progress of one task. Applications implement it; it stands at global scope, where they expect it.
 //
 // Thread rule: called on the thread that does the work.
+// REQUIRES: an implementation throws nothing.
 class IProgress {
  public:
-  // The part that is done, from 0 to 1; not a number for a task of no size. The first virtual operation: the order is
-  // a contract between modules.
+  // The part that is done, from 0 to 1. COMPAT: not a number for a task of size 0. It must stay the first virtual
+  // operation, because modules that are built apart rely on the order.
   virtual void setProgress(double fraction) = 0;
 
   virtual ~IProgress() {}
@@ -23,7 +24,7 @@ class KVFileProgressInterface {
   KVFileProgressInterface() {}
   KVFileProgressInterface(KVFileProgressInterface const&) {}
   KVFileProgressInterface(KVFileProgressInterface&&) {}
-  // There is nothing to assign.
+  // There are no fields to assign.
   KVFileProgressInterface& operator=(KVFileProgressInterface const&) { return *this; }
   KVFileProgressInterface& operator=(KVFileProgressInterface&&) { return *this; }
 
@@ -31,7 +32,7 @@ class KVFileProgressInterface {
   virtual void fileCopied() = 0;
 
  protected:
-  // Never deleted through this interface: whoever made the object keeps it.
+  // Nobody deletes through this interface: the object stays its maker's.
   ~KVFileProgressInterface() {}
 };
 

@@ -7,8 +7,9 @@
 
 namespace KV_1_1 {
 
-// What File::copy has the system call: passes transferred / total on to the IProgress that `data` points at, without a
-// test for 0, so the progress of an empty file is not a number. Always has the copy go on.
+// The callback that File::copy gives the system: passes transferred / total on to the IProgress that `data` points at
+// and always lets the copy go on. COMPAT: a total of 0 is not tested for, so the progress of an empty file is not a
+// number.
 ulong32 copyProgressRoutine(std::int64_t total, std::int64_t transferred, void* data);
 
 }  // namespace KV_1_1

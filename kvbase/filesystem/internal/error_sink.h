@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A hook for tests: FileSystemItem::reportError hands every message to it, so that a test sees the text and the moment.
-// Null, as it is in every program, means that a message goes nowhere.
+// A hook for tests: FileSystemItem::reportError passes every message to it. Null, as in every program, means that a
+// message goes nowhere.
 //
 // Thread rule: set it while no other thread works with paths.
 #pragma once

@@ -11,7 +11,7 @@ struct OpenFileTraits {
   static Value none() { return platform::invalidFile(); }
   static void close(Value file) { platform::files().closeFile(file); }
 };
-// A file opened by FileApi::openFile, closed at the end.
+// A file opened by FileApi::openFile, which the destructor closes.
 using OpenFile = platform::ScopedHandle<OpenFileTraits>;
 
 }  // namespace KV_1_1

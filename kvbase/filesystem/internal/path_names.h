@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What may stand in a name. A text counts by its length here: an inner NUL is a control unit and makes a name invalid.
+// The rules for names. Texts are read by their length, so an inner NUL makes a name invalid like any control character.
 #pragma once
 
 #include <array>
@@ -12,11 +12,11 @@
 
 namespace KV_1_1 {
 
-// What a unit is in a name. Units beyond ASCII are nothing but text.
+// What a code unit is in a name. Those beyond ASCII have no class.
 enum NameClass : unsigned int {
-  kReserved = 1,  // stands in no name and no pattern
-  kWildcard = 2,  // stands in patterns only
-  kBadAtEnd = 4,  // ends neither a name nor a pattern
+  kReserved = 1,  // in no name and no pattern
+  kWildcard = 2,  // in patterns only
+  kBadAtEnd = 4,  // not at the end of a name or pattern
   kSeparator = 8,
 };
 
@@ -42,7 +42,7 @@ constexpr int dotsIn(TextView text) {
   return static_cast<int>(size);
 }
 
-// The rule for one level: not empty, no control unit below 0x20, none of *?<>:"\/|, and no blank or dot at the end; but
+// The rule for one level: not empty, no code unit below 0x20, none of *?<>:"\/|, and no blank or dot at the end; but
 // "." and ".." are valid. NIL is invalid.
 bool isValidItemName(String const& name);
 // The rule for the name of a file: "." and ".." are not valid.

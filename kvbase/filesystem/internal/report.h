@@ -14,7 +14,7 @@ void report(wchar const* format, Arguments const&... arguments) {
   FileSystemItem::reportError(message);
 }
 
-// The one message that several operations have.
+// The message that several operations share.
 inline void reportInvalidName(String const& text) {
   report(KVW("The path or file name '%ls' contains invalid characters."), text);
 }

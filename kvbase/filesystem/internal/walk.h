@@ -5,8 +5,8 @@
 
 namespace KV_1_1 {
 
-// Calls `visit` with each item up to the first null one or the first for which it gives false. False in that case
-// alone; a null iterator has no items.
+// Calls `visit` with each item up to the first null one, and stops with false if `visit` gives false. A null iterator
+// has no items.
 template <class Iterator, class Visit>
 bool forAll(SmartPtr<Iterator> const& iterator, Visit visit) {
   if (iterator == nullptr) return true;
