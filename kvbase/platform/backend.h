@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The seam to the operating system. Everything that differs between systems is asked through one abstract class per
+// The seam to the operating system. Everything that differs between systems is reached through one abstract class per
 // group of calls (file_api.h, text_api.h, shell_api.h, error_api.h); platform/windows and platform/linux implement each
-// once.
+// of them once.
 //
-// The current backends stand in one constant-initialised record, so that they answer before the first initialiser of
-// the library has run and after the last one has been undone.
+// The current backends are held in one constant-initialised record, so they can be called before the first initialiser
+// of the library has run and after its last destructor.
 #pragma once
 
 #include <utility>
@@ -27,7 +27,7 @@ struct Backends {
   ErrorApi* errors;
 };
 
-// What the library uses now: the native backends, unless a test has swapped one.
+// The backends in use: the native ones, unless a test has replaced one.
 extern KVBASE_API Backends current;
 
 inline FileApi& files() {
@@ -43,7 +43,7 @@ inline ErrorApi& errors() {
   return *current.errors;
 }
 
-// The backends of the system the library was built for. They live for ever.
+// The backends of the system the library was built for. They are never destroyed.
 KVBASE_API FileApi& nativeFiles();
 KVBASE_API TextApi& nativeText();
 KVBASE_API ShellApi& nativeShell();
@@ -54,7 +54,8 @@ KVBASE_API ErrorApi& nativeErrors();
 //   ScriptedFiles script;
 //   platform::ScopedBackend<platform::FileApi> scope(script);
 //
-// Thread rule: the swap is process-wide, so no other thread may be inside the library meanwhile.
+// Thread rule: the replacement is process-wide, so no other thread may be inside the library when a scope begins or
+// ends.
 template <class Api>
 class ScopedBackend {
  public:

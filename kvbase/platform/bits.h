@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Bit scans, which compilers spell differently. Internal linkage on purpose: sources compiled for several processors
-// use them, and the linker must not pick one's copy for another.
+// Bit scans, which compilers spell differently. They have internal linkage because sources compiled for several
+// processors use them, and the linker must not merge their copies.
 #pragma once
 
 #if defined(_MSC_VER)

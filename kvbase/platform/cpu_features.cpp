@@ -38,7 +38,7 @@ CpuidLeaf cpuid(unsigned int leaf) {
   return result;
 }
 
-// By the instruction itself: the intrinsic would need a compiler flag for this file.
+// The instruction is written out because the intrinsic would need a compiler flag for this file.
 unsigned int enabledStates() {
   unsigned int low, high;
   __asm__ volatile("xgetbv" : "=a"(low), "=d"(high) : "c"(0));
@@ -47,10 +47,10 @@ unsigned int enabledStates() {
 
 #endif
 
-constexpr unsigned int kOsxsave = 1u << 27;  // leaf 1, ecx: the system has switched extended states on
+constexpr unsigned int kOsxsave = 1u << 27;  // leaf 1, ecx: the system has enabled extended states
 constexpr unsigned int kAvx = 1u << 28;      // leaf 1, ecx
 constexpr unsigned int kAvx2 = 1u << 5;      // leaf 7, ebx
-constexpr unsigned int kXmmYmm = 0x6;        // the system saves both kinds of registers
+constexpr unsigned int kXmmYmm = 0x6;        // the system saves the registers of both sizes
 
 }  // namespace
 

@@ -4,7 +4,8 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Whether processor and operating system both support AVX2. Needs no start-up of anything; about 100 ns.
+// Whether both the processor and the operating system support AVX2. May be called at any time, also before the library
+// has started; takes about 100 ns.
 bool hasAvx2();
 
 }  // namespace platform

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The codes by which a system tells why a call failed: those of Windows, on every system.
+// The codes that say why a call failed: those of Windows, on every system.
 #pragma once
 
 #include "kvbase/text_unit.h"

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// The seam to files and folders. The vocabulary is that of the Windows calls, in names of its own, for their names are
-// macros there. Every path is a NUL-terminated text in the notation of this library: backslashes, drives, shares, the
-// prefix "\\?\".
+// The seam to files and folders. The methods correspond to Windows calls but have names of their own, because Windows
+// defines macros of those names. Every path is a NUL-terminated text in the notation of this library: backslashes,
+// drives, shares, the prefix "\\?\".
 //
-// A call that fails leaves its reason as the last error of the thread (error_api.h); one that succeeds leaves that
-// alone, unless its contract says otherwise.
+// A call that fails sets the last error of the thread to its reason (error_api.h); one that succeeds leaves it
+// unchanged, unless its contract says otherwise.
 //
-// Links (on Windows: as the system does). A name that ends in a separator looks through a link. One that does not sees
-// the link itself where it leads to a directory or to nothing, and else the file that it leads to.
+// Links on Linux: a path that ends in a separator follows a link. Any other path names the link itself if it leads to a
+// directory or to nothing, and otherwise the file that it leads to. On Windows links behave as the system has them.
 //
 // Thread rule: any method may be called from any thread; a search, a file or a descriptor belongs to one thread at a
 // time.
@@ -29,15 +29,15 @@ constexpr ulong32 kAttributeHidden = 0x2;
 constexpr ulong32 kAttributeDirectory = 0x10;
 constexpr ulong32 kAttributeNormal = 0x80;
 constexpr ulong32 kAttributeReparsePoint = 0x400;
-// The attributes of an item that is not there or cannot be asked.
+// The attributes of an item that does not exist or cannot be queried.
 constexpr ulong32 kInvalidAttributes = 0xFFFFFFFF;
 
-// What one query tells about an item without opening it.
+// The result of one query of an item, without opening it.
 struct FileInfo {
   ulong32 attributes;
-  std::uint64_t size;  // in bytes; what the system says for a directory
-  // In units of 100 ns since the beginning of 1601, UTC. Where a file system knows no creation time, the older of the
-  // times of the last write and of the last change of the item stands for it.
+  std::uint64_t size;  // in bytes; for a directory whatever the system reports
+  // In units of 100 ns since the beginning of 1601, UTC. Where a file system records no creation time, this is the
+  // older of the times of the last write and of the last change of the item.
   std::uint64_t creationTime = 0;
   std::uint64_t lastWriteTime = 0;
 };
@@ -48,15 +48,15 @@ struct FindData {
   wchar name[260];  // NUL-terminated, without folder
 };
 
-// A running search; only the backend that gave it knows what it is.
+// A running search; only the backend that returned it knows what it is.
 using SearchHandle = void*;
 // No search.
 inline SearchHandle invalidSearch() {
   return reinterpret_cast<SearchHandle>(static_cast<std::intptr_t>(-1));
 }
 
-// What is asked of openFile: access as bits (none: that the item is there), what others may do with the item meanwhile,
-// what is to be there before, and flags.
+// Arguments of openFile: access, as bits (0 only checks that the item exists); sharing, what other processes may do
+// with the item while it is open; disposition, whether the item must exist; flags.
 constexpr ulong32 kAccessRead = 0x80000000;
 constexpr ulong32 kAccessWrite = 0x40000000;
 constexpr ulong32 kShareRead = 0x1;
@@ -73,13 +73,13 @@ inline FileHandle invalidFile() {
   return reinterpret_cast<FileHandle>(static_cast<std::intptr_t>(-1));
 }
 
-// What is asked of openDescriptor.
+// Arguments of openDescriptor.
 constexpr int kDescriptorReadWrite = 0x2;
 constexpr int kDescriptorShareAll = 0x40;
-constexpr int kDescriptorPermission = 0x180;  // a file made is one to read and to write
+constexpr int kDescriptorPermission = 0x180;  // a created file may be read and written
 
-// Called while a file is copied: its size, the bytes copied so far, and what was given to copyFile. The result 0 lets
-// the copy go on.
+// Called while a file is copied, with its size, the bytes copied so far, and the data passed to copyFile. The result
+// kProgressContinue continues the copy, any other cancels it.
 using CopyProgress = ulong32 (*)(std::int64_t total, std::int64_t transferred, void* data);
 constexpr ulong32 kProgressContinue = 0;
 
@@ -90,18 +90,19 @@ class FileApi {
  public:
   // --- Queries -------------------------------------------------------------------------------------------------------
 
-  // The attributes of an item, kInvalidAttributes if there is none or it cannot be asked.
+  // The attributes of an item, kInvalidAttributes if it does not exist or cannot be queried.
   virtual ulong32 getAttributes(wchar const* path) = 0;
-  // Sets the attributes. On Linux only the read-only bit of files counts: it takes the rights to write from everybody
-  // or gives the owner's back; whatever else is asked is done by doing nothing.
+  // Sets the attributes. COMPAT: on Linux only the read-only bit of files has an effect: setting it removes every right
+  // to write, clearing it returns the owner's. All other attributes are ignored with success.
   virtual bool setAttributes(wchar const* path, ulong32 attributes) = 0;
 
-  // Attributes, size and times in one query. False if there is no such item or it cannot be asked; `info` is then left
-  // alone.
+  // Attributes, size and times in one query. False if the item does not exist or cannot be queried; `info` is then
+  // unchanged.
   virtual bool getInfo(wchar const* path, FileInfo& info) = 0;
 
-  // The status record of the C runtime, which looks through links in any case. 0 is success; `status` is otherwise left
-  // alone (on Windows: as the runtime does), also where the size does not fit into its 32 bits. Leaves no last error.
+  // The status record of the C runtime, which always follows links. 0 is success. -1 on failure, also if the size does
+  // not fit into its 32 bits; `status` is then unchanged on Linux and unspecified on Windows. Does not set the last
+  // error.
   virtual int getStatus(wchar const* path, struct _stat64i32& status) = 0;
 
   // 1 for an existing directory without entries, 0 for any other item and for none.
@@ -109,54 +110,56 @@ class FileApi {
 
   // --- Open files ----------------------------------------------------------------------------------------------------
 
-  // Opens an item. invalidFile() on failure: there is none and `disposition` is kOpenExisting; the access is
-  // not granted, be it because the file is read-only; a directory without kFlagBackupSemantics. With kOpenAlways a
-  // missing file is made, and the last error after success is kNoError for a file that was made, kAlreadyExists for one
-  // that was there. A file opened must be closed with closeFile.
+  // Opens an item; it must be closed with closeFile. invalidFile() on failure: the item is missing and `disposition` is
+  // kOpenExisting, the access is denied (also because the file is read-only), or the item is a directory and
+  // kFlagBackupSemantics is not set. With kOpenAlways a missing file is created; the last error after success is then
+  // kNoError for a new file and kAlreadyExists for an existing one.
   virtual FileHandle openFile(wchar const* path, ulong32 access, ulong32 share, ulong32 disposition, ulong32 flags) = 0;
   virtual bool closeFile(FileHandle file) = 0;
-  // Sets the time of the last write of a file opened for writing, in the unit of FileInfo; its other times stay.
+  // Sets the time of the last write of a file opened for writing, in the unit of FileInfo. Its other times stay.
   virtual bool setLastWriteTime(FileHandle file, std::uint64_t time) = 0;
-  // The time now, in the unit of FileInfo.
+  // The current time, in the unit of FileInfo.
   virtual std::uint64_t systemTime() = 0;
 
-  // Opens a file by the C runtime; -1 on failure. Leaves no last error, as do the two calls below.
+  // Opens a file by the C runtime; -1 on failure. Like the two calls below it does not set the last error.
   virtual int openDescriptor(wchar const* path, int flags, int share, int permission) = 0;
-  // Has everything written to the disk. 0 is success.
+  // Flushes everything written to the disk. 0 is success.
   virtual int commitDescriptor(int descriptor) = 0;
   // 0 is success.
   virtual int closeDescriptor(int descriptor) = 0;
 
   // --- Changes -------------------------------------------------------------------------------------------------------
 
-  // Copies contents, attributes and time of the last write. `progress`, if not null, is called with nothing copied, as
-  // the copy goes on and with everything copied; for an empty file once. Fails if the target exists and `flags` says
-  // so, or is read-only, or is the source itself. No half-made target stays. On Linux a link that leads to a directory
-  // or to nothing is copied as a link, holes of a file stay holes, and what is neither file nor link is refused.
+  // Copies contents, attributes and time of the last write. `progress`, if not null, is called before the first byte,
+  // during the copy and after the last byte; for an empty file once. Fails if the target exists and `flags` forbids it,
+  // or is read-only, or is the source itself. After a failure no partial target remains. On Linux a link that leads to
+  // a directory or to nothing is copied as a link, holes of a file stay holes, and anything that is neither file nor
+  // link is refused.
   virtual bool copyFile(wchar const* source, wchar const* target, CopyProgress progress, void* data, ulong32 flags) = 0;
-  // Moves or renames an item; between file systems files only. Fails if the target exists and is another item. A link
-  // is moved itself.
+  // Moves or renames an item; between file systems only files and links. Fails if the target exists and is another
+  // item. A link itself is moved, not what it leads to.
   virtual bool moveFile(wchar const* source, wchar const* target) = 0;
   // Deletes a file or a link itself. Fails for a directory and for a read-only file.
   virtual bool deleteFile(wchar const* path) = 0;
-  // Makes one directory. kAlreadyExists if there is an item of that name, whatever its kind.
+  // Creates one directory. Fails with kAlreadyExists if there is an item of that name, whatever its kind.
   virtual bool createDirectory(wchar const* path) = 0;
   // Removes an empty directory; a link to a directory is removed itself, with or without a separator at its end.
   virtual bool removeDirectory(wchar const* path) = 0;
 
   // --- Searches ------------------------------------------------------------------------------------------------------
 
-  // Starts a search for `pattern`: the text of a directory, its last separator included, and one name that may hold the
-  // wildcards * and ?. Fills `data` with the first match. invalidSearch() if nothing matches or the directory is
-  // missing or unreadable; `data` is then unspecified. Matching is without case; the matches include "." and ".."
-  // (where the pattern matches them). The order is the system's, the same for each search of an unchanged directory.
-  // The attributes tell directories, links and hidden items; on Linux they do not tell read-only files, which would
-  // need a query for each, and a link never is a directory. A search started must be ended with findClose.
+  // Starts a search for `pattern`, a directory with its last separator and one name that may contain the wildcards *
+  // and ?, and fills `data` with the first match. invalidSearch() if nothing matches or the directory is missing or
+  // unreadable; `data` is then unspecified. A search must be ended with findClose.
+  //
+  // Matching ignores case; "." and ".." match like any other name. The order is the system's and the same for each
+  // search of an unchanged directory. The attributes show directories, links and hidden items. On Linux they do not
+  // show read-only files, which would need a query for each, and a link is never shown as a directory.
   virtual SearchHandle findFirst(wchar const* pattern, FindData& data) = 0;
   // Fills `data` with the next match. False at the end, on an error and for a search that has been closed.
   virtual bool findNext(SearchHandle search, FindData& data) = 0;
-  // Ends a search and frees what it held. False for a search that has been closed; on Linux that does nothing, on
-  // Windows it is the system's fault to find.
+  // Ends a search and frees its memory. False for a search that has been closed already, which is detected reliably on
+  // Linux only.
   virtual bool findClose(SearchHandle search) = 0;
 
   // --- Current directory ---------------------------------------------------------------------------------------------

@@ -6,7 +6,7 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Owns what has to be given back: a file, a descriptor, a text of a backend.
+// Owns a handle that has to be closed: a file, a search, a descriptor.
 //
 //   struct OpenFileTraits {
 //     using Value = FileHandle;
@@ -33,7 +33,7 @@ class ScopedHandle {
 
   explicit operator bool() const { return value_ != Traits::none(); }
   Value get() const { return value_; }
-  // Gives the ownership up.
+  // Gives up the ownership and returns the handle.
   Value release() { return std::exchange(value_, Traits::none()); }
   void swap(ScopedHandle& other) { std::swap(value_, other.value_); }
 

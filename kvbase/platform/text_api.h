@@ -29,9 +29,9 @@ class TextApi {
   // environment variable KVBASE_ANSI_CODEPAGE named another at the first call.
   virtual unsigned int ansiCodePage() = 0;
 
-  // Decodes `size` bytes of a code page other than UTF-8 into units. With `capacity` 0 nothing is written and the result
-  // is the number of units needed; otherwise it is the number of units written. 0 on failure: no bytes, an unknown code
-  // page, too little room. Invalid bytes are replaced.
+  // Decodes `size` bytes of a code page other than UTF-8 into units. With `capacity` 0 nothing is written and the
+  // result is the number of units needed; otherwise it is the number of units written. 0 on failure: no bytes, an
+  // unknown code page, too little room. Invalid bytes are replaced.
   virtual int decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) = 0;
 
   // Encodes `size` units as bytes of a code page other than UTF-8. Characters that the code page does not have become

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The Windows types that stand in public interfaces, at global scope on both systems. This is the only header through
-// which a public header reaches <windows.h>.
+// The Windows types that public interfaces use, at global scope on both systems. This is the only header through which
+// a public header includes <windows.h>.
 #pragma once
 
 #if defined(_WIN32)
@@ -41,9 +41,9 @@ struct FILETIME {
   std::uint32_t dwHighDateTime;
 };
 
-// The status record of the C runtime of Windows: `st_mode` has the bits of <sys/stat.h>, a size has 32 bits, and inode
-// and owners, which do not fit, are 0. The system's header has made macros of the names st_atime, st_mtime and
-// st_ctime: they reach the seconds of these times.
+// The status record of the C runtime of Windows. `st_mode` has the bits of <sys/stat.h>, the size has 32 bits, and
+// inode and owners, which do not fit, are 0. <sys/stat.h> defines st_atime, st_mtime and st_ctime as macros for the
+// seconds of the times below.
 struct _stat64i32 {
   struct Seconds {
     std::int64_t tv_sec;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The backends of the system the library is built for: declared once, and implemented by the sources in
-// platform/windows, which forward each call one to one, and in platform/linux. They keep no state of their own and are
-// constant-initialised and trivially destroyed, hence there at any time.
+// The backends of the system the library is built for. They are declared once and implemented twice: by the sources in
+// platform/windows, which forward each call one to one, and by those in platform/linux. They have no state, are
+// constant-initialised and trivially destroyed, so they can be called at any time.
 #pragma once
 
 #include "kvbase/platform/error_api.h"

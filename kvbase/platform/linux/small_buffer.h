@@ -9,7 +9,8 @@
 namespace KV_1_1 {
 namespace platform {
 
-// A growing array of plain values whose first N stand on the stack. Throws std::bad_alloc.
+// A growing array of trivially copyable values, the first N of which are stored in the object itself. Throws
+// std::bad_alloc.
 template <class T, std::size_t N>
 class SmallBuffer {
   static_assert(std::is_trivially_copyable<T>::value, "values are copied as bytes");
@@ -25,7 +26,7 @@ class SmallBuffer {
   T& operator[](std::size_t i) { return data_[i]; }
   T operator[](std::size_t i) const { return data_[i]; }
 
-  // Shortens, or lengthens by values that are not initialised.
+  // Values that are added are not initialised.
   void resize(std::size_t size) {
     if (size > capacity_) grow(size);
     size_ = size;

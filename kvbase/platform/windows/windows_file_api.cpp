@@ -39,7 +39,7 @@ std::uint64_t numberOf(FILETIME const& time) {
   return joined(time.dwHighDateTime, time.dwLowDateTime);
 }
 
-// What CopyFileExW hands through to its routine.
+// What CopyFileExW passes to callProgress.
 struct Routine {
   CopyProgress progress;
   void* data;

@@ -22,7 +22,7 @@ int NativeText::encode(unsigned int codePage, wchar const* units, int size, char
   return WideCharToMultiByte(codePage, 0, units, size, bytes, capacity, nullptr, nullptr);
 }
 
-// The one of the runtime's printing functions that writes a terminator only if there is room for it.
+// Of the runtime's print functions, this is the one that writes a terminator only if there is room for it.
 int NativeText::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
   return _vsnwprintf(out, capacity, format, arguments);
 }

@@ -8,18 +8,19 @@
 #include <algorithm>
 #include <limits>
 
-#include "kvbase/platform/linux/errors/last_error.h"
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/errors/errno_codes.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
 
-// With somebody to tell, slices so small that the telling is smooth, and so large that it costs nothing.
-constexpr off_t kToldSlice = off_t{8} << 20;
-constexpr off_t kUntoldSlice = off_t{1} << 30;
+// Slice size with a progress callback: small enough for smooth updates, large enough to cost nothing.
+constexpr off_t kSliceWithProgress = off_t{8} << 20;
+constexpr off_t kSliceWithoutProgress = off_t{1} << 30;
 
-// Whether a way says by this error that it does not work between these two files.
+// Whether this error of a method means that it does not work for these two files.
 bool isRefusal(int error) {
   return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM;
 }
@@ -45,21 +46,21 @@ ssize_t copyByBuffer(int source, int target, std::size_t size) {
 
 }  // namespace
 
-// Files of /proc and the like have contents but no size; only reading tells where they end.
+// Files of /proc and similar file systems have contents but size 0; only reading finds their end.
 CopyLoop::CopyLoop(int source, int target, off_t size, bool hasHoles)
     : source_(source),
       target_(target),
       size_(size),
       limit_(size == 0 ? std::numeric_limits<off_t>::max() : size),
       hasHoles_(hasHoles && size != 0),
-      way_(size == 0 ? Way::kBuffer : Way::kCopyRange) {}
+      method_(size == 0 ? Method::kBuffer : Method::kCopyRange) {}
 
 ulong32 CopyLoop::run(CopyProgress progress, void* data) {
-  off_t const slice = progress != nullptr ? kToldSlice : kUntoldSlice;
-  auto const mayGoOn = [progress, data](off_t total, off_t transferred) {
+  off_t const slice = progress != nullptr ? kSliceWithProgress : kSliceWithoutProgress;
+  auto const mayContinue = [progress, data](off_t total, off_t transferred) {
     return progress == nullptr || progress(total, transferred, data) == kProgressContinue;
   };
-  if (!mayGoOn(size_, 0)) return kRequestAborted;
+  if (!mayContinue(size_, 0)) return kRequestAborted;
 
   ssize_t copied = 1;
   for (off_t end = 0; copied != 0 && findData(end);) {
@@ -67,12 +68,12 @@ ulong32 CopyLoop::run(CopyProgress progress, void* data) {
       copied = copySlice(static_cast<std::size_t>(std::min(slice, end - at_)));
       if (copied < 0) return codeOf(errno);
       at_ += copied;
-      if (at_ < size_ && !mayGoOn(size_, at_)) return kRequestAborted;
+      if (at_ < size_ && !mayContinue(size_, at_)) return kRequestAborted;
     }
   }
   if (hasHoles_ && ftruncate(target_, at_) != 0) return codeOf(errno);
-  // A source that has become another length meanwhile is told by what it had.
-  return at_ == 0 || mayGoOn(at_, at_) ? kNoError : kRequestAborted;
+  // The source may have changed its length meanwhile; the last call reports the bytes that were copied.
+  return at_ == 0 || mayContinue(at_, at_) ? kNoError : kRequestAborted;
 }
 
 bool CopyLoop::findData(off_t& end) {
@@ -85,7 +86,7 @@ bool CopyLoop::findData(off_t& end) {
     at_ = limit_;
     return false;
   }
-  // A file system that cannot tell holes has data everywhere.
+  // A file system that does not report holes is treated as having none.
   if (begin >= 0) {
     at_ = begin;
     end = std::min(limit_, lseek(source_, begin, SEEK_HOLE));
@@ -97,14 +98,14 @@ bool CopyLoop::findData(off_t& end) {
 
 ssize_t CopyLoop::copySlice(std::size_t size) {
   for (;;) {
-    ssize_t const copied = way_ == Way::kCopyRange  ? copy_file_range(source_, nullptr, target_, nullptr, size, 0)
-                           : way_ == Way::kSendFile ? sendfile(target_, source_, nullptr, size)
-                                                    : copyByBuffer(source_, target_, size);
-    if (copied > 0 || way_ == Way::kBuffer) return copied;
+    ssize_t const copied = method_ == Method::kCopyRange  ? copy_file_range(source_, nullptr, target_, nullptr, size, 0)
+                           : method_ == Method::kSendFile ? sendfile(target_, source_, nullptr, size)
+                                                          : copyByBuffer(source_, target_, size);
+    if (copied > 0 || method_ == Method::kBuffer) return copied;
     if (copied < 0 && errno == EINTR) continue;
     if (copied < 0 && !isRefusal(errno)) return -1;
-    // Also where it says that there is nothing more: of some files only reading tells the truth.
-    way_ = way_ == Way::kCopyRange ? Way::kSendFile : Way::kBuffer;
+    // A result of 0 is not trusted either: for some files only reading finds the real end.
+    method_ = method_ == Method::kCopyRange ? Method::kSendFile : Method::kBuffer;
   }
 }
 

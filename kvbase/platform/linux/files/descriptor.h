@@ -10,7 +10,8 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Flags for opening whatever it may be: a pipe must not wait for its other end, nor a terminal become this process's.
+// Flags for opening an item of any kind: a pipe must not block until its other end is opened, and a terminal must not
+// become the controlling terminal of this process.
 constexpr int kPlainOpen = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 struct DescriptorTraits {
@@ -22,7 +23,7 @@ struct DescriptorTraits {
     errno = error;
   }
 };
-// Closed at the end; errno stays.
+// Closes a descriptor at the end of its scope and keeps errno.
 using Descriptor = ScopedHandle<DescriptorTraits>;
 
 }  // namespace platform

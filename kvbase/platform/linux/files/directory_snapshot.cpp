@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/descriptor.h"
 #include "kvbase/platform/linux/files/directory_entries.h"
@@ -21,9 +22,9 @@ namespace {
 
 constexpr std::size_t kNameCapacity = sizeof(FindData::name) / sizeof(wchar);
 
-// The kind of an entry, asked from the disk only where the directory does not tell it.
-unsigned char typeOf(int directory, char const* name, unsigned char told) {
-  if (told != DT_UNKNOWN) return told;
+// The kind of an entry, queried from the disk only if the directory does not record it.
+unsigned char typeOf(int directory, char const* name, unsigned char recorded) {
+  if (recorded != DT_UNKNOWN) return recorded;
   struct stat status;
   if (fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return DT_REG;
   return static_cast<unsigned char>(IFTODT(status.st_mode));
@@ -35,14 +36,14 @@ ulong32 attributesOfEntry(unsigned char type, bool isHidden) {
   return attributes != 0 ? attributes : kAttributeNormal;
 }
 
-// The first four units in upper case, comparable as one number.
+// The first four units in upper case as one number, for fast comparison.
 std::uint64_t keyOf(wchar const* name, std::size_t size) {
   std::uint64_t key = 0;
   for (std::size_t i = 0; i < 4; ++i) key = (key << 16) | (i < size ? upperCased(name[i]) : 0u);
   return key;
 }
 
-// How many units two names have in common in upper case, `most` at most.
+// The number of leading units that two names share in upper case, at most `most`.
 std::size_t commonSize(wchar const* a, wchar const* b, std::size_t most) {
   std::size_t n = 0;
   while (n < most && (a[n] == b[n] || upperCased(a[n]) == upperCased(b[n]))) ++n;
@@ -53,7 +54,7 @@ std::size_t commonSize(wchar const* a, wchar const* b, std::size_t most) {
 
 bool DirectorySnapshot::read(char const* path, Wildcard const& wildcard) {
   Descriptor const directory(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // A folder of a search is a part of a path: where it is missing, the path is.
+  // The folder of a search is a part of a path, so a missing one is a missing path.
   if (!directory) return errno == ENOENT ? failWith(kPathNotFound) : failAt(path, errno);
   if (!readAll(directory.get(), wildcard)) return failAt(path, errno);
   sort();
@@ -73,7 +74,7 @@ void DirectorySnapshot::add(int directory, char const* name, unsigned char type,
   if (names_.size() - namesUsed_ < bytes) names_.resize(std::max<std::size_t>(2 * names_.size(), 2048 + bytes));
   wchar* const units = names_.data() + namesUsed_;
   std::size_t const size = nameFromNative(name, bytes, units);
-  // A longer name is none of Windows; only file systems of other origin can have one.
+  // COMPAT: a name that does not fit into FindData is left out, for Windows has none. Only foreign file systems do.
   if (size >= kNameCapacity || !wildcard.matches(units, size)) return;
   bool const isHidden = units[0] == '.' && !isDots(units, size);
   ulong32 const attributes = attributesOfEntry(typeOf(directory, name, type), isHidden);
@@ -89,7 +90,7 @@ void DirectorySnapshot::sort() {
   std::sort(entries_.begin(), first, [](Entry const& a, Entry const& b) { return a.size < b.size; });
   if (first == entries_.end()) return;
 
-  // Files of one directory are often named alike, so the keys are taken behind what all names have in common.
+  // Files of one directory often have similar names, so the keys begin behind the prefix that all names share.
   std::size_t common = first->size;
   for (auto entry = first; entry != entries_.end(); ++entry) {
     common = commonSize(nameOf(*first), nameOf(*entry), std::min<std::size_t>(common, entry->size));

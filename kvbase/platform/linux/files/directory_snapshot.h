@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A search through one directory: a snapshot of the entries that match, taken when it starts, so that what is made or
-// removed meanwhile disturbs nothing. Sorted: ".", "..", then by name in upper case, so that each search of an
-// unchanged directory gives the same order.
+// A snapshot of those entries of a directory that match a pattern. Changes of the directory during a search have no
+// effect. The order is ".", "..", then by name in upper case, so each search of an unchanged directory has the same.
 #pragma once
 
 #include <cstddef>
@@ -25,7 +24,7 @@ class DirectorySnapshot {
 
  private:
   struct Entry {
-    std::uint64_t key;   // some units of the name in upper case: settles most comparisons
+    std::uint64_t key;   // some units of the name in upper case; decides most comparisons
     std::uint32_t name;  // offset in names_
     std::uint16_t size;
     std::uint16_t attributes;
@@ -36,7 +35,7 @@ class DirectorySnapshot {
   void sort();
   bool isBefore(Entry const& a, Entry const& b) const;
 
-  std::vector<wchar> names_;  // of all entries, one behind the other
+  std::vector<wchar> names_;  // the names of all entries, concatenated
   std::size_t namesUsed_ = 0;
   std::vector<Entry> entries_;
   std::size_t next_ = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Times of files: units of 100 ns since the beginning of 1601, and the seconds and nanoseconds of this system.
+// Conversion of file times between units of 100 ns since the beginning of 1601 and the seconds and nanoseconds of this
+// system.
 #pragma once
 
 #include <time.h>

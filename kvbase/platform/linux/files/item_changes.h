@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What changes items on disk, for paths of the system. Each gives false and sets the last error where it fails.
+// Operations that change items on disk. They take paths of the system; on failure they return false and set the last
+// error.
 #pragma once
 
 #include "kvbase/platform/file_api.h"
@@ -8,10 +9,10 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Copies a file, or a link that leads to a directory or to nothing; see FileApi::copyFile. Throws what the progress
-// throws, when no half-made target is left either.
+// Copies a file, or a link that leads to a directory or to nothing; see FileApi::copyFile. Passes on exceptions of
+// `progress`; no partial target remains then either.
 bool copyItem(char const* source, char const* target, CopyProgress progress, void* data, bool failIfExists);
-// Copies a link as a link, whatever it leads to, onto a file or link or nothing.
+// Copies a link as a link, whatever it leads to. The target may be a file, a link, or missing.
 bool copyLink(char const* source, char const* target, bool failIfExists);
 
 // See FileApi::moveFile and FileApi::removeDirectory.

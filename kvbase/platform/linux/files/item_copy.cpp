@@ -8,6 +8,8 @@
 
 #include <atomic>
 
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/errors/errno_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/copy_loop.h"
 #include "kvbase/platform/linux/files/descriptor.h"
@@ -21,17 +23,13 @@ namespace {
 
 constexpr mode_t kPermissions = 0777;
 
-bool isSame(struct stat const& a, struct stat const& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-// What may be copied onto: a file, or a device such as the one that takes everything.
+// Whether an item may be the target of a copy: a file, or a device such as /dev/null.
 bool isTarget(mode_t mode) {
   return S_ISREG(mode) || S_ISCHR(mode);
 }
 
-// The file that a copy is made into. Unless it is kept, nothing half-made stays: a file is removed, and emptied where
-// it has been reached through a link; a device is left as it is.
+// The target of a copy. Unless keep() succeeds, the destructor removes the partial file, or empties it if it was
+// reached through a link; a device is left unchanged.
 class TargetFile {
  public:
   explicit TargetFile(char const* path) : path_(path) {}
@@ -41,7 +39,7 @@ class TargetFile {
   TargetFile(TargetFile const&) = delete;
   TargetFile& operator=(TargetFile const&) = delete;
 
-  // Makes the file, or opens and empties the one that is there.
+  // Creates the file, or opens and empties the existing one.
   bool open(struct stat const& source, bool failIfExists) {
     Descriptor made(::open(path_, O_WRONLY | O_CREAT | O_EXCL | kPlainOpen, source.st_mode & kPermissions));
     if (made) {
@@ -56,14 +54,14 @@ class TargetFile {
   int descriptor() const { return file_.get(); }
   mode_t mode() const { return status_.st_mode; }
 
-  // Gives the file the rights and the time of its source as far as the file system can, and closes it.
+  // Sets the rights and the time of the source, as far as the file system supports them, and closes the file.
   bool keep(struct stat const& source) {
     if (S_ISREG(status_.st_mode)) {
       if (((status_.st_mode ^ source.st_mode) & kPermissions) != 0) fchmod(file_.get(), source.st_mode & kPermissions);
       timespec const times[] = {{0, UTIME_OMIT}, source.st_mtim};
       futimens(file_.get(), times);
     }
-    // Some file systems tell only now that there was no room. The descriptor is gone in any case.
+    // Some file systems report a full disk only here. The descriptor is closed in any case.
     if (::close(file_.release()) == 0 || errno == EINTR) return true;
     ulong32 const code = codeOf(errno);
     discard();
@@ -75,22 +73,22 @@ class TargetFile {
     struct stat item;
     if (lstat(path_, &item) != 0) return failAt(path_, errno);
     isThroughLink_ = S_ISLNK(item.st_mode);
-    // Nothing is made where a link leads to nothing.
+    // A copy never creates the missing file that a link leads to.
     if (isThroughLink_ && stat(path_, &item) != 0) return failWith(kAccessDenied);
-    if (isSame(item, source)) return failWith(kSharingViolation);
+    if (isSameItem(item, source)) return failWith(kSharingViolation);
     if (!isTarget(item.st_mode) || isReadOnly(item.st_mode)) return failWith(kAccessDenied);
 
     Descriptor existing(::open(path_, O_WRONLY | kPlainOpen));
     if (!existing) return failAt(path_, errno);
     if (fstat(existing.get(), &status_) != 0) return failWith(codeOf(errno));
-    // Somebody may have put another item there meanwhile.
-    if (!isSame(item, status_)) return failWith(kSharingViolation);
+    // Another process may have replaced the item meanwhile.
+    if (!isSameItem(item, status_)) return failWith(kSharingViolation);
     if (S_ISREG(status_.st_mode) && ftruncate(existing.get(), 0) != 0) return failWith(codeOf(errno));
     file_ = std::move(existing);
     return true;
   }
 
-  // Nobody is left to tell if that fails, too.
+  // The copy has already failed, so a failure here cannot be reported.
   void discard() const {
     if (!S_ISREG(status_.st_mode)) return;
     static_cast<void>((isThroughLink_ ? truncate(path_, 0) : unlink(path_)) == 0);
@@ -102,7 +100,7 @@ class TargetFile {
   bool isThroughLink_ = false;
 };
 
-// A name beside `path` that nobody else uses, for an item that is to take its place.
+// A path in the folder of `path` with an unused name, for an item that is then renamed to `path`.
 void nameBeside(char const* path, NativePath& name) {
   static std::atomic<unsigned> counter{0};
   char const* const slash = strrchr(path, '/');
@@ -113,7 +111,7 @@ void nameBeside(char const* path, NativePath& name) {
   name.append(level, static_cast<std::size_t>(size) + 1);
 }
 
-// Puts a link in the place of a file or link, at once or not at all.
+// Replaces a file or link by a link, atomically.
 bool replaceByLink(char const* text, char const* target) {
   NativePath name;
   bool isMade;
@@ -163,12 +161,12 @@ bool copyLink(char const* source, char const* target, bool failIfExists) {
   struct stat item, link;
   if (lstat(target, &item) != 0) return failAt(target, errno);
   if (lstat(source, &link) != 0) return failAt(source, errno);
-  if (isSame(item, link)) return failWith(kSharingViolation);
+  if (isSameItem(item, link)) return failWith(kSharingViolation);
   bool const mayBeReplaced = S_ISLNK(item.st_mode) || (S_ISREG(item.st_mode) && !isReadOnly(item.st_mode));
   return mayBeReplaced ? replaceByLink(text.data(), target) : failWith(kAccessDenied);
 }
 
-// The item is asked about before it is opened: opening a device may already do something to it.
+// The item is queried before it is opened, because opening a device may have an effect on it.
 bool copyItem(char const* source, char const* target, CopyProgress progress, void* data, bool failIfExists) {
   struct stat status;
   if (lstat(source, &status) != 0) return failAt(source, errno);
@@ -180,7 +178,7 @@ bool copyItem(char const* source, char const* target, CopyProgress progress, voi
   if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
   Descriptor const file(open(source, O_RDONLY | kPlainOpen));
   if (!file) return failAt(source, errno);
-  // What is open now counts, whatever has been put in its place meanwhile.
+  // The path may name another item by now; only the open file counts.
   if (fstat(file.get(), &status) != 0) return failWith(codeOf(errno));
   if (!S_ISREG(status.st_mode)) return failWith(kAccessDenied);
   return copyFileContents(file.get(), status, target, progress, data, failIfExists);

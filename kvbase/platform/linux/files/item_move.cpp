@@ -6,6 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/errors/errno_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/item_changes.h"
 #include "kvbase/platform/linux/files/item_status.h"
@@ -15,15 +17,16 @@ namespace platform {
 
 namespace {
 
-// Whether both paths lead to one entry of one folder. Of a file with several names only equal paths tell.
+// Whether both paths name the same entry of the same folder. For a file with several names only equal paths prove it.
 bool isSameEntry(char const* source, char const* target) {
   struct stat a, b;
   if (lstat(source, &a) != 0 || lstat(target, &b) != 0) return false;
-  if (a.st_dev != b.st_dev || a.st_ino != b.st_ino) return false;
+  if (!isSameItem(a, b)) return false;
   return S_ISDIR(a.st_mode) || a.st_nlink == 1 || strcmp(source, target) == 0;
 }
 
-// The target is there; that is no obstacle only where it is the source itself, perhaps by a name in another case.
+// Renames although the target exists, which succeeds only if it is the source itself, perhaps by a name in another
+// case.
 bool renameToExisting(char const* source, char const* target) {
   struct stat status;
   if (lstat(source, &status) != 0) return failAt(source, errno);
@@ -31,7 +34,7 @@ bool renameToExisting(char const* source, char const* target) {
   return rename(source, target) == 0 || failAt(source, errno);
 }
 
-// For file systems that cannot rename without replacing.
+// For file systems that cannot rename without replacing the target.
 bool renameByLink(char const* source, char const* target) {
   struct stat status;
   if (lstat(target, &status) == 0) return renameToExisting(source, target);
@@ -50,7 +53,7 @@ bool moveToOtherFileSystem(char const* source, char const* target) {
   bool const isCopied =
       S_ISLNK(status.st_mode) ? copyLink(source, target, true) : copyItem(source, target, nullptr, nullptr, true);
   if (!isCopied) return lastErrorOfThread() == kFileExists ? failWith(kAlreadyExists) : false;
-  // As on Windows, a source that cannot be deleted then stays, and the move has succeeded.
+  // COMPAT: the move succeeds even if the source cannot be deleted, as on Windows.
   unlink(source);
   return true;
 }

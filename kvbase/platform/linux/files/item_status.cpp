@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <string.h>
 
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/errors/errno_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 
 namespace KV_1_1 {
@@ -12,7 +14,7 @@ namespace platform {
 
 namespace {
 
-// Where the last level of a path begins and ends.
+// The position of the last level in a path.
 struct LastLevel {
   std::size_t begin;
   std::size_t end;
@@ -66,6 +68,10 @@ bool queryItem(char const* path, unsigned int mask, struct statx& status) {
 
 bool isReadOnly(mode_t mode) {
   return !S_ISDIR(mode) && !S_ISLNK(mode) && (mode & S_IWUSR) == 0;
+}
+
+bool isSameItem(struct stat const& a, struct stat const& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 ulong32 attributesOf(mode_t mode, char const* path) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the system tells about an item, by the library's rule for links: one that leads to a directory or to nothing is
-// seen itself, unless the path ends in a separator.
+// Queries of items by the library's rule for links: a path names the link itself if that leads to a directory or to
+// nothing, unless the path ends in a separator.
 #pragma once
 
 #include <sys/stat.h>
@@ -12,15 +12,19 @@
 namespace KV_1_1 {
 namespace platform {
 
-// One call of the system, two for a link. False, with the last error, if there is no such item or it cannot be asked.
+// One system call, two for a link. False, with the last error set, if the item does not exist or cannot be queried.
 bool queryItem(char const* path, unsigned int mask, struct statx& status);
 
-// The mode bits decide about kAttributeReadOnly, not what this process may do: the superuser may do anything.
+// COMPAT: a file is read-only if its owner has no right to write, whoever asks, so it is for the superuser too, who
+// could write to it.
 ulong32 attributesOf(mode_t mode, char const* path);
 bool isReadOnly(mode_t mode);
 
-// Sets the last error for a call on a path that failed with this value of errno; gives false. What is missing, the
-// item, a folder above it, its drive or its share, is found out by a further look at the disk.
+// Whether two status records are of the same item on disk.
+bool isSameItem(struct stat const& a, struct stat const& b);
+
+// Sets the last error for a call on a path that failed with this value of errno, and returns false. For ENOENT further
+// queries find out what is missing: the item, a folder above it, its drive or its share.
 bool failAt(char const* path, int error);
 
 }  // namespace platform

@@ -12,6 +12,8 @@
 #include <memory>
 #include <string>
 
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/errors/errno_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/descriptor.h"
 #include "kvbase/platform/linux/files/directory_entries.h"
@@ -26,29 +28,21 @@ namespace platform {
 
 namespace {
 
-std::size_t sizeOf(wchar const* text) {
-  return std::char_traits<wchar>::length(text);
-}
-
-bool mapText(wchar const* text, NativePath& path) {
-  return mapPath(text, sizeOf(text), path);
-}
-
-// For calls of the C runtime, which leave no last error.
+// For calls that do not set the last error.
 bool mapForRuntime(wchar const* text, NativePath& path) {
   ulong32 const error = lastErrorOfThread();
-  if (mapText(text, path)) return true;
+  if (mapPath(text, path)) return true;
   setLastErrorOfThread(error);
   return false;
 }
 
 // The item behind a text, by the rule for links.
 bool query(wchar const* text, unsigned int mask, NativePath& path, struct statx& status) {
-  return mapText(text, path) && queryItem(path.data(), mask, status);
+  return mapPath(text, path) && queryItem(path.data(), mask, status);
 }
 
 bool mapBoth(wchar const* source, NativePath& from, wchar const* target, NativePath& to) {
-  return mapText(source, from) && mapText(target, to);
+  return mapPath(source, from) && mapPath(target, to);
 }
 
 // Descriptor 0 must not become a null handle.
@@ -65,8 +59,9 @@ int accessFlags(ulong32 access) {
   return !writes ? O_RDONLY : (access & kAccessRead) != 0 ? O_RDWR : O_WRONLY;
 }
 
-// Opens what is there. Only files are opened with the access itself: opening a device or a pipe would do something to
-// it, and a directory cannot be opened to write. There the system is asked for the right, and the name alone is opened.
+// Opens an existing item. Only files are opened with the requested access: opening a device or a pipe would have an
+// effect on it, and a directory cannot be opened for writing. For those the right is checked, and the path alone is
+// opened.
 FileHandle openItem(char const* path, mode_t mode, ulong32 access) {
   bool const asksNothing = (access & (kAccessRead | kAccessWrite)) == 0;
   int flags = accessFlags(access) | kPlainOpen;
@@ -89,7 +84,7 @@ bool isEmptyDirectory(int directory) {
                             [](dirent64 const& entry) { return isDots(entry.d_name, strlen(entry.d_name)); });
 }
 
-// Where the name begins in the pattern of a search.
+// The index at which the name begins in the pattern of a search.
 std::size_t nameIndex(wchar const* pattern, std::size_t size) {
   bool const verbatim = isVerbatim(pattern, size);
   for (std::size_t i = size; i > 0; --i) {
@@ -154,14 +149,14 @@ int NativeFiles::getStatus(wchar const* path, struct _stat64i32& status) {
 
 int NativeFiles::isDirectoryEmpty(wchar const* path) {
   NativePath native;
-  if (!mapText(path, native)) return 0;
+  if (!mapPath(path, native)) return 0;
   Descriptor const directory(open(native.data(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   return directory && isEmptyDirectory(directory.get()) ? 1 : 0;
 }
 
 FileHandle NativeFiles::openFile(wchar const* path, ulong32 access, ulong32, ulong32 disposition, ulong32 flags) {
   NativePath native;
-  if (!mapText(path, native)) return invalidFile();
+  if (!mapPath(path, native)) return invalidFile();
   bool const makes = disposition == kOpenAlways;
   if (makes) {
     int const descriptor = open(native.data(), accessFlags(access) | O_CREAT | O_EXCL | kPlainOpen, 0666);
@@ -233,7 +228,7 @@ bool NativeFiles::moveFile(wchar const* source, wchar const* target) {
 bool NativeFiles::deleteFile(wchar const* path) {
   NativePath native;
   struct stat status;
-  if (!mapText(path, native)) return false;
+  if (!mapPath(path, native)) return false;
   if (lstat(native.data(), &status) != 0) return failAt(native.data(), errno);
   if (S_ISDIR(status.st_mode) || isReadOnly(status.st_mode)) return failWith(kAccessDenied);
   return unlink(native.data()) == 0 || failAt(native.data(), errno);
@@ -241,20 +236,20 @@ bool NativeFiles::deleteFile(wchar const* path) {
 
 bool NativeFiles::createDirectory(wchar const* path) {
   NativePath native;
-  if (!mapText(path, native)) return false;
+  if (!mapPath(path, native)) return false;
   if (mkdir(native.data(), 0777) == 0) return true;
   failAt(native.data(), errno);
-  // What is missing is a folder, be it one that a link should lead to.
+  // Whatever is missing here is a folder, even if it is the target of a link.
   return lastErrorOfThread() == kFileNotFound ? failWith(kPathNotFound) : false;
 }
 
 bool NativeFiles::removeDirectory(wchar const* path) {
   NativePath native;
-  return mapText(path, native) && removeDirectoryItem(native.data());
+  return mapPath(path, native) && removeDirectoryItem(native.data());
 }
 
 SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
-  std::size_t const size = sizeOf(pattern);
+  std::size_t const size = std::char_traits<wchar>::length(pattern);
   std::size_t const name = nameIndex(pattern, size);
   NativePath directory;
   wchar const here[] = {'.'};

@@ -25,7 +25,7 @@ struct PlainTable {
 };
 constexpr PlainTable kTable;
 
-// ASCII that stands for itself (but for a dot or blank at the end).
+// ASCII characters that map to themselves, except a dot or blank at the end of a name.
 bool isPlain(unsigned unit) {
   return unit < 128 && kTable.plain[unit];
 }
@@ -43,7 +43,7 @@ void appendCharacter(unsigned int code, NativePath& path) {
   path.append(bytes, static_cast<std::size_t>(strings::writeUtf8(code, bytes) - bytes));
 }
 
-// Appends what a name says, without asking whether another text would say the same.
+// Appends the bytes of a name, without checking that no other text maps to the same bytes.
 bool appendBytes(wchar const* name, std::size_t size, NativePath& path) {
   for (std::size_t i = 0; i < size; ++i) {
     wchar const unit = name[i];
@@ -61,7 +61,7 @@ bool appendBytes(wchar const* name, std::size_t size, NativePath& path) {
   return true;
 }
 
-// Whether these bytes read as that name. It settles escapes: one is right only where the other direction makes it.
+// Whether the bytes map back to the name. An escape is valid only where the mapping from bytes produces it.
 bool readsAs(char const* bytes, std::size_t size, wchar const* name, std::size_t units) {
   SmallBuffer<wchar, 256> text;
   text.resize(size);

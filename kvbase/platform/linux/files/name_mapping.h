@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// How the name of an item on disk, any bytes but NUL and '/', reads as a name of Windows, and back.
+// The mapping between the name of an item on disk, any bytes except NUL and '/', and a name that Windows allows.
 //
-//   "scan.txt"   <-> scan.txt           UTF-8 is text
-//   "a:b"        <-> a U+F03A b         what Windows cannot hold in a name is U+F000 plus the byte:
+//   "scan.txt"   <-> scan.txt           UTF-8 is decoded
+//   "a:b"        <-> a U+F03A b         a byte that Windows forbids in a name becomes U+F000 plus the byte:
 //   "end."       <-> end U+F02E         \ : * ? < > " | and 0x01 to 0x1F, a dot or blank at the end,
 //   "\xE4"       <-> U+F0E4             bytes that are not UTF-8, and the bytes of a character U+F000 to U+F0FF itself
 //
-// The mapping is one to one: each name on disk has its own text, and a text that is the picture of no name is refused,
-// never taken for another one. "." and ".." map to themselves.
+// The mapping is one to one: each name on disk has its own text, and a text that no name maps to is refused. "." and
+// ".." map to themselves.
 #pragma once
 
 #include <cstddef>
@@ -27,11 +27,11 @@ constexpr bool isDots(Unit const* name, std::size_t size) {
   return (size == 1 || size == 2) && name[0] == '.' && name[size - 1] == '.';
 }
 
-// Writes at most `size` units, without terminator, and returns how many.
+// Maps the bytes of a name. Writes at most `size` units, without terminator, and returns their number.
 std::size_t nameFromNative(char const* bytes, std::size_t size, wchar* units);
 
-// Appends the bytes of a name. False if no name on disk reads so, "." and ".." and the empty name included; `path` may
-// then have got longer.
+// Appends the bytes of a name to `path`. False if no name on disk maps to it, also for ".", ".." and the empty name;
+// `path` may then have grown.
 bool appendNativeName(wchar const* name, std::size_t size, NativePath& path);
 
 }  // namespace platform

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+#include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 
 namespace KV_1_1 {
@@ -43,7 +44,7 @@ wchar lowered(wchar unit) {
   return static_cast<wchar>(u_tolower(unit));
 }
 
-// The root of a drive, with a separator at its end, so that its link is looked through.
+// Appends the root of a drive, with a separator at its end so that its link is followed.
 bool appendDriveRoot(char letter, NativePath& path) {
   if (!appendDrivesFolder(path)) return false;
   char const name[] = {'/', letter, ':', '/'};
@@ -51,12 +52,12 @@ bool appendDriveRoot(char letter, NativePath& path) {
   return true;
 }
 
-// Reads one text from its front to its end and builds the path of the system.
+// Parses a text once and builds the path of the system.
 class PathMapper {
  public:
   PathMapper(wchar const* text, std::size_t size, NativePath& path) : next_(text), end_(text + size), path_(path) {}
 
-  // kNoError, or why there is no such path.
+  // Returns kNoError, or the reason why there is no such path.
   ulong32 run() {
     if (next_ == end_) return kPathNotFound;
     verbatim_ = isVerbatim(next_, left());
@@ -84,7 +85,7 @@ class PathMapper {
            lowered(next_[2]) == 'c' && next_[3] == '\\';
   }
 
-  // What stands before the levels. path_ ends in a separator then, or is empty for a relative path.
+  // Appends everything before the levels. path_ then ends in a separator, or is empty for a relative path.
   bool appendRoot() {
     if (startsWithUnc()) {
       next_ += 4;
@@ -141,7 +142,7 @@ class PathMapper {
       if (!appendLevel(level, static_cast<std::size_t>(next_ - level))) return false;
     }
     trailing_ = isSeparator(end_[-1]);
-    // Each level was appended with a separator behind it; only the text decides about the last one.
+    // Each level was appended with a separator; the last one stays only if the text has it.
     if (!trailing_ && path_.size() > floor_) path_.resize(path_.size() - 1);
     return true;
   }
@@ -178,7 +179,7 @@ class PathMapper {
   ulong32 error_ = kInvalidName;
   bool verbatim_ = false;
   bool trailing_ = false;
-  std::size_t floor_ = 0;  // ".." does not go below this size of path_
+  std::size_t floor_ = 0;  // ".." does not shorten path_ below this size
 };
 
 }  // namespace
@@ -191,6 +192,10 @@ bool mapPath(wchar const* text, std::size_t size, NativePath& path) {
   path.resize(0);
   ulong32 const error = PathMapper(text, size, path).run();
   return error == kNoError || failWith(error);
+}
+
+bool mapPath(wchar const* text, NativePath& path) {
+  return mapPath(text, std::char_traits<wchar>::length(text), path);
 }
 
 Root rootOf(char const* path) {
@@ -233,7 +238,7 @@ bool nativeCurrentDirectory(NativePath& path) {
     path.resize(2 * path.size());
   }
   path.resize(strlen(path.data()) + 1);
-  return path[0] == '/';  // "(unreachable)/..." is no path
+  return path[0] == '/';  // not "(unreachable)/..."
 }
 
 bool nativeDirectoryOfDrive(char letter, NativePath& below) {

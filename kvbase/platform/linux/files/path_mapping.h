@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
-// How a path of the library reads as a path of the system, and back.
+// The mapping between paths in the notation of the library and paths of the system.
 //
 //   \home\x            <-> /home/x
 //   x\y                 -> x/y
-//   \\?\<path>          -> the same, as it stands: no "." or "..", no "/" as separator
+//   \\?\<path>          -> the same, verbatim: "." and ".." and "/" have no special meaning
 //   C:\x               <-> <drives>/c:/x
 //   C:x                 -> the current directory of drive C, then x
 //   \\server\share\x    -> <drives>/unc/server/share/x        (\\?\UNC\server\share\x too)
 //
 // <drives> is a folder of links: $KVBASE_DRIVES, else kvbase/drives below the user's configuration folder. The names of
-// drives, servers and shares stand there in lower case. No such link: no such drive.
+// drives, servers and shares are in lower case there. A drive without a link does not exist.
 //
-// "." and ".." are taken out of the text as Windows does it, without asking the disk: a\..\b is b, whether there is an
-// a or not and wherever it leads. A separator at the end is kept.
+// COMPAT: "." and ".." are resolved in the text, as on Windows, without looking at the disk: a\..\b is b, whether or
+// not a exists and wherever it leads. A separator at the end is kept.
 #pragma once
 
 #include <cstddef>
@@ -24,11 +24,13 @@
 namespace KV_1_1 {
 namespace platform {
 
-// Maps a text of `size` units to a NUL-terminated path. False, with the last error, if no item can have that name:
+// Maps a text of `size` units to a NUL-terminated path. False, with the last error set, if no item can have that name:
 // kInvalidName, or kPathNotFound for the empty text and a drive that is not there; `path` is then unspecified.
 bool mapPath(wchar const* text, std::size_t size, NativePath& path);
+// The same for a NUL-terminated text.
+bool mapPath(wchar const* text, NativePath& path);
 
-// On what a path of the system stands, and how much of it that root takes.
+// The root of a path of the system and its size in bytes.
 struct Root {
   enum class Kind { kNative, kDrive, kShare };
   Kind kind;
@@ -36,17 +38,17 @@ struct Root {
 };
 Root rootOf(char const* path);
 
-// Whether the text starts with \\?\ .
+// Whether the text starts with \\?\.
 bool isVerbatim(wchar const* text, std::size_t size);
 
 // The absolute path `bytes` of the system in the library's notation, behind `prefix` ("C:" or nothing).
 wstring textOfPath(wchar const* prefix, char const* bytes, std::size_t size);
 
-// The current directory as the system tells it, NUL-terminated. False if it cannot be told.
+// The current directory of the process, NUL-terminated. False if it has been removed or cannot be determined.
 bool nativeCurrentDirectory(NativePath& path);
 
-// What the current directory of a drive ('a' to 'z') is below the root of the drive: "/x/y", or nothing if it is that
-// root or lies elsewhere. False if there is no such drive.
+// The current directory of a drive ('a' to 'z') relative to the root of the drive: "/x/y", or empty if it is that root
+// or is not below it. Not NUL-terminated. False if there is no such drive.
 bool nativeDirectoryOfDrive(char letter, NativePath& below);
 
 }  // namespace platform

@@ -14,9 +14,9 @@ Wildcard::Wildcard(wchar const* pattern, std::size_t size) {
   matchesEverything_ = pattern_.size() == 1 && pattern_[0] == '*';
 }
 
-// On a mismatch only the last asterisk takes one unit more: an earlier one has found the first place for what stands
-// behind it, and a later place never leaves more room. That holds for ?, too, for what it takes depends on the place in
-// the name alone, and it never overtakes itself by starting later.
+// On a mismatch only the last asterisk is extended by one unit. An earlier one has already matched at the first
+// possible position, and a later position would never leave more units for the rest. This holds with ? too, because the
+// number of units that it takes depends only on the position in the name.
 bool Wildcard::matches(wchar const* name, std::size_t size) const {
   if (matchesEverything_) return true;
   std::size_t lastDot = size;

@@ -11,16 +11,16 @@
 namespace KV_1_1 {
 namespace platform {
 
-// The upper case of one unit, as names are compared in it.
+// The upper case of one unit. Names are compared in upper case.
 inline wchar upperCased(wchar unit) {
   if (unit < 0x80) return unit >= 'a' && unit <= 'z' ? static_cast<wchar>(unit - 0x20) : unit;
   return static_cast<wchar>(u_toupper(unit));
 }
 
-// A search pattern for names, without case:
-//   *    any units, or none
-//   ?    one unit; nothing at the end of a name or before its last dot
-//   *.*  every name, as * is
+// A search pattern for names, which ignores case:
+//   *    any number of units
+//   ?    one unit; COMPAT: also none at the end of a name or before its last dot
+//   *.*  COMPAT: every name, with or without a dot
 //
 //   "scan??.dat" matches scan01.dat, Scan1.DAT and scan.dat, not scan001.dat
 class Wildcard {
@@ -28,7 +28,7 @@ class Wildcard {
   Wildcard(wchar const* pattern, std::size_t size);
 
   bool matchesEverything() const { return matchesEverything_; }
-  // Needs time in proportion to the name, times the text between two asterisks at worst.
+  // Takes time proportional to the length of the name; in the worst case times the longest text between two asterisks.
   bool matches(wchar const* name, std::size_t size) const;
 
  private:

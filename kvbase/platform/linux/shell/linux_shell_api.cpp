@@ -7,6 +7,7 @@
 #include <string>
 
 #include "kvbase/kernels/utf8.h"
+#include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/path_mapping.h"
@@ -18,7 +19,7 @@ namespace platform {
 namespace {
 
 constexpr std::intptr_t kOpened = 42;
-// A file browser that is not yet running may take its time to come up.
+// Long enough for a file browser that has to be started first.
 constexpr int kShowMilliseconds = 6000;
 
 bool isLetter(unsigned unit) {
@@ -29,7 +30,7 @@ bool isDigit(unsigned unit) {
   return unit >= '0' && unit <= '9';
 }
 
-// Whether a text begins with a scheme and a colon. One letter alone is a drive.
+// Whether a text begins with a scheme and a colon. A single letter is a drive, not a scheme.
 bool isAddress(wchar const* text) {
   if (!isLetter(text[0])) return false;
   std::size_t size = 1;
@@ -48,13 +49,12 @@ void appendUtf8(wchar const* text, NativePath& bytes) {
   bytes.resize(begin + static_cast<std::size_t>(size));
 }
 
-// The path of an existing item, NUL-terminated. False, with the last error, if there is none.
+// The path of an existing item, NUL-terminated. False, with the last error set, if it does not exist.
 bool findItem(wchar const* text, NativePath& path) {
-  if (nativeFiles().getAttributes(text) == kInvalidAttributes) return false;
-  return mapPath(text, std::char_traits<wchar>::length(text), path) || failWith(kInvalidName);
+  return nativeFiles().getAttributes(text) != kInvalidAttributes && mapPath(text, path);
 }
 
-// What xdg-open is given. False, with the last error, if there is no such item.
+// The argument for xdg-open. False, with the last error set, if the item does not exist.
 bool argumentOf(wchar const* file, NativePath& argument) {
   if (isAddress(file)) {
     appendUtf8(file, argument);
@@ -63,7 +63,7 @@ bool argumentOf(wchar const* file, NativePath& argument) {
   }
   NativePath path;
   if (!findItem(file, path)) return false;
-  // So that a name is taken neither for an option ("-x") nor for an address ("a:b").
+  // Prevents that a name is taken for an option ("-x") or an address ("a:b").
   if (path[0] != '/') argument.append("./", 2);
   argument.append(path.data(), path.size());
   return true;
@@ -76,7 +76,7 @@ std::intptr_t startOpening(char const* item) {
   return kGeneralFailure;
 }
 
-// Everything else would mean something in an address, or in the message that carries it.
+// All other characters have a meaning in an address, or in the message that contains it.
 bool isPlainInAddress(unsigned byte) {
   return isLetter(byte) || isDigit(byte) || byte == '/' || byte == '-' || byte == '.' || byte == '_' || byte == '~';
 }
@@ -96,7 +96,7 @@ void appendAddress(char const* path, NativePath& address) {
   address.push('\0');
 }
 
-// The file browser answers when it has the item on show.
+// The file browser answers once it shows the item.
 bool fileBrowserShows(char const* address) {
   NativePath items;
   items.append("array:string:", 13);
@@ -114,7 +114,7 @@ bool fileBrowserShows(char const* address) {
   return toolAnswers(command, kShowMilliseconds);
 }
 
-// Of "file:///a/b" and "file:///a/b/" it is "file:///a/"; the root is its own folder.
+// "file:///a/b" and "file:///a/b/" => "file:///a/"; the root is its own folder.
 void appendFolderOf(char const* address, NativePath& folder) {
   constexpr std::size_t root = sizeof "file:///" - 1;
   std::size_t size = strlen(address);

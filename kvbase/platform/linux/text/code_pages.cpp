@@ -18,7 +18,7 @@ namespace platform {
 
 namespace {
 
-// Pages that ICU does not know as "windows-<number>".
+// Code pages that ICU does not have as "windows-<number>".
 struct NamedPage {
   unsigned int number;
   char const* name;
@@ -47,7 +47,7 @@ unsigned int resolved(unsigned int codePage) {
   return codePage == kAnsiCodePage ? currentAnsiCodePage() : codePage;
 }
 
-// A converter of its own for each call: opening one is cheap, sharing one is not allowed.
+// One converter per call: opening one is cheap, and threads must not share one.
 class Converter {
  public:
   explicit Converter(unsigned int codePage) {
@@ -72,7 +72,7 @@ class Converter {
 
   bool isOpen() const { return converter_ != nullptr; }
 
-  // ICU's tables of IBM origin exchange three control characters; Windows leaves them in their places.
+  // ICU's tables of IBM origin exchange three control characters; Windows does not.
   bool rotatesControls() {
     UErrorCode error = U_ZERO_ERROR;
     UChar unit = 0;
@@ -118,7 +118,7 @@ unsigned int ansiCodePageOfEnvironment() {
   return number == 0 || number > 65535 ? kUtf8CodePage : static_cast<unsigned int>(number);
 }
 
-// 0: not asked yet. Threads that ask at once find the same answer.
+// 0 until the first call. Threads that ask at the same time get the same result.
 std::atomic<unsigned int> ansiCodePage{0};
 
 }  // namespace

@@ -56,7 +56,7 @@ class SpecParser {
     }
   }
 
-  // Digits or an asterisk; leaves `value` where there is neither. False if it is beyond an int.
+  // Parses digits or an asterisk; `value` is unchanged if there is neither. False if the number exceeds int.
   bool parseNumber(int& value) {
     if (*next_ == '*') {
       ++next_;

@@ -8,7 +8,7 @@
 namespace KV_1_1 {
 namespace platform {
 
-// How an argument is passed.
+// The size prefix of a conversion, which says how its argument is passed.
 enum class Size { kDefault, kChar, kShort, kLong, kLongLong, kLongDouble, kWide };
 
 constexpr int kNoPrecision = -1;
@@ -22,13 +22,13 @@ struct Spec {
   wchar conversion = 0;
 };
 
-// A va_list that can be handed on by reference whatever type it is.
+// A va_list in a struct, which can be passed by reference even where va_list is an array type.
 struct Arguments {
   va_list list;
 };
 
-// Reads the conversion behind a per cent sign, asterisks from the arguments, and moves `format` behind it. False if it
-// ends too early or has a number beyond an int; whether there is such a conversion is not asked.
+// Parses the conversion after a per cent sign, takes the values of asterisks from the arguments, and moves `format`
+// past it. False if it is incomplete or has a number that exceeds int. The conversion letter itself is not checked.
 bool parseSpec(wchar const*& format, Arguments& arguments, Spec& spec);
 
 }  // namespace platform

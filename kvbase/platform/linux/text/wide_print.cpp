@@ -21,11 +21,11 @@ namespace platform {
 
 namespace {
 
-// No double has more digits behind its point that are not zero. A precision beyond it, and beyond what can be stored,
-// changes nothing: the text is cut, and what is stored of it is the same.
+// No double has more decimals that are not zero. A precision beyond this number and beyond the capacity makes no
+// difference, because the text is cut and the stored part of it is the same.
 constexpr int kMostDecimals = 1100;
 
-// Takes units up to its capacity; the first one beyond cuts the text, and nothing is taken any more.
+// Stores units up to its capacity. The first unit beyond it marks the text as cut; all later ones are dropped.
 class Sink {
  public:
   Sink(wchar* out, std::size_t capacity) : out_(out), capacity_(std::min<std::size_t>(capacity, kMost)) {}
@@ -178,7 +178,7 @@ class Printer {
     printDigits("", value, 16, true);
   }
 
-  // An integer: prefix, zeros up to the precision, digits.
+  // Prints an integer: prefix, zeros up to the precision, digits.
   void printDigits(char const* prefix, unsigned long long value, unsigned base, bool upper) {
     char digits[32];
     char* begin = std::end(digits);
@@ -227,7 +227,7 @@ class Printer {
     return static_cast<std::size_t>(snprintf(buffer.data(), buffer.size(), format, precision, value));
   }
 
-  // The value of the processor for an operation without a result, which the runtime of Windows shows apart.
+  // The default NaN of x86, which Windows prints as nan(ind).
   static bool isIndefinite(double value) {
     std::uint64_t bits;
     memcpy(&bits, &value, sizeof bits);
@@ -255,14 +255,14 @@ class Printer {
     }
   }
 
-  // At most so many units of a text, which needs a terminator only if it has fewer.
+  // Prints at most `most` units of a text, which needs a terminator only if it is shorter.
   void printUnits(wchar const* text, std::size_t most) {
     std::size_t size = 0;
     while (size < most && text[size] != 0) ++size;
     printField("", 0, 0, text, size, spec_.zero);
   }
 
-  // Reads no byte beyond those that make up so many units.
+  // Prints at most `most` units of a narrow text and reads no byte beyond them.
   void printNarrow(char const* bytes, std::size_t most) {
     SmallBuffer<wchar, 256> units;
     std::size_t size = strnlen(bytes, most);
@@ -277,7 +277,7 @@ class Printer {
     printField("", 0, 0, units.data(), std::min(units.size(), most), spec_.zero);
   }
 
-  // Whether the last bytes begin a sequence of UTF-8 that goes on behind them.
+  // Whether the last bytes are the beginning of an incomplete UTF-8 sequence.
   static bool endsWithinCharacter(char const* bytes, std::size_t size) {
     if (!isUtf8(nativeText(), kAnsiCodePage)) return false;
     for (std::size_t tail = 1; tail <= 3 && tail <= size; ++tail) {
@@ -288,7 +288,7 @@ class Printer {
     return false;
   }
 
-  // One field: blanks or zeros up to the width, a prefix that stands before filling zeros, more zeros, the text.
+  // Prints one field: blanks up to the width or zeros after the prefix, the zeros of the precision, the text.
   template <class Unit>
   void printField(char const* prefix, std::size_t prefixSize, std::size_t zeros, Unit const* text, std::size_t size,
                   bool zeroFill) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// printf of 16-bit text, as TextApi::print promises it.
+// printf of 16-bit text; the contract is that of TextApi::print.
 //
 //   %[flags][width][.precision][size]conversion
 //   flags        - + blank # 0              width, precision   a number or *
@@ -10,7 +10,9 @@
 //                C S                        narrow; 16-bit with l or w
 //                p                          16 upper-case digits
 //                %                          the sign itself
-// Narrow text is decoded by code page 0. Anything else, %n too, is a wrong format.
+// Narrow text is decoded by code page 0. Any other conversion, also %n, is a wrong format.
+//
+// COMPAT: as in the runtime of Windows, a long double is printed as a double and the default NaN as nan(ind).
 #pragma once
 
 #include <cstdarg>
