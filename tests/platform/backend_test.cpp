@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "kvbase/platform/cpu_features.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/scripted_files.h"
 #include "tests/support/scripted_text.h"
@@ -18,7 +17,7 @@ using platform::FindData;
 using platform::ScopedBackend;
 using platform::TextApi;
 
-// Asked by an initialiser of a variable, that is before main.
+// Called by a dynamic initialiser, which is before main.
 bool const answersEarly =
     platform::files().getAttributes(KVW("\\")) != platform::kInvalidAttributes && platform::text().ansiCodePage() != 0;
 
@@ -104,10 +103,6 @@ TEST(BackendTest, ScriptedTextReplacesPageZeroAndFails) {
   text.failAt = 2;
   EXPECT_EQ(platform::text().decode(0, "\xE4", 1, &unit, 1), 0);
   EXPECT_EQ(platform::text().decode(0, "\xE4", 1, &unit, 1), 1);
-}
-
-TEST(BackendTest, ProcessorIsAskedAlikeEachTime) {
-  EXPECT_EQ(platform::hasAvx2(), platform::hasAvx2());
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the native backend of either system tells about failures.
+// The last error and the texts of codes, for the native backend of either system.
 #include "kvbase/platform/error_api.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +38,7 @@ TEST(ErrorApiTest, TheLastErrorIsWhatWasSet) {
   }
 }
 
-// Starting and joining a thread may be calls that leave a last error themselves, so there are none between.
+// Starting and joining a thread may set the last error, so neither happens between setting and reading it.
 TEST(ErrorApiTest, EachThreadHasItsOwn) {
   TempFolder folder;
   wstring const missing = folder.text(KVW("none"));

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the native file backend of either system promises of open files and of changes. The codes are those that both
-// systems give.
+// Open files and changes, for the native backend of either system. The codes are those that both systems set.
 #include <gtest/gtest.h>
 
 #include <filesystem>

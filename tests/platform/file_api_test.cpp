@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the native file backend of either system promises.
+// Queries, searches and the current directory, for the native backend of either system.
 #include "kvbase/platform/file_api.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +15,7 @@
 
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
+#include "tests/support/current_path.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
@@ -40,17 +41,6 @@ std::vector<std::string> namesFound(wstring const& pattern) {
   EXPECT_TRUE(files().findClose(search));
   return names;
 }
-
-class CurrentPath {
- public:
-  explicit CurrentPath(std::filesystem::path const& path) : previous_(std::filesystem::current_path()) {
-    std::filesystem::current_path(path);
-  }
-  ~CurrentPath() { std::filesystem::current_path(previous_); }
-
- private:
-  std::filesystem::path previous_;
-};
 
 TEST(FileApiTest, AttributesTellFilesFoldersAndNothing) {
   TempFolder folder;
@@ -171,7 +161,7 @@ TEST(FileApiTest, LongPathsHaveNoLimitOfTheirOwn) {
   ASSERT_TRUE(files().getInfo((KVW("\\\\?\\") + folder.text(text)).c_str(), info));
   EXPECT_EQ(info.size, 1u);
 
-  // A standard library may be unable to remove paths of that length.
+  // Shortened, because not every standard library can remove a path of this length.
   std::filesystem::path parent = folder.path();
   for (int i = 0; i < 5; ++i, parent /= "d") std::filesystem::rename(parent / level, parent / "d");
 }
@@ -195,7 +185,7 @@ TEST(FileApiTest, NoSuchDriveHasNoCurrentDirectory) {
   EXPECT_EQ(narrow(path), "unchanged");
 }
 
-// Both systems give these codes for questions that have no answer.
+// Both systems set these codes.
 TEST(FileApiTest, QuestionsThatFailLeaveTheirReason) {
   TempFolder folder;
   folder.write("file.txt");
@@ -238,7 +228,7 @@ TEST(FileApiTest, SearchesThatEndLeaveTheirReason) {
   EXPECT_TRUE(files().findClose(search));
 }
 
-// The time now, in the unit of the seam, by the standard library.
+// The current time by the standard library, in the unit of the seam.
 std::uint64_t timeNow() {
   using namespace std::chrono;
   constexpr std::uint64_t kUnitsBefore1970 = 116444736000000000;
@@ -270,7 +260,7 @@ TEST(FileApiTest, InfoTellsTheTimes) {
   std::uint64_t const written = info.lastWriteTime;
   std::filesystem::last_write_time(path, before - std::chrono::hours(24));
   ASSERT_TRUE(files().getInfo(folder.text(KVW("file.txt")).c_str(), info));
-  // The standard library may set whole seconds only.
+  // The standard library may be able to set whole seconds only.
   EXPECT_NEAR(static_cast<double>(written - info.lastWriteTime), 24.0 * 60 * kMinute, kMinute / 60.0);
 }
 

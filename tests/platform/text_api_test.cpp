@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the native text backend of either system promises, and the conversions on top of it.
+// Code pages, print and character classes, for the native backend of either system.
 #include "kvbase/platform/text_api.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ std::string encoded(unsigned int page, wstring const& units) {
   return bytes;
 }
 
-// The result and what was written: up to the terminator, which shows as "$", or to the capacity.
+// The result, and the units written up to the terminator, which is shown as "$", or up to the capacity.
 std::string print(std::size_t capacity, wchar const* format, ...) {
   std::vector<wchar> out(capacity + 1, KVW('#'));
   va_list arguments;

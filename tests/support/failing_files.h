@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend whose N-th call fails, with the failure value of that call and a chosen last error; every other call
+// A file backend whose N-th call fails, with the failure value of its method and a chosen last error. Every other call
 // is forwarded.
 //
 //   FailingFiles files;                       // counts only
@@ -29,7 +29,7 @@ class FailingFiles final : public InterceptedFiles {
   explicit FailingFiles(int failAt = 0, platform::FileApi& target = platform::nativeFiles())
       : InterceptedFiles(target), failAt_(failAt) {}
 
-  ulong32 error = platform::kAccessDenied;  // what the failing call leaves
+  ulong32 error = platform::kAccessDenied;  // the last error that the failing call sets
 
   int calls() const { return calls_; }
   // The name of the call that was made to fail; empty if none was.

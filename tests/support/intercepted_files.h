@@ -121,12 +121,12 @@ class InterceptedFiles : public platform::FileApi {
   }
 
  protected:
-  // Called before each call that can fail, with the method's name and its text, null if it has none:
+  // Called before each call that can fail, with the name of the method and its text, null if it has none:
   //   getAttributes C:\a                         a path; the letter of a drive for currentDirectoryOfDrive
   //   moveFile C:\a -> C:\b                      two paths
   //   openFile C:\a 40000000 3 4 80              further arguments in hexadecimal digits
-  //   copyFile C:\a -> C:\b 1 progress           the last word if there is a routine
-  // False makes the call fail with its own failure value, without asking the target.
+  //   copyFile C:\a -> C:\b 1 progress           the last word if there is a callback
+  // False makes the call fail with the failure value of its method, without forwarding it.
   virtual bool enter(char const* call, wchar const* text) = 0;
 
  private:

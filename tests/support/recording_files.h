@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend that writes down each call and then forwards it, to the native backend unless told otherwise.
+// A file backend that records each call and then forwards it, by default to the native backend.
 //
 //   RecordingFiles files;
 //   platform::ScopedBackend<platform::FileApi> scope(files);
@@ -23,7 +23,7 @@ class RecordingFiles : public InterceptedFiles {
  public:
   explicit RecordingFiles(platform::FileApi& target = platform::nativeFiles()) : InterceptedFiles(target) {}
 
-  // The calls so far: the method's name and, behind a blank, its text in UTF-8 ("findNext" and "findClose" have none).
+  // The calls so far: the name of the method and, after a blank, its text in UTF-8 if it has one.
   Log const& log() const { return log_; }
   void clearLog() { log_.clear(); }
 

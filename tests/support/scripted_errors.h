@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Failures whose codes and texts the test decides.
+// An error backend whose last error and texts the test sets.
 //
 //   ScriptedErrors errors;
 //   errors.texts[5] = KVW("Denied.\r\n");
@@ -18,7 +18,7 @@ namespace testing {
 class ScriptedErrors final : public platform::ErrorApi {
  public:
   ulong32 error = 0;
-  std::map<ulong32, wstring> texts;  // any other code has none
+  std::map<ulong32, wstring> texts;  // all other codes have none
   std::vector<ulong32> asked;        // the codes whose text was asked for
 
   ulong32 lastError() override { return error; }

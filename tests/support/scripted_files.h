@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A file backend that answers what the test says and nothing else; the disk is not touched. Whatever the script does
-// not name is missing. It writes down each call as RecordingFiles does.
+// A file backend that returns what the test says and never reaches the disk. Any item that the script does not name is
+// missing. It records each call like RecordingFiles.
 //
 //   ScriptedFiles files;
 //   files.script.attributes[KVW("\\\\?\\C:\\a\\")] = platform::kAttributeDirectory;
@@ -10,7 +10,7 @@
 //                                              {platform::kAttributeNormal, KVW("x")}};
 //   files.script.directory = KVW("C:\\work");
 //   files.script.driveDirectories[4] = KVW("D:\\data");
-//   files.script.errors["moveFile"] = 32;      // moveFile fails and leaves this error; what changes something succeeds else
+//   files.script.errors["moveFile"] = 32;      // moveFile fails with this error; by default every change succeeds
 //   platform::ScopedBackend<platform::FileApi> scope(files);
 //
 // Texts are compared unit by unit.
@@ -35,26 +35,26 @@ struct ScriptedEntry {
   wstring name;  // at most 259 units
 };
 
-// The answers of a script.
+// The backend that ScriptedFiles records.
 class FileScript : public platform::FileApi {
  public:
   virtual ~FileScript() = default;
 
   std::map<wstring, ulong32> attributes;
   std::map<wstring, platform::FileInfo> infos;
-  std::map<wstring, std::vector<ScriptedEntry>> searches;  // an empty list: nothing matches
+  std::map<wstring, std::vector<ScriptedEntry>> searches;  // an empty list matches nothing
   std::map<int, wstring> driveDirectories;
-  wstring directory;  // empty: there is none
+  wstring directory;  // empty if there is none
 
   std::map<std::string, ulong32> errors;         // by the name of the call
   ulong32 openLeaves = platform::kNoError;       // the last error after openFile has succeeded
-  platform::FileHandle const opened = &opened_;  // what openFile gives
+  platform::FileHandle const opened = &opened_;  // the result of openFile
   std::map<wstring, struct _stat64i32> statuses;
-  std::map<wstring, int> emptyDirectories;                       // what isDirectoryEmpty gives
-  std::vector<std::pair<std::int64_t, std::int64_t>> copySteps;  // total and transferred of each call of a routine
-  std::vector<ulong32> copyAnswers;                              // what the routine gave
+  std::map<wstring, int> emptyDirectories;                       // the result of isDirectoryEmpty
+  std::vector<std::pair<std::int64_t, std::int64_t>> copySteps;  // the arguments of each call of the progress callback
+  std::vector<ulong32> copyAnswers;                              // the results of the progress callback
   std::uint64_t now = 0;
-  std::vector<std::uint64_t> lastWriteTimes;  // as they were set
+  std::vector<std::uint64_t> lastWriteTimes;  // in the order of the calls
 
   bool setAttributes(wchar const*, ulong32) override { return succeeds("setAttributes"); }
   int getStatus(wchar const* path, struct _stat64i32& status) override {
@@ -148,7 +148,7 @@ class FileScript : public platform::FileApi {
   }
 
   char opened_ = 0;
-  std::set<Search*> running_;  // a search left open stays allocated, for the leak checker to find
+  std::set<Search*> running_;  // a search that is not closed stays allocated, so the leak checker finds it
 };
 
 class ScriptedFiles final : public RecordingFiles {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A desktop that answers what the test says, and writes down each call.
+// A desktop that returns what the test says and records each call.
 //
 //   ScriptedShell shell;
 //   shell.openResult = 31;
@@ -25,8 +25,8 @@ class ScriptedShell final : public platform::ShellApi {
   Log log;  // the method's name and its arguments; "(null)" for null
   std::intptr_t openResult = 42;
   std::int32_t showResult = 0;
-  platform::ItemList item = &item_;  // what itemListFromPath gives
-  int openItems = 0;                 // item lists that were given out and not yet released
+  platform::ItemList item = &item_;  // the result of itemListFromPath
+  int openItems = 0;                 // item lists that have been returned and not yet released
 
   std::intptr_t open(wchar const* verb, wchar const* file, wchar const* directory, int show) override {
     log.push_back("open " + shown(verb) + ' ' + shown(file) + ' ' + shown(directory) + ' ' + std::to_string(show));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A text backend for tests: another code page behind the number 0, and conversions that fail on request. Everything
-// else is forwarded to the native backend.
+// A text backend for tests that sets the ANSI code page and makes conversions fail on request. Everything else is
+// forwarded to the native backend.
 //
 //   ScriptedText text;
 //   text.ansi = 932;       // what code page 0 means

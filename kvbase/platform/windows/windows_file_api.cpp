@@ -2,8 +2,11 @@
 #include "kvbase/platform/internal/native_backends.h"
 
 #include <direct.h>
+#include <fcntl.h>
 #include <io.h>
+#include <share.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <cwchar>
 #include <iterator>
@@ -17,6 +20,27 @@ namespace KV_1_1 {
 namespace platform {
 
 namespace {
+
+// The seam has the values of the system, so the calls below need no conversion.
+static_assert(kAttributeReadOnly == FILE_ATTRIBUTE_READONLY, "as on Windows");
+static_assert(kAttributeHidden == FILE_ATTRIBUTE_HIDDEN, "as on Windows");
+static_assert(kAttributeDirectory == FILE_ATTRIBUTE_DIRECTORY, "as on Windows");
+static_assert(kAttributeNormal == FILE_ATTRIBUTE_NORMAL, "as on Windows");
+static_assert(kAttributeReparsePoint == FILE_ATTRIBUTE_REPARSE_POINT, "as on Windows");
+static_assert(kInvalidAttributes == INVALID_FILE_ATTRIBUTES, "as on Windows");
+static_assert(kAccessRead == GENERIC_READ, "as on Windows");
+static_assert(kAccessWrite == GENERIC_WRITE, "as on Windows");
+static_assert(kShareRead == FILE_SHARE_READ, "as on Windows");
+static_assert(kShareWrite == FILE_SHARE_WRITE, "as on Windows");
+static_assert(kShareDelete == FILE_SHARE_DELETE, "as on Windows");
+static_assert(kOpenExisting == OPEN_EXISTING, "as on Windows");
+static_assert(kOpenAlways == OPEN_ALWAYS, "as on Windows");
+static_assert(kFlagBackupSemantics == FILE_FLAG_BACKUP_SEMANTICS, "as on Windows");
+static_assert(kDescriptorReadWrite == _O_RDWR, "as on Windows");
+static_assert(kDescriptorShareAll == _SH_DENYNO, "as on Windows");
+static_assert(kDescriptorPermission == (_S_IREAD | _S_IWRITE), "as on Windows");
+static_assert(kProgressContinue == PROGRESS_CONTINUE, "as on Windows");
+static_assert(kCopyFailIfExists == COPY_FILE_FAIL_IF_EXISTS, "as on Windows");
 
 void store(WIN32_FIND_DATAW const& found, FindData& data) {
   static_assert(sizeof(data.name) == sizeof(found.cFileName), "a name of the system fits");

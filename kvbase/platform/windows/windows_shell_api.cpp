@@ -9,6 +9,8 @@
 namespace KV_1_1 {
 namespace platform {
 
+static_assert(kShowNormal == SW_SHOWNORMAL && kShowDefault == SW_SHOWDEFAULT, "as on Windows");
+
 std::intptr_t NativeShell::open(wchar const* verb, wchar const* file, wchar const* directory, int show) {
   return reinterpret_cast<std::intptr_t>(ShellExecuteW(nullptr, verb, file, nullptr, directory, show));
 }

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The forwards, compared with the calls they stand for.
+// Each method has the effect of the Windows call that it forwards to.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
 #include <io.h>
-#include <share.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -19,6 +17,7 @@
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/types.h"
+#include "tests/support/current_path.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
@@ -36,64 +35,7 @@ std::string directoryOfDrive(int drive) {
   return narrow(path);
 }
 
-TEST(WindowsFileApiTest, ConstantsAreThoseOfTheSystem) {
-  EXPECT_EQ(platform::kAttributeReadOnly, static_cast<ulong32>(FILE_ATTRIBUTE_READONLY));
-  EXPECT_EQ(platform::kAttributeHidden, static_cast<ulong32>(FILE_ATTRIBUTE_HIDDEN));
-  EXPECT_EQ(platform::kAttributeDirectory, static_cast<ulong32>(FILE_ATTRIBUTE_DIRECTORY));
-  EXPECT_EQ(platform::kAttributeNormal, static_cast<ulong32>(FILE_ATTRIBUTE_NORMAL));
-  EXPECT_EQ(platform::kAttributeReparsePoint, static_cast<ulong32>(FILE_ATTRIBUTE_REPARSE_POINT));
-  EXPECT_EQ(platform::kInvalidAttributes, INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(platform::invalidSearch(), INVALID_HANDLE_VALUE);
-
-  EXPECT_EQ(platform::kAccessRead, GENERIC_READ);
-  EXPECT_EQ(platform::kAccessWrite, static_cast<ulong32>(GENERIC_WRITE));
-  EXPECT_EQ(platform::kShareRead, static_cast<ulong32>(FILE_SHARE_READ));
-  EXPECT_EQ(platform::kShareWrite, static_cast<ulong32>(FILE_SHARE_WRITE));
-  EXPECT_EQ(platform::kShareDelete, static_cast<ulong32>(FILE_SHARE_DELETE));
-  EXPECT_EQ(platform::kOpenExisting, static_cast<ulong32>(OPEN_EXISTING));
-  EXPECT_EQ(platform::kOpenAlways, static_cast<ulong32>(OPEN_ALWAYS));
-  EXPECT_EQ(platform::kFlagBackupSemantics, static_cast<ulong32>(FILE_FLAG_BACKUP_SEMANTICS));
-  EXPECT_EQ(platform::invalidFile(), INVALID_HANDLE_VALUE);
-  EXPECT_EQ(platform::kDescriptorReadWrite, _O_RDWR);
-  EXPECT_EQ(platform::kDescriptorShareAll, _SH_DENYNO);
-  EXPECT_EQ(platform::kDescriptorPermission, _S_IREAD | _S_IWRITE);
-  EXPECT_EQ(platform::kProgressContinue, static_cast<ulong32>(PROGRESS_CONTINUE));
-  EXPECT_EQ(platform::kCopyFailIfExists, static_cast<ulong32>(COPY_FILE_FAIL_IF_EXISTS));
-}
-
-TEST(WindowsFileApiTest, CodesAreThoseOfTheSystem) {
-  EXPECT_EQ(platform::kNoError, static_cast<ulong32>(ERROR_SUCCESS));
-  EXPECT_EQ(platform::kFileNotFound, static_cast<ulong32>(ERROR_FILE_NOT_FOUND));
-  EXPECT_EQ(platform::kPathNotFound, static_cast<ulong32>(ERROR_PATH_NOT_FOUND));
-  EXPECT_EQ(platform::kTooManyOpenFiles, static_cast<ulong32>(ERROR_TOO_MANY_OPEN_FILES));
-  EXPECT_EQ(platform::kAccessDenied, static_cast<ulong32>(ERROR_ACCESS_DENIED));
-  EXPECT_EQ(platform::kInvalidHandle, static_cast<ulong32>(ERROR_INVALID_HANDLE));
-  EXPECT_EQ(platform::kNotEnoughMemory, static_cast<ulong32>(ERROR_NOT_ENOUGH_MEMORY));
-  EXPECT_EQ(platform::kNotSameDevice, static_cast<ulong32>(ERROR_NOT_SAME_DEVICE));
-  EXPECT_EQ(platform::kNoMoreFiles, static_cast<ulong32>(ERROR_NO_MORE_FILES));
-  EXPECT_EQ(platform::kWriteProtected, static_cast<ulong32>(ERROR_WRITE_PROTECT));
-  EXPECT_EQ(platform::kNotReady, static_cast<ulong32>(ERROR_NOT_READY));
-  EXPECT_EQ(platform::kGeneralFailure, static_cast<ulong32>(ERROR_GEN_FAILURE));
-  EXPECT_EQ(platform::kSharingViolation, static_cast<ulong32>(ERROR_SHARING_VIOLATION));
-  EXPECT_EQ(platform::kNotSupported, static_cast<ulong32>(ERROR_NOT_SUPPORTED));
-  EXPECT_EQ(platform::kBadNetworkPath, static_cast<ulong32>(ERROR_BAD_NETPATH));
-  EXPECT_EQ(platform::kFileExists, static_cast<ulong32>(ERROR_FILE_EXISTS));
-  EXPECT_EQ(platform::kInvalidParameter, static_cast<ulong32>(ERROR_INVALID_PARAMETER));
-  EXPECT_EQ(platform::kDiskFull, static_cast<ulong32>(ERROR_DISK_FULL));
-  EXPECT_EQ(platform::kInvalidName, static_cast<ulong32>(ERROR_INVALID_NAME));
-  EXPECT_EQ(platform::kDirectoryNotEmpty, static_cast<ulong32>(ERROR_DIR_NOT_EMPTY));
-  EXPECT_EQ(platform::kBusy, static_cast<ulong32>(ERROR_BUSY));
-  EXPECT_EQ(platform::kAlreadyExists, static_cast<ulong32>(ERROR_ALREADY_EXISTS));
-  EXPECT_EQ(platform::kNameTooLong, static_cast<ulong32>(ERROR_FILENAME_EXCED_RANGE));
-  EXPECT_EQ(platform::kFileTooLarge, static_cast<ulong32>(ERROR_FILE_TOO_LARGE));
-  EXPECT_EQ(platform::kDirectoryNameInvalid, static_cast<ulong32>(ERROR_DIRECTORY));
-  EXPECT_EQ(platform::kInputOutputError, static_cast<ulong32>(ERROR_IO_DEVICE));
-  EXPECT_EQ(platform::kTooManyLinks, static_cast<ulong32>(ERROR_TOO_MANY_LINKS));
-  EXPECT_EQ(platform::kRequestAborted, static_cast<ulong32>(ERROR_REQUEST_ABORTED));
-  EXPECT_EQ(platform::kCannotResolveName, static_cast<ulong32>(ERROR_CANT_RESOLVE_FILENAME));
-}
-
-// Whether a call succeeds, and its last error if it does not.
+// Whether a call succeeds, and its last error if it fails.
 using Outcome = std::pair<bool, ulong32>;
 
 Outcome outcomeOf(std::function<bool()> const& call) {
@@ -102,7 +44,7 @@ Outcome outcomeOf(std::function<bool()> const& call) {
   return {done, done ? ERROR_SUCCESS : GetLastError()};
 }
 
-// Each forward and the call it stands for do the same to like items, in one folder each.
+// Each method and its Windows call are run on equal items in a folder of their own and must have the same effect.
 TEST(WindowsFileApiTest, ChangesAreTheSystems) {
   using Call = std::function<bool(wstring const& folder)>;
   struct Row {
@@ -309,15 +251,13 @@ TEST(WindowsFileApiTest, SizeHasItsHighHalf) {
 
 TEST(WindowsFileApiTest, CurrentDirectoryOfADrive) {
   TempFolder folder;
-  std::filesystem::path const previous = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path());
+  CurrentPath const current(folder.path());
   int const drive = folder.text()[0] - KVW('A') + 1;
   EXPECT_EQ(directoryOfDrive(drive), narrow(folder.text()));
   bool const isOnC = drive == 3;
   if (!isOnC) {
     EXPECT_EQ(directoryOfDrive(3), "C:\\");
   }
-  std::filesystem::current_path(previous);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The forwards that can be told from outside without a program coming up.
+// The methods that can be tested without starting a program.
 #include <gtest/gtest.h>
 
 #include "kvbase/platform/error_codes.h"
@@ -14,11 +14,6 @@ namespace {
 
 platform::ShellApi& shell() {
   return platform::nativeShell();
-}
-
-TEST(WindowsShellApiTest, ConstantsAreThoseOfTheSystem) {
-  EXPECT_EQ(platform::kShowNormal, SW_SHOWNORMAL);
-  EXPECT_EQ(platform::kShowDefault, SW_SHOWDEFAULT);
 }
 
 TEST(WindowsShellApiTest, MissingFileIsNotOpened) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Each code that a call on this system may give has its own text, in English.
+// Each code that a call may set on this system has an English text of its own.
 #include <gtest/gtest.h>
 
 #include <set>

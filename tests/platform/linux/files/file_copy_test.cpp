@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Copies of files: contents, what goes with them, and what is refused.
+// Copies of files: contents, rights and times, and the sources that are refused.
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using namespace KV_1_1::platform;
 
 constexpr std::int64_t kMiB = 1 << 20;
-// With a routine to call, a file is copied by slices of this size.
+// With a progress callback, a file is copied in slices of this size.
 constexpr std::int64_t kSlice = 8 * kMiB;
 
 std::string randomBytes(std::size_t size) {
@@ -34,7 +34,7 @@ std::string randomBytes(std::size_t size) {
 
 class LinuxFileCopy : public FileCalls {
  protected:
-  // Makes a file of `size` bytes that holds text at some places and holes elsewhere.
+  // Creates a file of `size` bytes with text at some positions and holes elsewhere.
   void makeSparse(char const* name, std::int64_t size, std::vector<std::int64_t> const& places) const {
     int const descriptor = ::open(folder.path(name).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     ASSERT_GE(descriptor, 0);
@@ -86,7 +86,7 @@ TEST_F(LinuxFileCopy, EveryByteIsCopiedAndTold) {
   }
 }
 
-// A routine that lets so many calls pass and then ends the copy, by its answer or by an exception.
+// A progress callback that cancels the copy after some calls, by its result or by an exception.
 struct Stopper {
   int callsLeft;
   bool throws;
@@ -257,7 +257,7 @@ TEST_F(LinuxFileCopy, WhatIsNeitherFileNorLinkIsRefused) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     inChild([&] {
-      // One of these has no end, and a fault shall not fill the disk.
+      // One of these is endless, and a fault must not fill the disk.
       rlimit const limit = {kMiB, kMiB};
       if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
       EXPECT_EQ(copy(row.source, KVW("copy")), kAccessDenied);

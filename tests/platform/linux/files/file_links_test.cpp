@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Links, as the calls that change something see them: each is handled itself where it leads to a directory or to
-// nothing, and nothing is ever written or removed behind it.
+// The rule for links in calls that change something: a link that leads to a directory or to nothing is changed itself,
+// and nothing is ever written or removed where it leads.
 #include "tests/platform/linux/files/file_support.h"
 
 namespace KV_1_1 {
@@ -23,7 +23,7 @@ class LinuxFileLinks : public FileCalls {
     link("locked", "toLocked");
     link("nothing", "toNothing");
   }
-  // No call may have changed any of these.
+  // No call may have changed these targets.
   void TearDown() override {
     EXPECT_EQ(bytes("dir/inside"), "inside");
     EXPECT_EQ(bytes("file"), "file");
@@ -56,7 +56,7 @@ TEST_F(LinuxFileLinks, RemovingALinkToADirectoryLeavesTheDirectory) {
       EXPECT_EQ(linkText("toDir"), "dir");
     }
   }
-  EXPECT_NE(removeDirectory(KVW("toFile")), kNoError);
+  EXPECT_EQ(removeDirectory(KVW("toFile")), kDirectoryNameInvalid);
   EXPECT_NE(removeDirectory(KVW("toFile\\")), kNoError);
   EXPECT_TRUE(has("toFile"));
 }

@@ -73,7 +73,7 @@ TEST_F(LinuxOpenFiles, APipeDoesNotBlock) {
   EXPECT_TRUE(S_ISFIFO(status("fifo").st_mode));
 }
 
-// Null is no file, so the first descriptor must not read so.
+// Descriptor 0 must not become a null handle.
 TEST_F(LinuxOpenFiles, TheFirstDescriptorIsAFileToo) {
   folder.write("file", "1");
   inChild([&] {
@@ -157,7 +157,7 @@ TEST_F(LinuxOpenFiles, TheCreationTimeIsTheBirthOrTheOldestOfTheOthers) {
             static_cast<std::uint64_t>(kUnitsBefore1970 + seconds * kUnitsPerSecond + nanoseconds / 100));
 }
 
-// A process file has no birth.
+// A file of /proc has no creation time.
 TEST_F(LinuxOpenFiles, WithoutBirthTheOlderOfWriteAndChangeStandsForIt) {
   FileInfo info;
   ASSERT_TRUE(files().getInfo(KVW("\\proc\\version"), info));
@@ -218,7 +218,7 @@ TEST_F(LinuxOpenFiles, QuestionsLeaveNothingOpen) {
   }
 }
 
-// These are calls of the C runtime, which has an error number of its own.
+// These stand for calls of the C runtime, which has an error number of its own.
 TEST_F(LinuxOpenFiles, TheRuntimeLeavesNoLastError) {
   folder.write("file");
   nativeErrors().setLastError(kUntouched);

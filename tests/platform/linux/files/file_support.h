@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of changes on the disk share on Linux.
+// Shared parts of the tests that change the disk on Linux.
 #pragma once
 
 #include <fcntl.h>
@@ -29,21 +29,17 @@
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
+#include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
 namespace testing {
 
-inline std::size_t openDescriptors() {
-  std::filesystem::directory_iterator const entries("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-// A last error that no call gives.
+// A last error that no call sets.
 constexpr ulong32 kUntouched = 0xA1B2C3;
 
-// The last error of a call that fails, kNoError of one that succeeds. Neither may leave a descriptor open.
+// The last error of a call that fails, kNoError of one that succeeds. Also checks that no descriptor stays open.
 template <class Call>
 ulong32 errorOf(Call call) {
   std::size_t const before = openDescriptors();
@@ -60,8 +56,8 @@ ulong32 errorOf(Call call) {
   return error;
 }
 
-// Runs `body` in a process of its own, whose limits, rights and mounts are its own too, and which is ended should it
-// hang. What it expects counts here. False if the body gives false: this system does not let it do what it needs.
+// Runs `body` in a child process with its own limits, rights and mounts, which is killed if it hangs. Failed
+// expectations in it count here. False if the body returns false, because it lacks the permissions that it needs.
 template <class Body>
 bool inChild(Body body) {
   constexpr int kFailed = 1, kNotPermitted = 2;
@@ -89,14 +85,14 @@ bool inChild(Body body) {
   return WEXITSTATUS(status) != kNotPermitted;
 }
 
-// Mounts an empty file system in memory for this process alone: for a child. False where that is not permitted.
+// Mounts an empty file system in memory that only this process sees; to be used in a child. False without permission.
 inline bool mountPrivately(std::filesystem::path const& at, char const* options, unsigned long flags = 0) {
   return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
          mount("none", at.c_str(), "tmpfs", flags, options) == 0;
 }
 
-// A device that is always full: a node in the folder, so that nothing else can suffer, or the system's where nobody may
-// make one. Empty if there is none.
+// A device that is always full: a new node in the folder, so that a fault cannot damage the system, or without the
+// permission for that the system's own. Empty if there is none.
 inline std::filesystem::path fullDevice(TempFolder const& folder) {
   std::filesystem::path const own = folder.path("full");
   if (mknod(own.c_str(), S_IFCHR | 0666, makedev(1, 7)) == 0) {
@@ -139,7 +135,7 @@ class OtherFileSystem {
   std::filesystem::path path_;
 };
 
-// What the routine of a copy was told.
+// The calls of a progress callback.
 struct ProgressCalls {
   struct Call {
     std::int64_t total, transferred;
@@ -152,8 +148,7 @@ struct ProgressCalls {
   }
 };
 
-// Calls of the native backend, each with the last error that it leaves, on names below a temporary folder or on
-// absolute ones.
+// Calls of the native backend that return the last error, on names below a temporary folder or on absolute paths.
 class FileCalls : public ::testing::Test {
  protected:
   static platform::FileApi& files() { return platform::nativeFiles(); }
@@ -218,7 +213,7 @@ class FileCalls : public ::testing::Test {
     return std::filesystem::exists(std::filesystem::symlink_status(path));
   }
   bool has(std::filesystem::path const& name) const { return isThere(folder.path(name)); }
-  // The text of a link; empty for what is none.
+  // The text of a link; empty for any other item.
   std::string linkText(std::filesystem::path const& name) const {
     std::error_code ignored;
     return std::filesystem::read_symlink(folder.path(name), ignored).string();

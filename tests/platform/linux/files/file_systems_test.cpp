@@ -16,7 +16,7 @@ constexpr std::size_t kMiB = 1 << 20;
 
 class LinuxFullDisk : public FileCalls {
  protected:
-  // Copies `source` to names below "mount" in each way, and sees that no half-made target stays.
+  // Copies `source` to names below "mount" in each way and checks that no partial target remains.
   void expectNoRoomFor(wstring const& source, ulong32 code) const {
     folder.write("mount/old", "old");
     ProgressCalls calls;

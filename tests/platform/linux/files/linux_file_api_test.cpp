@@ -9,14 +9,16 @@
 #include <filesystem>
 #include <new>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "kvbase/platform/file_api.h"
+#include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/allocation_failure.h"
+#include "tests/support/current_path.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -51,12 +53,6 @@ std::vector<std::string> namesOf(wstring const& pattern) {
   std::vector<std::string> names;
   for (auto const& entry : entriesOf(pattern)) names.push_back(entry.first);
   return names;
-}
-
-std::size_t openDescriptors() {
-  std::size_t n = 0;
-  for (auto const& entry : fs::directory_iterator("/proc/self/fd")) n += entry.path().empty() ? 0 : 1;
-  return n;
 }
 
 TEST(LinuxFileApiTest, LinksFollowTheSeparator) {
@@ -153,7 +149,7 @@ TEST(LinuxFileApiTest, StaleHandlesAreRefused) {
   EXPECT_FALSE(files().findNext(first, data));
   platform::SearchHandle const second = files().findFirst(pattern.c_str(), data);
   EXPECT_NE(second, first);
-  EXPECT_FALSE(files().findNext(first, data)) << "the place is in use again, the handle is not";
+  EXPECT_FALSE(files().findNext(first, data)) << "another search runs now";
   EXPECT_FALSE(files().findClose(first));
   EXPECT_TRUE(files().findNext(second, data));
   EXPECT_TRUE(files().findClose(second));
@@ -195,26 +191,22 @@ TEST(LinuxFileApiTest, ThreadsSearchAtOnce) {
   for (char const* name : {"a", "b", "c"}) folder.write(name);
   wstring const pattern = folder.text(KVW("*"));
   std::atomic<int> found{0};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&] {
-      for (int k = 0; k < 200; ++k) {
-        FindData outer, inner;
-        platform::SearchHandle const search = files().findFirst(pattern.c_str(), outer);
-        do {
-          platform::SearchHandle const nested = files().findFirst(pattern.c_str(), inner);
-          found += files().findNext(nested, inner);
-          files().findClose(nested);
-        } while (files().findNext(search, outer));
-        files().findClose(search);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(found, 4 * 200 * 5);
+  onThreads([&](int) {
+    for (int k = 0; k < 200; ++k) {
+      FindData outer, inner;
+      platform::SearchHandle const search = files().findFirst(pattern.c_str(), outer);
+      do {
+        platform::SearchHandle const nested = files().findFirst(pattern.c_str(), inner);
+        found += files().findNext(nested, inner);
+        files().findClose(nested);
+      } while (files().findNext(search, outer));
+      files().findClose(search);
+    }
+  });
+  EXPECT_EQ(found, kThreads * 200 * 5);
 }
 
-// More searches at once than have a place without memory, below a path longer than the stack buffer.
+// The path is longer than the buffer on the stack.
 TEST(LinuxFileApiTest, NothingLeaksWithoutMemory) {
   TempFolder folder;
   for (int i = 0; i < 100; ++i) folder.write("the name of a file, number " + std::to_string(i));
@@ -258,10 +250,8 @@ TEST(LinuxFileApiTest, LargeDirectoriesAreReadWhole) {
 TEST(LinuxFileApiTest, PatternWithoutFolderSearchesTheCurrentOne) {
   TempFolder folder;
   folder.write("here.txt");
-  fs::path const previous = fs::current_path();
-  fs::current_path(folder.path());
+  CurrentPath const current(folder.path());
   EXPECT_EQ(namesOf(KVW("*.txt")), (std::vector<std::string>{"here.txt"}));
-  fs::current_path(previous);
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ wstring fromNative(std::string const& bytes) {
   return units;
 }
 
-// "invalid" cannot be meant by a test otherwise.
+// The bytes of a name, "invalid" if it is refused; no test uses that text as a name.
 std::string toNative(wstring const& name) {
   NativePath path;
   path.push('/');

@@ -8,6 +8,7 @@
 
 #include "kvbase/platform/file_api.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/support/current_path.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
@@ -23,15 +24,6 @@ std::string mapped(wstring const& text) {
   EXPECT_EQ(path[path.size() - 1], '\0');
   return path.data();
 }
-
-class CurrentPath {
- public:
-  explicit CurrentPath(fs::path const& path) : previous_(fs::current_path()) { fs::current_path(path); }
-  ~CurrentPath() { fs::current_path(previous_); }
-
- private:
-  fs::path previous_;
-};
 
 TEST(PathMappingTest, MapsByTheText) {
   EnvironmentVariable const drives("KVBASE_DRIVES", "/drives");

@@ -19,7 +19,7 @@ bool matches(wstring const& pattern, wstring const& name) {
   return Wildcard(pattern.data(), pattern.size()).matches(name.data(), name.size());
 }
 
-// The rules one by one, every way tried.
+// A direct implementation of the rules that tries every possibility.
 bool matchesSlowly(wstring const& pattern, std::size_t p, wstring const& name, std::size_t n) {
   if (p == pattern.size()) return n == name.size();
   if (pattern[p] == '*') {
@@ -94,7 +94,7 @@ TEST(WildcardTest, AgreesWithTheSlowReference) {
   EXPECT_GT(matched, 10000);
 }
 
-// A matcher that tries every way would not come back from this.
+// A matcher that tries every possibility would never finish this.
 TEST(WildcardTest, ManyAsterisksCostLittle) {
   wstring pattern;
   for (int i = 0; i < 60; ++i) pattern += KVW("*a?");

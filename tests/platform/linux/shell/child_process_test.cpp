@@ -100,7 +100,7 @@ done </proc/self/status
   }
   Call const call = desktop_.nextCall();
   ASSERT_EQ(call.size(), 3u);
-  // The bits of the signals 1 to 31. Those behind them are the C library's own.
+  // The bits of the signals 1 to 31. The ones after them are used by the C library.
   EXPECT_EQ(std::stoull(call[1], nullptr, 16) & 0x7FFFFFFF, 0u);
   EXPECT_EQ(std::stoull(call[2], nullptr, 16) & 0x7FFFFFFF, 0u);
 }
@@ -126,7 +126,7 @@ TEST_F(ChildProcessTest, AnswerIsWhatTheToolSays) {
 
 TEST_F(ChildProcessTest, AnswerIsNotAwaitedForEver) {
   desktop_.install("tool", std::string(kReport) + kWait + kReportEnd);
-  std::ptrdiff_t const descriptors = openDescriptors();
+  std::size_t const descriptors = openDescriptors();
   EXPECT_FALSE(platform::toolAnswers(command_, 20));
   EXPECT_EQ(openDescriptors(), descriptors);
   EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
@@ -134,7 +134,7 @@ TEST_F(ChildProcessTest, AnswerIsNotAwaitedForEver) {
   EXPECT_EQ(desktop_.nextCall(), Call{"end"});
 }
 
-// Descriptors of the library may then be those of the standard streams.
+// The library's descriptors may then have the numbers of the standard streams.
 TEST_F(ChildProcessTest, ApplicationMayHaveClosedItsStreams) {
   desktop_.install("tool", "[ /proc/self/fd/0 -ef /dev/null ] && [ /proc/self/fd/2 -ef /dev/null ] && echo here\n");
   for (int closed = 1; closed < 8; ++closed) {

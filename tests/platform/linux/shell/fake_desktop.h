@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Tools of the desktop that are shell scripts of the test, alone in PATH. They tell through a named pipe what they were
-// given; the test waits for that, so nothing depends on how long a tool takes to come up.
+// Tools of the desktop as shell scripts, in the only folder of PATH. They report their arguments through a named pipe,
+// which the test waits for, so nothing depends on how long a tool takes to start.
 //
 //   FakeDesktop desktop;
 //   desktop.install("xdg-open", kReport);
@@ -18,13 +18,13 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "kvbase/platform/linux/files/descriptor.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -33,7 +33,7 @@ namespace testing {
 // The name of a tool and its arguments.
 using Call = std::vector<std::string>;
 
-// What a tool does first, as a rule: it sends its name and its arguments.
+// The usual beginning of a tool: it reports its name and its arguments.
 inline constexpr char kReport[] = "printf '%s\\0' \"${0##*/}\" \"$@\" '' >\"${0%/*}/calls\"\n";
 // Waits for FakeDesktop::letGoOn.
 inline constexpr char kWait[] = "read -r line <\"${0%/*}/gate\"\n";
@@ -96,10 +96,6 @@ class FakeDesktop {
   platform::Descriptor calls_;
   platform::Descriptor gate_;
 };
-
-inline std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), std::filesystem::directory_iterator());
-}
 
 inline bool hasChildren() {
   return waitpid(-1, nullptr, WNOHANG | static_cast<int>(__WALL)) != -1 || errno != ECHILD;

@@ -16,7 +16,9 @@
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/platform/linux/shell/fake_desktop.h"
 #include "tests/platform/linux/shell/signal_action.h"
+#include "tests/support/current_path.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -46,17 +48,6 @@ Item itemAt(wstring const& path) {
 std::string addressOf(Item const& item) {
   return item ? static_cast<char const*>(item.get()) : "null";
 }
-
-class WorkingDirectory {
- public:
-  explicit WorkingDirectory(std::filesystem::path const& path) { std::filesystem::current_path(path); }
-  ~WorkingDirectory() { std::filesystem::current_path(previous_); }
-  WorkingDirectory(WorkingDirectory const&) = delete;
-  WorkingDirectory& operator=(WorkingDirectory const&) = delete;
-
- private:
-  std::filesystem::path previous_ = std::filesystem::current_path();
-};
 
 struct NameRow {
   char const* name;
@@ -111,7 +102,7 @@ TEST_P(LinuxShellApiNames, OpenVerbatim) {
 TEST_P(LinuxShellApiNames, OpenRelative) {
   desktop_.install("xdg-open", kReport);
   folder_.write(GetParam().native);
-  WorkingDirectory const directory(folder_.path());
+  CurrentPath const directory(folder_.path());
   EXPECT_EQ(open(GetParam().text), kOpened);
   EXPECT_EQ(desktop_.nextCall(), (Call{"xdg-open", std::string("./") + GetParam().native}));
 }
@@ -206,13 +197,13 @@ TEST_F(LinuxShellApiTest, ToolThatRunsOnDoesNotHoldUp) {
   EXPECT_FALSE(hasChildren());
 }
 
-// The application may do with its children what it likes.
+// The application may handle SIGCHLD and wait for its children in any way.
 class LinuxShellApiSignals : public LinuxShellApiTest {
  protected:
   void runTools() {
     desktop_.install("xdg-open", kReport);
     desktop_.install("dbus-send", kReport);
-    std::ptrdiff_t const descriptors = openDescriptors();
+    std::size_t const descriptors = openDescriptors();
     EXPECT_EQ(open(file_), kOpened);
     EXPECT_EQ(desktop_.nextCall().size(), 2u);
     EXPECT_EQ(shell().showItem(itemAt(file_).get()), 0);
@@ -238,7 +229,7 @@ TEST_F(LinuxShellApiSignals, ChildrenIgnored) {
   runTools();
 }
 
-// Three tools are started. Signals that come together count once.
+// Three tools are started; signals that arrive together count once.
 TEST_F(LinuxShellApiSignals, ApplicationIsToldOfTheProgramsThatStartTheTools) {
   count_ = 0;
   SignalAction const action(SIGCHLD, &count);
@@ -247,7 +238,7 @@ TEST_F(LinuxShellApiSignals, ApplicationIsToldOfTheProgramsThatStartTheTools) {
   EXPECT_LE(count_, 3);
 }
 
-// Another thread that waits for any child takes the result of the start away.
+// Another thread waits for any child, so the library may not get the status of its own.
 TEST_F(LinuxShellApiSignals, ChildrenCollectedByTheApplication) {
   std::atomic<bool> isDone{false};
   std::thread collector([&isDone] {
@@ -260,13 +251,9 @@ TEST_F(LinuxShellApiSignals, ChildrenCollectedByTheApplication) {
 
 TEST_F(LinuxShellApiTest, ThreadsDoNotDisturbEachOther) {
   desktop_.install("xdg-open", kReport);
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([this] {
-      for (int k = 0; k < 5; ++k) EXPECT_EQ(open(file_), kOpened);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  onThreads(4, [this](int) {
+    for (int k = 0; k < 5; ++k) EXPECT_EQ(open(file_), kOpened);
+  });
   for (int i = 0; i < 20; ++i) EXPECT_EQ(desktop_.nextCall(), (Call{"xdg-open", folder_.path("a.txt")}));
   EXPECT_FALSE(hasChildren());
 }
@@ -277,7 +264,7 @@ TEST_F(LinuxShellApiTest, ItemsAreExistingAbsolutePaths) {
   EXPECT_EQ(addressOf(itemAt(folder_.text(KVW("missing")))), "null");
   EXPECT_EQ(addressOf(itemAt(KVW(""))), "null");
   EXPECT_EQ(addressOf(Item(shell().itemListFromPath(nullptr))), "null");
-  WorkingDirectory const directory(folder_.path());
+  CurrentPath const directory(folder_.path());
   EXPECT_EQ(addressOf(itemAt(KVW("a.txt"))), "null");
   shell().freeItemList(nullptr);
 }

@@ -6,7 +6,7 @@
 namespace KV_1_1 {
 namespace testing {
 
-// Sets what a signal does for a scope.
+// Sets the action of a signal for a scope.
 class SignalAction {
  public:
   SignalAction(int number, void (*handler)(int)) : number_(number) {

@@ -13,7 +13,7 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-// Read once for a process, so each row has a process of its own.
+// The variable is read once per process, so each row runs in a process of its own.
 TEST(AnsiCodePageDeathTest, ComesFromTheEnvironment) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   struct Row {
@@ -29,7 +29,7 @@ TEST(AnsiCodePageDeathTest, ComesFromTheEnvironment) {
   }
 }
 
-// The runtime's list, but for those that its ICU has no table of.
+// The code pages of Windows that ICU has a table for.
 TEST(CodePagesTest, AreKnownByTheirWindowsNumbers) {
   for (unsigned int page :
        {37u,    437u,   500u,   720u,   737u,   775u,   850u,   852u,   855u,   857u,   858u,   860u,   861u,   862u,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the formatter promises beyond the common contract: wrong formats, hostile sizes, texts without terminator.
+// Rules of the Linux formatter only: wrong formats, extreme sizes, texts without terminator.
 #include "kvbase/platform/linux/text/wide_print.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ struct Printed {
   wstring units;
 };
 
-// Into a block of exactly the capacity, so that a sanitizer sees a write behind it.
+// Prints into a block of exactly the capacity, so that a sanitizer detects a write beyond it.
 Printed print(std::size_t capacity, wchar const* format, ...) {
   std::unique_ptr<wchar[]> const out(new wchar[capacity]());
   va_list arguments;
@@ -82,7 +82,7 @@ TEST(WidePrintTest, SmallIntegersAreCutToTheirSize) {
   EXPECT_EQ(narrow(print(16, KVW("%05g"), 1.0 / 0.0).units), "  inf");
 }
 
-// Integers and floating point numbers against the formatter of the C library, which has the same rules for these.
+// Integers and floating point numbers are compared with snprintf, which has the same rules for these.
 TEST(WidePrintTest, AgreesWithTheRuntimeOnNumbers) {
   std::mt19937_64 random(11);
   char const* const flags[] = {"", "-", "+", " ", "#", "0", "-#", "+0", "#0", " 0", "+-", "#+"};
