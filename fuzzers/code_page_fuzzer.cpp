@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Bytes of any kind in several code pages, counted and terminated, and any units to narrow text and back.
+// Decodes arbitrary bytes by several code pages, with a length and with a terminator, and encodes arbitrary units.
 #include "fuzzers/fuzz_input.h"
 
 using namespace KV_1_1;
@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   wstring const units = again.units();
   String const wide(units.c_str());
   if (!hasLoneSurrogate(wstring(wide))) {
-    fuzzing::require(String(UTF8Interface(wide.stringUTF8())) == wide, "UTF-8 and back gives the old text");
+    fuzzing::require(String(UTF8Interface(wide.stringUTF8())) == wide, "a text survives UTF-8 and back");
   }
   wide.stringAnsi();
   return 0;

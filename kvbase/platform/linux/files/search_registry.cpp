@@ -11,38 +11,35 @@ namespace platform {
 
 namespace {
 
-using Searches = std::map<std::uintptr_t, std::unique_ptr<DirectorySnapshot>>;
+using Searches = std::map<SearchHandle, std::unique_ptr<DirectorySnapshot>>;
 
 std::mutex mutex;
 // Exists only while a search is running, so there is nothing to construct at start and nothing to destroy at exit.
 Searches* running = nullptr;
 std::uintptr_t lastHandle = 0;  // counts up, so a handle is never used twice
 
-Searches::iterator entryOf(SearchHandle handle) {
-  return running->find(reinterpret_cast<std::uintptr_t>(handle));
-}
-
 }  // namespace
 
 SearchHandle registerSearch(std::unique_ptr<DirectorySnapshot> search) {
   std::lock_guard<std::mutex> const lock(mutex);
   auto first = running == nullptr ? std::make_unique<Searches>() : nullptr;
-  (first ? *first : *running).emplace(++lastHandle, std::move(search));
+  auto const handle = reinterpret_cast<SearchHandle>(++lastHandle);
+  (first ? *first : *running).emplace(handle, std::move(search));
   if (first) running = first.release();
-  return reinterpret_cast<SearchHandle>(lastHandle);
+  return handle;
 }
 
 DirectorySnapshot* searchOf(SearchHandle handle) {
   std::lock_guard<std::mutex> const lock(mutex);
   if (running == nullptr) return nullptr;
-  auto const entry = entryOf(handle);
+  auto const entry = running->find(handle);
   return entry == running->end() ? nullptr : entry->second.get();
 }
 
 std::unique_ptr<DirectorySnapshot> removeSearch(SearchHandle handle) {
   std::lock_guard<std::mutex> const lock(mutex);
   if (running == nullptr) return nullptr;
-  auto const entry = entryOf(handle);
+  auto const entry = running->find(handle);
   if (entry == running->end()) return nullptr;
   auto search = std::move(entry->second);
   running->erase(entry);
