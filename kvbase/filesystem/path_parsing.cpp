@@ -8,6 +8,7 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/internal_assert.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/text_builder.h"
@@ -106,6 +107,7 @@ std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
   std::vector<String> levels(count);
   std::size_t end = text.size();
   for (std::size_t skip = 0; count > 0;) {
+    KVBASE_ASSERT(end > 0);
     while (isSeparator(text[end - 1])) --end;
     std::size_t begin = end;
     while (begin > 0 && !isSeparator(text[begin - 1])) --begin;

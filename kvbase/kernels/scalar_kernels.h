@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The scalar kernels: what the vector kernels must agree with, and what they finish short ends with. Everything has
+// The scalar kernels. They define the results of the vector kernels, which use them for short ranges. Everything has
 // internal linkage: each source that includes this is compiled for another processor.
 #pragma once
 
@@ -50,7 +50,7 @@ inline int findLastUnitScalar(wchar const* text, wchar unit, int n) {
 
 inline int findTextScalar(wchar const* text, int n, wchar const* needle, int m) {
   int const end = findUnitScalar(text, 0, n);
-  for (int i = 0; i + m <= end; ++i) {
+  for (int i = 0; i <= end - m; ++i) {
     if (mismatchScalar(text + i, needle, m) == m) return i;
   }
   return -1;

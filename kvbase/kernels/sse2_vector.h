@@ -10,25 +10,25 @@ namespace KV_1_1 {
 namespace strings {
 namespace {
 
-// Eight units: what vector_kernels.h asks of a vector.
+// A vector of eight units for vector_kernels.h.
 struct Sse2Vector {
   using Register = __m128i;
   using Half = void;
   static constexpr int kUnits = 8;
-  // Runs of other characters than ASCII need shuffles, which come with later processors.
+  // Converting runs of characters other than ASCII takes shuffles, which SSE2 does not have.
   static constexpr bool kConvertsRuns = false;
 
   static Register load(wchar const* units) { return _mm_loadu_si128(reinterpret_cast<__m128i const*>(units)); }
   KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {
     return _mm_load_si128(reinterpret_cast<__m128i const*>(block));
   }
-  // The first half of the vector from the front of n units, the other half from their end.
+  // The first half of the vector from the front of n units, the second half from their end.
   static Register loadEnds(wchar const* units, int n) {
     return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(units)),
                               _mm_loadl_epi64(reinterpret_cast<__m128i const*>(units + n - kUnits / 2)));
   }
   static void store(wchar* units, Register value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(units), value); }
-  // As many bytes as the vector has units, all ASCII.
+  // Whether the next kUnits bytes are all ASCII.
   static bool isAscii(char const* bytes) {
     return (_mm_movemask_epi8(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(bytes))) & 0xFF) == 0;
   }
@@ -42,20 +42,20 @@ struct Sse2Vector {
   static Register zero() { return _mm_setzero_si128(); }
   static Register of(int unit) { return _mm_set1_epi16(static_cast<short>(unit)); }
   static Register equal(Register a, Register b) { return _mm_cmpeq_epi16(a, b); }
-  // As signed numbers.
+  // Compares signed numbers.
   static Register greater(Register a, Register b) { return _mm_cmpgt_epi16(a, b); }
-  static Register both(Register a, Register b) { return _mm_and_si128(a, b); }
-  static Register either(Register a, Register b) { return _mm_or_si128(a, b); }
-  // Zero where the units are alike.
-  static Register unlike(Register a, Register b) { return _mm_xor_si128(a, b); }
-  static Register lesser(Register a, Register b) { return _mm_sub_epi16(a, _mm_subs_epu16(a, b)); }
-  static Register inverse(Register a) { return _mm_xor_si128(a, _mm_set1_epi16(-1)); }
-  static Register choose(Register mask, Register yes, Register no) {
+  static Register bitAnd(Register a, Register b) { return _mm_and_si128(a, b); }
+  static Register bitOr(Register a, Register b) { return _mm_or_si128(a, b); }
+  static Register bitXor(Register a, Register b) { return _mm_xor_si128(a, b); }
+  // The minimum of unsigned numbers.
+  static Register min(Register a, Register b) { return _mm_sub_epi16(a, _mm_subs_epu16(a, b)); }
+  static Register bitNot(Register a) { return _mm_xor_si128(a, _mm_set1_epi16(-1)); }
+  static Register select(Register mask, Register yes, Register no) {
     return _mm_or_si128(_mm_and_si128(mask, yes), _mm_andnot_si128(mask, no));
   }
-  static Register sum(Register a, Register b) { return _mm_add_epi16(a, b); }
-  static Register difference(Register a, Register b) { return _mm_sub_epi16(a, b); }
-  // Of units as signed numbers.
+  static Register add(Register a, Register b) { return _mm_add_epi16(a, b); }
+  static Register sub(Register a, Register b) { return _mm_sub_epi16(a, b); }
+  // The sum of the units as signed numbers.
   static int sumOfUnits(Register units) {
     __m128i sums = _mm_madd_epi16(units, _mm_set1_epi16(1));
     sums = _mm_add_epi32(sums, _mm_shuffle_epi32(sums, 0x4E));

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// The inner loops of the string code, each in three twins with the same result: scalar (the definition, and what tests
-// compare with), SSE2 (every x86-64 processor) and AVX2 (chosen once when the library starts).
+// The inner loops of the string code, each in three versions with the same result: scalar (the definition, with which
+// tests compare the others), SSE2 (every x86-64 processor) and AVX2 (chosen once when the library starts).
 //
-// Lengths and positions count units (bytes where it says so). A function reads nothing outside the range it is given,
-// `length` excepted: it reads whole aligned vectors, which never cross into another page.
+// Lengths and positions count units, or bytes where it says so. A function reads nothing outside the range it is given,
+// except `length`: it reads whole aligned vectors, which never cross into another page.
 #pragma once
 
 #include "kvbase/text_unit.h"
@@ -24,13 +24,15 @@ struct TextKernels {
   // Last index that holds the unit, before the first NUL and below n (for a NUL unit: the first NUL); -1 if there is
   // none.
   int (*findLastUnit)(wchar const* text, wchar unit, int n);
-  // First index at which the m units of the needle stand, all before the first NUL and below n; -1 if there is none.
-  // m is at least 1 and the needle holds no NUL.
+  // First index of the m units of the needle, all of them before the first NUL and below n; -1 if there is none.
+  // REQUIRES: m is at least 1 and the needle holds no NUL.
   int (*findText)(wchar const* text, int n, wchar const* needle, int m);
-  // First index below n that holds a unit from low to high, both in ASCII, or one beyond ASCII; n if there is none.
-  // NULs are units like all others.
+  // First index below n that holds a unit from low to high, or one beyond ASCII; n if there is none. NULs are units like
+  // all others.
+  // REQUIRES: low is not above high, and both are ASCII.
   int (*findRange)(wchar const* text, int n, wchar low, wchar high);
-  // Overwrites each unit `from` before the first NUL and below n with `to`; returns how many. `from` is not NUL.
+  // Overwrites each unit `from` before the first NUL and below n with `to`; returns how many.
+  // REQUIRES: `from` is not NUL.
   int (*replaceUnit)(wchar* text, int n, wchar from, wchar to);
 
   // Bytes that n units take in UTF-8 (at most 3n); a lone surrogate counts as U+FFFD.

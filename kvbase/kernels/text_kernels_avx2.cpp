@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The only source compiled for AVX2; chooseKernels decides at start whether what it holds is ever called.
+// The only source compiled for AVX2. Nothing in it may be called before chooseKernels has found that the processor has it.
 #include <immintrin.h>
 
 #include "kvbase/kernels/sse2_vector.h"
@@ -10,8 +10,8 @@ namespace KV_1_1 {
 namespace strings {
 namespace {
 
-// How the bytes of eight units below U+0800 move together: of a unit in ASCII, whose bit is set, only the first one
-// stays.
+// The shuffle that compresses eight units below U+0800 to UTF-8, by the mask of the ASCII units: of those only the first
+// byte is kept.
 struct CompressTable {
   unsigned char order[256][16];
   unsigned char size[256];
@@ -29,7 +29,7 @@ struct CompressTable {
 };
 constexpr CompressTable kCompress;
 
-// How those of eight units move together whose bit is set.
+// The shuffle that moves the units of a mask to the front of eight.
 struct KeepTable {
   unsigned char order[256][16];
   unsigned char size[256];
@@ -56,7 +56,7 @@ inline void store128(void* to, __m128i value) {
   _mm_storeu_si128(static_cast<__m128i*>(to), value);
 }
 
-// Sixteen units: what vector_kernels.h asks of a vector.
+// A vector of sixteen units for vector_kernels.h.
 struct Avx2Vector {
   using Register = __m256i;
   using Half = Sse2Vector;
@@ -124,14 +124,14 @@ struct Avx2Vector {
     int const tails = _mm_movemask_epi8(isTail);
     int const leads = _mm_movemask_epi8(isLead);
     int const tailsBehind = _mm_movemask_epi8(_mm_cmpgt_epi8(_mm_set1_epi8(-64), behind));
-    // Each lead has its tail behind it, and each tail its lead before it.
+    // Each lead byte has its tail byte behind it, and each tail byte its lead byte in front of it.
     bool const isShort =
         (tails | leads) == _mm_movemask_epi8(block) && (leads & ~tailsBehind) == 0 && (tails & ~(leads << 1)) == 0;
     if (!isShort) return 0;
     Register const units = _mm256_cvtepu8_epi16(block);
     Register const lead = _mm256_slli_epi16(_mm256_and_si256(units, _mm256_set1_epi16(0x1F)), 6);
     Register const tail = _mm256_and_si256(_mm256_cvtepu8_epi16(behind), _mm256_set1_epi16(0x3F));
-    Register const both = choose(_mm256_cvtepi8_epi16(isLead), either(lead, tail), units);
+    Register const both = select(_mm256_cvtepi8_epi16(isLead), bitOr(lead, tail), units);
     int const kept = ~tails;
     sink.units(_mm_shuffle_epi8(_mm256_castsi256_si128(both), load128(kKeep.order[kept & 0xFF])),
                kKeep.size[kept & 0xFF]);
@@ -164,14 +164,14 @@ struct Avx2Vector {
   static Register of(int unit) { return _mm256_set1_epi16(static_cast<short>(unit)); }
   static Register equal(Register a, Register b) { return _mm256_cmpeq_epi16(a, b); }
   static Register greater(Register a, Register b) { return _mm256_cmpgt_epi16(a, b); }
-  static Register both(Register a, Register b) { return _mm256_and_si256(a, b); }
-  static Register either(Register a, Register b) { return _mm256_or_si256(a, b); }
-  static Register unlike(Register a, Register b) { return _mm256_xor_si256(a, b); }
-  static Register lesser(Register a, Register b) { return _mm256_min_epu16(a, b); }
-  static Register inverse(Register a) { return _mm256_xor_si256(a, _mm256_set1_epi16(-1)); }
-  static Register choose(Register mask, Register yes, Register no) { return _mm256_blendv_epi8(no, yes, mask); }
-  static Register sum(Register a, Register b) { return _mm256_add_epi16(a, b); }
-  static Register difference(Register a, Register b) { return _mm256_sub_epi16(a, b); }
+  static Register bitAnd(Register a, Register b) { return _mm256_and_si256(a, b); }
+  static Register bitOr(Register a, Register b) { return _mm256_or_si256(a, b); }
+  static Register bitXor(Register a, Register b) { return _mm256_xor_si256(a, b); }
+  static Register min(Register a, Register b) { return _mm256_min_epu16(a, b); }
+  static Register bitNot(Register a) { return _mm256_xor_si256(a, _mm256_set1_epi16(-1)); }
+  static Register select(Register mask, Register yes, Register no) { return _mm256_blendv_epi8(no, yes, mask); }
+  static Register add(Register a, Register b) { return _mm256_add_epi16(a, b); }
+  static Register sub(Register a, Register b) { return _mm256_sub_epi16(a, b); }
   static int sumOfUnits(Register units) {
     __m256i const sums = _mm256_madd_epi16(units, _mm256_set1_epi16(1));
     __m128i half = _mm_add_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));

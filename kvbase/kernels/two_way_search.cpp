@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "kvbase/internal_assert.h"
+
 namespace KV_1_1 {
 namespace strings {
 
@@ -70,13 +72,14 @@ Factorization criticalFactorization(Needle needle, int m) {
 
 template <class Units>
 int findTwoWay(Units text, int n, Units needle, int m) {
+  KVBASE_ASSERT(m >= 1);
   Factorization const factors = criticalFactorization(needle, m);
   int const cut = factors.cut;
   bool periodic = true;
   for (int i = 0; i <= cut && periodic; ++i) periodic = needle[i] == needle[i + factors.period];
   int const shift = periodic ? factors.period : std::max(cut + 1, m - cut - 1) + 1;
 
-  int remembered = -1;  // the needle is known to match up to here, from the position before
+  int remembered = -1;  // last index of the needle that is known to match, from the previous position
   for (int at = 0; at <= n - m;) {
     int i = std::max(cut, remembered) + 1;
     while (i < m && needle[i] == text[at + i]) ++i;

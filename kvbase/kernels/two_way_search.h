@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Text search in linear time and constant memory, whatever text and needle look like (Crochemore and Perrin's two-way
-// algorithm). The vector kernels are faster on nearly every text and turn to it when one defeats their filter.
+// algorithm). The vector kernels are faster on nearly every text and fall back on it where they are not.
 #pragma once
 
 #include "kvbase/text_unit.h"
@@ -9,7 +9,8 @@
 namespace KV_1_1 {
 namespace strings {
 
-// First and last index at which the m units of the needle stand within n units; -1 if there is none. m is at least 1.
+// First and last index of the m units of the needle within n units; -1 if there is none.
+// REQUIRES (both): m is at least 1.
 int findTextLinear(wchar const* text, int n, wchar const* needle, int m);
 int findLastText(wchar const* text, int n, wchar const* needle, int m);
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // The vector kernels, written once for any width. A vector type V offers kUnits, Half (a narrower vector, or void) and
-// the few operations used below; a mask has two bits a unit, the lowest unit in the lowest bits. Everything has
-// internal linkage: each source that includes this is compiled for another processor.
+// the few operations used below. A mask has two bits per unit, those of the first unit lowest. Everything has internal
+// linkage: each source that includes this is compiled for another processor.
 //
-// Ends that do not fill a vector are covered by one that overlaps what has been looked at before; only a range shorter
-// than the narrowest vector is left to the scalar kernels.
+// A rest that does not fill a vector is covered by a vector that overlaps the units before it. Ranges below kFew units
+// are left to the scalar kernels.
 #pragma once
 
 #include <emmintrin.h>
@@ -15,6 +15,7 @@
 #include <type_traits>
 
 #include "kvbase/export.h"
+#include "kvbase/internal_assert.h"
 #include "kvbase/kernels/scalar_kernels.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/kernels/two_way_search.h"
@@ -34,17 +35,17 @@ constexpr bool kNarrowest = std::is_void<typename V::Half>::value;
 template <class V>
 constexpr unsigned int kAllUnits = ~0u >> (32 - 2 * V::kUnits);
 
-// The zero units of a vector.
+// The mask of the units that are zero.
 template <class V>
 unsigned int zeros(typename V::Register units) {
   return V::mask(V::equal(units, V::zero()));
 }
 
-// The smaller units of four vectors: one that is zero in any of them is zero in the result.
+// The minimum of four vectors, unit by unit: zero where any of them is zero.
 template <class V>
-typename V::Register least(typename V::Register a, typename V::Register b, typename V::Register c,
+typename V::Register minOf(typename V::Register a, typename V::Register b, typename V::Register c,
                            typename V::Register d) {
-  return V::lesser(V::lesser(a, b), V::lesser(c, d));
+  return V::min(V::min(a, b), V::min(c, d));
 }
 
 template <class V>
@@ -56,13 +57,13 @@ KVBASE_READS_ALIGNED_BLOCKS int length(wchar const* text) {
   unsigned int found = zeros<V>(V::loadAligned(block)) >> skipped;
   if (found != 0) return firstUnit(found);
   block += kBytes;
-  // Four vectors to a branch, once they are aligned together and so lie in one page.
+  // Four vectors per branch, once they are aligned as a group and so lie in one page.
   for (; reinterpret_cast<std::uintptr_t>(block) % (4 * kBytes) != 0; block += kBytes) {
     found = zeros<V>(V::loadAligned(block));
     if (found != 0) break;
   }
   if (found == 0) {
-    while (zeros<V>(least<V>(V::loadAligned(block), V::loadAligned(block + kBytes), V::loadAligned(block + 2 * kBytes),
+    while (zeros<V>(minOf<V>(V::loadAligned(block), V::loadAligned(block + kBytes), V::loadAligned(block + 2 * kBytes),
                              V::loadAligned(block + 3 * kBytes))) == 0) {
       block += 4 * kBytes;
     }
@@ -80,6 +81,7 @@ constexpr int kFew = 4;
 // REQUIRES: n is at least kFew.
 template <class V, class Test>
 int firstZero(int n, Test test) {
+  KVBASE_ASSERT(n >= kFew);
   constexpr int kUnits = V::kUnits;
   if (n < kUnits) {
     if constexpr (!kNarrowest<V>) {
@@ -92,9 +94,9 @@ int firstZero(int n, Test test) {
   }
   auto const at = [test](int i) { return test(V(), [i](wchar const* text) { return V::load(text + i); }); };
   int i = 0;
-  // Long texts go four vectors to a branch.
+  // Long texts take four vectors per branch.
   for (; i + 4 * kUnits <= n; i += 4 * kUnits) {
-    if (zeros<V>(least<V>(at(i), at(i + kUnits), at(i + 2 * kUnits), at(i + 3 * kUnits))) != 0) break;
+    if (zeros<V>(minOf<V>(at(i), at(i + kUnits), at(i + 2 * kUnits), at(i + 3 * kUnits))) != 0) break;
   }
   for (; i + kUnits <= n; i += kUnits) {
     if (unsigned int const found = zeros<V>(at(i))) return i + firstUnit(found);
@@ -114,8 +116,8 @@ int mismatch(wchar const* a, wchar const* b, int n) {
 
 template <class V>
 typename V::Register folded(typename V::Register units) {
-  auto const upper = V::both(V::greater(units, V::of(KVW('A') - 1)), V::greater(V::of(KVW('Z') + 1), units));
-  return V::sum(units, V::both(upper, V::of(32)));
+  auto const upper = V::bitAnd(V::greater(units, V::of(KVW('A') - 1)), V::greater(V::of(KVW('Z') + 1), units));
+  return V::add(units, V::bitAnd(upper, V::of(32)));
 }
 
 template <class V>
@@ -134,7 +136,7 @@ int findUnit(wchar const* text, wchar unit, int n) {
   return firstZero<V>(n, [text, unit](auto v, auto load) {
     using W = decltype(v);
     auto const units = load(text);
-    return W::lesser(units, W::unlike(units, W::of(unit)));
+    return W::min(units, W::bitXor(units, W::of(unit)));
   });
 }
 
@@ -147,7 +149,7 @@ int findLastUnit(wchar const* text, wchar unit, int n) {
     auto const units = V::load(text + i);
     auto const hits = V::equal(units, wanted);
     auto const nul = V::equal(units, V::zero());
-    if (V::mask(V::either(hits, nul)) == 0) continue;
+    if (V::mask(V::bitOr(hits, nul)) == 0) continue;
     if (V::mask(nul) != 0) break;
     last = i + platform::highestBit(V::mask(hits)) / 2;
   }
@@ -155,10 +157,11 @@ int findLastUnit(wchar const* text, wchar unit, int n) {
   return rest >= 0 ? i + rest : last;
 }
 
-// Where the needle may stand: its first and last unit are in place, and one in its middle. What is between them is
-// compared then. A text on which that goes wrong too often is left to the linear search.
+// Looks for candidates, at which the first, the last and a middle unit of the needle match, and compares the other units
+// there. When too many units have been compared in vain, the linear search takes over.
 template <class V>
 int findText(wchar const* text, int n, wchar const* needle, int m) {
+  KVBASE_ASSERT(m >= 1);
   int const starts = n - m + 1;
   wchar const first = needle[0];
   wchar const middle = needle[m / 2];
@@ -171,19 +174,19 @@ int findText(wchar const* text, int n, wchar const* needle, int m) {
       int const found = findTextScalar(rest, n - at, needle, m);
       return found < 0 ? -1 : at + found;
     }
-    // Zero is a place for the needle, or a NUL: it ends the text, and no needle that stands before it can contain it.
+    // Zero marks a candidate or a NUL. At a NUL the search ends: the needle holds none, so no match goes across it.
     auto const two = [rest, first, last, m](auto v, auto load) {
       using W = decltype(v);
       auto const units = load(rest);
-      return W::lesser(units, W::either(W::unlike(units, W::of(first)), W::unlike(load(rest + m - 1), W::of(last))));
+      return W::min(units, W::bitOr(W::bitXor(units, W::of(first)), W::bitXor(load(rest + m - 1), W::of(last))));
     };
     at += m > 2 ? firstZero<V>(few,
                                [rest, first, middle, last, m](auto v, auto load) {
                                  using W = decltype(v);
                                  auto const units = load(rest);
-                                 auto const ends = W::either(W::unlike(units, W::of(first)),
-                                                             W::unlike(load(rest + m - 1), W::of(last)));
-                                 return W::lesser(units, W::either(ends, W::unlike(load(rest + m / 2), W::of(middle))));
+                                 auto const ends = W::bitOr(W::bitXor(units, W::of(first)),
+                                                            W::bitXor(load(rest + m - 1), W::of(last)));
+                                 return W::min(units, W::bitOr(ends, W::bitXor(load(rest + m / 2), W::of(middle))));
                                })
                 : firstZero<V>(few, two);
     if (at == starts || text[at] == 0) return -1;
@@ -199,27 +202,29 @@ int findText(wchar const* text, int n, wchar const* needle, int m) {
   return -1;
 }
 
-// Units beyond ASCII are found on either side of the signed comparison: as numbers below zero, or above the range.
+// Comparisons are signed: a unit beyond ASCII is either negative or above 0x7F.
 template <class V>
 int findRange(wchar const* text, int n, wchar low, wchar high) {
+  KVBASE_ASSERT(low <= high && high < 0x80);
   if (n < kFew) return findRangeScalar(text, n, low, high);
   return firstZero<V>(n, [text, low, high](auto v, auto load) {
     using W = decltype(v);
     auto const units = load(text);
-    auto const beyond = W::either(W::greater(W::zero(), units), W::greater(units, W::of(0x7F)));
-    auto const outside = W::either(W::greater(W::of(low), units), W::greater(units, W::of(high)));
-    return W::both(outside, W::inverse(beyond));
+    auto const beyond = W::bitOr(W::greater(W::zero(), units), W::greater(units, W::of(0x7F)));
+    auto const outside = W::bitOr(W::greater(W::of(low), units), W::greater(units, W::of(high)));
+    return W::bitAnd(outside, W::bitNot(beyond));
   });
 }
 
 template <class V>
 int replaceUnit(wchar* text, int n, wchar from, wchar to) {
+  KVBASE_ASSERT(from != 0);
   auto const old = V::of(from);
   auto const fresh = V::of(to);
   int count = 0;
   int i = 0;
   while (i + V::kUnits <= n) {
-    // Each lane counts its own matches, and 16 bits hold those of this many vectors.
+    // Each lane counts its own matches in 16 bits, which hold the count of 0x7FFF vectors.
     auto counts = V::zero();
     bool ended = false;
     for (int vectors = 0; vectors < 0x7FFF && i + V::kUnits <= n && !ended; ++vectors) {
@@ -227,8 +232,8 @@ int replaceUnit(wchar* text, int n, wchar from, wchar to) {
       ended = V::mask(V::equal(units, V::zero())) != 0;
       if (ended) break;
       auto const hits = V::equal(units, old);
-      V::store(text + i, V::choose(hits, fresh, units));
-      counts = V::difference(counts, hits);
+      V::store(text + i, V::select(hits, fresh, units));
+      counts = V::sub(counts, hits);
       i += V::kUnits;
     }
     count += V::sumOfUnits(counts);
@@ -237,14 +242,14 @@ int replaceUnit(wchar* text, int n, wchar from, wchar to) {
   return count + replaceUnitScalar(text + i, n - i, from, to);
 }
 
-// --- UTF-8: runs of ASCII go by vectors, everything else character by character. ---------------------------------------
+// --- UTF-8: vectors for runs of ASCII and of similar characters, everything else character by character -----------------
 
 // Size of UTF-16 text in UTF-8: a byte for each unit, one more from U+0080 and from U+0800 on, two less for a pair.
 template <class V>
 long long utf8Size(wchar const* units, int n) {
   int i = 0;
   while (i + V::kUnits <= n &&
-         V::mask(V::equal(V::both(V::load(units + i), V::of(0xFF80)), V::zero())) == kAllUnits<V>) {
+         V::mask(V::equal(V::bitAnd(V::load(units + i), V::of(0xFF80)), V::zero())) == kAllUnits<V>) {
     i += V::kUnits;
   }
   long long size = i;  // of ASCII so far
@@ -254,17 +259,18 @@ long long utf8Size(wchar const* units, int n) {
     int const start = i;
     for (int vectors = 0; vectors < 0x1FFF && i + V::kUnits < n; ++vectors, i += V::kUnits) {
       auto const block = V::load(units + i);
-      auto const long2 = V::inverse(V::equal(V::both(block, V::of(0xFF80)), V::zero()));
-      auto const long3 = V::inverse(V::equal(V::both(block, V::of(0xF800)), V::zero()));
-      auto const high = V::equal(V::both(block, V::of(0xFC00)), V::of(0xD800));
-      auto const low = V::equal(V::both(V::load(units + i + 1), V::of(0xFC00)), V::of(0xDC00));
-      auto const pair = V::both(high, low);
-      counts = V::difference(counts, V::sum(long2, long3));
-      counts = V::sum(counts, V::sum(pair, pair));
+      auto const long2 = V::bitNot(V::equal(V::bitAnd(block, V::of(0xFF80)), V::zero()));
+      auto const long3 = V::bitNot(V::equal(V::bitAnd(block, V::of(0xF800)), V::zero()));
+      auto const high = V::equal(V::bitAnd(block, V::of(0xFC00)), V::of(0xD800));
+      auto const low = V::equal(V::bitAnd(V::load(units + i + 1), V::of(0xFC00)), V::of(0xDC00));
+      auto const pair = V::bitAnd(high, low);
+      counts = V::sub(counts, V::add(long2, long3));
+      counts = V::add(counts, V::add(pair, pair));
     }
     size += i - start + V::sumOfUnits(counts);
   }
-  // A pair cut here comes out right: its first half was counted as one byte, and alone its second half counts as three.
+  // A pair split here still counts as four bytes: its first half was counted as one byte, and its second half alone
+  // counts as three.
   return size + utf8SizeScalar(units + i, n - i);
 }
 
@@ -274,11 +280,11 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   for (int i = 0; i < n;) {
     for (; i + V::kUnits <= n; i += V::kUnits, end += V::kUnits) {
       auto const block = V::load(units + i);
-      if (V::mask(V::inverse(V::equal(V::both(block, V::of(0xFF80)), V::zero()))) != 0) break;
+      if (V::mask(V::bitNot(V::equal(V::bitAnd(block, V::of(0xFF80)), V::zero()))) != 0) break;
       V::storeNarrow(end, block);
     }
     if constexpr (V::kConvertsRuns) {
-      // Of eight units at a time more bytes are written than count; those of the units behind make room for them.
+      // Eight units at a time. More bytes are written than count; at least eight more units follow, so there is room.
       int size = 0;
       while (i + 16 <= n) {
         size = V::toShortUtf8(units + i, end);
@@ -290,7 +296,7 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
       }
       if (size == 8) continue;  // back to ASCII
     }
-    // Other characters come in runs too: no new vector before this many of them.
+    // Other characters come in runs too, so the next vector is tried only behind as many of them as a vector has units.
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
       Utf16Character const character = readUtf16(units + i, n - i);
       end = writeUtf8(character.code, end);
@@ -309,7 +315,8 @@ void readUtf8Text(char const* bytes, int n, Sink& sink) {
     if constexpr (V::kConvertsRuns) {
       __m128i block;
       for (; i + 28 <= n && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
-      // Blocks of fewer units are written whole; the 24 bytes behind them hold eight more at least, which make room.
+      // Blocks of fewer units are written whole. The 24 bytes behind them decode to at least eight units, so there is
+      // room.
       for (int taken = 1; i + 40 <= n && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
     }
     for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
