@@ -14,19 +14,18 @@ class VisitorCore {};
 // The root of every counted object of the library and of the applications. It carries the reference count and leads to
 // the class record.
 //
-// Ownership: an object is built with count 0, which says that nobody owns it. The first SmartPtr (or ref) takes the
-// count to 1, the last one destroys the object. An object on the stack or inside another stays at 0 for life and must
+// Ownership: an object is built with count 0, which means that nobody owns it. The first SmartPtr (or ref) takes the
+// count to 1, the last one destroys the object. An object on the stack or inside another stays at 0 for ever and must
 // never be given to a SmartPtr.
 // Thread rule: the count is atomic; owners of one object may live on different threads.
 class KVBASE_API BaseNode : public VisitorCore {
  public:
-  // Count 0.
   BaseNode() {}
 
   // The record of the most derived class. Each class overrides it to give its own Class().
   virtual mZClass const* getClassType() const;
 
-  // Takes a reference. Const, as all four: to own an object is not to change its value.
+  // Takes a reference. All four are const, because owning an object does not change its value.
   void ref() const { ++references_; }
   // Gives a reference back; the last owner destroys the object, whose count then reads 0xF000DEAD until its memory is
   // released. On a count of 0 the count wraps to 0xFFFFFFFF and nothing is destroyed.
@@ -35,12 +34,12 @@ class KVBASE_API BaseNode : public VisitorCore {
     references_ = kDeadMark;
     delete this;
   }
-  // Gives a reference back and never destroys: a factory hands out an unowned object so.
+  // Gives a reference back and never destroys, so that a factory can return an unowned object.
   void unrefNoDelete() const { --references_; }
   // The count, out of date as soon as it is read.
   unsigned int getRefCounter() const { return references_; }
 
-  // Shorthands for what getClassType()'s record says.
+  // Shorthands for the members of getClassType()'s record.
   wchar const* getClassName() const { return getClassType()->name(); }
   ClassVersion getClassVersion() const { return getClassType()->version(); }
   Module const& getCodeModule() const { return getClassType()->module(); }

@@ -20,7 +20,7 @@ namespace KV_1_1 {
 class BaseNode;
 class Module;
 
-// The version of a class: one 64-bit value, which the library does not look into. All zero by default.
+// The version of a class: one 64-bit value, which the library does not interpret. 0 by default.
 struct ClassVersion {
   std::uint64_t value = 0;
 };
@@ -37,17 +37,19 @@ inline bool operator<(ClassVersion a, ClassVersion b) {
 // The record of one class.
 class KVBASE_API mZClass {
  public:
-  // The record of a root class, put at the front of the list of roots. The name is not copied: a literal, as a rule.
+  // The record of a root class, inserted at the front of the list of roots. The name is not copied; it is a literal, as a
+  // rule.
   mZClass(wchar const* name, Module const& module, ClassVersion const& version);
-  // The record of a derived class, put at the front of its parent's children: the newest comes first.
+  // The record of a derived class, inserted at the front of its parent's children, so the newest comes first.
   // REQUIRES: parent is not null.
   mZClass(wchar const* name, mZClass const* parent, Module const& module, ClassVersion const& version);
   mZClass(mZClass const&) = delete;
   mZClass& operator=(mZClass const&) = delete;
-  // Unlinks the record. Records of derived classes are left alone; they must have gone before.
+  // Unlinks the record.
+  // REQUIRES: the records of derived classes have been destroyed before.
   virtual ~mZClass();
 
-  // A new object of the class, unowned; null where the class cannot be made so, which is the rule.
+  // A new object of the class, unowned; null unless the class overrides this.
   virtual BaseNode* create() const;
   // The hooks that the class's module runs when it starts and ends. They do nothing unless overridden.
   virtual void initClassStatics() const;
@@ -66,8 +68,8 @@ class KVBASE_API mZClass {
     return record != nullptr;
   }
 
-  // Walks. The caller sets the cursor to null and calls until the result is false; the cursor is null again then, so a
-  // further call starts anew. Children come newest first.
+  // Walks. The caller sets the cursor to null and calls until the result is false. The cursor is then null again, so a
+  // further call starts from the beginning. Children come newest first.
   //
   // All classes of all modules, depth first, parent before children.
   static bool iterateAllClasses(mZClass const*& cursor);
@@ -83,8 +85,7 @@ class KVBASE_API mZClass {
   bool iterateLeafClasses(mZClass const*& cursor) const;
 
  private:
-  // The record behind this one in a depth-first walk of what lies below `top`; null at its end. A null top stands for
-  // the whole forest.
+  // The next record in a depth-first walk of the records below `top`; null at the end. A null top stands for all trees.
   mZClass const* nextInWalk(mZClass const* top) const;
 
   static mZClass const* rootClass;

@@ -7,9 +7,9 @@
 
 namespace KV_1_1 {
 
-// The system's text for an error code, for messages, without the line end behind it; a blank there stays. On Linux the
-// codes are those of Windows too and the texts are English; on Windows they are in the language of the system. Never
-// fails. Thread rule: any thread.
+// The system's text for an error code, for messages. Line ends behind it are cut off, blanks are not. The codes are those
+// of Windows on Linux too, where the texts are English; on Windows the texts are in the language of the system. A code
+// without text gives its number. Thread rule: any thread.
 //   0 => EMPTY, without asking      2 => "The file was not found."      5000, which has no text => "[0x00001388]"
 KVBASE_API String getWindowsError(ulong32 code);
 // The same for the last error of this thread.

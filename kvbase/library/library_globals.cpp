@@ -29,12 +29,12 @@ struct KernelChoice {
 
 }  // namespace
 
-// Constant-initialised, so NIL is usable from the very first instruction.
+// Constant-initialised, so NIL can be used before any constructor has run.
 String const String::NIL;
 
 String const String::EMPTY(KVW(""), 0);
 
-// Constant-initialised data, of no concern to the order.
+// Constant-initialised data, for which the order does not matter.
 wchar String::outOfRange = 7;
 mZClass const* mZClass::rootClass = nullptr;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a library of the family needs to take part: its own Module, and one record for each of its classes. KVBase
-// registers its own classes by the same means.
+// What a library of the application family needs: its own Module, and one record for each of its classes. KVBase
+// registers its own classes in the same way.
 //
 //   // In one source of the library:
 //   Module& KV_1_1::getLibraryModule() {
@@ -20,7 +20,7 @@
 
 namespace KV_1_1 {
 
-// Owns the Module of one library; the Module stands in the list as long as its owner lives.
+// Owns the Module of one library; the Module is in the list as long as its owner lives.
 class ModuleOwner {
  public:
   ModuleOwner() = default;
@@ -37,8 +37,8 @@ class ModuleOwner {
 // the library ends. Each library defines this function once; it is never exported.
 KVBASE_LOCAL Module& getLibraryModule();
 
-// The record of one class, for a function-local static of Class(). The module is fetched first and the parent's record
-// next, so both are built before this record and destroyed after it, whichever is asked for first.
+// The record of one class, for a function-local static of Class(). It gets the Module first and the parent's record next,
+// so both are built before this record and destroyed after it, whatever the order in which classes are used.
 template <class Creator>
 class KVBASE_LOCAL ClassRegistration {
  public:
@@ -59,7 +59,7 @@ class KVBASE_LOCAL ClassRegistration {
 }  // namespace KV_1_1
 
 // Defines what a registered class declares: Class(), getClassType(), the destructor of its ClassCreator, and the hooks
-// initStatics() and clearStatics(), which do nothing. To stand at namespace scope, in the namespace of the class.
+// initStatics() and clearStatics(), which do nothing. For use at namespace scope, in the namespace of the class.
 #define KVBASE_REGISTER_CLASS(X, Parent)      \
   KVBASE_REGISTER_CLASS_WITH_HOOKS(X, Parent) \
   void X::initStatics() {}                    \

@@ -16,7 +16,7 @@ class SymbolTable;
 //
 //   for (Module const& module : Module::all()) show(module.getModuleName());
 //
-// Lifetime: a module belongs to its library and stands in the list from its construction to its destruction.
+// Lifetime: a module belongs to its library and is in the list from its construction to its destruction.
 // Thread rule: modules come and go only while a library loads or unloads, which the system serialises. No walk may run
 // meanwhile; walks among themselves may.
 class KVBASE_API Module {
@@ -24,7 +24,7 @@ class KVBASE_API Module {
   class const_iterator;
   struct Range;
 
-  // At the first module; at the end, if there is none.
+  // begin() is the end if there is no module.
   static const_iterator begin();
   static const_iterator end();
   // The same list from its last module to its first.

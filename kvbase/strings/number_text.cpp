@@ -22,7 +22,7 @@ constexpr char kPairs[] =
 constexpr wchar kZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66, 0x0AE6, 0x0B66, 0x0C66,
                             0x0CE6, 0x0D66, 0x0E50, 0x0ED0, 0x0F20, 0x1040, 0x17E0, 0x1810, 0xFF10};
 
-// -1 if the unit is no such digit.
+// The value of a digit; -1 if the unit is none of those.
 int digitValue(wchar unit) {
   if (unit < 0x80) return unit >= KVW('0') && unit <= KVW('9') ? unit - KVW('0') : -1;
   for (wchar const zero : kZeros) {
@@ -38,7 +38,7 @@ struct Magnitude {
   wchar const* end;  // null if there is no digit
 };
 
-// Sign and digits, up to a limit.
+// Reads sign and digits; tooLarge says that the magnitude exceeds the limit.
 template <std::uint64_t kLimit>
 Magnitude readMagnitude(wchar const* text) {
   while (hasClass(*text, platform::kSpace)) ++text;
@@ -46,7 +46,7 @@ Magnitude readMagnitude(wchar const* text) {
   if (*text == KVW('-') || *text == KVW('+')) ++text;
   for (int digit; (digit = digitValue(*text)) >= 0; number.end = ++text) {
     std::uint64_t const added = static_cast<std::uint64_t>(digit);
-    // Far below the limit there is nothing to ask.
+    // The division is needed near the limit only.
     if (number.value >= kLimit / 10 && number.value > (kLimit - added) / 10) number.tooLarge = true;
     if (!number.tooLarge) number.value = number.value * 10 + added;
   }
@@ -55,7 +55,7 @@ Magnitude readMagnitude(wchar const* text) {
 
 template <class Value>
 Value readSigned(wchar const* text) {
-  // The smallest value has a magnitude of one more than the largest, and is what it saturates at.
+  // A negative number saturates at the smallest value, whose magnitude is one more than that of the largest.
   constexpr Value kLargest = std::numeric_limits<Value>::max();
   Magnitude const number = readMagnitude<static_cast<std::uint64_t>(kLargest)>(text);
   if (number.tooLarge) return number.negative ? std::numeric_limits<Value>::min() : kLargest;
@@ -73,7 +73,7 @@ Parsed<Value> readUnsigned(wchar const* text) {
   return {number.negative ? static_cast<Value>(0 - value) : value, number.end};
 }
 
-// The units that can belong to a number, as chars with a terminator; on the stack unless there are very many.
+// The units that can belong to a number, as chars with a terminator. They are on the stack unless there are very many.
 class NarrowNumber {
  public:
   explicit NarrowNumber(wchar const* text) {
@@ -162,8 +162,8 @@ Parsed<double> readDouble(wchar const* text) {
   char const* const first = narrow.begin();
   char const* const digits = first + (*first == '+' || *first == '-' ? 1 : 0);
 
-  // The fast conversion knows neither a plus sign nor the prefix of hexadecimal numbers nor a locale's decimal point,
-  // and says nothing but "out of range" beyond the limits.
+  // from_chars is the faster one, but it does not accept a plus sign, the prefix of hexadecimal numbers or a locale's
+  // decimal point, and it gives no value when a number is out of range. strtod does the rest.
   double value = 0;
   bool const plain =
       *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';

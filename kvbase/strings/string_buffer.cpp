@@ -13,7 +13,7 @@ namespace KV_1_1 {
 
 namespace {
 
-// An array of size + 1 elements that starts with as much of the text as has room.
+// An array of size + 1 elements that starts with as much of the text as fits.
 template <class Character>
 Character* newArray(int size, Character const* text, std::size_t length) {
   std::size_t const room = static_cast<std::size_t>(size);

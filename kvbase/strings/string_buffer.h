@@ -13,25 +13,26 @@ class String;
 //   String path;
 //   GetModuleFileNameW(module, path.buffer(260), 260);   // path has its new text when the statement ends
 //
-// The String is left alone until the end of the buffer, which then replaces its text by what the array holds up to its
-// first NUL: a wide array as it stands, a narrow one decoded in the ANSI code page (a failed conversion gives NIL). An
-// array to which nothing was written gives an empty text, not NIL. Without an array nothing happens.
+// The String is unchanged until the buffer is destroyed. It then gets the text in the array up to the first NUL: a wide
+// array as it is, a narrow one decoded in the ANSI code page (a failed conversion gives NIL). An array to which nothing
+// was written gives an empty text, not NIL. Without an array nothing happens.
 //
-// Lifetime: an array lives until the next conversion or the end of the buffer; the String must outlive the buffer.
-// Thread rule: buffer and String belong to one thread until the end of the buffer.
-// Failure: std::bad_alloc from a conversion, the earlier array being gone by then. Memory exhausted at the end of the
-// buffer ends the process.
+// Lifetime: an array lives until the next conversion or the destruction of the buffer; the String must outlive the
+// buffer.
+// Thread rule: buffer and String belong to one thread as long as the buffer lives.
+// Failure: std::bad_alloc from a conversion, which has freed the earlier array by then. If memory is exhausted when the
+// buffer is destroyed, the process ends.
 class KVBASE_API StringBuffer {
  public:
-  // The copy is for the same String, with the same size, and has no array of its own: it changes the String only if an
-  // array is taken from the copy.
+  // The copy refers to the same String and has the same size, but no array: it changes the String only if an array is
+  // taken from the copy.
   StringBuffer(StringBuffer const& other);
   StringBuffer& operator=(StringBuffer const&) = delete;
   ~StringBuffer();
 
-  // A new array of size + 1 units or chars, with a NUL at its first and last place; the others are not set. An earlier
-  // array is freed, with what was written to it. With `keep` it starts with the String's present text; narrow text must
-  // then fit into the size, which counts units.
+  // A new array of size + 1 units or chars. Its first and last element are NUL, the others are not initialised. An
+  // earlier array is freed, and what was written to it is lost. With `keep` the array starts with the String's present
+  // text; of a narrow text only as much as the size, which counts units.
   // REQUIRES (both): with `keep` the String is not NIL.
   operator wchar*();
   operator char*();

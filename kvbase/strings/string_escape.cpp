@@ -30,15 +30,15 @@ bool isAscii(wchar unit) {
   return unit < 0x80;
 }
 
-// A hexadecimal digit by class, full-width forms included.
+// Whether a unit is in the class of hexadecimal digits, which includes the full-width forms.
 bool isHexDigit(wchar unit) {
   if (unit >= 0xFF10 && unit <= 0xFF46) unit = static_cast<wchar>(unit - 0xFF10 + KVW('0'));
   return (unit >= KVW('0') && unit <= KVW('9')) || (unit >= KVW('A') && unit <= KVW('F')) ||
          (unit >= KVW('a') && unit <= KVW('f'));
 }
 
-// The value of four hexadecimal digits. Conversion knows the full-width digits but not the full-width letters, and ends
-// there.
+// The value of four hexadecimal digits.
+// COMPAT: full-width letters are in the class but not converted; the value ends before them.
 wchar hexValue(wchar const* digits) {
   unsigned int value = 0;
   for (int i = 0; i < 4; ++i) {
@@ -50,7 +50,7 @@ wchar hexValue(wchar const* digits) {
   return static_cast<wchar>(value);
 }
 
-// Writes backwards into units of which only those below `limit` are kept.
+// Writes units backwards from `end` on; those at or behind `limit` are dropped.
 class BackwardWriter {
  public:
   BackwardWriter(wchar* units, long long end, int limit) : units_(units), next_(end), limit_(limit) {}
@@ -72,8 +72,8 @@ class BackwardWriter {
   int limit_;
 };
 
-// Escapes the units [begin, end) to the place that ends before writeEnd. Source and target may lie in the same text:
-// the target never falls behind the source.
+// Escapes the units [begin, end) so that the result ends before writeEnd. It may overwrite the source, because the write
+// position never falls below the read position.
 void escapeBackwards(wchar* units, int begin, int end, long long writeEnd, int limit, bool unicode) {
   BackwardWriter writer(units, writeEnd, limit);
   for (int i = end; i-- > begin;) {
@@ -89,7 +89,7 @@ void escapeBackwards(wchar* units, int begin, int end, long long writeEnd, int l
   }
 }
 
-// How many units the escapes of [begin, end) add; `letters` and `wide` count those of either kind.
+// How many units the escapes of [begin, end) add; `letters` and `wide` count the escapes of either kind.
 struct Growth {
   long long letters = 0;
   long long wide = 0;
@@ -105,8 +105,8 @@ Growth growthOf(wchar const* units, int begin, int end) {
   return growth;
 }
 
-// The escape whose letter stands at an index: how many units it takes from there on, 0 if it is none, and what it
-// stands for, unless it stays as it is.
+// The escape whose letter is at an index: how many units it takes from there on (0 if it is no escape), and the unit
+// that replaces it, unless it stays as it is.
 struct Escape {
   int units;
   bool replaces;
@@ -133,8 +133,8 @@ Escape readEscape(wchar const* units, int at, int length, bool unicode) {
   }
 }
 
-// Puts back what was decoded from the backslash at `first` on, before a bad escape whose letter stands at `from`. What
-// was decoded ends before the pending backslash at to - 1; behind `from` nothing has changed yet.
+// Escapes again what was decoded from the backslash at `first` on, up to a bad escape whose letter is at `from`. The
+// decoded text ends before the pending backslash at to - 1; behind `from` nothing has changed yet.
 void restoreEscapes(wchar* units, int first, int from, int to) {
   if (from <= to) return;
   long long const escapedLength = to - 1 - first + growthOf(units, first, to - 1).units();
@@ -149,7 +149,7 @@ void String::controlsToEsc(bool unicode) {
   if (length < 1) return;
   Growth const growth = growthOf(payload_->str(), 0, length);
   if (growth.units() == 0) return;
-  // COMPAT: without `unicode` the room for wide escapes is there all the same, and the text ends up behind it.
+  // COMPAT: without `unicode` there is room for wide escapes too, and the text is written behind that room.
   TextBuilder escaped(length + growth.units());
   int const room = length + static_cast<int>(growth.units());
   wchar* const units = escaped.extend(room);

@@ -8,8 +8,8 @@ namespace KV_1_1 {
 
 namespace {
 
-// How many significant digits a value is shown with: a fixed number of places around its integer part, or just as many
-// digits where there is no integer part.
+// How many significant digits a value is shown with: those of its integer part and a fixed number more, or a fixed number
+// where there is no integer part.
 struct Digits {
   int ofFraction;         // for an absolute value below 1
   int behindIntegerPart;  // added to the decimal logarithm, rounded up

@@ -28,7 +28,7 @@ bool beginsWith(wchar const* text, wchar const* word) {
   return *word == 0;
 }
 
-// A quote is escaped by one backslash before it; two stand for themselves, and no more than two are looked at.
+// COMPAT: one backslash in front escapes a quote, two do not, and no more than two are looked at.
 bool isEscapedAt(wchar const* text, int quote) {
   return text[quote - 1] == KVW('\\') && !(quote >= 2 && text[quote - 2] == KVW('\\'));
 }
@@ -73,8 +73,8 @@ void extract(String& text, Value& value, Convert convert) {
   }
 }
 
-// COMPAT: the end of a signed number is looked for apart from the conversion, and lies elsewhere: signs inside count, a
-// leading plus does not.
+// COMPAT: the end of a signed number is searched for separately and can differ from the end of the conversion: minus
+// signs inside belong to the number, a leading plus does not.
 template <class Value, class Read>
 void extractSigned(String& text, Value& value, Read read) {
   extract(text, value, [&](int start) {
@@ -84,10 +84,11 @@ void extractSigned(String& text, Value& value, Read read) {
   });
 }
 
-// What remains behind an unsigned number; with `surplus`, the stored length is that many units too large.
+// What remains behind an unsigned number.
+// COMPAT: the stored length is `surplus` units too large.
 String remainder(TextView text, int from, int surplus) {
   TextView const rest = text.substr(static_cast<std::size_t>(from));
-  // The first unit too many is the terminator; the rule for sizes drops it where it is the last.
+  // The first surplus unit is the terminator, which the rule for sizes drops if it is the last.
   if (surplus <= 1) return String(rest.data(), lengthOf(rest) + surplus);
   TextBuilder longer(static_cast<long long>(rest.size()) + surplus);
   longer.append(rest).append(KVW('\0'));

@@ -18,7 +18,7 @@ void String::printf_apply(wchar const* format, ...) {
   wchar* const text = buffer;
   va_list arguments;
   va_start(arguments, format);
-  // The result does not matter: what has been printed stands, and the array's last NUL ends a text that was cut.
+  // The result does not matter: what was printed before a fault stays, and the array's last NUL ends a text that was cut.
   platform::text().print(text, kPrintLimit, format, arguments);
   va_end(arguments);
 }

@@ -29,7 +29,7 @@ bool isNumeric(wchar unit) {
   return isSignedDigit(unit) || unit == KVW('+') || unit == KVW('.') || unit == KVW('E') || unit == KVW('e');
 }
 
-// A position in the part of a text behind `from`, as one in the whole text.
+// Converts a position in the part of a text behind `from` to one in the whole text.
 int inWholeText(int position, int from) {
   return position < 0 ? -1 : position + from;
 }
@@ -45,7 +45,7 @@ int findClass(String const& text, int from, Accept accept) {
   return -1;
 }
 
-// For a class whose ASCII members lie in a range: only units in it, and those beyond ASCII, are asked.
+// For a class whose ASCII members lie in a range: only units of that range and units beyond ASCII are looked up.
 template <class Accept>
 int findClassInRange(String const& text, int from, wchar low, wchar high, Accept accept) {
   int const end = text.length();
@@ -71,7 +71,7 @@ int String::find(wchar ch, int from) const {
   if (from < 0 || from >= length()) return -1;
   TextView const part = terminatedViewOf(*this).substr(static_cast<std::size_t>(from));
   int const at = kernels().findUnit(part.data(), ch, lengthOf(part));
-  // Where nothing was found stands a NUL, and that is what a NUL finds.
+  // If the unit was not found, `at` is the index of a NUL, which is what a search for NUL finds.
   return part.data()[at] == ch ? at + from : -1;
 }
 

@@ -10,7 +10,7 @@ namespace KV_1_1 {
 
 namespace {
 
-// Restores the flags of a stream at the end of a scope, however that ends.
+// Restores the flags of a stream at the end of a scope.
 class FlagsRestorer {
  public:
   explicit FlagsRestorer(std::ios_base& stream) : stream_(stream), flags_(stream.flags()) {}
@@ -23,7 +23,7 @@ class FlagsRestorer {
   std::ios_base::fmtflags flags_;
 };
 
-// Up to white space, which stays in the stream.
+// Reads up to white space, which stays in the stream.
 std::string readWord(std::istream& stream, char first) {
   std::string word(1, first);
   while (stream.good()) {
@@ -38,7 +38,7 @@ std::string readWord(std::istream& stream, char first) {
   return word;
 }
 
-// Up to the closing quote, which is taken from the stream. A backslash drops out and protects the char behind it.
+// Reads up to the closing quote and takes that from the stream. A backslash is dropped and protects the char behind it.
 std::string readQuoted(std::istream& stream) {
   std::string text;
   while (stream.good()) {

@@ -87,7 +87,7 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   if (size == 0) return nullptr;
   if (capacity == -1) capacity = size;
   StringVal* const payload = allocate(capacity);
-  // Where the length rule below writes no terminator, this one keeps readers inside the block.
+  // The length rule below may write no terminator; this one keeps readers inside the block.
   payload->str()[capacity] = 0;
   int const converted =
       platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, payload->str(), size);
@@ -131,7 +131,7 @@ void StringVal::reverse() {
 }
 
 char const* StringVal::narrow(NarrowCopy which) const {
-  // The text decides, not the length: a first unit overwritten with NUL counts at once.
+  // The text decides, not the stored length: after a NUL was written to the first unit the text is empty at once.
   if (str()[0] == 0) return kEmptyNarrowText;
   if (length_ == kUnknown) measure();
   if (narrow_[which] != nullptr) return narrow_[which];
@@ -141,13 +141,13 @@ char const* StringVal::narrow(NarrowCopy which) const {
   return copy;
 }
 
-// The text with its terminator in the code page, in an array of its own; null if it cannot be converted.
+// The text with its terminator in the code page, in a new array; null if it cannot be converted.
 char* StringVal::newNarrow(NarrowCopy which) const {
   // With its terminator the greatest text is beyond what a conversion can be given.
   if (length_ == INT_MAX) return nullptr;
   unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
   int const units = length_ + 1;
-  // A short text in UTF-8 fits in here in any case, which spares it the measuring.
+  // A short text always fits into this array in UTF-8, so its size need not be asked for first.
   char brief[256];
   bool const isBrief = which == kUtf8 && units <= static_cast<int>(sizeof brief) / 3;
   int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, isBrief ? brief : nullptr,

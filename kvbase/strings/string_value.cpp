@@ -22,7 +22,7 @@ using Mismatch = int (*)(wchar const*, wchar const*, int);
 int findDifference(TextView a, TextView b, Mismatch mismatch) {
   int const at = mismatch(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
   if (a.data()[at] == b.data()[at]) return at;
-  // Behind a difference it matters whether both texts ended before it.
+  // A difference counts only if the texts did not end before it.
   return strings::kernels().findUnit(a.data(), 0, at);
 }
 
@@ -113,8 +113,7 @@ bool String::equalsUnits(String const& other) const {
   TextView const own = terminatedViewOf(*this);
   TextView const others = terminatedViewOf(other);
   if (own.size() != others.size()) return compareTexts(own, others) == 0;
-  // Where all units agree it does not matter whether a NUL is among them. A difference is looked at within its part
-  // only.
+  // If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
   constexpr int kPart = 2048;
   wchar const* const a = own.data();
   wchar const* const b = others.data();

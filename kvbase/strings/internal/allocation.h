@@ -6,7 +6,7 @@
 namespace KV_1_1 {
 namespace strings {
 
-// Where payloads come from: malloc and free, unless a test has put others in their place.
+// The allocator of payloads: malloc and free, unless a test has replaced them.
 struct BlockAllocator {
   void* (*allocate)(std::size_t bytes);
   void (*release)(void* block);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Classes of units as the isw... functions have them in the "C" locale: ASCII from a table here, the rest from the
+// Classes of units by the rules of the isw... functions in the "C" locale: ASCII from a table here, the rest from the
 // platform's tables.
 #pragma once
 
@@ -19,8 +19,8 @@ inline bool hasClass(wchar unit, unsigned int classes) {
   return ((unit < 128 ? kAsciiClasses[unit] : platform::text().classesOf(unit)) & classes) != 0;
 }
 
-// A to Z as a to z, everything else as it is: the folding of the C runtime in its "C" locale, and the only one in the
-// library.
+// Maps A to Z to a to z and leaves all other units alone, as the C runtime does in its "C" locale. The library folds case
+// in no other way.
 constexpr wchar foldCase(wchar unit) {
   return unit >= KVW('A') && unit <= KVW('Z') ? static_cast<wchar>(unit + 32) : unit;
 }

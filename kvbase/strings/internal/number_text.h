@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Numbers to and from 16-bit text, by the rules of the C runtime of Windows, the same on every system. Texts to read
-// are NUL-terminated.
+// Numbers to and from text by the rules of the C runtime of Windows, on every system. Texts to read are NUL-terminated.
 //
 // Reading an integer takes leading white space, one sign, and decimal digits: ASCII, full-width, and those of the
 // scripts that the runtime knows.
@@ -21,28 +20,28 @@ class DecimalText {
   explicit DecimalText(unsigned long long value);
 
   wchar const* units() const { return units_ + start_; }
-  int length() const { return kRoom - start_; }
+  int length() const { return kCapacity - start_; }
 
  private:
-  static constexpr int kRoom = 20;  // the longest: -9223372036854775808, 18446744073709551615
+  static constexpr int kCapacity = 20;  // the longest: -9223372036854775808, 18446744073709551615
 
   void write(unsigned long long magnitude, bool negative);
 
-  wchar units_[kRoom];
-  int start_ = kRoom;
+  wchar units_[kCapacity];
+  int start_ = kCapacity;
 };
 
-// A number as the general format of printf has it, with the given number of significant digits, in at most `capacity`
-// units without terminator; returns how many. The decimal point is that of the C locale. The value is finite.
+// Writes a number in the general format of printf (%g) with the given number of significant digits, in at most
+// `capacity` units without terminator; returns how many. The decimal point is that of the C locale.
+// REQUIRES: the value is finite.
 int printGeneral(double value, int precision, wchar* out, int capacity);
 
-// What stands at the front of a text. Both saturate at the limits of their result (_wtoi, _wtoi64); 0 if there is no
-// number.
+// The number at the front of a text; 0 if there is none. Both saturate at the limits of their result (_wtoi, _wtoi64).
 int readInt(wchar const* text);
 long long readInt64(wchar const* text);
 
-// An unsigned number and where it ends; at the text itself if there is none. They saturate at the largest value, and a
-// minus sign negates modulo 2^32 or 2^64 (wcstoul, _wcstoui64).
+// An unsigned number at the front of a text, and its end; 0 and the text itself if there is none. Both saturate at the
+// largest value, and a minus sign negates modulo 2^32 or 2^64 (wcstoul, _wcstoui64).
 template <class Value>
 struct Parsed {
   Value value;
