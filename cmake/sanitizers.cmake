@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: MIT
-# KVBASE_SANITIZE names the sanitizers, as in -fsanitize=... . They apply to everything in the build, GoogleTest included,
-# because a sanitized program must not be mixed from both kinds of code.
+# KVBASE_SANITIZE names the sanitizers, as in -fsanitize=... . They apply to everything in the build except GoogleTest.
 set(KVBASE_SANITIZE "" CACHE STRING "Sanitizers of this build: address,undefined or thread")
 
 if(KVBASE_SANITIZE)

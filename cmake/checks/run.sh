@@ -64,7 +64,7 @@ windows_clang() {
     -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
 }
 
-tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-clang "^$PWD/kvbase/"; }
+tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-asan "^$PWD/kvbase/"; }
 
 # --- Products -----------------------------------------------------------------------------------------------------------
 
@@ -118,7 +118,7 @@ check "layering" python3 cmake/checks/layering.py
 check "operations and their tables" python3 cmake/checks/operations.py
 check "warnings and headers, g++" compile linux-release
 check "warnings and headers, mingw g++" compile windows-release
-check "warnings and headers, clang++" compile linux-clang
+check "warnings and headers, clang++" compile linux-asan
 check "Windows sources, clang++" windows_clang
 check "initialisers, Linux" initialisers build/linux-release objdump
 check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32-objdump
