@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <type_traits>
+
 #include "kvbase/diagnostics/windows_error.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
@@ -12,6 +14,8 @@
 #include "kvbase/platform/shell_api.h"
 
 namespace KV_1_1 {
+
+static_assert(!std::has_virtual_destructor<KVFileProgressInterface>::value, "fileCopied is its only virtual operation");
 
 bool Directory::exists() const {
   ulong32 const attributes = platform::files().getAttributes(getFullNameUnicode());

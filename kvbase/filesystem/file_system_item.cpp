@@ -6,6 +6,8 @@
 
 namespace KV_1_1 {
 
+static_assert(sizeof(FileSystemItem) == sizeof(BaseNode), "the mix-in takes no room");
+
 void (*errorSink)(String const& message) = nullptr;
 
 FileSystemItem::~FileSystemItem() = default;

@@ -7,13 +7,11 @@
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/path_support.h"
-#include "tests/support/failing_files.h"
 #include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 constexpr ulong32 kFile = platform::kAttributeNormal;
 constexpr ulong32 kFolder = platform::kAttributeDirectory;
@@ -148,23 +146,6 @@ TEST_F(DirectoryCollect, ARefusedNameEndsItsGroup) {
   EXPECT_EQ(messages.take(), Texts{invalidName("a.")});
 }
 
-// Whatever call fails, the walk goes on as if that search had ended, and nothing stays open.
-TEST_F(DirectoryCollect, ClosesEverySearchWhicheverCallFails) {
-  FailingFiles counting(0, files);
-  {
-    platform::ScopedBackend<platform::FileApi> const inner(counting);
-    directory->collectContents(pattern, true);
-  }
-  ASSERT_GT(counting.calls(), 20);
-  std::size_t const complete = directory->collectContents(pattern, true).size();
-  for (int n = 1; n <= counting.calls(); ++n) {
-    SCOPED_TRACE(n);
-    FailingFiles failing(n, files);
-    platform::ScopedBackend<platform::FileApi> const inner(failing);
-    EXPECT_LE(directory->collectContents(pattern, true).size(), complete);
-    EXPECT_EQ(files.openSearches(), 0);
-  }
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

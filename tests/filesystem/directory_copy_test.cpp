@@ -6,15 +6,13 @@
 #include <algorithm>
 #include <initializer_list>
 #include <string>
-#include <type_traits>
 
 #include "tests/filesystem/disk_support.h"
 #include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 // C:\s holds the files a and b and the folders p, with the file x and the folder q with the file y, and e; C:\t is
 // empty.
@@ -213,24 +211,6 @@ TEST_F(DirectoryCopy, ARefusedNameEndsTheWalk) {
   EXPECT_EQ(messages.take(), Texts{invalidName("bad ")});
 }
 
-TEST(FileProgressInterface, HasNothingToCopyOrAssign) {
-  static_assert(std::is_abstract<KVFileProgressInterface>::value, "fileCopied is pure");
-  static_assert(!std::has_virtual_destructor<KVFileProgressInterface>::value, "nobody deletes through it");
-  static_assert(sizeof(KVFileProgressInterface) == sizeof(void*), "no fields");
-  static_assert(std::is_copy_constructible<CountedFiles>::value && std::is_move_constructible<CountedFiles>::value, "");
-  CountedFiles one, two;
-  one.count = 1;
-  two.count = 2;
-  KVFileProgressInterface& base = one;
-  EXPECT_EQ(&(base = two), &base);
-  EXPECT_EQ(&(base = static_cast<KVFileProgressInterface&&>(two)), &base);
-  base.fileCopied();
-  EXPECT_EQ(one.count, 2);
-  EXPECT_EQ(two.count, 2);
-  CountedFiles const copied(two), moved(static_cast<CountedFiles&&>(two));
-  EXPECT_EQ(copied.count, 2);
-  EXPECT_EQ(moved.count, 2);
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -10,12 +10,11 @@
 
 #include "tests/filesystem/disk_support.h"
 #include "tests/filesystem/scripted_system.h"
-#include "tests/support/current_path.h"
+#include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 using Paths = std::vector<wstring>;
 using Refused = std::map<std::string, ulong32>;
@@ -207,20 +206,6 @@ TEST(DirectoryCreate, OfRelativePaths) {
               KVW(R"(C:\w*)"));
 }
 
-TEST_F(DirectoryOperations, WhatCreateHasMadeStays) {
-  files.folders({KVW(R"(C:\)")});
-  files.refused[R"(createDirectory \\?\C:\a\b\c\)"] = 5;
-  EXPECT_FALSE(directoryAt(KVW(R"(C:\a\b\c\d)"))->create());
-  EXPECT_TRUE(files.has(KVW(R"(C:\a\)")));
-  EXPECT_TRUE(files.has(KVW(R"(C:\a\b\)")));
-  EXPECT_FALSE(files.has(KVW(R"(C:\a\b\c\)")));
-  EXPECT_EQ(messages.take(), Texts{notCreated(R"(C:\a\b\c\)", "Denied.")});
-  files.refused.clear();
-  EXPECT_TRUE(directoryAt(KVW(R"(C:\a\b\c\d)"))->create());
-  EXPECT_TRUE(directoryAt(KVW(R"(C:\a\b\c\d)"))->exists());
-  EXPECT_EQ(messages.take(), Texts());
-}
-
 TEST_F(DirectoryOperations, IsEmptyForExactlyOne) {
   SmartPtr<Directory const> const directory = directoryAt(KVW(R"(C:\a)"));
   for (int const answer : {1, 0, 2, -1, 0x10000}) {
@@ -344,33 +329,6 @@ TEST(DirectoryOperationsOnDisk, AFileInTheWay) {
   EXPECT_EQ(treeOf(folder.path()), (Tree{{"file", "x"}}));
 }
 
-TEST(DirectoryOperationsOnDisk, RelativePathsLieBelowTheCurrentDirectory) {
-  TempFolder folder;
-  folder.makeFolder("here");
-  {
-    CurrentPath const current(folder.path("here"));
-    EXPECT_TRUE(directoryAt(KVW(R"(a\.\b)"))->create());
-    EXPECT_TRUE(fileAt(KVW(R"(p\q\f.txt)"))->createParentDirectories());
-    EXPECT_TRUE(directoryAt(KVW(R"(..\beside)"))->create());
-  }
-  EXPECT_EQ(
-      treeOf(folder.path()),
-      (Tree{{"here/", ""}, {"here/a/", ""}, {"here/a/b/", ""}, {"here/p/", ""}, {"here/p/q/", ""}, {"beside/", ""}}));
-}
-
-TEST(DirectoryOperationsOnDisk, CreateParentDirectories) {
-  TempFolder folder;
-  folder.write("file", "x");
-  auto const at = [&](wchar const* below) { return fileAt(folder.text(below).c_str()); };
-  CollectedMessages messages;
-  EXPECT_TRUE(at(KVW(R"(a\b\f.txt)"))->createParentDirectories());
-  EXPECT_TRUE(at(KVW(R"(a\b\f.txt)"))->createParentDirectories());
-  EXPECT_TRUE(at(KVW("f.txt"))->createParentDirectories());
-  EXPECT_EQ(messages.take(), Texts());
-  EXPECT_FALSE(at(KVW(R"(file\b\f.txt)"))->createParentDirectories());
-  EXPECT_EQ(messages.take().size(), 1u);
-  EXPECT_EQ(treeOf(folder.path()), (Tree{{"a/", ""}, {"a/b/", ""}, {"file", "x"}}));
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

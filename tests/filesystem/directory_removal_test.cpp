@@ -12,9 +12,8 @@
 #include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 // C:\d holds the folders s, with the file f, and t, and the files a and b.
 class DirectoryRemoval : public ScriptedSystem<ScriptedDisk> {
@@ -77,12 +76,6 @@ TEST_F(DirectoryRemoval, EveryCallOfOneLevel) {
                               R"(removeDirectory \\?\C:\d\)"}));
 }
 
-TEST_F(DirectoryRemoval, NotRecursiveRemovesNothingButItself) {
-  EXPECT_TRUE(directory->remove(false));
-  EXPECT_EQ(files.log(), Log({R"(getAttributes \\?\C:\d\)", R"(removeDirectory \\?\C:\d\)"}));
-  EXPECT_EQ(messages.take(), Texts());
-}
-
 TEST_F(DirectoryRemoval, WhatIsMissingIsRemoved) {
   files.file(KVW(R"(C:\file\)"));
   for (bool const recursive : {false, true}) {
@@ -94,20 +87,6 @@ TEST_F(DirectoryRemoval, WhatIsMissingIsRemoved) {
     }
   }
   EXPECT_EQ(messages.take(), Texts());
-}
-
-TEST_F(DirectoryRemoval, RemoveContentsKeepsTheDirectory) {
-  EXPECT_TRUE(directory->removeContents(true));
-  EXPECT_EQ(files.calls(), joined({{R"(getAttributes \\?\C:\d\)"}, kFoldersGo, kFilesGo}));
-  EXPECT_EQ(files.script.attributes.size(), 1u);
-  EXPECT_TRUE(files.has(KVW(R"(C:\d\)")));
-}
-
-TEST_F(DirectoryRemoval, RemoveContentsNotRecursiveTakesFilesAlone) {
-  EXPECT_TRUE(directory->removeContents(false));
-  EXPECT_EQ(files.calls(), joined({{R"(getAttributes \\?\C:\d\)"}, kFilesGo}));
-  EXPECT_TRUE(files.has(KVW(R"(C:\d\s\f)")));
-  EXPECT_TRUE(files.has(KVW(R"(C:\d\t\)")));
 }
 
 TEST_F(DirectoryRemoval, StopsAtTheFirstFailure) {
@@ -189,16 +168,6 @@ TEST_F(DirectoryRemoval, NoSearchIsNoFailure) {
   EXPECT_EQ(messages.take(), Texts(2, kNoCurrentDirectory));
 }
 
-TEST_F(DirectoryRemoval, ARelativeDirectoryIsSearchedBelowTheCurrentOne) {
-  files.script.directory = KVW(R"(C:\)");
-  files.script.attributes[KVW("d\\")] = kFolderEntry;
-  files.list(KVW(R"(C:\d\)"), {{kFileEntry, KVW("a")}});
-  EXPECT_TRUE(directoryAt(KVW("d"))->remove(true));
-  EXPECT_EQ(files.calls(), Log({R"(getAttributes d\)", R"(getAttributes d\)", "currentDirectory", R"(findFirst C:\d\*)",
-                                "currentDirectory", R"(findFirst C:\d\*)", R"(getAttributes \\?\C:\d\a)",
-                                R"(deleteFile \\?\C:\d\a)", R"(removeDirectory d\)"}));
-}
-
 class DirectoryRemovalOnDisk : public OnDisk {
  protected:
   DirectoryRemovalOnDisk() {
@@ -270,4 +239,5 @@ TEST_F(DirectoryRemovalOnDisk, AReadOnlyFileStopsIt) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <string>
-#include <type_traits>
 
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "tests/filesystem/path_support.h"
@@ -13,9 +12,8 @@
 #include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 constexpr ulong32 kFile = platform::kAttributeNormal;
 constexpr ulong32 kFolder = platform::kAttributeDirectory;
@@ -313,15 +311,6 @@ TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
   EXPECT_EQ(calls(), Log{"findClose"});
 }
 
-TEST(DirectorySearchTypes, OnlyFileIteratorsGetNextIsVirtual) {
-  EXPECT_TRUE((std::is_base_of<FileSystemIterator, DirectoryIterator>::value));
-  EXPECT_TRUE((std::is_base_of<FileSystemIterator, FileIterator>::value));
-  EXPECT_TRUE((std::is_copy_constructible<DirectoryIterator>::value));
-  EXPECT_TRUE((std::is_move_constructible<FileIterator>::value));
-  EXPECT_TRUE((std::is_move_assignable<DirectoryIterator>::value));
-  EXPECT_FALSE(std::is_destructible<FileSystemIterator>::value);
-}
-
 // Through a pointer to the base the base's form answers: it tells files from directories whatever the iterator is of.
 TEST_F(DirectorySearch, TheBasesGetNextIsNotVirtual) {
   entries({{kFolder, KVW("d")}, {kFile, KVW("f")}});
@@ -332,4 +321,5 @@ TEST_F(DirectorySearch, TheBasesGetNextIsNotVirtual) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -15,9 +15,8 @@
 #include "tests/support/threads.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 constexpr int kRounds = 20;
 
@@ -87,4 +86,5 @@ TEST(DiskConcurrency, SearchesOfOneDirectoryRunSideBySide) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -131,6 +131,27 @@ inline Tree treeOf(std::filesystem::path const& root) {
   return tree;
 }
 
+// Makes, copies, moves and removes a file. The system gets the plain name from some operations and may refuse a long one,
+// so only those that give it the prefixed name are here.
+inline void useFile(SmartPtr<File const> const& file, SmartPtr<File const> const& beside) {
+  EXPECT_FALSE(file->exists());
+  EXPECT_TRUE(file->createParentDirectories());
+  EXPECT_TRUE(file->touch());
+  EXPECT_TRUE(file->exists());
+  EXPECT_TRUE(file->access(6));
+  ULARGE_INTEGER size;
+  EXPECT_TRUE(file->getFileSize(size));
+  EXPECT_EQ(size.QuadPart, 0u);
+  EXPECT_EQ(file->copy(beside, false), File::CopyOk);
+  EXPECT_EQ(file->copy(beside, false), File::CopyFailed);
+  EXPECT_TRUE(beside->hasEqualSize(file));
+  EXPECT_TRUE(file->remove());
+  EXPECT_TRUE(beside->move(file));
+  EXPECT_FALSE(beside->exists());
+  EXPECT_TRUE(file->remove());
+  EXPECT_FALSE(file->exists());
+}
+
 // The base of tests on the real disk: a fresh folder, and the paths of items in it.
 class OnDisk : public ::testing::Test {
  protected:

@@ -10,9 +10,9 @@
 #include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
-using namespace KV_1_1::testing;
 using Files = std::vector<SmartPtr<File const>>;
 
 Files filesNamed(std::vector<wchar const*> const& names) {
@@ -115,4 +115,5 @@ TEST(FileCollection, ClosesASearchThatTheSystemStartedAllTheSame) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

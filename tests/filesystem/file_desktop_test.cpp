@@ -9,9 +9,8 @@
 #include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 class FileDesktop : public ScriptedSystem<ScriptedFiles> {
  protected:
@@ -86,4 +85,5 @@ TEST_F(FileDesktop, ShowInExplorerOfWhatIsNoAbsoluteFileAsksNoShell) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

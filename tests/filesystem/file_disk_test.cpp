@@ -12,9 +12,8 @@
 #include "tests/filesystem/disk_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 class FileOnDisk : public OnDisk {
  protected:
@@ -161,48 +160,6 @@ TEST_F(FileOnDisk, ReadOnlyIsSetAndTakenBack) {
   EXPECT_EQ(tree(), before);
 }
 
-TEST_F(FileOnDisk, AMissingFileIsReadOnly) {
-  Tree const before = tree();
-  auto const missing = file(KVW("missing"));
-  EXPECT_TRUE(missing->isReadOnly());
-  EXPECT_EQ(missing->setReadOnly(true), 168);
-  EXPECT_EQ(missing->setReadOnly(false), 168);
-  EXPECT_EQ(tree(), before);
-}
-
-TEST_F(FileOnDisk, HasEqualSize) {
-  folder.write("deux", "DD");
-  auto const one = file(KVW("one")), two = file(KVW("two")), missing = file(KVW("missing"));
-  EXPECT_TRUE(two->hasEqualSize(file(KVW("deux"))));
-  EXPECT_TRUE(two->hasEqualSize(file(KVW("two"))));
-  EXPECT_FALSE(one->hasEqualSize(two));
-  EXPECT_FALSE(one->hasEqualSize(missing));
-  EXPECT_FALSE(missing->hasEqualSize(one));
-  EXPECT_TRUE(missing->hasEqualSize(missing));
-  EXPECT_FALSE(missing->hasEqualSize(file(KVW("missing"))));
-}
-
-// Makes, copies, moves and removes a file of that name.
-void runThrough(SmartPtr<File const> const& file, SmartPtr<File const> const& copy) {
-  EXPECT_FALSE(file->exists());
-  EXPECT_TRUE(file->createParentDirectories());
-  EXPECT_TRUE(file->touch());
-  EXPECT_TRUE(file->exists());
-  EXPECT_TRUE(file->access(6));
-  ULARGE_INTEGER size;
-  EXPECT_TRUE(file->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 0u);
-  EXPECT_EQ(file->copy(copy, false), File::CopyOk);
-  EXPECT_TRUE(copy->hasEqualSize(file));
-  EXPECT_TRUE(file->remove());
-  EXPECT_FALSE(file->exists());
-  EXPECT_TRUE(copy->move(file));
-  EXPECT_TRUE(file->exists());
-  EXPECT_FALSE(copy->exists());
-  EXPECT_TRUE(file->remove());
-  EXPECT_FALSE(file->exists());
-}
-
 TEST_F(FileOnDisk, NamesOfEveryKind) {
   struct Row {
     char const* name;
@@ -221,19 +178,10 @@ TEST_F(FileOnDisk, NamesOfEveryKind) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    runThrough(file(row.below), file(row.below + wstring(KVW(" copy"))));
+    useFile(file(row.below), file(row.below + wstring(KVW(" copy"))));
   }
 }
 
-// The system gets the prefix wherever an absolute name may be that long.
-TEST_F(FileOnDisk, APathBeyondTwoHundredAndSixtyUnits) {
-  wstring below;
-  for (int level = 0; level < 8; ++level) below += wstring(50, KVW('a')) + KVW("\\");
-  wstring const name(200, KVW('n'));
-  runThrough(file(below + name), file(below + KVW("copy")));
-  // Not every standard library removes so long a path.
-  EXPECT_TRUE(directory(wstring(50, KVW('a')))->remove(true));
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -12,9 +12,8 @@
 #include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 class FileOperations : public ScriptedSystem<ScriptedFiles> {
  protected:
@@ -46,11 +45,6 @@ constexpr ReasonRow kReasons[] = {
 };
 
 // --- remove ----------------------------------------------------------------------------------------------------------
-
-TEST_F(FileOperations, RemoveDeletesAFileThatIsThere) {
-  EXPECT_TRUE(file->remove());
-  EXPECT_EQ(files.log(), (Log{R"(getAttributes \\?\C:\a\f.e)", R"(deleteFile \\?\C:\a\f.e)"}));
-}
 
 TEST_F(FileOperations, RemoveOfAMissingFileIsDone) {
   files.script.errors["deleteFile"] = 5;
@@ -140,13 +134,6 @@ class FileTouch : public FileOperations {
   }
 };
 
-TEST_F(FileTouch, OfAMissingFileMakesItAndSetsNoTime) {
-  errors.error = platform::kAlreadyExists;  // of an earlier call
-  EXPECT_TRUE(file->touch());
-  EXPECT_EQ(files.log(), flushed({open, "closeFile"}));
-  EXPECT_EQ(files.script.lastWriteTimes, std::vector<std::uint64_t>());
-}
-
 TEST_F(FileTouch, OfAnExistingFileSetsTheTime) {
   files.script.openLeaves = platform::kAlreadyExists;
   files.script.now = 0x01DA2B3C4D5E6F70;
@@ -181,21 +168,6 @@ TEST_F(FileTouch, WhatCannotBeOpenedFailsAndNothingFollows) {
   }
 }
 
-TEST_F(FileTouch, TheFlushDoesNotCount) {
-  for (char const* call : {"closeFile", "openDescriptor", "commitDescriptor", "closeDescriptor"}) {
-    for (bool const timeIsSet : {true, false}) {
-      SCOPED_TRACE(call);
-      ScriptedFiles script;
-      platform::ScopedBackend<platform::FileApi> const scope(script);
-      script.script.openLeaves = platform::kAlreadyExists;
-      script.script.errors[call] = 5;
-      if (!timeIsSet) script.script.errors["setLastWriteTime"] = 5;
-      EXPECT_EQ(file->touch(), timeIsSet);
-      EXPECT_EQ(script.log()[3], flush[0]);
-    }
-  }
-}
-
 TEST_F(FileTouch, ANewFileIsMadeWhateverBecomesOfTheFlush) {
   files.script.errors["openDescriptor"] = 5;
   EXPECT_TRUE(file->touch());
@@ -211,11 +183,6 @@ TEST_F(FileTouch, OfARelativeFileGivesOneNameTwice) {
 }
 
 // --- The read-only family --------------------------------------------------------------------------------------------
-
-TEST_F(FileOperations, ReadOnlyCodesAre) {
-  EXPECT_EQ(File::ReadOnlyOk, 0);
-  EXPECT_EQ(File::ReadOnlyNoFile, 168);
-}
 
 TEST_F(FileOperations, ReadOnlyFamilyByTheAttributes) {
   struct Row {
@@ -264,15 +231,6 @@ TEST_F(FileOperations, ReadOnlyFamilyByTheAttributes) {
   }
 }
 
-TEST_F(FileOperations, AMissingFileIsReadOnlyAndCannotBeChanged) {
-  EXPECT_TRUE(missing->isReadOnly());
-  EXPECT_EQ(missing->setAsReadOnly(), 168);
-  EXPECT_EQ(missing->unsetAsReadOnly(), 168);
-  EXPECT_EQ(missing->setReadOnly(true), 168);
-  EXPECT_EQ(missing->setReadOnly(false), 168);
-  EXPECT_EQ(files.log(), Log(5, R"(getAttributes C:\a\missing)"));
-}
-
 // --- Sizes -----------------------------------------------------------------------------------------------------------
 
 TEST_F(FileOperations, HasEqualSizeComparesBothHalves) {
@@ -318,13 +276,6 @@ TEST_F(FileOperations, HasEqualSizeOfTwoObjectsForOneMissingFileIsFalse) {
   EXPECT_FALSE(missing->hasEqualSize(SmartPtr<File const>(new File(*missing))));
 }
 
-TEST_F(FileOperations, HasEqualSizeNeedsBothSizes) {
-  files.script.infos[KVW(R"(\\?\C:\a\f.e)")] = {platform::kAttributeNormal, 0};
-  EXPECT_FALSE(file->hasEqualSize(missing));
-  EXPECT_FALSE(missing->hasEqualSize(file));
-  EXPECT_TRUE(file->hasEqualSize(fileAt(KVW(R"(C:\a\f.e)"))));
-}
-
 // --- Names that setName lets in --------------------------------------------------------------------------------------
 
 TEST_F(FileOperations, NamesThatWereNotCheckedGoAsTheyAre) {
@@ -357,4 +308,5 @@ TEST_F(FileOperations, NamesThatWereNotCheckedGoAsTheyAre) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

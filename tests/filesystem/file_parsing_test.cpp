@@ -8,9 +8,8 @@
 #include "tests/filesystem/path_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 TEST(PathParsing, Files) {
   struct Row {
@@ -144,4 +143,5 @@ TEST(PathParsing, AnEmptyExtensionIsAnEmptyTextNotNil) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -13,9 +13,8 @@
 #include "tests/filesystem/scripted_system.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 // An item that says itself whether it is there.
 template <class Item>
@@ -126,22 +125,6 @@ TEST_F(ItemQueries, AccessToAnItemThatVanishesOpensNothing) {
   EXPECT_EQ(files.log(), Log{R"(getAttributes \\?\C:\gone)"});
 }
 
-TEST_F(ItemQueries, AccessThatCannotOpenIsRefusedAndClosesNothing) {
-  files.script.errors["openFile"] = platform::kAccessDenied;
-  EXPECT_FALSE(file->access(4));
-  EXPECT_FALSE(directory->access(0));
-  EXPECT_EQ(files.log().back().compare(0, 8, "openFile"), 0);
-  EXPECT_EQ(files.log().size(), 6u);
-}
-
-TEST_F(ItemQueries, AccessCountsNoFailureToClose) {
-  files.script.errors["closeFile"] = platform::kInvalidHandle;
-  EXPECT_TRUE(file->access(4));
-  EXPECT_EQ(files.log().back(), "closeFile");
-  files.script.errors.clear();
-  platform::files().closeFile(files.script.opened);  // for the count
-}
-
 // One separator at the end is cut and no more; that of a root too.
 TEST_F(ItemQueries, StatAsksForTheFullNameWithoutItsLastSeparator) {
   struct Row {
@@ -236,18 +219,6 @@ TEST_F(ItemQueries, TimesKeepBothHalves) {
   }
 }
 
-TEST_F(ItemQueries, TimesAreLeftAloneOnFailure) {
-  for (TimeQuery const query : kTimeQueries) {
-    FILETIME time;
-    time.dwLowDateTime = 77;
-    time.dwHighDateTime = 78;
-    EXPECT_FALSE(((*file).*query)(&time));
-    EXPECT_FALSE(((*directory).*query)(&time));
-    EXPECT_EQ(time.dwLowDateTime, 77u);
-    EXPECT_EQ(time.dwHighDateTime, 78u);
-  }
-}
-
 class ItemQueriesOnDisk : public OnDisk {
  protected:
   ItemQueriesOnDisk() {
@@ -271,13 +242,6 @@ TEST_F(ItemQueriesOnDisk, Access) {
   EXPECT_TRUE(file(KVW("file.bin"))->setAsReadOnly() == File::ReadOnlyOk);
   EXPECT_TRUE(file(KVW("file.bin"))->access(4));
   EXPECT_TRUE(file(KVW("file.bin"))->access(0));
-}
-
-TEST_F(ItemQueriesOnDisk, AccessMakesAndChangesNothing) {
-  EXPECT_FALSE(file(KVW("missing"))->access(6));
-  EXPECT_FALSE(std::filesystem::exists(folder.path("missing")));
-  EXPECT_TRUE(file(KVW("file.bin"))->access(6));
-  EXPECT_EQ(std::filesystem::file_size(folder.path("file.bin")), 5u);
 }
 
 TEST_F(ItemQueriesOnDisk, Stat) {
@@ -321,17 +285,6 @@ TEST_F(ItemQueriesOnDisk, TheLastWriteTimeFollowsTheFile) {
   EXPECT_EQ(setBack(), once - kThousandHours);
 }
 
-TEST_F(ItemQueriesOnDisk, MissingItemsHaveNoTime) {
-  for (TimeQuery const query : kTimeQueries) {
-    FILETIME time;
-    time.dwLowDateTime = 77;
-    time.dwHighDateTime = 78;
-    EXPECT_FALSE(((*file(KVW("missing"))).*query)(&time));
-    EXPECT_FALSE(((*directory(KVW("missing"))).*query)(&time));
-    EXPECT_EQ(time.dwLowDateTime, 77u);
-    EXPECT_EQ(time.dwHighDateTime, 78u);
-  }
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

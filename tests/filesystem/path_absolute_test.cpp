@@ -10,9 +10,8 @@
 #include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 // A process in C:\work\now, with D:\data as the current directory of D and nothing on other drives.
 class PathAlgebraAbsolute : public ::testing::Test {
@@ -280,4 +279,5 @@ TEST(PathAlgebra, MakeAbsoluteOnTheRealSystemGivesTheCurrentDirectory) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -8,9 +8,8 @@
 #include "tests/filesystem/path_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 TEST(PathAlgebra, Root) {
   EXPECT_EQ(shown(directoryAt(KVW(R"(c:\a)"))->getRoot()), "C:");
@@ -244,4 +243,5 @@ TEST(PathAlgebra, ContainsFindsTheTextAnywhereWithCase) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -8,9 +8,8 @@
 #include "tests/filesystem/path_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 constexpr std::size_t kMega = 1 << 20;
 
@@ -124,4 +123,5 @@ TEST(PathBadInput, EveryUnitAsDriveLetter) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -13,9 +13,9 @@
 #include "tests/support/scripted_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
-using namespace KV_1_1::testing;
 using reference::DirectoryModel;
 using reference::FileModel;
 using reference::PathWorld;
@@ -134,7 +134,7 @@ class PathDifferential : public ::testing::Test {
   PathWorld world;
 };
 
-constexpr int kRounds = 20000;
+constexpr int kRounds = 6000;
 
 // A random text behind a given one that gives a path; the path comes with it.
 template <class Path>
@@ -273,4 +273,5 @@ TEST_F(PathDifferential, TextsLeadBackToThePath) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -11,9 +11,8 @@
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 // A relative path has no prefix to give; the search alone is made absolute first.
 TEST(PathDisk, RelativePathsGoAsTheyAre) {
@@ -60,58 +59,6 @@ TEST(PathDisk, ExistsByAttributes) {
   }
 }
 
-TEST(PathDisk, FileSizeKeepsBothHalvesAndIsLeftAloneOnFailure) {
-  ScriptedFiles files;
-  files.script.infos[KVW(R"(\\?\C:\small)")] = {platform::kAttributeNormal, 0};
-  files.script.infos[KVW(R"(\\?\C:\big)")] = {platform::kAttributeNormal, 0x123456789ABCDEF0};
-  platform::ScopedBackend<platform::FileApi> const scope(files);
-  CollectedMessages messages;
-  ULARGE_INTEGER size;
-  size.QuadPart = 77;
-  EXPECT_FALSE(fileAt(KVW(R"(C:\missing)"))->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 77u);
-  EXPECT_TRUE(fileAt(KVW(R"(C:\small)"))->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 0u);
-  EXPECT_TRUE(fileAt(KVW(R"(C:\big)"))->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 0x123456789ABCDEF0u);
-  EXPECT_EQ(size.u.LowPart, 0x9ABCDEF0u);
-  EXPECT_EQ(size.u.HighPart, 0x12345678u);
-  EXPECT_EQ(messages.take(), Texts());
-}
-
-TEST(PathDisk, OnTheRealDisk) {
-  TempFolder folder;
-  folder.write("file.bin", "12345");
-  folder.write("empty");
-  folder.makeFolder("sub");
-  struct Row {
-    char const* name;
-    wchar const* below;
-    bool directory;
-    bool file;
-  };
-  Row const rows[] = {
-      {"file", KVW("file.bin"), false, true},
-      {"empty file", KVW("empty"), false, true},
-      {"folder", KVW("sub"), true, false},
-      {"missing", KVW("missing"), false, false},
-      {"below what is missing", KVW(R"(missing\x)"), false, false},
-      {"below a file", KVW(R"(file.bin\x)"), false, false},
-  };
-  for (Row const& row : rows) {
-    SCOPED_TRACE(row.name);
-    String const text(folder.text(row.below).c_str());
-    EXPECT_EQ(directoryAt(text)->exists(), row.directory);
-    EXPECT_EQ(directoryAt(text)->isDirectory(), row.directory);
-    EXPECT_EQ(fileAt(text)->exists(), row.file);
-  }
-  ULARGE_INTEGER size;
-  EXPECT_TRUE(fileAt(folder.text(KVW("file.bin")).c_str())->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 5u);
-  EXPECT_TRUE(fileAt(folder.text(KVW("empty")).c_str())->getFileSize(size));
-  EXPECT_EQ(size.QuadPart, 0u);
-  EXPECT_FALSE(fileAt(folder.text(KVW("missing")).c_str())->getFileSize(size));
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

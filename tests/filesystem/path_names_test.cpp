@@ -8,9 +8,8 @@
 #include "tests/reference/path_names_model.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 String text(wchar const* units) {
   return String(units);
@@ -144,4 +143,5 @@ TEST(PathNames, EveryUnitAsLevelAndFileName) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -8,9 +8,8 @@
 #include "tests/filesystem/path_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 TEST(PathParsing, Directories) {
   struct Row {
@@ -191,4 +190,5 @@ TEST(PathParsing, DirectoriesFromUtf8EndAtTheFirstNul) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -3,14 +3,11 @@
 // The texts of a path: full, prefixed and Unix name, name, and setName.
 #include <gtest/gtest.h>
 
-#include <type_traits>
-
 #include "tests/filesystem/path_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 TEST(PathText, OfDirectories) {
   struct Row {
@@ -224,23 +221,6 @@ TEST(PathText, AssignmentTakesTheFieldsAndLeavesTheCount) {
   EXPECT_EQ(described(other), "abs C: [a] | b | txt");
 }
 
-TEST(PathText, ItemsAreAbstractAndFilesAreMadeOfTexts) {
-  EXPECT_TRUE(std::is_abstract<FileSystemItem>::value);
-  EXPECT_FALSE(std::is_default_constructible<File>::value);
-  EXPECT_TRUE((std::is_convertible<Directory*, FileSystemItem*>::value));
-  EXPECT_TRUE((std::is_convertible<File*, FileSystemItem*>::value));
-  EXPECT_EQ(sizeof(FileSystemItem), sizeof(BaseNode));
-  EXPECT_EQ(FileSystemItem::Incomparable, 0);
-  EXPECT_EQ(FileSystemItem::Equal, 1);
-  EXPECT_EQ(FileSystemItem::Different, 2);
-  EXPECT_EQ(sizeof(FileSystemItem::ComparisonResult), 4u);
-}
-
-TEST(PathText, ReportErrorDoesNothing) {
-  FileSystemItem::reportError(String::NIL);
-  FileSystemItem::reportError(String::EMPTY);
-  FileSystemItem::reportError(String(KVW("%ls%n")));
-}
-
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -13,9 +13,8 @@
 #include "tests/support/recording_files.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 template <class Items>
 Texts sortedNames(Items const& items) {
@@ -40,14 +39,6 @@ class DirectorySearchOnDisk : public OnDisk {
   RecordingFiles files;
   platform::ScopedBackend<platform::FileApi> scope{files};
 };
-
-TEST_F(DirectorySearchOnDisk, OneFileAndOneFolder) {
-  folder.write("file.txt");
-  folder.makeFolder("sub");
-  EXPECT_EQ(sortedNames(directory()->findContents(String(KVW("*")))), Texts({"file.txt", "sub"}));
-  EXPECT_EQ(sortedNames(directory()->findDirectories(String(KVW("*")))), Texts{"sub"});
-  EXPECT_EQ(sortedNames(directory()->findFiles(String(KVW("*")))), Texts{"file.txt"});
-}
 
 TEST_F(DirectorySearchOnDisk, ItemsAreAbsoluteAndThere) {
   folder.write("sub/file.txt", "abc");
@@ -165,36 +156,6 @@ TEST_F(DirectorySearchOnDisk, ANameOfTheGreatestLength) {
   EXPECT_TRUE(found[0]->exists());
 }
 
-TEST_F(DirectorySearchOnDisk, TwoThousandFiles) {
-  Texts expected;
-  for (int i = 0; i < 2000; ++i) {
-    expected.push_back("file" + std::to_string(i) + ".dat");
-    folder.write(expected.back());
-  }
-  std::sort(expected.begin(), expected.end());
-  EXPECT_EQ(sortedNames(directory()->collectFiles(String(KVW("*")), false)), expected);
-  EXPECT_EQ(sortedNames(directory()->findFiles(String(KVW("file1*.dat")))).size(), 1111u);
-}
-
-TEST_F(DirectorySearchOnDisk, TheOrderIsTheSameForEachSearch) {
-  for (int i = 0; i < 50; ++i) folder.write("f" + std::to_string(i * 37 % 50));
-  auto const names = [this] {
-    Texts all;
-    for (auto const& file : directory()->collectFiles(String(KVW("*")), false)) all.push_back(fullName(file));
-    return all;
-  };
-  EXPECT_EQ(names(), names());
-}
-
-TEST_F(DirectorySearchOnDisk, ADeepTree) {
-  std::filesystem::path below = "d";
-  for (int i = 1; i < 40; ++i) below /= "d";
-  folder.write(below / "x");
-  auto const all = directory()->collectContents(String(KVW("*")), true);
-  EXPECT_EQ(all.size(), 41u);
-  EXPECT_EQ(directory()->collectFiles(String(KVW("x")), true).size(), 1u);
-}
-
 TEST_F(DirectorySearchOnDisk, IteratorsOnOneFolderRunSideBySide) {
   folder.write("a");
   folder.write("b");
@@ -222,4 +183,5 @@ TEST_F(DirectorySearchOnDisk, ARelativeDirectoryGivesAbsoluteItems) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

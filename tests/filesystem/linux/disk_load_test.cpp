@@ -17,9 +17,9 @@
 #include "tests/filesystem/disk_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
-using namespace KV_1_1::testing;
 namespace fs = std::filesystem;
 
 constexpr std::int64_t kMega = 1 << 20;
@@ -113,4 +113,5 @@ TEST(DiskLoadLinux, APathBeyondTheSystemsLimit) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -13,9 +13,8 @@
 #include "tests/filesystem/disk_support.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
-
-using namespace KV_1_1::testing;
 
 class FileDiskLinux : public OnDisk {
  protected:
@@ -81,4 +80,5 @@ TEST_F(FileDiskLinux, ACopyThatNeverBeginsTellsNoProgress) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1
