@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The collect functions over a scripted system: what they give, in which order, and by which searches.
+// The results of the collect functions on a scripted system, their order, and the searches behind them.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -117,7 +117,7 @@ TEST_F(DirectoryCollect, AnInvalidPatternGivesNothingAndAMessageForEachSearch) {
   EXPECT_EQ(messages.take(), Texts{message});
   EXPECT_EQ(searches(), Texts());
 
-  // The walk goes on through all four levels all the same.
+  // The walk still goes through all four levels.
   EXPECT_TRUE(directory->collectFiles(invalid, true).empty());
   EXPECT_EQ(messages.take(), Texts(4, message));
   EXPECT_EQ(searches(), Texts({R"(C:\d\*)", R"(C:\d\x\*)", R"(C:\d\x\a1\*)", R"(C:\d\a2\*)"}));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Directory::copyContents on the real disk, against what is told of it and against a plain model.
+// Directory::copyContents on the real disk, compared with its contract and with a simple model.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -222,7 +222,7 @@ TEST_F(DirectoryCopyOnDisk, RandomTreesAgainstAPlainModel) {
   EXPECT_EQ(messages.take(), Texts());
 }
 
-// A target with contents of its own: what is copied is the source's, everything else is as it was.
+// A target with contents of its own: copied files are those of the source, everything else stays as it was.
 TEST_F(DirectoryCopyOnDisk, RandomTreesOverOneAnother) {
   std::mt19937 random(31337);
   for (int round = 0; round < 10; ++round) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Directory::copyContents, call by call over a scripted disk.
+// The calls of Directory::copyContents on a scripted disk.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,7 +35,7 @@ class DirectoryCopy : public ScriptedSystem<ScriptedDisk> {
   SmartPtr<Directory const> target = directoryAt(KVW(R"(C:\t)"));
 };
 
-// What is asked and done for one folder that is missing in the target.
+// The calls for one folder that is missing in the target.
 Log made(std::string const& parent, std::string const& folder) {
   return {"getAttributes " + folder, "getAttributes " + parent, "createDirectory " + folder};
 }
@@ -93,7 +93,7 @@ TEST_F(DirectoryCopy, AFolderThatIsThereIsAskedForOnly) {
   EXPECT_TRUE(std::none_of(log.begin(), log.end(), [](std::string const& call) { return call.find("create") == 0; }));
 }
 
-// Which flags let which failure pass. The call that fails is the first of its kind.
+// Which flags tolerate which failure.
 TEST_F(DirectoryCopy, WhatAFailureDoes) {
   struct Row {
     char const* name;
@@ -173,7 +173,7 @@ TEST_F(DirectoryCopy, WithoutProgress) {
   EXPECT_TRUE(files.has(KVW(R"(C:\t\p\q\y)")));
 }
 
-// Without a current directory a relative source cannot be searched; that passes for one without items.
+// Without a current directory a relative source cannot be searched, and counts as empty.
 TEST_F(DirectoryCopy, NoSearchIsNoFailure) {
   files.script.attributes[KVW("r\\")] = kFolderEntry;
   EXPECT_TRUE(directoryAt(KVW("r"))->copyContents(target, true, false, &progress));
@@ -194,7 +194,7 @@ TEST_F(DirectoryCopy, ARelativeTargetStaysRelative) {
                     {R"(findFirst C:\s\*)", R"(copyFile \\?\C:\s\a -> t\a 0)"}}));
 }
 
-// A name that is refused ends each walk that meets it, without a failure: what stands behind it is not seen.
+// An invalid name ends each walk that meets it, without a failure: the entries behind it are not seen.
 TEST_F(DirectoryCopy, ARefusedNameEndsTheWalk) {
   files.list(KVW(R"(C:\s\)"), {{kFileEntry, KVW("a")},
                                {kFolderEntry, KVW("e")},

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What Directory makes and asks on the disk: create, isEmpty, openInExplorer, and File::createParentDirectories.
+// Directory::create, isEmpty and openInExplorer, and File::createParentDirectories.
 #include <gtest/gtest.h>
 
 #include <filesystem>

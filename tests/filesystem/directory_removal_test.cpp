@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Directory::remove and removeContents: what goes, in which order, and where they stop.
+// Directory::remove and removeContents: what they remove, in which order, and where they stop.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -141,7 +141,7 @@ TEST_F(DirectoryRemoval, FilesThatVanishMeanwhileAreNoFailure) {
   }
 }
 
-// A name that is refused ends each walk that meets it, without a failure: what stands behind it is not seen.
+// An invalid name ends each walk that meets it, without a failure: the entries behind it are not seen.
 TEST_F(DirectoryRemoval, ARefusedNameEndsTheWalk) {
   files.list(KVW(R"(C:\d\)"), {{kFolderEntry, KVW("bad.")},
                                {kFolderEntry, KVW("s")},
@@ -154,7 +154,7 @@ TEST_F(DirectoryRemoval, ARefusedNameEndsTheWalk) {
   EXPECT_EQ(messages.take(), Texts{invalidName("bad.")});
 }
 
-// Without a current directory a relative one cannot be searched; that passes for one without items.
+// Without a current directory a relative one cannot be searched, and counts as empty.
 TEST_F(DirectoryRemoval, NoSearchIsNoFailure) {
   files.script.attributes[KVW("r\\")] = kFolderEntry;
   SmartPtr<Directory const> const relative = directoryAt(KVW("r"));

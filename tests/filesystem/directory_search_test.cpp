@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The iterators, call by call, over a scripted system.
+// The calls and items of the iterators on a scripted system.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -301,7 +301,7 @@ TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
   SmartPtr<FileIterator> const target = directory->findFiles(String(KVW("*")));
   SmartPtr<FileIterator> const finished = directory->findFiles(String(KVW("none")));
   {
-    SmartPtr<FileIterator> const keeper(new FileIterator(*target));  // to close what the target forgets
+    SmartPtr<FileIterator> const keeper(new FileIterator(*target));  // closes the search that the target drops
     calls();
     *target = *finished;
     EXPECT_EQ(calls(), Log());
@@ -311,7 +311,7 @@ TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
   EXPECT_EQ(calls(), Log{"findClose"});
 }
 
-// Through a pointer to the base the base's form answers: it tells files from directories whatever the iterator is of.
+// Called through the base class, getNext gives files and directories, whatever the class of the iterator.
 TEST_F(DirectorySearch, TheBasesGetNextIsNotVirtual) {
   entries({{kFolder, KVW("d")}, {kFile, KVW("f")}});
   SmartPtr<FileSystemIterator> const iterator = directory->findFiles(String(KVW("*")));

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int kRounds = 20;
 
-// Whoever finds that somebody else was quicker is content.
+// A thread that finds the directory made by another one succeeds too.
 TEST(DiskConcurrency, AllMakersOfOneDirectorySucceed) {
   TempFolder folder;
   for (int round = 0; round < kRounds; ++round) {

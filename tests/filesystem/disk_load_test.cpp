@@ -23,7 +23,7 @@ class DiskLoad : public OnDisk {
  protected:
   DiskLoad() : OnDisk(quickPlace()) {}
 
-  // Without the layers of a stream, which cost more than the file.
+  // Without a stream, which costs more time than the file.
   void writeQuickly(std::string const& below, std::string const& bytes) const {
     std::FILE* const out = std::fopen(folder.path(below).string().c_str(), "wb");
     ASSERT_NE(out, nullptr) << below;
@@ -75,7 +75,7 @@ TEST_F(DiskLoad, ATreeOfManyFiles) {
 }
 
 TEST_F(DiskLoad, ADirectoryOfManyFiles) {
-  int const files = 3000;  // more than the system gives at a time
+  int const files = 3000;  // more than one call of the system gives
   folder.makeFolder("d");
   for (int i = 0; i < files; ++i) writeQuickly("d/scan" + std::to_string(i) + ".dat", "");
   SmartPtr<Directory const> const full = directory(KVW("d"));
@@ -114,7 +114,7 @@ TEST_F(DiskLoad, AFileBeyondFourGigabytes) {
 
 TEST_F(DiskLoad, NamesOfTheGreatestLength) {
   wstring const longest(255, KVW('n')), dotted = wstring(251, KVW('n')) + KVW(".dat");
-  wstring accented(127, KVW('\u00e4'));  // two bytes each where names are bytes
+  wstring accented(127, KVW('\u00e4'));  // two bytes each on Linux
   accented += KVW('n');
   for (wstring const& name : {longest, dotted, accented}) {
     useFile(file(name), file(KVW("beside")));

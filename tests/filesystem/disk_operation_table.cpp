@@ -21,7 +21,7 @@ std::string textOf(int value) {
   return std::to_string(value);
 }
 
-// Whether a query succeeded, and whether it left its output alone if not.
+// The result of a query; says so if a failing one changed its output.
 std::string sizeOf(SmartPtr<File const> const& file) {
   ULARGE_INTEGER size;
   size.QuadPart = 77;
@@ -126,8 +126,8 @@ Judge const kReadOnlyFails = by({{"getAttributes", 0, "168", kBefore, ""}, {"set
 std::string const kNotCreated = "Failed to create the directory '{d}/n/'.\r\nWindows error message: ";
 std::string const kNotCreatedBelow = "Failed to create the directory '{d}/n/m/'.\r\nWindows error message: ";
 
-// What removals have in common: an item that is refused ends them with its own message; a search that fails finds
-// nothing, so that the directory which holds the items is not empty.
+// Common to removals: an item that cannot be removed ends them with its own message; a search that fails finds nothing,
+// so the directory is then not empty.
 void judgeRemoval(Fault const& fault) {
   if (fault.call == "deleteFile" || fault.call == "removeDirectory") {
     EXPECT_EQ(fault.result, "false");

@@ -18,7 +18,7 @@
 namespace KV_1_1 {
 namespace testing {
 
-// The items of a tree by their names, and who counts the files copied.
+// The items of a tree by their names, and the progress that counts copied files.
 class DiskItems {
  public:
   explicit DiskItems(wstring const& root) : root_(root) {}
@@ -34,7 +34,7 @@ class DiskItems {
   wstring root_;
 };
 
-// One failing call of an operation, and what came of it.
+// One failing call of an operation, and its effects.
 struct Fault {
   wstring root;      // the folder of the tree
   int number;        // of the call that failed, from 1
@@ -51,7 +51,7 @@ struct Fault {
   std::string path() const { return line.substr(call.size() + std::string(R"( \\?\)").size()); }
 };
 
-// Says what is wrong about a fault.
+// Expects the right effects of a fault.
 using Judge = std::function<void(Fault const&)>;
 
 // What an operation gives.

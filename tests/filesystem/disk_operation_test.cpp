@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What holds for every operation in the table of disk operations: which of an item's names goes to which call, and that
-// neither a call that fails nor memory that runs out leaves anything open, or removes, overwrites or makes anything that
-// was not to be.
+// Holds for every operation in the table of disk operations: each call gets the right one of an item's names, and neither
+// a failing call nor a failing allocation leaves a handle open, or makes, changes or removes an item by mistake.
 #include "tests/filesystem/disk_operation_table.h"
 
 #include <gtest/gtest.h>
@@ -77,7 +76,7 @@ class DiskTree {
   std::string below_;
 };
 
-// Each item that stays is as it was; each that goes is gone or as it was; each that comes or changes is so or not yet.
+// Expects each item to be as before or as after success, and none missing that was to stay.
 void expectBetween(Tree const& before, Tree const& after, Tree const& done) {
   auto const has = [](Tree const& tree, Tree::value_type const& item) {
     auto const found = tree.find(item.first);
@@ -92,7 +91,7 @@ void expectBetween(Tree const& before, Tree const& after, Tree const& done) {
   }
 }
 
-// A desktop that agrees to everything and keeps nothing, so that it does not allocate and serves several threads.
+// A desktop on which everything succeeds. It keeps no log, so it does not allocate and serves several threads.
 class AgreeableShell final : public platform::ShellApi {
  public:
   std::intptr_t open(wchar const*, wchar const*, wchar const*, int) override { return 42; }
@@ -220,7 +219,7 @@ TEST_F(DiskOperations, StandEveryCallThatFails) {
       }
     }
   }
-  // Every call that an operation can make has been among them.
+  // Every call that an operation can make has failed once.
   EXPECT_EQ(failedCalls.size(), 20u);
 }
 
@@ -264,7 +263,7 @@ TEST_F(DiskOperations, StandEveryAllocationThatFails) {
 
 // --- Long paths ------------------------------------------------------------------------------------------------------
 
-// The real disk where every plain name below a folder is too long, as it is on Windows from 260 units on.
+// The real disk where every plain name below a folder is too long, as it is on Windows from 260 code units on.
 class LimitedFiles final : public InterceptedFiles {
  public:
   explicit LimitedFiles(wstring const& root) : InterceptedFiles(platform::nativeFiles()), root_(root) {}

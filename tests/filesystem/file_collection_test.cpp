@@ -84,7 +84,7 @@ TEST(FileCollection, ACopyHasItsOwnPositionAndList) {
   EXPECT_EQ(assigned->getNext(), nullptr);
 }
 
-// The base is built over the current directory with an empty search string; its search plays no part.
+// The base class searches the current directory with an empty pattern; nobody asks for the items.
 TEST(FileCollection, SearchesTheCurrentDirectoryOnceForNothing) {
   ScriptedFiles files;
   files.script.directory = KVW(R"(C:\work)");

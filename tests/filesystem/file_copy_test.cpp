@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The three forms of File::copy: what the system is asked, what the result is, and what a progress is told.
+// The three forms of File::copy: their calls, results and progress.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -21,7 +21,7 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-// The progress that an application has in the middle of another object.
+// An application's progress that is not the first base of its object.
 class Window {
  public:
   virtual ~Window() = default;
@@ -29,7 +29,7 @@ class Window {
 };
 class ProgressWindow final : public Window, public RecordedProgress {};
 
-// Keeps what copyFile was called with.
+// Keeps the arguments of copyFile.
 class KeptCopy final : public FileScript {
  public:
   platform::CopyProgress routine = nullptr;
@@ -93,7 +93,7 @@ TEST_F(FileCopy, ResultByTheLastError) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     script.errors["copyFile"] = row.error;
-    errors.error = 112 - row.error;  // what was left before does not count
+    errors.error = 112 - row.error;  // an earlier error does not count
     EXPECT_EQ(source->copy(target, true), row.result);
     EXPECT_EQ(source->copy(target, false), row.result);
     EXPECT_EQ(source->copy(target, true, std::make_shared<RecordedProgress>()), row.result);
@@ -122,7 +122,7 @@ TEST_F(FileCopy, WithoutProgressNoRoutineAndNoData) {
   EXPECT_EQ(script.data, nullptr);
 }
 
-// A pointer may own one thing and point at nothing, or point at a thing that nobody owns.
+// A shared pointer may own an object and point at nothing, or point at an object that it does not own.
 TEST_F(FileCopy, ProgressIsWhatIsPointedAtNotWhatIsOwned) {
   auto const owner = std::make_shared<RecordedProgress>();
   EXPECT_EQ(source->copy(target, true, std::shared_ptr<IProgress>(owner, nullptr)), 0);
@@ -358,8 +358,7 @@ TEST_F(FileCopyOnDisk, TheReadOnlyBitGoesAlong) {
   EXPECT_FALSE(file(KVW("other"))->isReadOnly());
 }
 
-// A device that is always full: at the root of the system, or where Wine shows that root. Wine itself
-// tells nothing of devices.
+// A device that is always full, by its path on Linux or by the drive on which Wine shows that path.
 TEST_F(FileCopyOnDisk, AFullDiskHasACodeOfItsOwn) {
   bool const isOnDrive = directoryAt(KVW(R"(Z:\dev)"))->exists();
   SmartPtr<File const> const full = fileAt(isOnDrive ? KVW(R"(Z:\dev\full)") : KVW(R"(\dev\full)"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What File does on the disk but for copying: remove, move, touch, the read-only family, sizes. By script: which calls
-// in which order, and what each answer leads to.
+// File's remove, move, touch, read-only family and sizes on a scripted system: the order of the calls, and the results by
+// their answers.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -30,7 +30,7 @@ class FileOperations : public ScriptedSystem<ScriptedFiles> {
   SmartPtr<File const> const folder = fileAt(KVW(R"(C:\a\d)"));  // a file by name, a directory on the disk
 };
 
-// What the system's reason reads in a message.
+// The text of the system's error in a message.
 struct ReasonRow {
   char const* name;
   ulong32 error;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Paths, slow and obvious: the fields of a Directory and a File as plain values, and each operation written step by
+// A simple model of paths: the fields of a Directory and a File as plain values, and each operation written step by
 // step on plain texts. Nothing of the library is used, so that its path logic can be compared with this one.
 #pragma once
 
@@ -28,7 +28,7 @@ struct FileModel {
   wstring extension;
 };
 
-// What a process knows and what it has been told.
+// The current directories of a process, and the messages reported to it.
 struct PathWorld {
   std::optional<wstring> currentDirectory;
   std::optional<wstring> driveDirectories[26];

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The rules for names, slow and obvious, on plain texts that may hold NULs.
+// A simple model of the rules for names, on plain texts that may hold NULs.
 #pragma once
 
 #include "kvbase/text_unit.h"

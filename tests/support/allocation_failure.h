@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Makes one allocation fail and sees whether the code that met it cleans up. Counted are the payloads of Strings and
-// everything from operator new, on the thread that opened the scope and as long as the scope lasts.
+// Makes one allocation fail and tells whether the code under test cleans up. Counts the payloads of Strings and
+// everything from operator new, on the thread that opened the scope and while the scope lasts.
 //
 //   for (int n = 1;; ++n) {
 //     bool threw = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Texts of the library as UTF-8 and back, for logs and expectations. Slow and obvious, and independent of the library's
-// own conversions. A lone surrogate shows as the three bytes of its number.
+// Texts of the library as UTF-8 and back, for logs and expectations: simple code, independent of the library's own
+// conversions. A lone surrogate becomes the three bytes of its number.
 #pragma once
 
 #include <string>
