@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <new>
-#include <type_traits>
 
 #include "kvbase/core/smart_ptr.h"
 #include "kvbase/filesystem/directory.h"
@@ -20,20 +19,6 @@ namespace testing {
 namespace {
 
 constexpr unsigned int kDeadMark = 0xF000DEAD;
-
-TEST(BaseNode, IsThePointerToItsOperationsAndTheCount) {
-  EXPECT_EQ(sizeof(BaseNode), 2 * sizeof(void*));
-  EXPECT_TRUE((std::is_base_of<VisitorCore, BaseNode>::value));
-  EXPECT_TRUE(std::is_empty<VisitorCore>::value);
-  EXPECT_TRUE(std::is_polymorphic<BaseNode>::value);
-}
-
-TEST(BaseNode, IsNotCopiedAssignedOrDestroyedFromOutside) {
-  EXPECT_FALSE(std::is_copy_constructible<BaseNode>::value);
-  EXPECT_FALSE(std::is_copy_assignable<BaseNode>::value);
-  EXPECT_FALSE(std::is_destructible<BaseNode>::value);
-  EXPECT_TRUE(std::has_virtual_destructor<BaseNode>::value);
-}
 
 TEST(BaseNode, StartsUnowned) {
   int alive = 0;

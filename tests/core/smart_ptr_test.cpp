@@ -177,25 +177,6 @@ TEST_F(SmartPtrSequence, AVectorGrowsWithoutTouchingCounts) {
   EXPECT_EQ(happened(), Log({"unref a", "destroy a"}));
 }
 
-TEST(SmartPtr, IsOnePointer) {
-  EXPECT_EQ(sizeof(SmartPtr<File const>), sizeof(void*));
-  EXPECT_TRUE(std::is_nothrow_move_constructible<SmartPtr<File const>>::value);
-  EXPECT_TRUE(std::is_nothrow_default_constructible<SmartPtr<File const>>::value);
-}
-
-TEST(SmartPtr, ConvertsToBaseAndToConstAndNeverBack) {
-  EXPECT_TRUE((std::is_convertible<SmartPtr<File>, SmartPtr<File const>>::value));
-  EXPECT_TRUE((std::is_convertible<SmartPtr<File>, SmartPtr<FileSystemItem>>::value));
-  EXPECT_TRUE((std::is_convertible<SmartPtr<File>, SmartPtr<FileSystemItem const>>::value));
-  EXPECT_TRUE((std::is_convertible<SmartPtr<File const>, SmartPtr<BaseNode const>>::value));
-  EXPECT_TRUE((std::is_convertible<File*, SmartPtr<BaseNode const>>::value));
-  EXPECT_FALSE((std::is_convertible<SmartPtr<File const>, SmartPtr<File>>::value));
-  EXPECT_FALSE((std::is_convertible<SmartPtr<FileSystemItem>, SmartPtr<File>>::value));
-  EXPECT_FALSE((std::is_constructible<SmartPtr<File>, SmartPtr<FileSystemItem>>::value));
-  EXPECT_FALSE((std::is_convertible<SmartPtr<File>, SmartPtr<Directory>>::value));
-  EXPECT_FALSE((std::is_assignable<SmartPtr<File>&, SmartPtr<File const>>::value));
-}
-
 TEST(SmartPtr, ComparesWithNullRawPointersAndOtherSmartPtrs) {
   int alive = 0;
   SmartPtr<LiveNode> const one(new LiveNode(alive));

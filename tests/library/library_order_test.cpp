@@ -165,13 +165,16 @@ TEST(LibraryOrderDeathTest, LazyObjectsGoNewestFirstWhileRecordsAndTextsStand) {
       ::testing::ExitedWithCode(0), "newer\\+records\\+texts;older\\+records\\+texts;");
 }
 
-// A record that a program builds below those of the library goes before them, and its module after it.
+// A record that a program builds below those of the library goes before them, and its module after it. Texts work to the
+// last in a static of the program, too.
 TEST(LibraryOrderDeathTest, RecordsOfOthersGoBeforeThoseOfTheLibrary) {
   struct Client {
+    String text = String(KVW(" early ")).trim();
     ModuleOwner owner;
     mZClass record{KVW("Client"), BaseNode::Class(), owner.module(), ClassVersion()};
     ~Client() {
-      bool const stands = record.isDerivedFrom(BaseNode::Class()) && classesNow() == start.classes;
+      bool const stands = record.isDerivedFrom(BaseNode::Class()) && classesNow() == start.classes &&
+                          (text + KVW(" and late")).trim() == KVW("early and late");
       std::fprintf(stderr, "client%s;", stands ? "+library" : "");
     }
   };

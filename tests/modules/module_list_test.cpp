@@ -3,9 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <memory>
-#include <type_traits>
 #include <vector>
 
 #include "kvbase/modules/client_module.h"
@@ -131,24 +129,9 @@ TEST(ModuleList, PositionsCopyAndCompareByTheirModule) {
   EXPECT_EQ(position.operator->(), &*position);
 }
 
-TEST(ModuleList, PositionsTellTheirTypes) {
-  using Traits = std::iterator_traits<Position>;
-  EXPECT_TRUE((std::is_same<Traits::iterator_category, std::bidirectional_iterator_tag>::value));
-  EXPECT_TRUE((std::is_same<Traits::value_type, Module const>::value));
-  EXPECT_TRUE((std::is_same<Traits::difference_type, unsigned long long>::value));
-  EXPECT_TRUE((std::is_same<Traits::pointer, Module const*>::value));
-  EXPECT_TRUE((std::is_same<Traits::reference, Module const&>::value));
-}
-
 TEST(ModuleList, AModuleThatWasNotStartedHasTheEmptyName) {
   ModuleOwner owner;
   EXPECT_EQ(&owner.module().getModuleName(), &String::EMPTY);
-}
-
-TEST(ModuleList, AModuleIsMadeOnlyByItsOwner) {
-  EXPECT_FALSE(std::is_default_constructible<Module>::value);
-  EXPECT_FALSE(std::is_destructible<Module>::value);
-  EXPECT_FALSE(std::is_copy_constructible<Module>::value);
 }
 
 }  // namespace

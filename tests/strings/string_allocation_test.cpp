@@ -29,7 +29,7 @@ struct Snapshot {
   }
   std::size_t bytes() const { return static_cast<std::size_t>(length) * sizeof(wchar); }
 
-  static constexpr int kRoom = 128;
+  static constexpr int kRoom = 256;
   bool nil;
   int length;
   wchar units[kRoom];

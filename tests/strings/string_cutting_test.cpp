@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/strings/string_support.h"
-#include "tests/support/allocation_failure.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -134,19 +133,6 @@ TEST(StringCutting, StartsAndEndsWith) {
   }
 }
 
-TEST(StringCutting, QuestionsAllocateNothingAndKeepTheReceiver) {
-  String const text(KVW("scan001.dat"));
-  String const part(KVW(".dat"));
-  String const upper(KVW(".DAT"));
-  AllocationFailure scope(0);
-  bool const answers = text.endsWith(part) && text.endsWith(upper, true) && !text.startsWith(part) &&
-                       text.compare(part) != 0 && text.compareIgnoreCase(upper) != 0 && text.find(KVW("dat"), 0) == 8 &&
-                       text.findLastOf(KVW("a")) == 9 && text.findDigit(0, 0) == 4;
-  scope.end();
-  EXPECT_TRUE(answers);
-  EXPECT_EQ(scope.allocations(), 0);
-}
-
 TEST(StringCutting, AddingStrings) {
   String const nil;
   String const empty(KVW(""));
@@ -179,47 +165,6 @@ TEST(StringCutting, AddingStrings) {
     EXPECT_EQ(shares(sum, row.a), row.shared == &row.a);
     EXPECT_EQ(shares(sum, row.b), row.shared == &row.b);
   }
-}
-
-TEST(StringCutting, AddingTextsAndUnits) {
-  String const nil;
-  String const ab(KVW("ab"));
-  wchar const* const null = nullptr;
-  EXPECT_EQ(relation(ab + null, ab), "shares");
-  EXPECT_EQ(relation(null + ab, ab), "shares");
-  EXPECT_EQ(state(ab + KVW("cd")), "\"abcd\"");
-  EXPECT_EQ(state(KVW("cd") + ab), "\"cdab\"");
-  EXPECT_EQ(state(ab + KVW("")), "\"ab\"");
-  EXPECT_EQ(state(KVW("") + ab), "\"ab\"");
-  EXPECT_EQ(state(nil + KVW("cd")), "\"cd\"");
-  EXPECT_EQ(state(KVW("cd") + nil), "\"cd\"");
-  EXPECT_EQ(state(nil + KVW("")), "\"\"") << "an empty text is something, a null text is not";
-  EXPECT_EQ(state(KVW("") + nil), "\"\"");
-  EXPECT_EQ(state(nil + null), "NIL");
-  EXPECT_EQ(state(null + nil), "NIL");
-  EXPECT_EQ(state(ab + KVW('c')), "\"abc\"");
-  EXPECT_EQ(state(KVW('c') + ab), "\"cab\"");
-  EXPECT_EQ(state(nil + KVW('c')), "\"c\"");
-  EXPECT_EQ(state(KVW('c') + nil), "\"c\"");
-  EXPECT_EQ(state(nil + wchar(0)), "\"\"");
-  EXPECT_EQ(state(wchar(0) + nil), "\"\"");
-  EXPECT_EQ(state(ab + wchar(0)), "\"ab\"");
-  EXPECT_EQ(state(wchar(0) + ab), "\"ab\"");
-  EXPECT_FALSE(shares(ab, ab + wchar(0)));
-}
-
-TEST(StringCutting, AddingCopiesOnceIntoAnExactPayload) {
-  String const a(KVW("ab"));
-  String const b(KVW("cd"));
-  AllocationFailure scope(0);
-  {
-    String const sum = a + b;
-    String const text = a + KVW("cd");
-    String const unit = a + KVW('c');
-  }
-  scope.end();
-  EXPECT_EQ(scope.allocations(), 3);
-  EXPECT_EQ(scope.live(), 0);
 }
 
 }  // namespace

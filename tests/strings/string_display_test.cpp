@@ -169,20 +169,6 @@ TEST(StringDisplay, LongTexts) {
   }
 }
 
-// Whoever leaves room for the front and the dots gets a text within the limit.
-TEST(StringDisplay, TheLimitIsKeptWhereTheFrontFits) {
-  RandomText random(291);
-  for (int i = 0; i < kRounds; ++i) {
-    int const limit = random.between(3, 60);
-    int const head = random.between(0, limit - 3);
-    wstring text = random.text(random.below(90), RandomUnits::kFew);
-    for (wchar& unit : text)
-      if (unit == KVW('b')) unit = KVW('/');
-    String const result = stringOf(text).shortenString(limit, head);
-    ASSERT_LE(result.length(), limit) << spelled(text) << ", head " << head;
-  }
-}
-
 }  // namespace
 }  // namespace testing
 }  // namespace KV_1_1

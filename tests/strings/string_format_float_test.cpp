@@ -158,30 +158,6 @@ TEST(StringFormatFloat, DecimalLookingValuesAgreeWithTheModel) {
   }
 }
 
-TEST(StringFormatFloat, ReadsBackWhereTheDigitsHoldTheValue) {
-  RandomText random(254);
-  for (int i = 0; i < kRounds; ++i) {
-    double const value = static_cast<double>(random.between(-1000000000, 1000000000)) / 1024;
-    String string;
-    string << value;
-    double back = 1;
-    string >> back;
-    ASSERT_NEAR(back, value, 1e-8);
-    // From one on there are nine places, which hold every multiple of 1/512.
-    double const exact = static_cast<double>(random.between(512, 1000000000)) / (random.oneIn(2) ? 512 : -512);
-    string = String();
-    string << exact;
-    string >> back;
-    ASSERT_EQ(back, exact);
-    float const single = static_cast<float>(random.between(-1000000, 1000000)) / 16;
-    float singleBack = 1;
-    string = String();
-    string << single;
-    string >> singleBack;
-    ASSERT_EQ(singleBack, single);
-  }
-}
-
 }  // namespace
 }  // namespace testing
 }  // namespace KV_1_1

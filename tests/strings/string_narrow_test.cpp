@@ -67,13 +67,6 @@ TEST(StringNarrow, PageZeroIsTheAnsiPage) {
   EXPECT_STREQ(String(KVW("abc")).stringAnsi(), "");
 }
 
-TEST(StringNarrow, NilHasNoNarrowTextButAPath) {
-  EXPECT_EQ(String::NIL.stringAnsi(), nullptr);
-  EXPECT_EQ(String::NIL.stringUTF8(), nullptr);
-  ASSERT_NE(String::NIL.stringPath(), nullptr);
-  EXPECT_EQ(*String::NIL.stringPath(), 0);
-}
-
 TEST(StringNarrow, EmptyTextsShareOneNarrowText) {
   String const own(KVW(""));
   ASSERT_STREQ(emptyNarrowText(), "");
@@ -197,13 +190,6 @@ TEST(StringNarrow, CharactersThatThePageLacksAreReplaced) {
   EXPECT_STREQ(String(KVW("\x00E4\x20AC")).stringAnsi(), "\xE4\x80");
 }
 
-TEST(StringNarrow, NonAsciiIsLongerInUtf8) {
-  String const string(KVW("\x00E4\x20AC"));
-  EXPECT_EQ(string.length(), 2);
-  EXPECT_STREQ(string.stringUTF8(), "\xC3\xA4\xE2\x82\xAC");
-  EXPECT_GT(std::strlen(string.stringUTF8()), 2u);
-}
-
 TEST(StringNarrow, Utf8ComesBackAsItWas) {
   RandomText random(201);
   for (int round = 0; round < 2000; ++round) {
@@ -213,13 +199,6 @@ TEST(StringNarrow, Utf8ComesBackAsItWas) {
     String const string(UTF8Interface(bytes.c_str()));
     ASSERT_EQ(string.stringUTF8(), visibleBytes) << "round " << round;
     ASSERT_EQ(units(string), reference::fromUtf8(visibleBytes)) << "round " << round;
-  }
-}
-
-TEST(StringNarrow, EveryUnitInUtf8) {
-  for (int unit = 1; unit <= 0xFFFF; ++unit) {
-    wstring const text(1, static_cast<wchar>(unit));
-    ASSERT_EQ(stringOf(text).stringUTF8(), reference::toUtf8(text)) << "unit " << unit;
   }
 }
 

@@ -128,24 +128,6 @@ TEST(StringParseIndex, Step) {
   }
 }
 
-TEST(StringParseIndex, StepsLeaveOtherHoldersAlone) {
-  for (StepRow const& row : kStepRows) {
-    SCOPED_TRACE(row.name);
-    String const original(row.text);
-    for (bool const isUp : {true, false}) {
-      String string = original;
-      isUp ? string.incrementIndex() : string.decrementIndex();
-      EXPECT_EQ(spelled(original), spelled(String(row.text)));
-      EXPECT_FALSE(isNil(string));
-      EXPECT_FALSE(shares(string, original));
-    }
-  }
-  String empty = String::EMPTY;
-  empty.incrementIndex();
-  EXPECT_EQ(spelled(empty), "\"1\"");
-  EXPECT_EQ(String::EMPTY.length(), 0);
-}
-
 TEST(StringParseIndex, StepsOfTheSameWidthKeepAnUnsharedPayload) {
   String string(KVW("file009"));
   wchar const* const before = string;
@@ -226,19 +208,6 @@ TEST(StringParseIndex, LongTexts) {
 TEST(StringParseIndex, BehindANul) {
   EXPECT_EQ(stringOf(wstring(KVW("a1\0b12"), 6)).getIndex(), 12u);
   EXPECT_EQ(stringOf(wstring(KVW("a1\0"), 3)).getIndex(), 0u);
-}
-
-TEST(StringParseIndex, WrittenNumbersReadBack) {
-  RandomText random(262);
-  for (int i = 0; i < kRounds; ++i) {
-    unsigned int const index = static_cast<unsigned>(random.between(1, 0xFFFF)) << random.below(16);
-    String string(KVW("scan"));
-    string.setIndex(index);
-    if (index <= 2147483647u) ASSERT_EQ(string.getIndex(), index);
-    string.incrementIndex();
-    string.decrementIndex();
-    if (index < 2147483647u) ASSERT_EQ(string.getIndex(), index);
-  }
 }
 
 }  // namespace

@@ -165,46 +165,6 @@ TEST(StringParseModel, RandomTruthValuesAgreeWithTheModel) {
   }
 }
 
-template <class T>
-void expectReadBack(T value) {
-  String string;
-  string << value;
-  T back = static_cast<T>(~value);
-  string >> back;
-  if (back != value || string.length() != 0) FAIL() << +back << " for " << +value << ", leaves " << spelled(string);
-}
-
-TEST(StringParseModel, WrittenIntegersReadBack) {
-  RandomText random(267);
-  for (int i = 0; i < kRounds; ++i) {
-    unsigned long long bits = 0;
-    for (int k = 0; k < 4; ++k) bits = bits << 16 | static_cast<unsigned>(random.below(0x10000));
-    if (random.oneIn(2)) bits >>= random.below(64);
-    expectReadBack(static_cast<signed char>(bits));
-    expectReadBack(static_cast<unsigned char>(bits));
-    expectReadBack(static_cast<short>(bits));
-    expectReadBack(static_cast<unsigned short>(bits));
-    expectReadBack(static_cast<int>(bits));
-    expectReadBack(static_cast<unsigned int>(bits));
-    expectReadBack(static_cast<long>(static_cast<std::int32_t>(bits)));
-    expectReadBack(static_cast<unsigned long>(static_cast<std::uint32_t>(bits)));
-    expectReadBack(static_cast<long long>(bits));
-    expectReadBack(bits);
-    if (HasFatalFailure()) return;
-  }
-}
-
-TEST(StringParseModel, ManyNumbersInARow) {
-  String string;
-  for (int i = -200; i < 200; ++i) string << KVW(' ') << i;
-  for (int i = -200; i < 200; ++i) {
-    int value = 777;
-    string >> value;
-    ASSERT_EQ(value, i);
-  }
-  EXPECT_TRUE(shares(string, String::EMPTY));
-}
-
 }  // namespace
 }  // namespace testing
 }  // namespace KV_1_1

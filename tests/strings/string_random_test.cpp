@@ -67,36 +67,6 @@ TEST(StringRandom, Search) {
   }
 }
 
-TEST(StringRandom, ClassSearch) {
-  struct Search {
-    char const* name;
-    int (*search)(String const& text, int from);
-    bool (*accepts)(wchar unit);
-  } const searches[] = {
-      {"findAlpha", [](String const& s, int from) { return s.findAlpha(from); }, &reference::isAlpha},
-      {"findAlphaNum", [](String const& s, int from) { return s.findAlphaNum(from); }, &reference::isWordOrNumber},
-      {"findDigit", [](String const& s, int from) { return s.findDigit(from, 0); }, &reference::isDigit},
-      {"findNonDigit", [](String const& s, int from) { return s.findNonDigit(from); },
-       [](wchar u) { return !reference::isDigit(u); }},
-      {"findNumeric", [](String const& s, int from) { return s.findNumeric(from); }, &reference::isNumeric},
-      {"findWS", [](String const& s, int from) { return s.findWS(from); },
-       [](wchar u) { return !reference::isGraphic(u); }},
-      {"findNonWS", [](String const& s, int from) { return s.findNonWS(from); }, &reference::isGraphic},
-  };
-  RandomText random(42);
-  for (int round = 0; round < kRounds; ++round) {
-    wstring const text = randomText(random, 30);
-    String const string = stringOf(text);
-    int const from = position(random, text);
-    for (Search const& row : searches) {
-      int expected = reference::inText(text, from) ? from : static_cast<int>(text.size());
-      while (expected < static_cast<int>(text.size()) && !row.accepts(reference::at(text, expected))) ++expected;
-      if (expected == static_cast<int>(text.size())) expected = -1;
-      ASSERT_EQ(expected, row.search(string, from)) << row.name << ", round " << round;
-    }
-  }
-}
-
 TEST(StringRandom, Comparison) {
   RandomText random(43);
   for (int round = 0; round < kRounds; ++round) {

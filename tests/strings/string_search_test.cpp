@@ -7,6 +7,7 @@
 
 #include "tests/reference/string_search.h"
 #include "tests/strings/string_support.h"
+#include "tests/support/random_text.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -175,13 +176,14 @@ TEST(StringSearch, ClassSearchesGoByTheLength) {
   }
 }
 
-TEST(StringSearch, ClassSearchesOnNilAndEmptyTexts) {
-  for (ClassSearch const& row : kClassSearches) {
-    SCOPED_TRACE(row.name);
-    for (int const from : {0, 1, -1, kSmallest, kLargest}) {
-      EXPECT_EQ(row.search(String::NIL, from), -1);
-      EXPECT_EQ(row.search(String::EMPTY, from), -1);
-    }
+TEST(StringSearch, ClassSearchesInRandomTexts) {
+  RandomText random(42);
+  for (int round = 0; round < kRounds; ++round) {
+    wstring const text = random.text(random.below(30), random.oneIn(3) ? RandomUnits::kAnyWithNul : RandomUnits::kFew);
+    String const string = stringOf(text);
+    int const from = random.between(-2, string.length() + 2);
+    for (ClassSearch const& row : kClassSearches)
+      ASSERT_EQ(row.search(string, from), reference::findFirst(text, from, row.accepts)) << row.name << ' ' << round;
   }
 }
 
