@@ -32,33 +32,11 @@ function(kvbase_add_gtest target)
   set_tests_properties(${target} PROPERTIES TIMEOUT 900 RUN_SERIAL ON)
 endfunction()
 
-# Registers the cases of a source that must not compile: the blocks `#ifdef CASE_...` with a line `// expect: <regex>`. Each is
-# compiled alone and must fail with that message; the rest of the file must compile.
+# Registers a source whose cases must not compile: see compile_fail.cmake.
 function(kvbase_add_compile_fail source)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${source}")
   cmake_path(GET source STEM stem)
-  kvbase_add_compile_case(${stem} "${source}" NO_CASE "")
-  file(STRINGS "${source}" lines REGEX "^#ifdef CASE_|// expect: ")
-  set(case)
-  foreach(line IN LISTS lines)
-    if(line MATCHES "^#ifdef (CASE_[A-Z0-9_]+)")
-      if(case)
-        message(FATAL_ERROR "${source}: ${case} says no `// expect:`")
-      endif()
-      set(case ${CMAKE_MATCH_1})
-    elseif(line MATCHES "// expect: (.+)$")
-      kvbase_add_compile_case(${stem} "${source}" ${case} "${CMAKE_MATCH_1}")
-      set(case)
-    endif()
-  endforeach()
-  if(case)
-    message(FATAL_ERROR "${source}: ${case} says no `// expect:`")
-  endif()
-endfunction()
-
-function(kvbase_add_compile_case stem source case expected)
   add_test(
-    NAME compile_fail.${stem}.${case}
+    NAME compile_fail.${stem}
     COMMAND "${CMAKE_COMMAND}" "-Dcompiler=${CMAKE_CXX_COMPILER}" "-Dinclude=${PROJECT_SOURCE_DIR}" "-Dsource=${source}"
-            "-Dcase=${case}" "-Dexpected=${expected}" -P "${PROJECT_SOURCE_DIR}/cmake/checks/compile_fail.cmake")
+            -P "${PROJECT_SOURCE_DIR}/cmake/checks/compile_fail.cmake")
 endfunction()

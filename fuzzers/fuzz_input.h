@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What every fuzzer shares: texts and numbers cut from the input bytes, and a check that ends the run.
+// Shared by all fuzzers: texts and numbers taken from the input bytes, and a check that ends the run.
 #pragma once
 
 #include <algorithm>
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
 namespace fuzzing {
 
-// Ends the run with a message: what the library guarantees did not hold.
+// Ends the run with a message if a guarantee of the library does not hold.
 inline void require(bool holds, char const* what) {
   if (holds) return;
   std::fprintf(stderr, "violated: %s\n", what);

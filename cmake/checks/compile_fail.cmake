@@ -1,14 +1,60 @@
 # SPDX-License-Identifier: MIT
-# Compiles `source` with `case` defined. An empty `expected` asks for success, any other for a failure whose message it matches.
-execute_process(
-  COMMAND "${compiler}" -std=c++17 -I "${include}" -DKVBASE_STATIC -D${case} -S -o - "${source}"
-  RESULT_VARIABLE failed ERROR_VARIABLE message OUTPUT_QUIET)
-if(expected STREQUAL "")
-  if(failed)
-    message(FATAL_ERROR "must compile when no case is chosen, but:\n${message}")
+# A source that must compile, but for its cases: the blocks from `#ifdef CASE_...` to `#endif` with a line `// expect: <regex>`.
+# All cases are compiled at once, and each must give an error that matches, at one of its own lines or in a template that is
+# instantiated there.
+set(command "${compiler}" -std=c++17 -I "${include}" -DKVBASE_STATIC -S -o - "${source}")
+
+# Semicolons and brackets would be taken for those of CMake's lists.
+function(split_lines text out)
+  string(REGEX REPLACE "[][;]" " " text "${text}")
+  string(REPLACE "\n" ";" lines "${text}")
+  set(${out} "${lines}" PARENT_SCOPE)
+endfunction()
+
+execute_process(COMMAND ${command} RESULT_VARIABLE failed ERROR_VARIABLE message OUTPUT_QUIET)
+if(failed)
+  message(FATAL_ERROR "must compile when no case is chosen, but:\n${message}")
+endif()
+
+file(READ "${source}" text)
+split_lines("${text}" lines)
+set(number 0)
+set(cases)
+set(case)
+foreach(line IN LISTS lines)
+  math(EXPR number "${number} + 1")
+  if(line MATCHES "^#ifdef (CASE_[A-Z0-9_]+)")
+    set(case ${CMAKE_MATCH_1})
+    list(APPEND cases ${case})
+    list(APPEND command -D${case})
+  elseif(line MATCHES "// expect: (.+)$")
+    set(expected_${case} "${CMAKE_MATCH_1}")
+  elseif(line MATCHES "^#endif")
+    set(case)
   endif()
-elseif(NOT failed)
-  message(FATAL_ERROR "compiles, but must not")
-elseif(NOT message MATCHES "error: [^\n]*(${expected})")
-  message(FATAL_ERROR "fails, but not with an error that matches `${expected}`:\n${message}")
+  set(case_at_${number} ${case})
+endforeach()
+
+execute_process(COMMAND ${command} ERROR_VARIABLE message OUTPUT_QUIET)
+split_lines("${message}" lines)
+cmake_path(GET source FILENAME name)
+foreach(line IN LISTS lines)
+  if(line MATCHES "${name}:([0-9]+):.*(error: |required from )")
+    set(case ${case_at_${CMAKE_MATCH_1}})
+  endif()
+  if(case AND line MATCHES "error: (.*)" AND CMAKE_MATCH_1 MATCHES "${expected_${case}}")
+    set(refused_${case} TRUE)
+  endif()
+endforeach()
+
+set(accepted)
+foreach(case IN LISTS cases)
+  if(NOT expected_${case})
+    message(FATAL_ERROR "${case} says no `// expect:`")
+  elseif(NOT refused_${case})
+    string(APPEND accepted "\n  ${case}: ${expected_${case}}")
+  endif()
+endforeach()
+if(accepted)
+  message(FATAL_ERROR "no such errors in these cases:${accepted}\nbut:\n${message}")
 endif()

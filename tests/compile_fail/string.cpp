@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What must not slip through String's interface. Each case fails alone, with an error that matches its expectation.
+// What must not slip through String's interface. Each case gives an error that matches its expectation.
 #include <string>
 
 #include "kvbase/kvbase.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Text and values of other kinds that must not slide into a String, nor a String into what it is not.
+// Foreign texts and values that must not convert to a String, and a String that must not convert to something else.
 #include "kvbase/kvbase.h"
 
 using KV_1_1::ForeignUnit;

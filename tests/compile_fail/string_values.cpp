@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // What must not be taken for a number or a truth value when it is appended to a String or taken from one. Each case
-// fails alone, with an error that matches its expectation.
+// gives an error that matches its expectation.
 #include <string>
 
 #include "kvbase/kvbase.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Counted objects for tests: they say in a log when they are taken, given back and destroyed.
+// Counted objects for tests, which log each ref, unref and destruction.
 #pragma once
 
 #include <string>
@@ -14,8 +14,8 @@ namespace testing {
 
 using Log = std::vector<std::string>;
 
-// Writes "ref a", "unref a", "destroy a" into the log for the object named a. The calls are those that a SmartPtr
-// makes, for it takes these members in place of the ones that they hide.
+// Writes "ref a", "unref a", "destroy a" into the log for the object named a. SmartPtr<LoggedNode>
+// calls these members, which hide those of BaseNode.
 class LoggedNode : public BaseNode {
  public:
   LoggedNode(Log& log, char const* name) : log_(log), name_(name) {}

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The inner loops of the string code: every twin gives what the slow reference gives, reads nothing outside its range
-// and writes nothing it should not. The buffers are exactly as large as the text, so that a sanitizer sees any access
-// beside.
+// and writes nothing it should not. The buffers are exactly as large as the text, so that a sanitizer detects any
+// access outside.
 #include "kvbase/kernels/text_kernels.h"
 
 #include <gtest/gtest.h>

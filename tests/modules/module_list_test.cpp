@@ -103,7 +103,7 @@ TEST(ModuleList, WithOneModuleFirstAndLastAreTheSame) {
   EXPECT_EQ(++last, Module::end());
 }
 
-// The postfix forms move and give the iterator itself, not a copy of its old position.
+// COMPAT: the postfix forms are the prefix forms: they move and return the iterator itself.
 TEST(ModuleList, PostfixFormsAreThePrefixForms) {
   ModuleOwner owner;
   Position position = Module::begin();

@@ -58,7 +58,7 @@ inline Text controlsToEsc(Text const& text, bool unicode) {
 struct Decoded {
   int result = -1;
   Text text;                // as it reads afterwards, up to its first NUL
-  bool textSettled = true;  // false: only the result is required
+  bool textSettled = true;  // false: only the result is specified
 };
 
 // Four hexadecimal digits as strtol in radix 16 takes them; decimal digits of other scripts count, other letters end.

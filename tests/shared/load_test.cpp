@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The library comes and goes: a plug-in host loads it late and drops it, as often as it likes.
+// The library can be loaded and unloaded repeatedly at run time, as by a plug-in host.
 #include <gtest/gtest.h>
 
 #include "tests/shared/loader.h"

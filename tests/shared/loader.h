@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// Loads the shared library that lies beside the test program. Each system has its own source for these.
+// Loads the shared library in the folder of the test program; implemented once per system.
 #pragma once
 
 // The library's handle, or null.
 void* loadLibrary();
 
-// True when the system agrees that one use of the library has ended.
+// Ends one use of the library; true on success.
 bool unloadLibrary(void* library);
 
 bool isLibraryLoaded();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Texts that nobody wrote by hand: every unit there is, halves of pairs, NULs inside, and a million units. Large texts
-// would hang where an operation takes more than linear time.
+// Unusual texts: every unit, lone surrogates, inner NULs, and a million units. An operation that took more than linear time
+// would hang on the large ones.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -80,10 +80,10 @@ TEST(StringBadInput, HalvesOfPairsArePlainUnits) {
     EXPECT_EQ(cut.find(high, 0), -1);
   }
   String pair = stringOf({high, low});
-  EXPECT_EQ(pair.find(low, 0), 1) << "a pair may be torn: positions are those of units";
+  EXPECT_EQ(pair.find(low, 0), 1) << "positions count units, so a search may find half of a pair";
 }
 
-// No operation runs into trouble on these, and whoever shares the text keeps it.
+// No operation crashes or hangs, and other Strings that share the text keep it.
 TEST(StringBadInput, EveryOperationOnOddTexts) {
   std::size_t const many = 1 << 16;
   std::vector<wstring> texts = {everyUnit(),

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Parts of a text, its front and its end, and texts put together; and which of the results share a payload.
+// substr, trim, startsWith, endsWith and concatenation, and which results share a payload.
 #include <gtest/gtest.h>
 
 #include "tests/strings/string_support.h"

@@ -104,7 +104,7 @@ TEST(StringDisplay, WhatFitsIsShared) {
   EXPECT_FALSE(shares(path.shortenString(45, -1), path));
 }
 
-// With room for 48 units the end begins inside a component; with one more or less it begins at a slash.
+// COMPAT: with room for exactly 48 units the end begins inside a component; with one more or less it begins at a slash.
 TEST(StringDisplay, TheBudgetOf48) {
   std::string const tail = "/" + std::string(38, 't');
   String const text = String(widen(std::string(60, 'x') + "/" + std::string(20, 'y') + tail).c_str());
@@ -132,7 +132,7 @@ int randomBound(RandomText& random) {
   return random.oneIn(4) ? kBounds[random.below(12)] : random.between(-5, 75);
 }
 
-// Slashes are looked for up to a NUL, the cuts go by the length, and a NUL at the end of a cut piece is dropped.
+// The search for slashes ends at a NUL, the cuts go by the length, and a NUL at the end of a piece is dropped.
 TEST(StringDisplay, RandomTextsAgreeWithTheModel) {
   RandomText random(290);
   for (int i = 0; i < kRounds; ++i) {

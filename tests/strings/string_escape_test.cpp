@@ -154,7 +154,7 @@ TEST(StringEscape, EscToControlsDecodesInPlace) {
   EXPECT_EQ(string.length(), 3);
 }
 
-// A \u escape of an ASCII unit comes back shorter than it was: what the text then holds is open, the result is not.
+// A \u escape of an ASCII unit is restored in a shorter form: the result is specified, the text afterwards is not.
 TEST(StringEscape, EscapedAsciiBeforeABadEscape) {
   for (wchar const* const text :
        {KVW("\\u0041\\q"), KVW("\\u0041\\u0042\\u0043\\q"), KVW("\\u0000\\q"), KVW("\\u0000\\u0000x\\q")}) {
@@ -186,7 +186,7 @@ void compareWithModel(Text const& text, bool unicode) {
   if (unitsOf(original) != text) FAIL() << spelled(text) << " changed for another holder";
 }
 
-// Controls, quotes, wide units and pieces of escapes, good ones for the greater part.
+// Controls, quotes, wide units and pieces of escapes, most of them valid.
 Text randomSource(RandomText& random, bool withNul) {
   static wstring const kPieces[] = {KVW("\\n"),     KVW("\\r"),   KVW("\\\""),   KVW("\\\\"),    KVW("\\u00E9"),
                                     KVW("\\u20ac"), KVW("\\u12"), KVW("\\q"),    KVW("\\"),      KVW("\n"),
@@ -202,7 +202,7 @@ Text randomSource(RandomText& random, bool withNul) {
   return text;
 }
 
-// The length counts what is behind a NUL, and so do both directions.
+// Both directions go by the length, so they also process what is behind a NUL.
 TEST(StringEscape, RandomTextsAgreeWithTheModel) {
   RandomText random(280);
   for (int i = 0; i < kRounds; ++i) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Appending float and double: as many significant digits as show a fixed number of places around the integer part.
+// Appending float and double: the number of significant digits gives a fixed number of places behind the integer part.
 #include <gtest/gtest.h>
 
 #include <cfloat>
@@ -57,7 +57,7 @@ TEST(StringFormatFloat, WorkedTable) {
   }
 }
 
-// 100 has 7 digits, 101 has 8: seen where the digits behind the point are enough to tell.
+// A float of 100 has 7 significant digits, one above it has 8.
 TEST(StringFormatFloat, ExactPowersOfTenTakeTheLowerPrecision) {
   EXPECT_EQ(printed(100.0f), "100");
   EXPECT_EQ(printed(std::nextafter(101.0f, 200.0f)), "101.00001");
@@ -97,7 +97,7 @@ TEST(StringFormatFloat, LimitsAgreeWithTheModel) {
   for (double const value : {DBL_MAX, DBL_MIN, DBL_TRUE_MIN, DBL_EPSILON}) compareBothSigns(value);
 }
 
-// The number of digits steps at the powers of ten, as the logarithm is rounded there.
+// The number of digits changes at the powers of ten, where the logarithm is rounded.
 TEST(StringFormatFloat, NeighboursOfPowersOfTenAgreeWithTheModel) {
   for (int exponent = -44; exponent <= 38; ++exponent) {
     float below = static_cast<float>(std::pow(10.0, exponent));
@@ -145,7 +145,7 @@ TEST(StringFormatFloat, RandomBitsAgreeWithTheModel) {
   }
 }
 
-// What programs print: few decimal places, halves and other ties, products with powers of ten.
+// Values that programs usually print: few decimal places, halves and other ties, multiples of powers of ten.
 TEST(StringFormatFloat, DecimalLookingValuesAgreeWithTheModel) {
   RandomText random(253);
   for (int i = 0; i < kRounds; ++i) {

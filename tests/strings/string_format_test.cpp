@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Appending values: the text of every type but the floating ones, what NIL becomes, and what shares.
+// Appending values of every type but float and double: their text, and which results share a payload.
 #include <gtest/gtest.h>
 
 #include <functional>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The crossing between Strings and narrow text, both ways, whatever stands behind code page 0.
+// Conversion between Strings and narrow text, in both directions and with any code page as the ANSI one.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -20,7 +20,7 @@ namespace {
 
 using TextScope = platform::ScopedBackend<platform::TextApi>;
 
-// What any call returns that has nothing to convert.
+// What every conversion of an empty text returns.
 char const* emptyNarrowText() {
   return String::EMPTY.stringUTF8();
 }
@@ -115,7 +115,7 @@ TEST(StringNarrow, AWriteMakesBothCopiesStale) {
   EXPECT_STREQ(string.stringAnsi(), "axc");
   EXPECT_STREQ(string.stringUTF8(), "axc");
 
-  // Either conversion drops both copies.
+  // A new conversion after a write drops both stale copies.
   AllocationFailure scope(0);
   String* const counted = new String(KVW("abc"));
   counted->stringAnsi();
@@ -193,7 +193,7 @@ TEST(StringNarrow, CharactersThatThePageLacksAreReplaced) {
 TEST(StringNarrow, Utf8ComesBackAsItWas) {
   RandomText random(201);
   for (int round = 0; round < 2000; ++round) {
-    // Valid UTF-8 is what lone surrogates and malformed bytes become on their first way through.
+    // The first conversion replaces lone surrogates and malformed bytes, so that the bytes are valid UTF-8 from here on.
     std::string const bytes = reference::toUtf8(reference::fromUtf8(random.utf8(random.below(200))));
     std::string const visibleBytes = bytes.c_str();
     String const string(UTF8Interface(bytes.c_str()));

@@ -137,7 +137,7 @@ TEST(StringParseIndex, StepsOfTheSameWidthKeepAnUnsharedPayload) {
   EXPECT_EQ(string.length(), 7);
 }
 
-// A text that is cut to itself keeps its payload, after it has been made the receiver's own.
+// Setting index 0 on a text without digits changes nothing but gives the receiver a payload of its own.
 TEST(StringParseIndex, SetToNothingUnshares) {
   String const holder(KVW("scan"));
   String string = holder;
@@ -204,7 +204,7 @@ TEST(StringParseIndex, LongTexts) {
   compareWithModel(RandomText(261).text(1 << 16, RandomUnits::kAny) + KVW("099"), 5);
 }
 
-// The number is that of the very end, also behind a NUL.
+// The index is read from the very end of the text, also behind a NUL.
 TEST(StringParseIndex, BehindANul) {
   EXPECT_EQ(stringOf(wstring(KVW("a1\0b12"), 6)).getIndex(), 12u);
   EXPECT_EQ(stringOf(wstring(KVW("a1\0"), 3)).getIndex(), 0u);

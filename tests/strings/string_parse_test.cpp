@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Taking numbers from the front of a text: tables of starts, values and what remains.
+// Taking numbers from the front of a text: tables of texts, values and what remains.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -219,11 +219,12 @@ void expectSizeFault(T largest) {
     string >> value;
     EXPECT_EQ(value, fault.row.value);
     EXPECT_EQ(spelled(textOf(string)), spelled(Text(fault.row.rest)));
-    // One surplus unit is the old terminator, which the rule for sizes drops.
+    // COMPAT: the stored length is too large by what was dropped in front; a single surplus unit is the old terminator, which
+    // the rule for sizes drops.
     int const surplus = fault.dropped == 1 ? 0 : fault.dropped;
     EXPECT_EQ(string.length(), static_cast<int>(wstring(fault.row.rest).size()) + surplus);
     EXPECT_EQ(spelled(holder), spelled(String(fault.row.text)));
-    // A copy that measures is free of it.
+    // A copy built from the text alone has the right length.
     EXPECT_EQ(spelled(String(static_cast<wchar const*>(string))), spelled(Text(fault.row.rest)));
   }
 }
@@ -316,7 +317,7 @@ TEST(StringParse, FloatNarrowsADouble) {
   expectTaken(rows);
 }
 
-// Used up, a number leaves an empty text; for double it has a payload of its own.
+// A double that takes the whole text leaves an empty text with a payload of its own, not EMPTY.
 TEST(StringParse, WhatRemainsOfADoubleIsFresh) {
   String string(KVW("1.5"));
   double value = 0;

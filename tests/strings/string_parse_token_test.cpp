@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Taking truth values, single units, quoted texts and lines from the front of a text, and dropping white from it.
+// Taking truth values, single units, quoted texts and lines from the front of a text, and dropping white space from it.
 #include <gtest/gtest.h>
 
 #include <iterator>
@@ -274,7 +274,7 @@ TEST(StringParseToken, LongTexts) {
   compareTokens(RandomText(269).text(size, RandomUnits::kAny));
 }
 
-// With a NUL inside, what is read is the text up to it.
+// A token ends at a NUL inside it.
 TEST(StringParseToken, ANulEndsALineAndAQuotedText) {
   String string = stringOf(wstring(KVW("a\0\nb"), 4));
   String token;

@@ -17,7 +17,7 @@ wstring stripped(wstring text) {
   return text;
 }
 
-// Texts of few units for the greater part, so that searches find and comparisons go deep.
+// Mostly texts of few different units, so that searches succeed and comparisons do not end at the first unit.
 wstring randomText(RandomText& random, int maxLength) {
   RandomUnits const kind = random.oneIn(3)   ? RandomUnits::kAnyWithNul
                            : random.oneIn(5) ? RandomUnits::kAny
@@ -25,7 +25,7 @@ wstring randomText(RandomText& random, int maxLength) {
   return stripped(random.text(random.below(random.oneIn(8) ? 4 * maxLength : maxLength), kind));
 }
 
-// Like `text`, but for a unit here or there, its case, or its end.
+// A variant of `text`: another unit, another case or a shorter end.
 wstring neighbour(RandomText& random, wstring text) {
   if (random.oneIn(6)) return randomText(random, 40);
   if (random.oneIn(3)) text = text.substr(0, static_cast<std::size_t>(random.below(static_cast<int>(text.size()) + 1)));
@@ -97,7 +97,7 @@ TEST(StringRandom, FrontAndEnd) {
     wstring const front = neighbour(random, text.substr(0, cut));
     wstring const end = neighbour(random, text.substr(cut));
     String const string = stringOf(text);
-    // Units behind a NUL of a prefix are compared too, but whether they count is of no interest here.
+    // Whether units behind a NUL of the prefix count is not specified.
     bool const nulFree = front.find(wchar(0)) == wstring::npos;
     if (nulFree) ASSERT_EQ(string.startsWith(stringOf(front)), reference::startsWith(text, front)) << "round " << round;
     ASSERT_EQ(string.endsWith(stringOf(end)), reference::endsWith(text, end, false)) << "round " << round;
@@ -133,7 +133,7 @@ TEST(StringRandom, Trim) {
     wstring const expected = reference::trim(text, left, right);
     ASSERT_EQ(units(trimmed), expected) << "round " << round;
     ASSERT_EQ(shares(trimmed, string), expected.size() == text.size()) << "round " << round;
-    // A lone NUL that remains is no text either, but it was not cut.
+    // A remaining lone NUL is an empty text for readers, but it is not EMPTY.
     bool const nulFree = text.find(wchar(0)) == wstring::npos;
     if (expected.empty() && !text.empty() && nulFree) ASSERT_TRUE(shares(trimmed, String::EMPTY)) << "round " << round;
   }

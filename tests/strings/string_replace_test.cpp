@@ -107,7 +107,7 @@ TEST(StringReplace, Texts) {
     String text = row.text;
     EXPECT_EQ(text.replace(row.from, row.to), row.count);
     EXPECT_EQ(state(text), row.expected);
-    // The forms that take Strings; a NIL `from` is not for them.
+    // The overloads that take Strings; their contract excludes a NIL `from`.
     String const to(row.to);
     text = row.text;
     EXPECT_EQ(text.replace(row.from, to), row.count);
@@ -166,7 +166,7 @@ TEST(StringReplace, ArgumentsMayBeTheTextItself) {
   EXPECT_EQ(state(text), "EMPTY");
 }
 
-// Only the first matches are remembered from the search that measures; the others are found again.
+// The positions of the first matches are stored while the result is measured; later matches are searched for again.
 TEST(StringReplace, AnyNumberOfMatchesIsReplaced) {
   for (int matches : {1, 255, 256, 257, 512, 1000}) {
     SCOPED_TRACE(matches);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Positions: of texts, of units, of classes of units.
+// Searches for texts, for units and for classes of units.
 #include <gtest/gtest.h>
 
 #include <cstdint>

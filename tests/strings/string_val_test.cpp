@@ -202,7 +202,8 @@ TEST(StringVal, CodePagesDecideOnTheText) {
   }
 }
 
-// Where a count of bytes and the units that come out differ, the length is one short and the last unit lies behind it.
+// COMPAT: where the count of bytes differs from the number of decoded units, the length is one short and the last unit lies
+// behind it.
 TEST(StringVal, CountedDoubleByteTextComesOutOneShort) {
   struct Row {
     char const* name;
@@ -219,7 +220,7 @@ TEST(StringVal, CountedDoubleByteTextComesOutOneShort) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     CodePageInterface const bytes(row.bytes, row.page);
-    // Room is asked for so that the unit behind the length may be looked at.
+    // The capacity is larger so that the unit behind the length can be read.
     Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, 10));
     ASSERT_NE(payload.get(), nullptr);
     int const converted = static_cast<int>(row.converted.size());

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What a String is as a value: building, sharing, units, comparison, concatenation.
+// Strings as values: construction, sharing, access to units, appending and comparison.
 #include <gtest/gtest.h>
 
 #include <utility>

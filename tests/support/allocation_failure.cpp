@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Payloads are reached through the allocator of the library that tests may exchange, everything else by operator new,
-// which is replaced here for the whole program. All its forms are, so that no two of them come from different makers.
+// Payloads go through the library's allocator, which tests can replace; everything else goes through operator new, all forms
+// of which are replaced here for the whole program.
 #include "tests/support/allocation_failure.h"
 
 #include <cstdlib>
@@ -55,7 +55,7 @@ struct AllocationHooks {
     scope.entries_[scope.live_++] = {block, kind};
   }
 
-  // A block from before the scope is none of its business.
+  // Blocks from before the scope are not counted.
   static void remove(AllocationFailure& scope, void* block, Kind kind) {
     for (int i = scope.live_ - 1; i >= 0; --i) {
       if (scope.entries_[i].block != block) continue;

@@ -16,9 +16,9 @@
 namespace KV_1_1 {
 namespace testing {
 
-// What a text is made of.
+// The units that a text consists of.
 enum class RandomUnits {
-  kFew,         // a, b, A, blank: so few that searches find something
+  kFew,         // a, b, A, blank: few enough that searches succeed
   kAscii,       // 0x01 to 0x7F
   kAny,         // all but NUL, lone surrogates included, with a bias to ASCII and to the limits of UTF-8 lengths
   kAnyWithNul,  // the same with a NUL now and then
@@ -36,7 +36,7 @@ class RandomText {
 
   wchar unit(RandomUnits units);
   wstring text(int length, RandomUnits units);
-  // Bytes that are UTF-8 for the greater part, with malformed pieces of every kind among them and NULs.
+  // Mostly valid UTF-8, with malformed sequences of every kind and NULs.
   std::string utf8(int length);
 
  private:
