@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "arguments.h"
+#include "scanshelf.h"
 
 namespace scanshelf {
 namespace {

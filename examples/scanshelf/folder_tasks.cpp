@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "folder_tasks.h"
+#include "scanshelf.h"
 
 #include <filesystem>
 #include <memory>
@@ -14,8 +14,9 @@ constexpr wchar const* kInvalidPattern =
     KVW("'%ls' is not a valid pattern. A pattern has no separator or colon, and does not end in a dot or blank; "
         "the wildcards are * and ?.");
 
-void findIn(Directory const& folder, String const& pattern, Survey& found, Progress const& progress) {
-  SmartPtr<FileIterator> const files = folder.findFiles(pattern);
+// Takes the folder by value, because the lists grow.
+void findIn(SmartPtr<Directory const> folder, String const& pattern, Survey& found, Progress const& progress) {
+  SmartPtr<FileIterator> const files = folder->findFiles(pattern);
   if (!files) throw Error(format(kInvalidPattern, pattern));
   while (SmartPtr<File const> const file = files->getNext()) {
     ULARGE_INTEGER size;
@@ -26,7 +27,7 @@ void findIn(Directory const& folder, String const& pattern, Survey& found, Progr
     // A large folder takes so long that progress is shown within it too.
     if (found.all.files % 256 == 0) progress(found.all);
   }
-  SmartPtr<DirectoryIterator> const folders = folder.findDirectories(KVW("*"));
+  SmartPtr<DirectoryIterator> const folders = folder->findDirectories(KVW("*"));
   while (SmartPtr<Directory const> const next = folders->getNext()) found.folders.push_back(next);
   found.all.folders = found.folders.size();
   progress(found.all);
@@ -65,21 +66,14 @@ String makeFolder(Directory const& folder) {
   return made && folder.exists() ? String::NIL : reason;
 }
 
-fs::path nativePath(Directory const& folder) {
-  return folder.getFullNameUnix().stringPath();
-}
-
 }  // namespace
 
 Survey survey(SmartPtr<Directory const> const& folder, String const& pattern, Progress const& progress) {
   Survey found;
   found.folder = folder;
-  findIn(*folder, pattern, found, progress);
+  findIn(folder, pattern, found, progress);
   // The list grows meanwhile. It takes any depth, where recursion could exhaust the stack.
-  for (std::size_t i = 0; i < found.folders.size(); ++i) {
-    SmartPtr<Directory const> const next = found.folders[i];
-    findIn(*next, pattern, found, progress);
-  }
+  for (std::size_t i = 0; i < found.folders.size(); ++i) findIn(found.folders[i], pattern, found, progress);
   return found;
 }
 
@@ -88,8 +82,8 @@ Survey survey(SmartPtr<Directory const> const& folder, String const& pattern, Pr
 bool isWithin(Directory const& folder, Directory const& outer) {
   if (folder.getFullName().startsWith(outer.getFullName())) return true;
   std::error_code ignored;  // of missing levels
-  fs::path const outerPath = nativePath(outer);
-  fs::path level = fs::weakly_canonical(nativePath(folder), ignored);
+  fs::path const outerPath = outer.getFullNameUnix().stringPath();
+  fs::path level = fs::weakly_canonical(folder.getFullNameUnix().stringPath(), ignored);
   while (!fs::equivalent(level, outerPath, ignored)) {
     if (!level.has_relative_path()) return false;
     level = level.parent_path();

@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
-//
-// scanshelf: lists what is in a folder of scans, and copies it. An example of a program on KVBase.
-#include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 #include <new>
 #include <sstream>
 
-#include "arguments.h"
-#include "folder_tasks.h"
-#include "progress_line.h"
-#include "report.h"
 #include "sample_tree.h"
+#include "scanshelf.h"
 
 #if defined(_WIN32)
 #include <io.h>
@@ -33,8 +26,7 @@ SmartPtr<Directory const> folderOf(String const& text) {
   if (!absolute) throw Error(format(KVW("'%ls' leads nowhere from the current folder."), text));
 
   SmartPtr<File const> const file = File::fromString(text);
-  bool const isFile = !absolute->exists() && file && file->exists();
-  if (isFile) throw Error(format(KVW("'%ls' is a file, not a folder."), text));
+  if (!absolute->exists() && file && file->exists()) throw Error(format(KVW("'%ls' is a file, not a folder."), text));
   return absolute;
 }
 
@@ -122,9 +114,9 @@ int main(int argc, char** argv) {
   std::vector<KV_1_1::String> words;
   for (int i = 1; i < argc; ++i) words.emplace_back(KV_1_1::CodePageInterface(argv[i], 0));
 #if defined(_WIN32)
-  bool const isErrTerminal = _isatty(_fileno(stderr)) != 0;
+  bool const isErrTerminal = _isatty(2) != 0;
 #else
-  bool const isErrTerminal = isatty(STDERR_FILENO) != 0;
+  bool const isErrTerminal = isatty(2) != 0;
 #endif
   return scanshelf::run(words, std::cout, std::cerr, isErrTerminal);
 }

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "progress_line.h"
+#include "scanshelf.h"
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
-#include <ostream>
-#include <string>
 
 namespace scanshelf {
 namespace {
@@ -56,27 +53,22 @@ class ProgressLine {
   ~ProgressLine() {
     if (shown_ > 0) console_.stream << '\r' << std::string(shown_, ' ') << '\r' << std::flush;
   }
-  ProgressLine(ProgressLine&&) = delete;
 
   void show(Totals const& done, Clock::time_point now = Clock::now()) {
     if (now < next_) return;
-    if (console_.isTerminal) {
-      overwrite(all_ != nullptr ? barText(done, *all_) : foundText(done));
-      next_ = now + kRefresh;
-    } else {
+    if (!console_.isTerminal) {
       console_.stream << utf8(all_ != nullptr ? copiedText(done, *all_) : foundText(done)) << std::endl;
       interval_ *= 2;
       next_ = now + interval_;
+      return;
     }
+    std::string const line = utf8(all_ != nullptr ? barText(done, *all_) : foundText(done));
+    console_.stream << '\r' << line << std::string(shown_ - std::min(shown_, line.size()), ' ') << std::flush;
+    shown_ = line.size();
+    next_ = now + kRefresh;
   }
 
  private:
-  void overwrite(String const& line) {
-    std::size_t const length = static_cast<std::size_t>(line.length());
-    console_.stream << '\r' << utf8(line) << std::string(shown_ - std::min(shown_, length), ' ') << std::flush;
-    shown_ = length;
-  }
-
   Console const console_;
   Totals const* const all_;
   Clock::duration interval_ = kPatience;

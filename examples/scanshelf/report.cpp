@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "report.h"
+#include "scanshelf.h"
 
 #include <algorithm>
 #include <map>
-#include <ostream>
 #include <tuple>
-#include <utility>
 
 namespace scanshelf {
 namespace {
@@ -73,15 +71,13 @@ void printExtensions(std::ostream& out, Survey const& survey, bool all) {
   if (!groups.empty()) printGroups(out, KVW("Extension"), {groups.begin(), groups.end()}, all, nullptr);
 }
 
-// The folders in the folder, each with everything below it, and the files directly in the folder, whose paths begin
-// with a dot.
+// Groups by the first name of each path, which is a dot for the files directly in the folder.
 void printFolders(std::ostream& out, Survey const& survey, bool all) {
   std::map<String, Totals> groups;
   for (SmartPtr<Directory const> const& folder : survey.folders) {
     String const path = folder->makeRelative(survey.folder)->getFullNameUnix();
     int const slash = path.find(KVW('/'));
-    bool const isDeeper = slash + 1 < path.length();
-    groups[path.substr(0, slash)].folders += isDeeper ? 1 : 0;
+    groups[path.substr(0, slash)].folders += slash + 1 < path.length() ? 1 : 0;
   }
   for (auto const& [file, bytes] : survey.files) {
     String const path = file->makeRelative(survey.folder)->getFullNameUnix();
@@ -97,8 +93,7 @@ void printLargest(std::ostream& out, Survey const& survey, Arguments const& argu
   std::vector<FoundFile> files = survey.files;
   std::stable_sort(files.begin(), files.end(), [](auto const& a, auto const& b) { return a.bytes > b.bytes; });
   if (!arguments.all && files.size() > kListLength) files.resize(kListLength);
-  bool const isComplete = files.size() == survey.files.size();
-  std::vector<Row> rows = {{KVW("Size"), isComplete ? KVW("File") : KVW("Largest files")}};
+  std::vector<Row> rows = {{KVW("Size"), files.size() == survey.files.size() ? KVW("File") : KVW("Largest files")}};
   for (auto const& [file, bytes] : files) {
     rows.push_back({sizeText(bytes), pathText(*file->makeRelative(survey.folder), kPathWidth, arguments.unixNames)});
   }
@@ -107,14 +102,11 @@ void printLargest(std::ostream& out, Survey const& survey, Arguments const& argu
 }
 
 void printSummary(std::ostream& out, Survey const& survey, String const& pattern) {
-  Totals const& all = survey.all;
-  wchar const* const verb = all.files == 1 ? KVW("matches") : KVW("match");
+  auto const& [files, folders, bytes] = survey.all;
   String text = format(KVW("No file matches %ls"), pattern);
-  if (all.files > 0) {
-    String const files = countOf(all.files, KVW("file"));
-    text = format(KVW("%ls %ls %ls, %ls in all"), files, verb, pattern, sizeText(all.bytes));
-  }
-  out << utf8(text) << "; " << utf8(countOf(all.folders + 1, KVW("folder"))) << " searched.\n";
+  if (files == 1) text = format(KVW("1 file matches %ls, %ls in all"), pattern, sizeText(bytes));
+  if (files > 1) text = format(KVW("%ls files match %ls, %ls in all"), countText(files), pattern, sizeText(bytes));
+  out << utf8(text) << "; " << utf8(countOf(folders + 1, KVW("folder"))) << " searched.\n";
   if (survey.unmeasured == 0) return;
   out << "The size of " << utf8(countOf(survey.unmeasured, KVW("file"))) << " could not be determined.\n";
 }

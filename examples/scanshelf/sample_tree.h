@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <random>
-#include <string>
 #include <utility>
 
-#include "text.h"
+#include "scanshelf.h"
 
 namespace scanshelf {
 
-struct SampleFile {
-  wchar const* name;
-  std::uintmax_t size;
-};
-
-constexpr SampleFile kSampleFiles[] = {
+constexpr std::pair<wchar const*, std::uintmax_t> kSampleFiles[] = {
     {KVW("scan001.dat"), 1'572'864},
     {KVW("scan002.dat"), 1'310'720},
     {KVW("scan003.DAT"), 917'504},
@@ -39,11 +32,11 @@ class SampleTree {
   // Throws std::filesystem::filesystem_error or an Error, and leaves nothing behind then: the other constructor has
   // finished when the files are made, so the destructor runs.
   SampleTree() : SampleTree(makeTemporaryFolder()) {
-    for (SampleFile const& sample : kSampleFiles) {
-      SmartPtr<File const> const file = folder()->combine(File::fromString(sample.name));
+    for (auto const& [name, size] : kSampleFiles) {
+      SmartPtr<File const> const file = folder()->combine(File::fromString(name));
       file->createParentDirectories();
       file->touch();
-      std::filesystem::resize_file(file->getFullNameUnix().stringPath(), sample.size);  // throws if there is none
+      std::filesystem::resize_file(file->getFullNameUnix().stringPath(), size);  // throws if there is none
     }
     folder()->appendLevel(KVW("To be scanned"))->create();
   }

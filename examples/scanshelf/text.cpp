@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "text.h"
+#include "scanshelf.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <ostream>
-#include <string>
 
 namespace scanshelf {
 namespace {
@@ -109,9 +107,8 @@ void printTable(std::ostream& out, char const* alignment, std::vector<std::vecto
   for (std::vector<String> const& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) {
       std::string const padding(static_cast<std::size_t>(widths[i] - displayWidth(row[i])), ' ');
-      bool const isLast = i + 1 == row.size();
       out << "  " << (alignment[i] == 'r' ? padding : "") << utf8(row[i]);
-      if (alignment[i] == 'l' && !isLast) out << padding;
+      if (alignment[i] == 'l' && i + 1 < row.size()) out << padding;
     }
     out << '\n';
   }

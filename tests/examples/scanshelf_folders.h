@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "examples/scanshelf/folder_tasks.h"
+#include "examples/scanshelf/scanshelf.h"
 #include "tests/support/temp_folder.h"
 
 namespace scanshelf {

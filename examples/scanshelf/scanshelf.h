@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+//
+// scanshelf lists what is in a folder of scans, and copies it: an example of a program on KVBase. This header has all
+// of its parts in the order in which they build on each other.
+#pragma once
+
+#include <kvbase/kvbase.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace scanshelf {
+
+using namespace KV_1_1;
+
+// --- Text for the user (text.cpp). Widths are columns of the terminal, not code units. -------------------------------
+// The text as UTF-8; an empty text for NIL. Valid as long as the String.
+char const* utf8(String const& text);
+// The text that String::printf makes.
+template <class... Values>
+String format(wchar const* pattern, Values const&... values) {
+  String text;
+  text.printf(pattern, values...);
+  return text;
+}
+
+// Ends the program with a message for the user, which is not NIL.
+class Error : public std::runtime_error {
+ public:
+  explicit Error(String const& message) : std::runtime_error(utf8(message)) {}
+};
+
+//   1234567 => "1,234,567"
+String countText(std::uint64_t count);
+// The count and the noun, with an s unless the count is 1.
+//   1, "file" => "1 file"      1200, "file" => "1,200 files"
+String countOf(std::uint64_t count, wchar const* noun);
+//   1023 => "1023 B"      1536 => "1.5 KB"      1048575 => "1.0 MB"
+String sizeText(std::uint64_t bytes);
+//   0 ms => "under 1 ms"      12 ms => "12 ms"      1449 ms => "1.4 s"      65 s => "1 min 5 s"
+//   7260 s => "2 h 1 min"
+String durationText(std::chrono::milliseconds duration);
+
+// A combining mark has width 0, and an ideograph width 2. A lone surrogate counts as one character of width 1.
+int displayWidth(String const& text);
+// The text in at most `width` columns. A path with slashes loses folders in its middle; a name, or a path whose last
+// name alone is too wide, loses characters. Never cuts a surrogate pair.
+//   "scans/2024/March/hall/scan001.dat", 26 => "scans/.../hall/scan001.dat"      "abcdefgh", 5 => "ab…gh"
+String shorten(String const& text, int width);
+
+// Prints the rows in columns, each as wide as its widest cell. `alignment` has an l or r for each column of any row.
+void printTable(std::ostream& out, char const* alignment, std::vector<std::vector<String>> const& rows);
+
+// --- The command line (arguments.cpp) --------------------------------------------------------------------------------
+// What the user asked for on the command line.
+struct Arguments {
+  String folder;                      // NIL: a sample
+  String pattern = String(KVW("*"));  // the files to count
+  String copyTo;                      // NIL: only a sample is copied, to a temporary folder
+  bool overwrite = false;             // the copy may replace files
+  bool all = false;                   // lists are complete
+  bool unixNames = false;             // paths are listed with slashes
+  bool renumber = false;              // shows the names with their numbers incremented, not the counts
+  bool help = false;
+};
+
+class UsageError : public Error {
+  using Error::Error;
+};
+
+// Reads the words behind the program's name. Throws a UsageError if it does not understand them.
+Arguments readArguments(std::vector<String> const& words);
+
+char const* helpText();
+
+// --- The two tasks: finding what is in a folder, and copying it (folder_tasks.cpp) -----------------------------------
+struct Totals {
+  std::uint64_t files = 0;
+  std::uint64_t folders = 0;
+  std::uint64_t bytes = 0;
+
+  Totals& operator+=(Totals const& other) {
+    files += other.files;
+    folders += other.folders;
+    bytes += other.bytes;
+    return *this;
+  }
+};
+
+struct FoundFile {
+  SmartPtr<File const> file;
+  std::uint64_t bytes;
+};
+
+// What was found in a folder and below it. The items are absolute.
+struct Survey {
+  SmartPtr<Directory const> folder;
+  Totals all;
+  std::vector<FoundFile> files;
+  std::vector<SmartPtr<Directory const>> folders;  // each before those in it
+  std::uint64_t unmeasured = 0;                    // files whose size could not be determined
+};
+
+// Called now and then with the counts so far.
+using Progress = std::function<void(Totals const&)>;
+
+// Finds the files that match the pattern, and all folders. The folder is absolute.
+// Throws an Error if the pattern is invalid.
+Survey survey(SmartPtr<Directory const> const& folder, String const& pattern, Progress const& progress);
+
+// An item that was not copied properly, and why.
+struct Failure {
+  SmartPtr<FileSystemItem const> item;  // relative to the folder that is copied
+  String reason;
+};
+
+struct CopyResult {
+  Totals copied;                  // the folders include those that were in the target before
+  std::uint64_t equalSizes = 0;   // files copied whose sizes are equal
+  std::uint64_t unattempted = 0;  // files left out because the disk was full
+  std::vector<Failure> failures;
+};
+
+// Whether the folder, which may be missing, is the other one or lies below it, also through links.
+// REQUIRES: both are absolute, and `outer` exists.
+bool isWithin(Directory const& folder, Directory const& outer);
+
+// Copies what a survey has found into the target, which is absolute and made if it is missing, and compares
+// the sizes. What cannot be copied becomes a failure, and the rest is still copied unless the disk is full. The progress
+// counts what is finished, copied or not, and moves within a large file too.
+// Throws an Error if the target cannot be made.
+CopyResult copyItems(Survey const& found, Directory const& target, bool overwrite, Progress const& progress);
+
+// --- Progress while they run (progress_line.cpp) ---------------------------------------------------------------------
+struct Console {
+  std::ostream& stream;
+  bool isTerminal;
+};
+
+// Makes a callback that shows the user how far a task has come: what was found so far or, with `all`, how much of that
+// is copied. On a terminal this is one line, written from the beginning, overwritten again and again, and cleared with
+// the callback. Elsewhere, for instance in a log, lines come at growing intervals, and none in the first second.
+Progress progressOn(Console const& console, Totals const* all = nullptr);
+
+// --- The report on them (report.cpp) ---------------------------------------------------------------------------------
+// The names of the folder, the lists by extension and by folder, the largest files, and a summary.
+void printSurvey(std::ostream& out, Survey const& survey, Arguments const& arguments);
+// The names of all files in order, each with the one that it would have after renumbering.
+void printRenumbering(std::ostream& out, Survey const& survey, Arguments const& arguments);
+// How much of all was copied and how long it took, whether the sizes are equal, and everything that failed.
+void printCopy(std::ostream& out, CopyResult const& result, Totals const& all, Directory const& target,
+               std::chrono::nanoseconds duration, bool unixNames);
+
+}  // namespace scanshelf
