@@ -58,58 +58,6 @@ TEST_F(DirectoryCopyOnDisk, ATree) {
   EXPECT_EQ(messages.take(), Texts());
 }
 
-TEST_F(DirectoryCopyOnDisk, FlagsOverAFilledTarget) {
-  folder.write("s/one", "new one");
-  folder.write("s/two", "new two");
-  folder.write("s/p/three", "new three");
-  struct Row {
-    char const* name;
-    bool recursive;
-    bool overwrite;
-    bool done;
-    int copied;
-    Tree target;
-  };
-  Row const rows[] = {
-      {"overwriting all",
-       true,
-       true,
-       true,
-       3,
-       {{"one", "new one"}, {"two", "new two"}, {"p/", ""}, {"p/three", "new three"}, {"p/own", "own"}}},
-      {"overwriting one level",
-       false,
-       true,
-       true,
-       2,
-       {{"one", "new one"}, {"two", "new two"}, {"p/", ""}, {"p/three", "old three"}, {"p/own", "own"}}},
-      {"stopped further down",
-       true,
-       false,
-       false,
-       0,
-       {{"one", "old one"}, {"two", "old two"}, {"p/", ""}, {"p/three", "old three"}, {"p/own", "own"}}},
-      {"stopped at once",
-       false,
-       false,
-       false,
-       0,
-       {{"one", "old one"}, {"two", "old two"}, {"p/", ""}, {"p/three", "old three"}, {"p/own", "own"}}},
-  };
-  for (Row const& row : rows) {
-    SCOPED_TRACE(row.name);
-    fs::remove_all(folder.path("t"));
-    folder.write("t/one", "old one");
-    folder.write("t/two", "old two");
-    folder.write("t/p/three", "old three");
-    folder.write("t/p/own", "own");
-    EXPECT_EQ(copy(row.recursive, row.overwrite), row.done);
-    EXPECT_EQ(progress.count, row.copied);
-    EXPECT_EQ(target(), row.target);
-  }
-  EXPECT_EQ(messages.take(), Texts());
-}
-
 TEST_F(DirectoryCopyOnDisk, AFileWhereAFolderIsToBe) {
   folder.write("s/p/x", "x");
   folder.write("s/z", "z");
@@ -131,18 +79,6 @@ TEST_F(DirectoryCopyOnDisk, AFolderWhereAFileIsToBe) {
   EXPECT_FALSE(copy(true, true));
   EXPECT_FALSE(copy(true, false));
   EXPECT_EQ(target(), (Tree{{"p/", ""}}));
-}
-
-TEST_F(DirectoryCopyOnDisk, AReadOnlyFile) {
-  folder.write("s/locked", "new");
-  SmartPtr<File const> const locked = file(KVW("s\\locked"));
-  SmartPtr<File const> const copied = file(KVW("t\\locked"));
-  ASSERT_EQ(locked->setAsReadOnly(), File::ReadOnlyOk);
-  EXPECT_TRUE(copy(true, false));
-  EXPECT_EQ(target(), (Tree{{"locked", "new"}}));
-  EXPECT_TRUE(copied->isReadOnly());
-  copied->unsetAsReadOnly();
-  locked->unsetAsReadOnly();
 }
 
 TEST_F(DirectoryCopyOnDisk, OntoItselfFailsAndHarmsNothing) {

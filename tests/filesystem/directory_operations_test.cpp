@@ -296,22 +296,6 @@ TEST_F(DirectoryOperations, CreateParentDirectoriesOfARelativeFile) {
   EXPECT_EQ(messages.take(), Texts{kNoCurrentDirectory});
 }
 
-TEST(DirectoryOperationsOnDisk, CreateAndIsEmpty) {
-  TempFolder folder;
-  folder.write("file", "x");
-  auto const at = [&](wchar const* below) { return directoryAt(folder.text(below).c_str()); };
-  CollectedMessages messages;
-  EXPECT_FALSE(at(KVW(R"(a\b\c)"))->isEmpty());
-  EXPECT_TRUE(at(KVW(R"(a\b\c)"))->create());
-  EXPECT_TRUE(std::filesystem::is_directory(folder.path("a/b/c")));
-  EXPECT_TRUE(at(KVW(R"(a\b\c)"))->create());
-  EXPECT_TRUE(at(KVW(R"(a\b\c)"))->isEmpty());
-  EXPECT_FALSE(at(KVW(R"(a\b)"))->isEmpty());
-  EXPECT_FALSE(at(KVW("file"))->isEmpty());
-  EXPECT_EQ(messages.take(), Texts());
-  EXPECT_EQ(treeOf(folder.path()), (Tree{{"a/", ""}, {"a/b/", ""}, {"a/b/c/", ""}, {"file", "x"}}));
-}
-
 TEST(DirectoryOperationsOnDisk, AFileInTheWay) {
   TempFolder folder;
   folder.write("file", "x");

@@ -183,13 +183,6 @@ class DirectoryRemovalOnDisk : public OnDisk {
   Tree const beside = {{"beside.txt", "beside"}};
 };
 
-TEST_F(DirectoryRemovalOnDisk, RemoveRecursive) {
-  EXPECT_TRUE(full->remove(true));
-  EXPECT_EQ(tree(), beside);
-  EXPECT_TRUE(full->remove(true));
-  EXPECT_EQ(messages.take(), Texts());
-}
-
 TEST_F(DirectoryRemovalOnDisk, RemoveNotRecursive) {
   Tree const before = tree();
   EXPECT_FALSE(full->remove(false));

@@ -32,14 +32,6 @@ class FileOnDisk : public OnDisk {
   }
 };
 
-TEST_F(FileOnDisk, RemoveDeletesOnce) {
-  Tree expected = tree();
-  expected.erase("one");
-  EXPECT_TRUE(file(KVW("one"))->remove());
-  EXPECT_EQ(tree(), expected);
-  EXPECT_TRUE(file(KVW("one"))->remove());
-}
-
 TEST_F(FileOnDisk, RemoveOfWhatIsNoFileIsDoneAndChangesNothing) {
   Tree const before = tree();
   for (wchar const* below : {KVW("missing"), KVW("sub"), KVW("missing\\x"), KVW("one\\x")}) {

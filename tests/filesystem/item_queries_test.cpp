@@ -98,14 +98,6 @@ TEST_F(ItemQueries, AccessFlagsByTheAttributesAlone) {
   }
 }
 
-TEST_F(ItemQueries, AccessToAMissingItemOpensNothing) {
-  for (int const mode : {0, 2, 4, 6}) {
-    EXPECT_FALSE(fileAt(KVW(R"(C:\missing)"))->access(mode));
-    EXPECT_FALSE(directoryAt(KVW(R"(C:\missing)"))->access(mode));
-  }
-  for (std::string const& call : files.log()) EXPECT_EQ(call.compare(0, 13, "getAttributes"), 0) << call;
-}
-
 TEST_F(ItemQueries, AccessByTheWrongKindOfObjectIsRefused) {
   files.script.attributes[KVW(R"(\\?\C:\d)")] = platform::kAttributeDirectory;
   files.script.attributes[KVW(R"(\\?\C:\f\)")] = platform::kAttributeNormal;

@@ -144,15 +144,6 @@ TEST(PathParsing, ADirectoryIsReadUpToTheFirstNul) {
   }
 }
 
-TEST(PathParsing, TheTextGivenStaysAsItIs) {
-  String const text(KVW("c:/a/../b"));
-  String const shared = text;
-  Directory::fromString(text);
-  File::fromString(text);
-  EXPECT_EQ(shown(text), "c:/a/../b");
-  EXPECT_EQ(static_cast<wchar const*>(text), static_cast<wchar const*>(shared));
-}
-
 TEST(PathParsing, EachTextGivesAFreshObject) {
   SmartPtr<Directory> const one = Directory::fromString(String(KVW("a")));
   SmartPtr<Directory> const two = Directory::fromString(String(KVW("a")));

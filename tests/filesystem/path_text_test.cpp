@@ -78,16 +78,6 @@ TEST(PathText, OfFiles) {
   }
 }
 
-TEST(PathText, OfTheDefaultDirectory) {
-  SmartPtr<Directory const> const directory(new Directory);
-  EXPECT_EQ(described(directory), "rel NIL");
-  EXPECT_EQ(shown(directory->getFullName()), R"(.\)");
-  EXPECT_EQ(shown(directory->getFullNameUnix()), "./");
-  EXPECT_EQ(shown(directory->getName()), ".");
-  EXPECT_EQ(directory->getParent(), nullptr);
-  EXPECT_FALSE(directory->isAbsolute());
-}
-
 // One text, two paths: the parsed "." has a level.
 TEST(PathText, OfTheDefaultDirectoryIsThatOfAParsedDot) {
   SmartPtr<Directory const> const byDefault(new Directory);

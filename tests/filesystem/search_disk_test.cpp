@@ -51,13 +51,6 @@ TEST_F(DirectorySearchOnDisk, ItemsAreAbsoluteAndThere) {
   EXPECT_TRUE(items[1]->isKindOf(File::Class()));
 }
 
-TEST_F(DirectorySearchOnDisk, AnEmptyFolderHasNoItems) {
-  EXPECT_EQ(directory()->findContents(String(KVW("*")))->getNext(), nullptr);
-  EXPECT_EQ(directory()->findDirectories(String(KVW("*")))->getNext(), nullptr);
-  EXPECT_EQ(directory()->findFiles(String(KVW("*")))->getNext(), nullptr);
-  EXPECT_TRUE(directory()->collectContents(String(KVW("*")), true).empty());
-}
-
 TEST_F(DirectorySearchOnDisk, AMissingFolderOrAFileHasNoItemsEither) {
   folder.write("file");
   for (wchar const* below : {KVW("missing"), KVW("file"), KVW("missing\\more")}) {
