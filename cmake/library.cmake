@@ -16,8 +16,8 @@ else()
   list(FILTER kvbase_sources EXCLUDE REGEX "/platform/windows/")
 endif()
 
-# All dynamic initialisation is in this one unit. It has to come first in any program that links the objects, so that no
-# static object of the program meets a library that is not up. ELF systems start units in link order, mingw in reverse.
+# All dynamic initialisation of the library is in this source. It must run first in any program that links the objects, so
+# that the program's static objects can use the library. ELF systems run initialisers in link order, mingw in reverse order.
 set(kvbase_globals kvbase/library/library_globals.cpp)
 list(REMOVE_ITEM kvbase_sources ${kvbase_globals})
 list(PREPEND kvbase_sources ${kvbase_globals})
@@ -38,15 +38,15 @@ else()
   find_package(ICU REQUIRED COMPONENTS uc)
   find_package(Threads REQUIRED)
   set(kvbase_system_libraries ICU::uc Threads::Threads ${CMAKE_DL_LIBS})
-  # A symbol of the kind "unique" (g++ makes them of statics in inline functions) would keep the library loaded for ever.
+  # A symbol of the kind "unique" (g++ makes them for statics in inline functions) prevents the library from being unloaded.
   target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
-  # Nobody replaces the library's functions from outside, so it calls its own ones directly (clang++ takes that for granted).
+  # The library's functions are not interposed, so it calls them directly (the default of clang++).
   target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
 endif()
 target_link_libraries(kvbase_objects PUBLIC ${kvbase_system_libraries})
 
-# Units named so may use AVX2; they are called only where the processor has it. mingw keeps the stack at 16 bytes but lets
-# the compiler count on 32, so its spills of whole vectors must be unaligned moves.
+# Sources with this ending are compiled for AVX2 and called only where the processor has it. mingw aligns the stack to 16
+# bytes although the compiler assumes 32, so vectors must be spilled by unaligned moves.
 set(kvbase_avx2_sources ${kvbase_sources})
 list(FILTER kvbase_avx2_sources INCLUDE REGEX "_avx2\\.cpp$")
 if(MSVC)
@@ -73,7 +73,7 @@ if(BUILD_SHARED_LIBS)
   if(NOT WIN32)
     set(kvbase_version_script "${PROJECT_SOURCE_DIR}/cmake/exports/linux.map")
     target_link_options(KVBase PRIVATE LINKER:--version-script=${kvbase_version_script})
-    # A sanitizer's run time is in the program, so a sanitized library has names that are defined only there.
+    # The run time of a sanitizer is linked into the program only, so a sanitized library has undefined names.
     if(NOT KVBASE_SANITIZE)
       target_link_options(KVBase PRIVATE LINKER:-z,defs)
     endif()

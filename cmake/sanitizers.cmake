@@ -6,8 +6,8 @@ if(KVBASE_SANITIZE)
   add_compile_options(-fsanitize=${KVBASE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KVBASE_SANITIZE})
 
-  # The sanitizers' run time cannot place its shadow memory where the kernel randomises addresses widely. Containers may
-  # forbid to switch that off, and then mostly do not need it.
+  # The sanitizers cannot place their shadow memory if the kernel uses many bits for address randomisation, so programs run
+  # without it. Some containers do not permit that; most of those do not need it.
   execute_process(COMMAND setarch ${CMAKE_HOST_SYSTEM_PROCESSOR} -R true RESULT_VARIABLE failed OUTPUT_QUIET ERROR_QUIET)
   if(NOT failed)
     set(CMAKE_CROSSCOMPILING_EMULATOR setarch ${CMAKE_HOST_SYSTEM_PROCESSOR} -R)

@@ -13,9 +13,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# The compiler knows only msvcrt.dll, which prints and parses numbers unlike the runtime that Windows programs have today.
-# Its own link rules with the other name are the way that keeps start-up code and library on one runtime. Do not define
-# _UCRT: the C++ library was compiled without it.
+# By default the compiler links msvcrt.dll, which prints and parses numbers unlike the universal runtime. Replacing the name
+# in the compiler's link rules keeps start-up code and library on one runtime. Do not define _UCRT: the C++ library was
+# compiled without it.
 set(specs "${CMAKE_BINARY_DIR}/ucrt.specs")
 if(NOT EXISTS "${specs}")
   execute_process(COMMAND ${CMAKE_CXX_COMPILER} -dumpspecs OUTPUT_VARIABLE rules COMMAND_ERROR_IS_FATAL ANY)

@@ -5,8 +5,9 @@
 #   wine-runner.sh PREFIX program [argument...]
 #   wine-runner.sh --stop PREFIX
 #
-# The first call makes the prefix. The server stays for a while between programs, so that each starts in a few hundredths of a
-# second, and it is primed: services started by the first program would otherwise keep that program's output pipe open.
+# The first call creates the prefix. The Wine server keeps running for five minutes after the last program, so that each
+# program starts in a few hundredths of a second. An empty command starts the Wine services first: services started by the
+# program itself would keep its output pipe open.
 set -u
 
 stop=
@@ -17,12 +18,12 @@ fi
 prefix=$1
 shift
 
-# Nothing of the user's: no display, no home folder.
+# Independent of the user: no display, no home folder.
 unset DISPLAY WAYLAND_DISPLAY XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME
 export HOME=$prefix/home
 export WINEPREFIX=$prefix WINEDEBUG=${WINEDEBUG:--all}
-# No debugger: an unhandled fault shall end the program at once. No menu entries on the host. No .NET, no HTML engine: nobody
-# asks to download them.
+# No debugger, so that an unhandled fault ends the program at once. No menu entries on the host. No .NET and no HTML engine,
+# because Wine would ask to download them.
 export WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe,winemenubuilder.exe="
 
 if [[ -n $stop ]]; then

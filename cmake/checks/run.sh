@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
 #
-# All checks that are no tests; `./kv check` calls this. Each check is a function that prints its reasons and fails, or succeeds.
+# All checks except the tests; `./kv check` calls this. Each check is a function that succeeds, or prints why it fails.
 set -u -o pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit
 readonly logs=build/logs jobs=${KV_JOBS:-$(nproc)}
@@ -53,7 +53,7 @@ compile() {
     cmake --build --preset "$preset" -j "$jobs" --target all_verify_interface_header_sets -- -k 0
 }
 
-# A second compiler for the Windows sources: it names what only one compiler takes for C++.
+# Compiles the Windows sources with a second compiler, which finds what only one compiler accepts as C++.
 windows_clang() {
   local gcc headers
   gcc=$(dirname "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")
