@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Holds for every operation in the table of disk operations: each call gets the right one of an item's names, and neither
-// a failing call nor a failing allocation leaves a handle open, or makes, changes or removes an item by mistake.
+// Holds for every operation in the table of disk operations: each call gets the right one of an item's names, and
+// neither a failing call nor a failing allocation leaves a handle open, or makes, changes or removes an item by
+// mistake.
 #include "tests/filesystem/disk_operation_table.h"
 
 #include <gtest/gtest.h>
@@ -225,8 +226,8 @@ TEST_F(DiskOperations, StandEveryCallThatFails) {
 
 // --- Memory that runs out --------------------------------------------------------------------------------------------
 
-// Each allocation of each operation fails in turn. No row ends in a message: formatting one ends the process when memory
-// runs out while the text is put in place.
+// Each allocation of each operation fails in turn. No row ends in a message: formatting one ends the process when
+// memory runs out while the text is put in place.
 TEST_F(DiskOperations, StandEveryAllocationThatFails) {
   Tree const before = tree.contents();
   for (DiskOperation const& operation : diskOperations()) {

@@ -131,8 +131,8 @@ inline Tree treeOf(std::filesystem::path const& root) {
   return tree;
 }
 
-// Makes, copies, moves and removes a file. The system gets the plain name from some operations and may refuse a long one,
-// so only those that give it the prefixed name are here.
+// Makes, copies, moves and removes a file. The system gets the plain name from some operations and may refuse a long
+// one, so only those that give it the prefixed name are here.
 inline void useFile(SmartPtr<File const> const& file, SmartPtr<File const> const& beside) {
   EXPECT_FALSE(file->exists());
   EXPECT_TRUE(file->createParentDirectories());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// File's remove, move, touch, read-only family and sizes on a scripted system: the order of the calls, and the results by
-// their answers.
+// File's remove, move, touch, read-only family and sizes on a scripted system: the order of the calls, and the results
+// by their answers.
 #include <gtest/gtest.h>
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Every public operation of paths and iterators that leaves the disk alone, in one table. The sweeps in
-// path_operation_test.cpp run each row on ordinary and odd objects, with memory that runs out and on several threads, so
-// a new operation needs one row and no test of its own for these. (Operations on the disk: disk_operation_table.h.)
+// path_operation_test.cpp run each row on ordinary and odd objects, with memory that runs out and on several threads,
+// so a new operation needs one row and no test of its own for these. (Operations on the disk: disk_operation_table.h.)
 #pragma once
 
 #include <functional>

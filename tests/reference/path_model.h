@@ -49,7 +49,7 @@ inline bool startsWith(wstring const& text, wstring const& prefix) {
   return text.size() >= prefix.size() && text.substr(0, prefix.size()) == prefix;
 }
 
-// --- Texts ----------------------------------------------------------------------------------------------------------------
+// --- Texts -----------------------------------------------------------------------------------------------------------
 
 inline wstring fullName(DirectoryModel const& path) {
   wstring text = path.root.value_or(wstring());
@@ -84,7 +84,7 @@ inline wstring fullNameUnix(FileModel const& file) {
   return fullNameUnix(file.directory) + nameOf(file);
 }
 
-// --- Parsing --------------------------------------------------------------------------------------------------------------
+// --- Parsing ---------------------------------------------------------------------------------------------------------
 
 inline bool splitLevels(wstring const& text, std::size_t position, std::vector<wstring>& levels, PathWorld& world) {
   while (position < text.size()) {
