@@ -38,13 +38,10 @@ DirectorySnapshot* searchOf(SearchHandle handle) {
 
 std::unique_ptr<DirectorySnapshot> removeSearch(SearchHandle handle) {
   std::lock_guard<std::mutex> const lock(mutex);
-  if (running == nullptr) return nullptr;
-  auto const entry = running->find(handle);
-  if (entry == running->end()) return nullptr;
-  auto search = std::move(entry->second);
-  running->erase(entry);
+  auto search = running != nullptr ? running->extract(handle) : Searches::node_type();
+  if (search.empty()) return nullptr;
   if (running->empty()) delete std::exchange(running, nullptr);
-  return search;
+  return std::move(search.mapped());
 }
 
 }  // namespace platform
