@@ -12,7 +12,6 @@
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
-#include "kvbase/strings/internal/text_builder.h"
 
 namespace KV_1_1 {
 
@@ -28,15 +27,20 @@ void copyUnits(wchar* to, wchar const* from, int units) {
   if (units > 0) std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
 }
 
-}  // namespace
-
-StringVal* StringVal::allocate(long long capacity) {
+// Memory for a payload with room for `capacity` units and a terminator: the one place that limits the length of a text.
+inline void* newBlock(long long capacity) {
   KVBASE_ASSERT(capacity >= 0);
   if (capacity > INT_MAX) throw std::bad_alloc();
   std::size_t const units = static_cast<std::size_t>(capacity) + 1;
   void* const place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
   if (place == nullptr) throw std::bad_alloc();
-  return construct(place, KVW(""), 0, 0);
+  return place;
+}
+
+}  // namespace
+
+StringVal* StringVal::allocate(long long capacity) {
+  return new (newBlock(capacity)) StringVal(KVW(""), 0, 0);
 }
 
 StringVal::StringVal(wchar const* text, int length, int) : references_(1), length_(length), narrow_{nullptr, nullptr} {
@@ -66,11 +70,7 @@ StringVal* StringVal::construct(wchar const* text, int length, int capacity) {
   }
   if (capacity == -1) capacity = length;
   KVBASE_ASSERT(length >= 0 && capacity >= length);
-  StringVal* const payload = allocate(capacity);
-  copyUnits(payload->str(), text, length);
-  payload->str()[length] = 0;
-  payload->length_ = length;
-  return payload;
+  return new (newBlock(capacity)) StringVal(text, length, capacity);
 }
 
 StringVal* StringVal::construct(char const* text, int length, int capacity) {
@@ -107,9 +107,11 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
 StringVal* StringVal::concatenation(wchar const* text, int units) const {
   if (units == -1) units = strings::kernels().length(text);
   int const own = length();
-  TextBuilder sum(static_cast<long long>(own) + units);
-  sum.append(TextView(str(), static_cast<std::size_t>(own)));
-  return sum.append(TextView(text, static_cast<std::size_t>(units))).release();
+  StringVal* const sum = new (newBlock(static_cast<long long>(own) + units)) StringVal(str(), own, 0);
+  copyUnits(sum->str() + own, text, units);
+  sum->length_ = own + units;
+  sum->str()[sum->length_] = 0;
+  return sum;
 }
 
 int StringVal::measure() const {

@@ -197,26 +197,24 @@ bool isNil(String const& text) {
   return StringAccess::payload(text) == nullptr;
 }
 
-String concatenated(TextView a, TextView b) {
-  return TextBuilder(static_cast<long long>(a.size() + b.size())).append(a).append(b).finish();
-}
-
 }  // namespace
 
 String operator+(String const& a, String const& b) {
   if (isNil(b)) return a;
   if (isNil(a)) return b;
-  return concatenated(viewOf(a), viewOf(b));
+  return StringAccess::adopt(StringAccess::payload(a)->concatenation(b, b.length()));
 }
 
 String operator+(String const& a, wchar const* b) {
   if (b == nullptr) return a;
-  return concatenated(viewOf(a), viewOf(b));
+  return isNil(a) ? String(b) : StringAccess::adopt(StringAccess::payload(a)->concatenation(b, -1));
 }
 
 String operator+(wchar const* a, String const& b) {
   if (a == nullptr) return b;
-  return concatenated(viewOf(a), viewOf(b));
+  TextView const front = viewOf(a);
+  TextView const back = viewOf(b);
+  return TextBuilder(static_cast<long long>(front.size() + back.size())).append(front).append(back).finish();
 }
 
 // A unit is appended as such: as a text on the stack it would be read back as a vector right after it was written, which

@@ -17,9 +17,8 @@ namespace KV_1_1 {
 //   text.append(viewOf(name)).append(KVW('\\'));
 //   return text.finish();
 //
-// Sizes are added up in 64 bits by the caller, since two lengths can exceed the range of int. The builder is the one
-// place that limits a text to INT_MAX units.
-// Failure: std::bad_alloc for a greater size and when memory is exhausted.
+// Sizes are added up in 64 bits by the caller, since two lengths can exceed the range of int.
+// Failure: std::bad_alloc for more than INT_MAX units and when memory is exhausted.
 class TextBuilder {
  public:
   // REQUIRES: not negative.
@@ -50,12 +49,10 @@ class TextBuilder {
   }
 
   // The text; the builder is used up.
-  String finish() { return StringAccess::adopt(release()); }
-  // The same as a payload: the caller owns its one reference.
-  StringVal* release() {
+  String finish() {
     *next_ = 0;
     payload_->length_ = static_cast<int>(next_ - payload_->str());
-    return std::exchange(payload_, nullptr);
+    return StringAccess::adopt(std::exchange(payload_, nullptr));
   }
 
  private:
