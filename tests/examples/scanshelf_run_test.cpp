@@ -45,7 +45,7 @@ Outcome outcomeOf(std::vector<wstring> const& words) {
 TEST(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
   TempFolder folder;
   folder.write("a.dat", std::string(2048, 'x'));
-  folder.write("sub/b.dat", "12345");
+  folder.write("sub/b.DAT", "12345");
   folder.write("sub/deep/c.txt", "1");
   Outcome const outcome = outcomeOf({folder.text()});
   EXPECT_EQ(outcome.status, 0);
@@ -63,7 +63,7 @@ TEST(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
                                      "  (directly in it)      1        0  2.0 KB\n"));
   EXPECT_THAT(outcome.out, HasSubstr("    Size  File\n"
                                      "  2.0 KB  .\\a.dat\n"
-                                     "     5 B  sub\\b.dat\n"
+                                     "     5 B  sub\\b.DAT\n"
                                      "     1 B  sub\\deep\\c.txt\n"));
   EXPECT_THAT(outcome.out, HasSubstr("3 files match *, 2.0 KB in all; 3 folders searched.\n"));
 }
