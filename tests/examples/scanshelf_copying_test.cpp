@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
@@ -235,6 +236,15 @@ TEST_F(ScanshelfCopyingTest, ProgressMovesWithinAFile) {
     if (done.files == 0 && (bytes.empty() || done.bytes != bytes.back())) bytes.push_back(done.bytes);
   }
   EXPECT_THAT(bytes, ElementsAre(0, 25, 100));
+}
+
+TEST(ScanshelfFileProgressTest, IgnoresAPartThatIsNotANumber) {
+  std::vector<std::uint64_t> bytes;
+  Progress const note = [&bytes](Totals const& done) { bytes.push_back(done.bytes); };
+  Totals const finished = {7, 0, 1000};
+  FileProgress part(finished, 200, note);
+  for (double fraction : {0.25, std::numeric_limits<double>::quiet_NaN(), 1.0}) part.setProgress(fraction);
+  EXPECT_THAT(bytes, ElementsAre(1050, 1000, 1200));
 }
 
 TEST_F(ScanshelfCopyingTest, IsWithinTheFolderItselfAndFoldersBelow) {
