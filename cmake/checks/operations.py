@@ -21,7 +21,7 @@ SUBJECTS = [
      'tests/filesystem/*_table.cpp'),
 ]
 
-# The registration of a class, which tests/core sweeps over all classes.
+# The registration of a class, which one macro defines for all of them.
 REGISTRATION = {'getClassType', 'Class', 'initStatics', 'clearStatics'}
 
 COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/', re.S)

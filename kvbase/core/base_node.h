@@ -64,4 +64,6 @@ class KVBASE_API BaseNode : public VisitorCore {
   mutable InterlockedCounter references_;
 };
 
+static_assert(sizeof(BaseNode) == 2 * sizeof(void*), "a counted object starts with its virtual table and its count");
+
 }  // namespace KV_1_1

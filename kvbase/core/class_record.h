@@ -24,6 +24,7 @@ class Module;
 struct ClassVersion {
   std::uint64_t value = 0;
 };
+static_assert(sizeof(ClassVersion) == 8, "a version is one 64-bit value");
 inline bool operator==(ClassVersion a, ClassVersion b) {
   return a.value == b.value;
 }

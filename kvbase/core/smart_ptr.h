@@ -67,6 +67,8 @@ class SmartPtr {
   T* object_ = nullptr;
 };
 
+static_assert(sizeof(SmartPtr<class BaseNode>) == sizeof(void*), "a SmartPtr is one pointer");
+
 template <class T, class U>
 bool operator==(SmartPtr<T> const& a, SmartPtr<U> const& b) {
   return a.get() == b.get();

@@ -4,34 +4,17 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "kvbase/core/lazy.h"
 #include "kvbase/kvbase.h"
 #include "tests/core/counted_node.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace testing {
 namespace {
-
-constexpr int kThreads = 4;
-
-// Runs the work on several threads that start as near to each other as they can.
-void onThreads(std::function<void(int thread)> const& work) {
-  std::atomic<int> waiting{kThreads};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < kThreads; ++i) {
-    threads.emplace_back([&waiting, &work, i] {
-      --waiting;
-      while (waiting > 0) std::this_thread::yield();
-      work(i);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
 
 class AtomicLiveNode : public BaseNode {
  public:

@@ -2,17 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <thread>
 #include <vector>
 
 #include "kvbase/core/interlocked_counter.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
+namespace testing {
 namespace {
 
 // Every value from 0 to the total is seen by exactly one step: no update is lost and none is seen twice.
 TEST(InterlockedCounterConcurrency, EveryStepSeesAValueOfItsOwn) {
-  constexpr int kThreads = 4;
   constexpr int kSteps = 5000;
   struct Row {
     char const* name;
@@ -33,13 +33,10 @@ TEST(InterlockedCounterConcurrency, EveryStepSeesAValueOfItsOwn) {
     SCOPED_TRACE(row.name);
     InterlockedCounter counter(row.start);
     std::vector<std::vector<unsigned int>> seen(kThreads);
-    std::vector<std::thread> threads;
-    for (auto& values : seen) {
-      threads.emplace_back([&counter, &values, &row] {
-        for (int i = 0; i < kSteps; ++i) values.push_back(row.step(counter));
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
+    onThreads([&](int thread) {
+      auto& values = seen[static_cast<std::size_t>(thread)];
+      for (int i = 0; i < kSteps; ++i) values.push_back(row.step(counter));
+    });
 
     std::vector<unsigned int> all;
     for (auto const& values : seen) all.insert(all.end(), values.begin(), values.end());
@@ -51,4 +48,5 @@ TEST(InterlockedCounterConcurrency, EveryStepSeesAValueOfItsOwn) {
 }
 
 }  // namespace
+}  // namespace testing
 }  // namespace KV_1_1

@@ -59,6 +59,12 @@ TEST(TextKernelsUtf8, RandomTextToUtf8) {
   }
 }
 
+TEST(TextKernelsUtf8, SizesAreCountedBeyondAnyLane) {
+  constexpr int n = 3 << 18;
+  wstring const text(n, 0x20AC);
+  for (Twin const& twin : twins()) EXPECT_EQ(twin.kernels->utf8Size(text.data(), n), 3ll * n) << twin.name;
+}
+
 TEST(TextKernelsUtf8, RandomBytesFromUtf8) {
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);

@@ -8,6 +8,7 @@
 
 #include "kvbase/kvbase.h"
 #include "kvbase/platform/backend.h"
+#include "tests/support/progress.h"
 #include "tests/support/recording_files.h"
 #include "tests/support/scripted_errors.h"
 #include "tests/support/temp_folder.h"
@@ -83,18 +84,6 @@ TEST(SharedLibrary, TextsOfErrorsComeThroughTheSeamToo) {
   }
 }
 
-class LastFraction final : public IProgress {
- public:
-  void setProgress(double fraction) override { value = fraction; }
-  double value = -1;
-};
-
-class FileCounter final : public KVFileProgressInterface {
- public:
-  void fileCopied() override { ++files; }
-  int files = 0;
-};
-
 TEST(SharedLibrary, TheLibraryCallsObjectsOfTheProgram) {
   TempFolder folder;
   folder.write("from/a", "12345");
@@ -102,16 +91,17 @@ TEST(SharedLibrary, TheLibraryCallsObjectsOfTheProgram) {
   SmartPtr<Directory const> const from = Directory::fromString(folder.text(KVW("from")).c_str());
   SmartPtr<Directory const> const to = Directory::fromString(folder.text(KVW("to")).c_str());
   ASSERT_TRUE(from && to);
-  FileCounter counter;
+  CountedFiles counter;
   EXPECT_TRUE(from->copyContents(to, true, false, &counter));
-  EXPECT_EQ(counter.files, 1);
+  EXPECT_EQ(counter.count, 1);
 
-  auto const progress = std::make_shared<LastFraction>();
+  auto const progress = std::make_shared<RecordedProgress>();
   SmartPtr<File> const source = File::fromString(*from, KVW("a"));
   ScriptedCopy files;
   platform::ScopedBackend<platform::FileApi> const scope(files);
   EXPECT_EQ(File::CopyOk, source->copy(File::fromString(*to, KVW("b")), false, progress));
-  EXPECT_EQ(progress->value, 0.25);
+  ASSERT_FALSE(progress->values.empty());
+  EXPECT_EQ(progress->values.back(), 0.25);
 }
 
 }  // namespace
