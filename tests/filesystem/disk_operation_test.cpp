@@ -175,7 +175,7 @@ std::vector<ulong32> const& errorsOf(std::string const& call) {
 }
 
 // Each call of each operation fails with each of its errors, on a fresh tree each.
-TEST_F(DiskOperations, StandEveryCallThatFails) {
+TEST_F(DiskOperations, SurviveEveryFailingCall) {
   std::set<std::string> failedCalls;
   Tree const before = tree.contents();
   for (DiskOperation const& operation : diskOperations()) {
@@ -228,7 +228,7 @@ TEST_F(DiskOperations, StandEveryCallThatFails) {
 
 // Each allocation of each operation fails in turn. No row ends in a message: formatting one ends the process when
 // memory runs out while the text is put in place.
-TEST_F(DiskOperations, StandEveryAllocationThatFails) {
+TEST_F(DiskOperations, SurviveEveryFailingAllocation) {
   Tree const before = tree.contents();
   for (DiskOperation const& operation : diskOperations()) {
     SCOPED_TRACE(operation.name);
