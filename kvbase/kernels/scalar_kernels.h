@@ -40,12 +40,8 @@ inline int findUnitScalar(wchar const* text, wchar unit, int n) {
 }
 
 inline int findLastUnitScalar(wchar const* text, wchar unit, int n) {
-  int last = -1;
-  for (int i = 0; i < n; ++i) {
-    if (text[i] == unit) last = i;
-    if (text[i] == 0) break;
-  }
-  return last;
+  while (n > 0 && text[n - 1] != unit) --n;
+  return n - 1;
 }
 
 inline int findTextScalar(wchar const* text, int n, wchar const* needle, int m) {

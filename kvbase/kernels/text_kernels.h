@@ -21,8 +21,7 @@ struct TextKernels {
   int (*mismatchIgnoringCase)(wchar const* a, wchar const* b, int n);
   // First index below n that holds the unit or a NUL; n if there is none.
   int (*findUnit)(wchar const* text, wchar unit, int n);
-  // Last index that holds the unit, before the first NUL and below n (for a NUL unit: the first NUL); -1 if there is
-  // none.
+  // Last index below n that holds the unit; -1 if there is none. NULs are units like all others.
   int (*findLastUnit)(wchar const* text, wchar unit, int n);
   // First index of the m units of the needle, all of them before the first NUL and below n; -1 if there is none.
   // REQUIRES: m is at least 1 and the needle holds no NUL.

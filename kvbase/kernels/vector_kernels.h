@@ -142,19 +142,18 @@ int findUnit(wchar const* text, wchar unit, int n) {
 
 template <class V>
 int findLastUnit(wchar const* text, wchar unit, int n) {
+  constexpr int kUnits = V::kUnits;
   auto const wanted = V::of(unit);
-  int last = -1;
-  int i = 0;
-  for (; i + V::kUnits <= n; i += V::kUnits) {
-    auto const units = V::load(text + i);
-    auto const hits = V::equal(units, wanted);
-    auto const nul = V::equal(units, V::zero());
-    if (V::mask(V::bitOr(hits, nul)) == 0) continue;
-    if (V::mask(nul) != 0) break;
-    last = i + platform::highestBit(V::mask(hits)) / 2;
+  auto const unlike = [text, wanted](int i) { return V::bitXor(V::load(text + i), wanted); };
+  while (n >= 4 * kUnits && zeros<V>(minOf<V>(unlike(n - kUnits), unlike(n - 2 * kUnits), unlike(n - 3 * kUnits),
+                                              unlike(n - 4 * kUnits))) == 0) {
+    n -= 4 * kUnits;
   }
-  int const rest = findLastUnitScalar(text + i, unit, n - i);
-  return rest >= 0 ? i + rest : last;
+  for (; n >= kUnits; n -= kUnits) {
+    unsigned int const found = zeros<V>(unlike(n - kUnits));
+    if (found != 0) return n - kUnits + platform::highestBit(found) / 2;
+  }
+  return findLastUnitScalar(text, unit, n);
 }
 
 // Looks for candidates, at which the first, the last and a middle unit of the needle match, and compares the other units

@@ -24,7 +24,8 @@ TextView part(TextView text, std::size_t size) {
 // The front that is kept: up to its last slash, unless that stands at one of the first two places or at the end.
 TextView frontOf(TextView text, int head) {
   TextView const front = head < 0 || head >= lengthOf(text) ? text : part(text, static_cast<std::size_t>(head));
-  int const slash = strings::kernels().findLastUnit(front.data(), KVW('/'), lengthOf(front));
+  TextView const visible = upToNul(front);
+  int const slash = strings::kernels().findLastUnit(visible.data(), KVW('/'), lengthOf(visible));
   return slash >= 2 && slash + 1 < head ? front.substr(0, static_cast<std::size_t>(slash) + 1) : front;
 }
 

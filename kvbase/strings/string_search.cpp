@@ -84,10 +84,8 @@ int String::findLastOf(wchar const* text) const {
 
 int String::findLastOf(wchar ch, int from) const {
   if (from < 0 || from >= length()) return -1;
-  TextView const part = terminatedViewOf(*this).substr(static_cast<std::size_t>(from));
-  int const at = ch != 0 ? kernels().findLastUnit(part.data(), ch, lengthOf(part))
-                         : kernels().findUnit(part.data(), 0, lengthOf(part));
-  return inWholeText(at, from);
+  TextView const part = upToNul(terminatedViewOf(*this).substr(static_cast<std::size_t>(from)));
+  return inWholeText(ch != 0 ? kernels().findLastUnit(part.data(), ch, lengthOf(part)) : lengthOf(part), from);
 }
 
 int String::findAlpha(int from) const {

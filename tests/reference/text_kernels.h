@@ -36,12 +36,8 @@ inline int findUnit(wstring const& text, wchar wanted) {
 }
 
 inline int findLastUnit(wstring const& text, wchar wanted) {
-  int last = -1;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == wanted) last = static_cast<int>(i);
-    if (text[i] == 0) break;
-  }
-  return last;
+  std::size_t const place = text.rfind(wanted);
+  return place == wstring::npos ? -1 : static_cast<int>(place);
 }
 
 // Units beyond ASCII count as found.
