@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What stands from the load on, and the order in which it goes.
+// Which objects exist as soon as the library is loaded, and the order in which they are destroyed.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -19,7 +19,7 @@ namespace {
 
 using Log = std::vector<std::string>;
 
-// --- At load: looked at by a static initialiser of the tests, which runs behind those of the library ---------------------
+// --- At load: as a static initialiser of the tests finds it, which runs after those of the library -----------------------
 
 std::vector<std::string> classesNow() {
   std::vector<std::string> names;
@@ -38,18 +38,18 @@ struct Start {
   bool emptyStands = String::EMPTY.length() == 0 && String::EMPTY != String::NIL;
   bool firstModuleIsTheLibrarys = Module::begin() != Module::end() && &*Module::begin() == &getLibraryModule();
   wchar outOfRange = String::outOfRange;
-  // A path read before main.
+  // A path parsed before main.
   std::string text = narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
 };
-// Never destroyed: objects of the library that go last still look at it.
+// Never destroyed, because destructors that run at the end of the process read it.
 Start const& start = *new Start;
 
-TEST(LibraryOrder, TheRecordsStandBeforeAnyOtherInitialiserInTheOrderOfTheirWalk) {
+TEST(LibraryOrder, RecordsExistBeforeOtherInitialisersInTheOrderOfTheWalk) {
   Log const walk = {"BaseNode",          "FileSystemIterator", "FileIterator", "FileCollectionIterator",
                     "DirectoryIterator", "FileSystemItem",     "File",         "Directory"};
   ASSERT_GE(start.classes.size(), walk.size());
   EXPECT_EQ(start.classes.front(), "BaseNode");
-  // Classes that other parts of the library add below BaseNode stand in front of these.
+  // Further classes of the library below BaseNode would come in front of these.
   EXPECT_EQ(Log(start.classes.end() - static_cast<std::ptrdiff_t>(walk.size()) + 1, start.classes.end()),
             Log(walk.begin() + 1, walk.end()));
   EXPECT_EQ(classesNow(), start.classes);
@@ -59,7 +59,7 @@ TEST(LibraryOrder, TheLibrarysModuleIsTheFirst) {
   EXPECT_TRUE(start.firstModuleIsTheLibrarys);
 }
 
-TEST(LibraryOrder, TextsStandBeforeAnyOtherInitialiser) {
+TEST(LibraryOrder, TextsExistBeforeOtherInitialisers) {
   EXPECT_TRUE(start.emptyStands);
   EXPECT_EQ(start.outOfRange, 7);
   EXPECT_EQ(start.text, "C:\\b\\");
@@ -76,7 +76,7 @@ TEST(LibraryOrder, EmptyCountsItselfAndTheStringsThatShareIt) {
   EXPECT_EQ(ownersOf(String::EMPTY), before);
 }
 
-// --- Objects built lazily -----------------------------------------------------------------------------------------------
+// --- Lazy objects -------------------------------------------------------------------------------------------------------
 
 class Probe {
  public:
@@ -89,7 +89,7 @@ class Probe {
   std::string name_;
 };
 
-TEST(LibraryOrder, LazyObjectsGoNewestFirst) {
+TEST(LibraryOrder, LazyObjectsAreDestroyedNewestFirst) {
   Log log;
   AtExitList::Entry* const mark = AtExitList::newest();
   Lazy<Probe> a(log, "a");
@@ -104,7 +104,7 @@ TEST(LibraryOrder, LazyObjectsGoNewestFirst) {
   EXPECT_EQ(log.size(), 6u);
 }
 
-TEST(LibraryOrder, OnlyWhatStandsBehindTheMarkGoes) {
+TEST(LibraryOrder, OnlyObjectsRegisteredAfterTheMarkAreDestroyed) {
   Log log;
   AtExitList::Entry* const mark = AtExitList::newest();
   Lazy<Probe> a(log, "a");
@@ -117,7 +117,7 @@ TEST(LibraryOrder, OnlyWhatStandsBehindTheMarkGoes) {
   EXPECT_EQ(log, Log({"down b", "down a"}));
 }
 
-TEST(LibraryOrder, WhatIsBuiltWhileOthersGoGoesToo) {
+TEST(LibraryOrder, ObjectsBuiltDuringDestructionAreDestroyedToo) {
   struct Builder {
     Builder(Lazy<Probe>*& place, Log& log) : place_(place), log_(log) {}
     ~Builder() { place_ = new Lazy<Probe>(log_, "late"); }
@@ -135,7 +135,7 @@ TEST(LibraryOrder, WhatIsBuiltWhileOthersGoGoesToo) {
   delete late;
 }
 
-TEST(LibraryOrder, AnObjectThatCannotBeBuiltIsNotEntered) {
+TEST(LibraryOrder, AnObjectThatThrowsIsNotRegistered) {
   struct Thrower {
     Thrower() { throw 1; }
   };
@@ -144,7 +144,7 @@ TEST(LibraryOrder, AnObjectThatCannotBeBuiltIsNotEntered) {
   EXPECT_EQ(AtExitList::newest(), mark);
 }
 
-// At the end of the process: lazy objects, newest first, then the class records; texts work to the last.
+// At the end of the process lazy objects are destroyed newest first, while the class records still exist and texts work.
 struct Farewell {
   explicit Farewell(char const* name) : name_(name) {}
   ~Farewell() {
@@ -155,7 +155,7 @@ struct Farewell {
   char const* name_;
 };
 
-TEST(LibraryOrderDeathTest, LazyObjectsGoNewestFirstWhileRecordsAndTextsStand) {
+TEST(LibraryOrderDeathTest, LazyObjectsAreDestroyedBeforeRecordsAndTexts) {
   EXPECT_EXIT(
       {
         new Lazy<Farewell>("older");
@@ -165,9 +165,9 @@ TEST(LibraryOrderDeathTest, LazyObjectsGoNewestFirstWhileRecordsAndTextsStand) {
       ::testing::ExitedWithCode(0), "newer\\+records\\+texts;older\\+records\\+texts;");
 }
 
-// A record that a program builds below those of the library goes before them, and its module after it. Texts work to the
-// last in a static of the program, too.
-TEST(LibraryOrderDeathTest, RecordsOfOthersGoBeforeThoseOfTheLibrary) {
+// A record that a program adds below those of the library is destroyed before them, and its module after it. Texts still
+// work in the destructor of a static object of the program.
+TEST(LibraryOrderDeathTest, RecordsOfAProgramAreDestroyedBeforeThoseOfTheLibrary) {
   struct Client {
     String text = String(KVW(" early ")).trim();
     ModuleOwner owner;

@@ -32,7 +32,7 @@ Modules joined(Modules left, Modules const& right) {
   return left;
 }
 
-TEST(ModuleList, TheLibrarysModuleIsBuiltOnceAndStandsFirst) {
+TEST(ModuleList, TheLibrarysModuleIsBuiltOnceAndComesFirst) {
   EXPECT_EQ(&getLibraryModule(), &getLibraryModule());
   ASSERT_NE(Module::begin(), Module::end());
   EXPECT_EQ(&*Module::begin(), &getLibraryModule());
