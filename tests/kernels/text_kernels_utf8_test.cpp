@@ -140,6 +140,19 @@ TEST(TextKernelsUtf8, EveryPairOfBytesAndEveryStartOfThree) {
   }
 }
 
+TEST(TextKernelsUtf8, OneWrongByteInARunOfLongSequences) {
+  std::string run;
+  for (int i = 0; i < 20; ++i) run += "\xE2\x82\xAC";
+  for (std::size_t place = 0; place < run.size(); ++place) {
+    for (char const wrong : {'\0', 'A', '\x80', '\xBF', '\xC2', '\xE0', '\xED', '\xF0', '\xFF'}) {
+      std::string bytes = run;
+      bytes[place] = wrong;
+      wstring const expected = reference::fromUtf8(bytes);
+      for (Twin const& twin : twins()) ASSERT_EQ(decoded(twin, bytes), expected) << twin.name << " " << place;
+    }
+  }
+}
+
 TEST(TextKernelsUtf8, MalformedBytesByName) {
   struct Row {
     char const* name;
