@@ -8,29 +8,49 @@ namespace platform {
 
 namespace {
 
-NativeFiles theFiles;
-NativeText theText;
-NativeShell theShell;
 NativeErrors theErrors;
+NativeFiles theFiles;
+NativeFramework theFramework;
+NativeLocales theLocales;
+NativeModules theModules;
+NativeSettings theSettings;
+NativeShell theShell;
+NativeText theText;
 
 }  // namespace
 
-Backends current = {&theFiles, &theText, &theShell, &theErrors};
+Backends current = {&theErrors, &theFiles, &theFramework, &theLocales, &theModules, &theSettings, &theShell, &theText};
+
+ErrorApi& nativeErrors() {
+  return theErrors;
+}
 
 FileApi& nativeFiles() {
   return theFiles;
 }
 
-TextApi& nativeText() {
-  return theText;
+FrameworkApi& nativeFramework() {
+  return theFramework;
+}
+
+LocaleApi& nativeLocales() {
+  return theLocales;
+}
+
+ModuleApi& nativeModules() {
+  return theModules;
+}
+
+SettingsApi& nativeSettings() {
+  return theSettings;
 }
 
 ShellApi& nativeShell() {
   return theShell;
 }
 
-ErrorApi& nativeErrors() {
-  return theErrors;
+TextApi& nativeText() {
+  return theText;
 }
 
 }  // namespace platform

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The seam to the operating system. Everything that differs between systems is reached through one abstract class per
-// group of calls (file_api.h, text_api.h, shell_api.h, error_api.h); platform/windows and platform/linux implement each
+// group of calls (file_api.h, text_api.h, module_api.h and so on); platform/windows and platform/linux implement each
 // of them once.
 //
 // The current backends are held in one constant-initialised record, so they can be called before the first initialiser
@@ -17,37 +17,61 @@ namespace platform {
 
 class ErrorApi;
 class FileApi;
+class FrameworkApi;
+class LocaleApi;
+class ModuleApi;
+class SettingsApi;
 class ShellApi;
 class TextApi;
 
 struct Backends {
-  FileApi* files;
-  TextApi* text;
-  ShellApi* shell;
   ErrorApi* errors;
+  FileApi* files;
+  FrameworkApi* framework;
+  LocaleApi* locales;
+  ModuleApi* modules;
+  SettingsApi* settings;
+  ShellApi* shell;
+  TextApi* text;
 };
 
 // The backends in use: the native ones, unless a test has replaced one.
 extern KVBASE_API Backends current;
 
+inline ErrorApi& errors() {
+  return *current.errors;
+}
 inline FileApi& files() {
   return *current.files;
 }
-inline TextApi& text() {
-  return *current.text;
+inline FrameworkApi& framework() {
+  return *current.framework;
+}
+inline LocaleApi& locales() {
+  return *current.locales;
+}
+inline ModuleApi& modules() {
+  return *current.modules;
+}
+inline SettingsApi& settings() {
+  return *current.settings;
 }
 inline ShellApi& shell() {
   return *current.shell;
 }
-inline ErrorApi& errors() {
-  return *current.errors;
+inline TextApi& text() {
+  return *current.text;
 }
 
 // The backends of the system the library was built for. They are never destroyed.
-KVBASE_API FileApi& nativeFiles();
-KVBASE_API TextApi& nativeText();
-KVBASE_API ShellApi& nativeShell();
 KVBASE_API ErrorApi& nativeErrors();
+KVBASE_API FileApi& nativeFiles();
+KVBASE_API FrameworkApi& nativeFramework();
+KVBASE_API LocaleApi& nativeLocales();
+KVBASE_API ModuleApi& nativeModules();
+KVBASE_API SettingsApi& nativeSettings();
+KVBASE_API ShellApi& nativeShell();
+KVBASE_API TextApi& nativeText();
 
 // Puts another backend in place for a scope; scopes may nest.
 //
@@ -66,10 +90,14 @@ class ScopedBackend {
 
  private:
   static Api*& slot() { return slot(static_cast<Api*>(nullptr)); }
-  static FileApi*& slot(FileApi*) { return current.files; }
-  static TextApi*& slot(TextApi*) { return current.text; }
-  static ShellApi*& slot(ShellApi*) { return current.shell; }
   static ErrorApi*& slot(ErrorApi*) { return current.errors; }
+  static FileApi*& slot(FileApi*) { return current.files; }
+  static FrameworkApi*& slot(FrameworkApi*) { return current.framework; }
+  static LocaleApi*& slot(LocaleApi*) { return current.locales; }
+  static ModuleApi*& slot(ModuleApi*) { return current.modules; }
+  static SettingsApi*& slot(SettingsApi*) { return current.settings; }
+  static ShellApi*& slot(ShellApi*) { return current.shell; }
+  static TextApi*& slot(TextApi*) { return current.text; }
 
   Api* previous_;
 };

@@ -26,6 +26,10 @@
 struct HINSTANCE__;
 typedef HINSTANCE__* HINSTANCE;
 
+// Handle of a resource in a module.
+struct HRSRC__;
+typedef HRSRC__* HRSRC;
+
 // An unsigned 64-bit value with a low and a high half.
 union ULARGE_INTEGER {
   struct {

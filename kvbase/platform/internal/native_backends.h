@@ -7,6 +7,10 @@
 
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/file_api.h"
+#include "kvbase/platform/framework_api.h"
+#include "kvbase/platform/locale_api.h"
+#include "kvbase/platform/module_api.h"
+#include "kvbase/platform/settings_api.h"
 #include "kvbase/platform/shell_api.h"
 #include "kvbase/platform/text_api.h"
 
@@ -73,6 +77,67 @@ class NativeErrors final : public ErrorApi {
   ulong32 lastError() override;
   void setLastError(ulong32 code) override;
   bool errorText(ulong32 code, wstring& text) override;
+};
+
+class NativeModules final : public ModuleApi {
+ public:
+  constexpr NativeModules() = default;
+
+  HINSTANCE program() override;
+  bool modulePath(HINSTANCE module, wstring& path) override;
+  bool longPath(wchar const* path, wstring& longPath) override;
+
+  bool isReadable(wchar const* path) override;
+  HINSTANCE loadAsData(wchar const* path) override;
+  bool freeLibrary(HINSTANCE module) override;
+
+  HRSRC findResource(HINSTANCE module, wchar const* name, wchar const* type) override;
+  HRSRC findResourceOfLanguage(HINSTANCE module, wchar const* type, wchar const* name, std::uint16_t language) override;
+  bool resourceLanguages(HINSTANCE module, wchar const* type, wchar const* name,
+                         std::set<unsigned short>& languages) override;
+  ResourceBytes resourceBytes(HINSTANCE module, HRSRC resource) override;
+  bool stringTableEntry(HINSTANCE module, unsigned int id, wstring& text) override;
+
+  ulong32 versionInfoSize(wchar const* file, ulong32& handle) override;
+  bool versionInfo(wchar const* file, ulong32 handle, ulong32 size, void* block) override;
+  bool queryVersion(void const* block, wchar const* path, void const*& value, ulong32& length) override;
+};
+
+class NativeLocales final : public LocaleApi {
+ public:
+  constexpr NativeLocales() = default;
+
+  ulong32 threadLocale() override;
+  bool setThreadLocale(ulong32 locale) override;
+  std::uint16_t userUiLanguage() override;
+  std::uint16_t userLanguage() override;
+  std::uint16_t systemUiLanguage() override;
+  std::uint16_t systemLanguage() override;
+  bool languageAbbreviation(ulong32 locale, wstring& abbreviation) override;
+  bool enumerateLanguageGroups(LanguageGroupCallback callback, void* context) override;
+  bool enumerateLocales(ulong32 group, LocaleCallback callback, void* context) override;
+  bool commandLine(std::vector<wstring>& arguments) override;
+  void setControlsLanguage(std::uint16_t language) override;
+};
+
+class NativeSettings final : public SettingsApi {
+ public:
+  constexpr NativeSettings() = default;
+
+  SettingsKey currentUser() override;
+  SettingsKey openKey(SettingsKey parent, wchar const* name) override;
+  bool readValue(SettingsKey key, wchar const* name, ulong32& type, void* data, ulong32& size) override;
+  void closeKey(SettingsKey key) override;
+};
+
+class NativeFramework final : public FrameworkApi {
+ public:
+  constexpr NativeFramework() = default;
+
+  HINSTANCE resourceInstance() override;
+  void setResourceInstance(HINSTANCE instance) override;
+  bool startExtension(HINSTANCE instance) override;
+  void endExtension() override;
 };
 
 }  // namespace platform
