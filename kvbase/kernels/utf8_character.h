@@ -62,8 +62,10 @@ inline char* writeUtf8(unsigned int code, char* bytes) {
 }
 
 // The bytes of the sequence that begins with this byte; 0 if none does.
-inline int utf8SequenceSize(unsigned char lead) {
-  return lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+inline int utf8SequenceSize(unsigned int lead) {
+  if (lead < 0x80) return 1;
+  if (lead < 0xC2 || lead > 0xF4) return 0;
+  return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
 }
 
 // One character of UTF-8 and how many bytes it took. A piece that begins a valid sequence but does not complete it, and
@@ -79,12 +81,15 @@ inline Utf8Character readUtf8(char const* text, int n) {
   auto const* const bytes = reinterpret_cast<unsigned char const*>(text);
   unsigned int const lead = bytes[0];
   if (lead < 0x80) return {lead, 1, true};
-  int const size = utf8SequenceSize(bytes[0]);
+  int const size = utf8SequenceSize(lead);
+  if (size == 0 || n < 2) return {kReplacement, 1, false};
   // The second byte's range excludes overlong forms, surrogates and what lies beyond U+10FFFF.
   unsigned int const lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
   unsigned int const highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-  if (size == 0 || n < 2 || bytes[1] < lowest || bytes[1] > highest) return {kReplacement, 1, false};
+  if (bytes[1] < lowest || bytes[1] > highest) return {kReplacement, 1, false};
   unsigned int code = (lead & (0x7Fu >> size)) << 6 | (bytes[1] & 0x3Fu);
+  // The most frequent size needs no loop.
+  if (size == 2) return {code, 2, true};
   for (int i = 2; i < size; ++i) {
     if (n <= i || (bytes[i] & 0xC0) != 0x80) return {kReplacement, i, false};
     code = code << 6 | (bytes[i] & 0x3Fu);

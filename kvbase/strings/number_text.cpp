@@ -24,7 +24,8 @@ constexpr wchar kZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66, 0x0A
 
 // The value of a digit; -1 if the unit is none of those.
 int digitValue(wchar unit) {
-  if (unit < 0x80) return unit >= KVW('0') && unit <= KVW('9') ? unit - KVW('0') : -1;
+  if (unit >= KVW('0') && unit <= KVW('9')) return unit - KVW('0');
+  if (unit < 0x80) return -1;
   for (wchar const zero : kZeros) {
     if (unit >= zero && unit < zero + 10) return unit - zero;
   }
@@ -42,15 +43,21 @@ struct Magnitude {
 template <std::uint64_t kLimit>
 Magnitude readMagnitude(wchar const* text) {
   while (hasClass(*text, platform::kSpace)) ++text;
-  Magnitude number = {0, *text == KVW('-'), false, nullptr};
-  if (*text == KVW('-') || *text == KVW('+')) ++text;
-  for (int digit; (digit = digitValue(*text)) >= 0; number.end = ++text) {
+  bool const negative = *text == KVW('-');
+  if (negative || *text == KVW('+')) ++text;
+  wchar const* const digits = text;
+  std::uint64_t value = 0;
+  bool tooLarge = false;
+  for (int digit; (digit = digitValue(*text)) >= 0; ++text) {
     std::uint64_t const added = static_cast<std::uint64_t>(digit);
     // The division is needed near the limit only.
-    if (number.value >= kLimit / 10 && number.value > (kLimit - added) / 10) number.tooLarge = true;
-    if (!number.tooLarge) number.value = number.value * 10 + added;
+    if (value < kLimit / 10 || value <= (kLimit - added) / 10) {
+      value = value * 10 + added;
+    } else {
+      tooLarge = true;
+    }
   }
-  return number;
+  return {value, negative, tooLarge, text != digits ? text : nullptr};
 }
 
 template <class Value>

@@ -80,7 +80,11 @@ void extractSigned(String& text, Value& value, Read read) {
   extract(text, value, [&](int start) {
     value = static_cast<Value>(read(unitsOf(text) + start));
     int const end = text.findNonSignedDigit(start);
-    text = end < 0 ? String::EMPTY : String(unitsOf(text) + end, text.length() - end);
+    if (end < 0) {
+      text = String::EMPTY;
+    } else {
+      text = String(unitsOf(text) + end, text.length() - end);
+    }
   });
 }
 
