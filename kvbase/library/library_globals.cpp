@@ -11,12 +11,14 @@
 //   4  the library's Module, then the class records     the records, newest first, then the Module
 //      from BaseNode down
 //   5  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
+//   6  SymbolTable::EMPTY                               frees its containers
 #include "kvbase/core/lazy.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/file_collection_iterator.h"
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/modules/symbol_table.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -64,5 +66,7 @@ struct LazyObjects {
 } const lazyObjects;
 
 }  // namespace
+
+SymbolTable const SymbolTable::EMPTY;
 
 }  // namespace KV_1_1

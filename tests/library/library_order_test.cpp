@@ -38,6 +38,8 @@ struct Start {
   bool emptyStands = String::EMPTY.length() == 0 && String::EMPTY != String::NIL;
   bool firstModuleIsTheLibrarys = Module::begin() != Module::end() && &*Module::begin() == &getLibraryModule();
   wchar outOfRange = String::outOfRange;
+  bool emptySymbolsStand =
+      SymbolTable::EMPTY[String::EMPTY] == 0xFFFFFFFF && SymbolTable(SymbolTable::EMPTY)[0].empty();
   // A path parsed before main.
   std::string text = narrow(static_cast<wchar const*>(Directory::fromString(KVW("c:/a/../b"))->getFullName()));
 };
@@ -63,6 +65,10 @@ TEST(LibraryOrder, TextsExistBeforeOtherInitialisers) {
   EXPECT_TRUE(start.emptyStands);
   EXPECT_EQ(start.outOfRange, 7);
   EXPECT_EQ(start.text, "C:\\b\\");
+}
+
+TEST(LibraryOrder, TheEmptySymbolTableExistsBeforeOtherInitialisers) {
+  EXPECT_TRUE(start.emptySymbolsStand);
 }
 
 TEST(LibraryOrder, EmptyCountsItselfAndTheStringsThatShareIt) {
@@ -165,8 +171,8 @@ TEST(LibraryOrderDeathTest, LazyObjectsAreDestroyedBeforeRecordsAndTexts) {
       ::testing::ExitedWithCode(0), "newer\\+records\\+texts;older\\+records\\+texts;");
 }
 
-// A record that a program adds below those of the library is destroyed before them, and its module after it. Texts still
-// work in the destructor of a static object of the program.
+// A record that a program adds below those of the library is destroyed before them, and its module after it. Texts and the
+// empty symbol table still work in the destructor of a static object of the program.
 TEST(LibraryOrderDeathTest, RecordsOfAProgramAreDestroyedBeforeThoseOfTheLibrary) {
   struct Client {
     String text = String(KVW(" early ")).trim();
@@ -174,7 +180,8 @@ TEST(LibraryOrderDeathTest, RecordsOfAProgramAreDestroyedBeforeThoseOfTheLibrary
     mZClass record{KVW("Client"), BaseNode::Class(), owner.module(), ClassVersion()};
     ~Client() {
       bool const stands = record.isDerivedFrom(BaseNode::Class()) && classesNow() == start.classes &&
-                          (text + KVW(" and late")).trim() == KVW("early and late");
+                          (text + KVW(" and late")).trim() == KVW("early and late") &&
+                          SymbolTable::EMPTY[text] == 0xFFFFFFFF;
       std::fprintf(stderr, "client%s;", stands ? "+library" : "");
     }
   };
