@@ -8,6 +8,7 @@ namespace platform {
 
 namespace {
 
+NativeDebug theDebug;
 NativeErrors theErrors;
 NativeFiles theFiles;
 NativeFramework theFramework;
@@ -19,7 +20,12 @@ NativeText theText;
 
 }  // namespace
 
-Backends current = {&theErrors, &theFiles, &theFramework, &theLocales, &theModules, &theSettings, &theShell, &theText};
+Backends current = {&theDebug,   &theErrors,   &theFiles, &theFramework, &theLocales,
+                    &theModules, &theSettings, &theShell, &theText};
+
+DebugApi& nativeDebug() {
+  return theDebug;
+}
 
 ErrorApi& nativeErrors() {
   return theErrors;

@@ -15,6 +15,7 @@
 namespace KV_1_1 {
 namespace platform {
 
+class DebugApi;
 class ErrorApi;
 class FileApi;
 class FrameworkApi;
@@ -25,6 +26,7 @@ class ShellApi;
 class TextApi;
 
 struct Backends {
+  DebugApi* debug;
   ErrorApi* errors;
   FileApi* files;
   FrameworkApi* framework;
@@ -38,6 +40,9 @@ struct Backends {
 // The backends in use: the native ones, unless a test has replaced one.
 extern KVBASE_API Backends current;
 
+inline DebugApi& debug() {
+  return *current.debug;
+}
 inline ErrorApi& errors() {
   return *current.errors;
 }
@@ -64,6 +69,7 @@ inline TextApi& text() {
 }
 
 // The backends of the system the library was built for. They are never destroyed.
+KVBASE_API DebugApi& nativeDebug();
 KVBASE_API ErrorApi& nativeErrors();
 KVBASE_API FileApi& nativeFiles();
 KVBASE_API FrameworkApi& nativeFramework();
@@ -90,6 +96,7 @@ class ScopedBackend {
 
  private:
   static Api*& slot() { return slot(static_cast<Api*>(nullptr)); }
+  static DebugApi*& slot(DebugApi*) { return current.debug; }
   static ErrorApi*& slot(ErrorApi*) { return current.errors; }
   static FileApi*& slot(FileApi*) { return current.files; }
   static FrameworkApi*& slot(FrameworkApi*) { return current.framework; }

@@ -30,6 +30,28 @@ typedef HINSTANCE__* HINSTANCE;
 struct HRSRC__;
 typedef HRSRC__* HRSRC;
 
+// The registers of a thread of an x64 processor, laid out as on Windows. ContextFlags says which parts are filled; the
+// members of debug registers and vectors are not used off Windows.
+struct alignas(16) _CONTEXT {
+  std::uint64_t P1Home, P2Home, P3Home, P4Home, P5Home, P6Home;
+  std::uint32_t ContextFlags, MxCsr;
+  std::uint16_t SegCs, SegDs, SegEs, SegFs, SegGs, SegSs;
+  std::uint32_t EFlags;
+  std::uint64_t Dr0, Dr1, Dr2, Dr3, Dr6, Dr7;
+  std::uint64_t Rax, Rcx, Rdx, Rbx, Rsp, Rbp, Rsi, Rdi, R8, R9, R10, R11, R12, R13, R14, R15;
+  std::uint64_t Rip;
+  unsigned char FltSave[512];
+  unsigned char VectorRegister[416];
+  std::uint64_t VectorControl, DebugControl, LastBranchToRip, LastBranchFromRip, LastExceptionToRip,
+      LastExceptionFromRip;
+};
+static_assert(sizeof(_CONTEXT) == 1232, "as on Windows");
+
+// A constant that stands for the calling thread.
+inline void* GetCurrentThread() {
+  return reinterpret_cast<void*>(static_cast<std::intptr_t>(-2));
+}
+
 // An unsigned 64-bit value with a low and a high half.
 union ULARGE_INTEGER {
   struct {

@@ -5,6 +5,7 @@
 // constant-initialised and trivially destroyed, so they can be called at any time.
 #pragma once
 
+#include "kvbase/platform/debug_api.h"
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/file_api.h"
 #include "kvbase/platform/framework_api.h"
@@ -138,6 +139,37 @@ class NativeFramework final : public FrameworkApi {
   void setResourceInstance(HINSTANCE instance) override;
   bool startExtension(HINSTANCE instance) override;
   void endExtension() override;
+};
+
+class NativeDebug final : public DebugApi {
+ public:
+  constexpr NativeDebug() = default;
+
+  void output(char const* text) override;
+  void output(wchar const* text) override;
+  int ask(wchar const* message, wchar const* title, ulong32 style) override;
+  void breakIntoDebugger() override;
+  HINSTANCE loadLibrary(wchar const* path) override;
+  void (*function(HINSTANCE library, char const* name))() override;
+  bool freeLibrary(HINSTANCE library) override;
+  void* currentProcess() override;
+  ulong32 currentProcessId() override;
+  void* currentThread() override;
+  ulong32 suspendThread(void* thread) override;
+  ulong32 resumeThread(void* thread) override;
+  bool threadContext(void* thread, _CONTEXT& context) override;
+  void (*contextCapture())(_CONTEXT* context) override;
+  bool readMemory(void* process, std::uint64_t address, void* buffer, std::size_t size,
+                  std::size_t& bytesRead) override;
+  bool programPath(wstring& path) override;
+  bool programPath(std::string& path) override;
+  bool currentDirectory(std::string& path) override;
+  bool environmentVariable(wchar const* name, wstring& value) override;
+  bool environmentVariable(char const* name, std::string& value) override;
+  bool userName(std::string& name) override;
+  bool systemVersion(SystemVersion& version) override;
+  ulong32 versionInfoSize(char const* file) override;
+  bool versionInfo(char const* file, ulong32 size, void* block) override;
 };
 
 }  // namespace platform
