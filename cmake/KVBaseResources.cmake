@@ -44,7 +44,7 @@ function(_kvbase_resource_image image)
   endforeach()
   add_custom_command(
     OUTPUT "${image}" ${commands}
-    COMMAND "${linker}" --dll --no-seh --subsystem windows -e 0 -s ${objects} -o "${image}"
+    COMMAND "${linker}" --dll --no-seh --no-insert-timestamp --subsystem windows -e 0 -s ${objects} -o "${image}"
     DEPENDS ${ARGN} ${neighbours} VERBATIM
     COMMENT "Resources ${image}")
 endfunction()
