@@ -15,6 +15,8 @@
 #include "kvbase/filesystem/file_system_item.h"
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/filesystem/progress.h"
+#include "kvbase/languages/language_selection.h"
+#include "kvbase/languages/translation.h"
 #include "kvbase/modules/module.h"
 #include "kvbase/modules/symbol_table.h"
 #include "kvbase/platform/types.h"

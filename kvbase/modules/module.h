@@ -39,6 +39,8 @@ class KVBASE_API Module {
  private:
   // Each library of the family builds its own Module through it.
   friend class ModuleOwner;
+  // Needs the handle (kvbase/languages/language_selection.h).
+  friend KVBASE_API unsigned short GetCurrentLangId(Module const& module);
 
   // Joins the list at its end.
   Module();

@@ -35,6 +35,11 @@ class ShellApi {
   // Releases an item list; null is allowed.
   virtual void freeItemList(ItemList item) = 0;
 
+  // Stores the folder for files that the programs of a machine share. It need not exist. False if the system has none;
+  // `folder` is then unchanged. On Linux it is \usr\share, unless the environment variable KVBASE_COMMON_FILES holds
+  // another path in the notation of the library.
+  virtual bool commonProgramFiles(wstring& folder) = 0;
+
  protected:
   // Backends are never destroyed through this interface.
   ~ShellApi() = default;

@@ -27,6 +27,8 @@ class ScriptedShell final : public platform::ShellApi {
   std::int32_t showResult = 0;
   platform::ItemList item = &item_;  // the result of itemListFromPath
   int openItems = 0;                 // item lists that have been returned and not yet released
+  bool hasCommonFiles = true;
+  wstring commonFiles = KVW("C:\\Common");
 
   std::intptr_t open(wchar const* verb, wchar const* file, wchar const* directory, int show) override {
     log.push_back("open " + shown(verb) + ' ' + shown(file) + ' ' + shown(directory) + ' ' + std::to_string(show));
@@ -44,6 +46,11 @@ class ScriptedShell final : public platform::ShellApi {
   void freeItemList(platform::ItemList list) override {
     log.push_back("freeItemList");
     if (list != nullptr) --openItems;
+  }
+  bool commonProgramFiles(wstring& folder) override {
+    log.push_back("commonProgramFiles");
+    if (hasCommonFiles) folder = commonFiles;
+    return hasCommonFiles;
   }
 
  private:

@@ -69,6 +69,7 @@ class NativeShell final : public ShellApi {
   ItemList itemListFromPath(wchar const* path) override;
   std::int32_t showItem(ItemList item) override;
   void freeItemList(ItemList item) override;
+  bool commonProgramFiles(wstring& folder) override;
 };
 
 class NativeErrors final : public ErrorApi {

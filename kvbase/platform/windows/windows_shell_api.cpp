@@ -27,5 +27,12 @@ void NativeShell::freeItemList(ItemList item) {
   ILFree(static_cast<ITEMIDLIST*>(item));
 }
 
+bool NativeShell::commonProgramFiles(wstring& folder) {
+  wchar buffer[MAX_PATH];
+  if (SHGetSpecialFolderPathW(nullptr, buffer, CSIDL_PROGRAM_FILES_COMMON, FALSE) == 0) return false;
+  folder = buffer;
+  return true;
+}
+
 }  // namespace platform
 }  // namespace KV_1_1

@@ -155,5 +155,18 @@ void NativeShell::freeItemList(ItemList item) {
   free(item);
 }
 
+bool NativeShell::commonProgramFiles(wstring& folder) {
+  char const* const chosen = getenv("KVBASE_COMMON_FILES");
+  if (chosen == nullptr || chosen[0] == '\0') {
+    folder = KVW("\\usr\\share");
+    return true;
+  }
+  int const size = static_cast<int>(strlen(chosen));
+  wstring text(strlen(chosen), KVW('\0'));
+  text.resize(static_cast<std::size_t>(strings::decodeUtf8(chosen, size, &text[0], size)));
+  folder.swap(text);
+  return true;
+}
+
 }  // namespace platform
 }  // namespace KV_1_1
