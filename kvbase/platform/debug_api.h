@@ -55,6 +55,8 @@ class DebugApi {
   // A function of such a library, with the type that debug_help.h gives for its name; null if it has none.
   virtual void (*function(HINSTANCE library, char const* name))() = 0;
   virtual bool freeLibrary(HINSTANCE library) = 0;
+  // Closes a snapshot (debug_help::CreateToolhelp32Snapshot).
+  virtual bool closeHandle(void* handle) = 0;
 
   // The handles of this process and of the calling thread; both are constants that stand for whoever uses them.
   virtual void* currentProcess() = 0;

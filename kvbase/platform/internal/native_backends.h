@@ -153,6 +153,7 @@ class NativeDebug final : public DebugApi {
   HINSTANCE loadLibrary(wchar const* path) override;
   void (*function(HINSTANCE library, char const* name))() override;
   bool freeLibrary(HINSTANCE library) override;
+  bool closeHandle(void* handle) override;
   void* currentProcess() override;
   ulong32 currentProcessId() override;
   void* currentThread() override;

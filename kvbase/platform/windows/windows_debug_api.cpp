@@ -82,6 +82,10 @@ bool NativeDebug::freeLibrary(HINSTANCE library) {
   return FreeLibrary(library) != 0;
 }
 
+bool NativeDebug::closeHandle(void* handle) {
+  return CloseHandle(handle) != 0;
+}
+
 void* NativeDebug::currentProcess() {
   return GetCurrentProcess();
 }

@@ -39,6 +39,10 @@ bool NativeDebug::freeLibrary(HINSTANCE) {
   return false;
 }
 
+bool NativeDebug::closeHandle(void*) {
+  return false;
+}
+
 void* NativeDebug::currentProcess() {
   return reinterpret_cast<void*>(static_cast<std::intptr_t>(-1));
 }
