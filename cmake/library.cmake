@@ -64,10 +64,11 @@ target_link_libraries(KVBase PRIVATE ${kvbase_system_libraries})
 target_compile_features(KVBase PUBLIC cxx_std_17)
 target_compile_definitions(KVBase INTERFACE $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:KVBASE_STATIC>)
 target_sources(KVBase PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${kvbase_public_headers})
-kvbase_add_resources(KVBase ${kvbase_resources})
 set_target_properties(KVBase PROPERTIES LINKER_LANGUAGE CXX)
 
 if(BUILD_SHARED_LIBS)
+  # A static library is no module: the resources of a program that links it are the program's own.
+  kvbase_add_resources(KVBase ${kvbase_resources})
   # The stem of a module's file name is a contract: translations, help and settings hang on it, on every system.
   set_target_properties(KVBase PROPERTIES PREFIX "" IMPORT_PREFIX "lib" RUNTIME_OUTPUT_NAME KVBase)
   if(NOT WIN32)
