@@ -29,6 +29,7 @@ class ScriptedLocales final : public platform::LocaleApi {
 
   Log log;
   std::set<std::string> failures;  // the names of methods that always fail
+  int failAt = 0;                  // the call that fails, counted from 1 in the log; 0 for none
   ulong32 thread = 1033;
   std::uint16_t userUi = 1033;
   std::uint16_t user = 1033;
@@ -82,7 +83,7 @@ class ScriptedLocales final : public platform::LocaleApi {
  private:
   bool enter(char const* method, std::string const& arguments_) {
     log.push_back(arguments_.empty() ? method : method + (' ' + arguments_));
-    return failures.count(method) == 0;
+    return failures.count(method) == 0 && log.size() != static_cast<std::size_t>(failAt);
   }
 };
 

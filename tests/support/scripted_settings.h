@@ -34,6 +34,7 @@ class ScriptedSettings final : public platform::SettingsApi {
   std::set<std::string> keys;           // paths below the current user
   std::map<std::string, Value> values;  // by "<path>|<name>"
   int openKeys = 0;
+  int failAt = 0;  // the call that fails, counted from 1 in the log; 0 for none
 
   // The bytes of a text, with its terminator.
   static std::string bytesOf(wstring const& text) {
@@ -45,7 +46,7 @@ class ScriptedSettings final : public platform::SettingsApi {
     std::string const& above = *static_cast<std::string*>(parent);
     std::string const path = above.empty() ? narrow(name) : above + '\\' + narrow(name);
     log.push_back("open " + path);
-    if (keys.count(path) == 0) return nullptr;
+    if (keys.count(path) == 0 || isFailing()) return nullptr;
     opened_.push_back(path);
     ++openKeys;
     return &opened_.back();
@@ -54,7 +55,7 @@ class ScriptedSettings final : public platform::SettingsApi {
     std::string const path = *static_cast<std::string*>(key) + '|' + narrow(name);
     log.push_back("read " + path);
     auto const found = values.find(path);
-    if (found == values.end()) return false;
+    if (found == values.end() || isFailing()) return false;
     std::string const& bytes = found->second.bytes;
     type = found->second.type;
     bool const fits = bytes.size() <= size;
@@ -71,6 +72,8 @@ class ScriptedSettings final : public platform::SettingsApi {
   }
 
  private:
+  bool isFailing() const { return log.size() == static_cast<std::size_t>(failAt); }
+
   std::string root_;
   std::list<std::string> opened_;
 };
