@@ -64,10 +64,11 @@ class ModuleApi {
   // Releases a module that was loaded; everything that was read from it becomes invalid.
   virtual bool freeLibrary(HINSTANCE module) = 0;
 
-  // The version of a resource that the system prefers: that of the thread's locale, of its primary language, a neutral
-  // one, and so on. Null if there is none.
+  // The version of a resource that the system prefers: a neutral one, that of the thread's language, of the user's, of
+  // its primary language, the same of the system, that of 1033, then the first. Null if there is none.
   virtual HRSRC findResource(HINSTANCE module, wchar const* name, wchar const* type) = 0;
-  // The version of exactly this language, or else the one that the system puts in its place. Null if there is none.
+  // The version of exactly this language, or else of its primary language, or else a neutral one. For a language without
+  // a primary language the search goes on as in findResource. Null if there is none.
   virtual HRSRC findResourceOfLanguage(HINSTANCE module, wchar const* type, wchar const* name,
                                        std::uint16_t language) = 0;
   // Adds the languages in which a resource exists to `languages`. False if the resource does not exist.
