@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/modules/module.h"
 
+#include "kvbase/modules/symbol_table.h"
+
 namespace KV_1_1 {
 
 Module* Module::head = nullptr;
@@ -39,6 +41,10 @@ std::reverse_iterator<Module::const_iterator> Module::rend() {
 
 String const& Module::getModuleName() const {
   return moduleName_ != nullptr ? *moduleName_ : String::EMPTY;
+}
+
+SymbolTable const& Module::getResourceSymbols() const {
+  return resourceSymbols_ != nullptr ? *resourceSymbols_ : SymbolTable::EMPTY;
 }
 
 Module::const_iterator& Module::const_iterator::operator++() {

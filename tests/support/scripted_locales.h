@@ -28,6 +28,7 @@ class ScriptedLocales final : public platform::LocaleApi {
   using Log = std::vector<std::string>;
 
   Log log;
+  bool logging = true;             // without it no call needs memory
   std::set<std::string> failures;  // the names of methods that always fail
   int failAt = 0;                  // the call that fails, counted from 1 in the log; 0 for none
   ulong32 thread = 1033;
@@ -82,6 +83,7 @@ class ScriptedLocales final : public platform::LocaleApi {
 
  private:
   bool enter(char const* method, std::string const& arguments_) {
+    if (!logging) return failures.empty() || failures.count(method) == 0;
     log.push_back(arguments_.empty() ? method : method + (' ' + arguments_));
     return failures.count(method) == 0 && log.size() != static_cast<std::size_t>(failAt);
   }
