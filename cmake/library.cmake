@@ -56,7 +56,13 @@ elseif(MINGW)
 else()
   set(kvbase_avx2_options -mavx2)
 endif()
-set_source_files_properties(${kvbase_avx2_sources} PROPERTIES COMPILE_OPTIONS "${kvbase_avx2_options}")
+set_source_files_properties(
+  ${kvbase_avx2_sources} PROPERTIES COMPILE_OPTIONS "${kvbase_avx2_options}" SKIP_PRECOMPILE_HEADERS ON)
+
+# Builds with sanitizers are for tests only and save time here. In the others each source has to include what it uses.
+if(KVBASE_SANITIZE)
+  target_precompile_headers(kvbase_objects PRIVATE <algorithm> <functional> <memory> <string> <vector>)
+endif()
 
 add_library(KVBase $<TARGET_OBJECTS:kvbase_objects>)
 add_library(KVBase::KVBase ALIAS KVBase)
