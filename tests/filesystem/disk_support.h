@@ -6,8 +6,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -114,8 +114,9 @@ inline std::string notMoved(std::string const& from, std::string const& to, std:
 using Tree = std::map<std::string, std::string>;
 
 inline std::string bytesOf(std::filesystem::path const& path) {
-  std::ifstream file(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
 }
 
 inline Tree treeOf(std::filesystem::path const& root) {
