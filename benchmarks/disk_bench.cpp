@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Questions to the disk: a tree on a file system in memory.
+// Collecting the files of a tree and testing for a file, on a file system in memory.
 #include <fts.h>
 
 #include <QDirIterator>
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// 20 folders with 24 folders each, so 500 in all, and 40 files in each of them. Built when first asked for.
+// 20 folders with 24 subfolders each, so 500 in all, and 40 files in each of the 500. Built on first use.
 class Tree {
  public:
   static std::string const& root() {
@@ -90,7 +90,7 @@ void addCollecting() {
       .add("QDirIterator, QFileInfo", [] { return collectedByQt(Tree::root(), &QDirIterator::fileInfo); });
 }
 
-// Peers are given their path once, as File is.
+// The untimed first run builds each contestant's path.
 void addExists() {
   static auto const path = [] { return Tree::root() + "/scan7/part7/points7.dat"; };
   Row("disk: exists")

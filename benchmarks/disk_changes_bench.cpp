@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Copying and removing, on a file system in memory.
+// Copying and removing files and trees, on a file system in memory.
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Times KVBase beside its peers. The repetitions of all rows are mixed at random, so that a slow moment of the machine
-// meets everybody; one processor does all the work. The options of Google Benchmark override what is set here.
+// Times KVBase and its peers. The repetitions of all rows run in random order, so that a slow phase of the machine
+// affects all contestants alike. The options of Google Benchmark on the command line override the defaults set here.
 #include <malloc.h>
 #include <sched.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// On one processor neither caches nor clock frequencies change under way.
+// A move to another processor would change caches and clock frequency during a measurement.
 void stayOnOneProcessor() {
   cpu_set_t processors;
   CPU_ZERO(&processors);
@@ -21,13 +21,14 @@ void stayOnOneProcessor() {
   sched_setaffinity(0, sizeof processors, &processors);
 }
 
-// Memory that a batch gave back is not returned to the system between two batches: only the contestant that runs into
-// that would pay for it.
+// Keeps freed memory in the process. Otherwise the time of a batch would depend on whether the batch before it returned
+// its memory to the system.
 void keepMemory() {
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
 }
 
-// The standard library counts without locks until there is a second thread, as no application of the family is.
+// The standard library counts references without atomic operations while the process has a single thread. Applications
+// have several threads, so a second one exists during the measurements.
 class SecondThread {
  public:
   SecondThread() : thread_([end = end_.get_future()]() mutable { end.wait(); }) {}

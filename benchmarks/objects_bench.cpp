@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Counted objects and the questions after their class.
+// Reference counting, and tests for the class of an object.
 #include <QExplicitlySharedDataPointer>
 #include <QFile>
 #include <QSharedData>
@@ -40,7 +40,8 @@ struct Uncounted {
   int value = 7;
 };
 
-// Adds the row's work for each kind of pointer; makeWork takes a function that gives a new owned object.
+// Adds one contestant for each kind of pointer. makeWork takes a function that returns a pointer to a new object, and
+// returns the work.
 template <class MakeWork>
 void addPointers(char const* name, MakeWork makeWork) {
   Row(name)
@@ -81,7 +82,7 @@ void addOwnership() {
     for (int i = 0; i < kMany; ++i) pointers.push_back(create());
     return [pointers] { return pointers; };
   });
-  // The objects stand already; the vector grows as it is filled.
+  // All pointers share one object that exists already; the vector starts empty and grows.
   addPointers("objects: push_back 1000, drop", [](auto create) {
     using Pointer = decltype(create());
     return [pointer = create()] {
@@ -97,7 +98,7 @@ Module const& ownModule() {
   return owner.module();
 }
 
-// A line of classes, Level<4> four below Level<0>.
+// A chain of classes: Level<4> is four levels below Level<0>.
 template <int depth>
 class Level : public Level<depth - 1> {
  public:
@@ -116,7 +117,7 @@ class Level<0> : public BaseNode {
     return &record;
   }
 };
-// Beside that line.
+// A class outside the chain from Level<4> to Level<0>.
 class Stranger : public Level<1> {
  public:
   mZClass const* getClassType() const override { return Class(); }
@@ -126,7 +127,7 @@ class Stranger : public Level<1> {
   }
 };
 
-// Qt's own line of classes as deep: QTemporaryFile - QFile - QFileDevice - QIODevice - QObject.
+// Qt's chain of classes of the same depth: QTemporaryFile - QFile - QFileDevice - QIODevice - QObject.
 template <class Asked>
 void addKind(char const* name, QMetaObject const& qtAsked) {
   SmartPtr<BaseNode const> const object(new Level<4>);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Paths without the disk. Of the peers only Poco's holds fields as File and Directory do; the others hold one text.
+// Path operations that do not access the disk. Of the peers only Poco::Path stores the parts of a path, as File and
+// Directory do; the others store one text.
 #include <Poco/Path.h>
 
 #include <QDir>
@@ -18,7 +19,7 @@ namespace {
 using FilePtr = SmartPtr<File>;
 using DirectoryPtr = SmartPtr<Directory const>;
 
-// With slashes, which all peers read; ten levels.
+// With slashes, because all peers parse them.
 constexpr char kShort[] = "C:/a/b/../c/file.txt";
 constexpr char kDeep[] = "C:/scans/2026/project/../site/north/tower/level3/room12/raw/points/file.txt";
 
@@ -26,7 +27,7 @@ String text(std::string const& path) {
   return String(UTF8Interface(path.c_str()));
 }
 
-// Texts of the library have 16-bit units, so the peer's text of bytes is not finished before it is widened.
+// Poco returns a text of bytes. Rows that time it include its conversion to UTF-16, which the other contestants return.
 u16string pocoText(Poco::Path const& path) {
   return bench::plain(path.toString(Poco::Path::PATH_WINDOWS));
 }
@@ -69,7 +70,7 @@ void addRelative() {
       });
 }
 
-// What the row gives is the new object; its text is taken for the comparison only.
+// The timed work returns the new object. Its text is built outside the timing, to compare the results.
 template <class Object>
 struct NewPath {
   Object object;

@@ -1,18 +1,18 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Sets the times of KVBase beside those of its peers.
+"""Compares the times of KVBase with those of its peers.
 
     report.py RESULTS.json...
 
-The results are JSON files of Google Benchmark; with several of them, of separate runs, each time is the median over all.
-Rows named "... (elapsed)" are judged by the clock, all others by the time of the processor.
+The results are JSON files of Google Benchmark. If files of several runs are given, each time is the median over all of
+them. Rows whose name ends in "(elapsed)" are judged by elapsed time, all others by processor time.
 Prints a line for each goal of goals.tsv whose row was measured:
 
     ok     reached
-    near   missed by less than such measurements vary (15 %)
+    near   missed by at most 15 %, which is how much such measurements vary
     short  missed
 
-Ends with status 1 if the measurements and the goals do not fit together: a row or a peer without its counterpart.
+Exits with status 1 if a measured row has no goal, or if a goal names a peer that its row was not measured with.
 """
 import collections
 import json

@@ -9,8 +9,8 @@
 namespace KV_1_1 {
 namespace bench {
 
-// A new folder on a file system in memory, where there is one: there the library decides about the time and not the
-// disk. It is removed at the end.
+// A new folder, removed by the destructor. It lies on a file system in memory if there is one, so that the speed of the
+// disk does not affect the times.
 class ScratchFolder {
  public:
   ScratchFolder() {

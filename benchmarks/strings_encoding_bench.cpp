@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Strings: UTF-8 and one-byte pages, there and back.
+// Strings: conversion to and from UTF-8 and single-byte code pages.
 #include <unicode/ucnv.h>
 
 #include <algorithm>
@@ -27,13 +27,13 @@ std::string sized(std::string const& row, int size) {
   return "encoding: " + row + ", " + std::to_string(size);
 }
 
-// --- Texts of one script, of so many units ---------------------------------------------------------------------------
+// --- Texts in one script, `length` code units long -------------------------------------------------------------------
 
 u16string asciiText(int length) {
   return sampleText(length);
 }
 
-// Every third letter is one of Latin-1 beyond ASCII.
+// Every third unit is a Latin-1 character outside ASCII.
 u16string latinText(int length) {
   u16string text = sampleText(length);
   for (std::size_t i = 0; i < text.size(); i += 3) text[i] = static_cast<char16_t>(0xC0 + text[i] % 64);
@@ -47,7 +47,7 @@ u16string cjkText(int length) {
   return text;
 }
 
-// Surrogate pairs, all of them.
+// Surrogate pairs only.
 u16string emojiText(int length) {
   std::mt19937 random(1);
   u16string text;
@@ -90,10 +90,10 @@ u16string facetFromUtf8(std::string const& bytes) {
   return text;
 }
 
-// The conversion that a String keeps: each one on a String of its own.
+// A String caches its UTF-8 copy, so each conversion is timed on a new String.
 void addToUtf8(Script const& script, int size) {
   u16string const text = script.text(size);
-  require(static_cast<int>(text.size()) == size, "UTF-8: the text is of its size");
+  require(static_cast<int>(text.size()) == size, "UTF-8: the text has the given size");
   int const batch = size <= 64 ? 500 : 16;
   Row(sized(std::string("to UTF-8, ") + script.name, size))
       .addFresh(
@@ -115,7 +115,7 @@ void addToUtf8(Script const& script, int size) {
 
 void addFromUtf8(Script const& script, int size) {
   std::string const bytes = facetToUtf8(script.text(size));
-  require(facetFromUtf8(bytes) == script.text(size), "UTF-8: the text comes back");
+  require(facetFromUtf8(bytes) == script.text(size), "UTF-8: the conversion back gives the same text");
   Row(sized(std::string("from UTF-8, ") + script.name, size))
       .add("KVBase", [bytes] { return String(UTF8Interface(bytes.c_str())); })
       .add("QString", [bytes] { return QString::fromUtf8(bytes.c_str()); })
@@ -133,13 +133,13 @@ void addCachedCopy() {
       .add("std::string kept", [kept = facetToUtf8(text)] { return kept.c_str(); });
 }
 
-// --- A one-byte page -------------------------------------------------------------------------------------------------
+// --- A single-byte code page -----------------------------------------------------------------------------------------
 
-// A converter for one contestant, as long as its work lives.
+// A new converter; the work of the contestant owns it.
 std::shared_ptr<UConverter> westernConverter() {
   UErrorCode error = U_ZERO_ERROR;
   std::shared_ptr<UConverter> converter(ucnv_open("windows-1252", &error), ucnv_close);
-  require(U_SUCCESS(error), "one-byte page: ICU has it");
+  require(U_SUCCESS(error), "code page: ICU has a converter");
   return converter;
 }
 
@@ -157,7 +157,7 @@ u16string widened(std::string const& bytes) {
 
 void addFromPage(int size) {
   std::string const bytes = latinBytes(latinText(size));
-  require(widened(bytes) == latinText(size), "one-byte page: the text comes back");
+  require(widened(bytes) == latinText(size), "code page: the conversion back gives the same text");
   Row(sized("from a one-byte page", size))
       .add("KVBase", [bytes] { return String(CodePageInterface(bytes.c_str(), kWesternPage)); })
       .add("QString", [bytes] { return QString::fromLatin1(bytes.c_str()); })
@@ -168,7 +168,7 @@ void addFromPage(int size) {
       });
 }
 
-// In the two steps that a String takes for its narrow copy.
+// In two calls, the first for the size, as a String builds its narrow copy.
 std::string encodedInPage(String const& text) {
   platform::TextApi& api = platform::text();
   int const size = api.encode(kWesternPage, text, text.length(), nullptr, 0);

@@ -55,7 +55,7 @@ void addFindText(std::string const& name, u16string const& text, u16string const
       .add("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(wanted)] { return a.indexOf(b); });
 }
 
-// Both units of the wanted pair occur all over the text, but never side by side.
+// A text in which both units of `pair` are frequent, but the pair itself does not occur.
 u16string textWithoutPair(int length, u16string const& pair) {
   u16string text = sampleText(length);
   for (std::size_t at = text.find(pair); at != u16string::npos; at = text.find(pair, at)) text[at] = u'a';
@@ -63,7 +63,7 @@ u16string textWithoutPair(int length, u16string const& pair) {
 }
 
 void addFindTexts() {
-  // First and last unit are common ones; the text has no q.
+  // The first and the last unit are frequent in the text; q does not occur.
   u16string const eight = u"theqnose";
   u16string const two = u"se";
   auto const with = [](u16string text, std::size_t at, u16string const& part) {
@@ -80,7 +80,7 @@ void addFindTexts() {
   }
 }
 
-// Texts on which a careless search compares nearly the whole wanted text at nearly every place.
+// Texts on which a naive search compares almost the whole wanted text at almost every position.
 void addHardTexts() {
   u16string const text(20000, u'a');
   u16string const ten(10, u'a');

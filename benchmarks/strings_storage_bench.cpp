@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Strings as values: building, sharing, dropping, comparing, cutting, concatenating.
+// Strings as values: construction, sharing, destruction, comparison, substrings, concatenation.
 #include <algorithm>
 #include <boost/algorithm/string/trim.hpp>
 #include <cwctype>
@@ -49,7 +49,7 @@ void addSharing() {
   }).add("shared_ptr", [text = std::make_shared<u16string const>(text)] { return text; });
 }
 
-// Two texts that share nothing.
+// The two texts compared share no storage.
 void addEquality(std::string const& name, u16string const& first, u16string const& second) {
   addTexts(Row(name), [&first, &second](auto tag) {
     using Text = typename decltype(tag)::Type;
@@ -122,7 +122,7 @@ void addComparisonsIgnoringCase(int size) {
   u16string text = sampleText(size);
   addOrderIgnoringCase(sized("compareIgnoreCase, ASCII", size), text);
   if (size == 5) return;
-  // Every third letter is one of Latin-1, in the same case on both sides.
+  // Every third unit becomes a Latin-1 letter, in the same case in both texts.
   for (std::size_t i = 0; i < text.size(); i += 3) text[i] = kLatinLetters[i % 5];
   addOrderIgnoringCase(sized("compareIgnoreCase, Latin-1", size), text);
 }
@@ -194,7 +194,7 @@ void addStartsAndEnds() {
       });
 }
 
-// A block of exactly the size needed.
+// The sum in a block of exactly the needed size.
 u16string appended(u16string const& text, char16_t unit) {
   u16string result;
   result.reserve(text.size() + 1);
@@ -211,7 +211,7 @@ void addAppend() {
       .add("u16string", [text] { return text + u'x'; })
       .add("QString", [a = make<QString>(text)] { return QString(a + QChar(u'x')); })
       .add("UnicodeString", [a = make<UnicodeString>(text)] { return a + u'x'; });
-  // The receiver holds the result of the time before, whose block is freed.
+  // The receiver still holds the previous result, whose block is freed.
   Row("storage: append a unit to 100, receiver replaced")
       .add("KVBase", [a = make<String>(text), r = String()]() mutable { return (r = a + u'x').length(); })
       .add("u16string exact",

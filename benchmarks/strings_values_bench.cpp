@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Strings: values into text and out of it.
+// Strings: formatting numbers and parsing them.
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -16,9 +16,9 @@ namespace bench {
 
 namespace {
 
-constexpr int kNumber = 987654321;  // more digits than a u16string holds without a block
+constexpr int kNumber = 987654321;  // too many digits for the buffer inside a u16string
 
-// A text of chars, widened.
+// ASCII characters as UTF-16.
 u16string widened(char const* text, std::size_t size) {
   return u16string(text, text + size);
 }
@@ -35,7 +35,7 @@ NarrowText narrowText(int value) {
   return text;
 }
 
-// How many significant digits KVBase gives a double; the peers are told the same.
+// The number of significant digits that KVBase formats a double with; its peers are given the same.
 int precisionOf(double value) {
   if (value == 0) return 1;
   double const logarithm = std::log10(std::fabs(value));
@@ -55,7 +55,7 @@ QString qtText(double value) {
   return QString::number(value, 'g', precisionOf(value));
 }
 
-// --- Values into text ------------------------------------------------------------------------------------------------
+// --- Formatting ------------------------------------------------------------------------------------------------------
 
 void addFormatInt() {
   Row("format: int to text")
@@ -73,7 +73,7 @@ void addFormatInt() {
       .add("QString", [] { return QString::number(kNumber); });
 }
 
-// The text with a number behind it, in a block of exactly the size needed.
+// The text followed by the number, in a block of exactly the needed size.
 template <class Value>
 u16string exactSum(u16string const& text, Value value) {
   NarrowText const number = narrowText(value);
@@ -107,7 +107,7 @@ void addAppendInt() {
       .add("UnicodeString", [a = make<UnicodeString>(text)] { return icuSum(a, kNumber); });
 }
 
-// Doubles one after the other, so that no branch is foreseen from the call before.
+// Returns another double on each call, so that no branch can be predicted from the previous call.
 class Cycle {
  public:
   explicit Cycle(std::vector<double> values) : values_(std::move(values)) {}
@@ -118,7 +118,7 @@ class Cycle {
   std::size_t next_ = 0;
 };
 
-// As programs for scans write them: lengths in millimetres, angles, counts, small deviations with all their digits.
+// Typical values of scanning programs: lengths in millimetres, angles, counts, small deviations with all digits.
 std::vector<double> sampleDoubles() {
   std::mt19937 random(1);
   std::uniform_real_distribution<double> unit(0, 1);
@@ -137,8 +137,9 @@ void addFormatDoubles() {
   u16string const text = sampleText(100);
   for (double value : values) {
     NarrowText const number = narrowText(value);
-    require(plain(kvSum(String(), value)) == widened(number.chars, number.size), "doubles: KVBase as to_chars");
-    require(plain(qtText(value)) == widened(number.chars, number.size), "doubles: QString as to_chars");
+    require(plain(kvSum(String(), value)) == widened(number.chars, number.size),
+            "doubles: KVBase formats like to_chars");
+    require(plain(qtText(value)) == widened(number.chars, number.size), "doubles: QString formats like to_chars");
   }
   Row("format: double to text")
       .add("KVBase", [next = Cycle(values)]() mutable { return kvSum(String(), next()); })
@@ -175,9 +176,9 @@ void addPrintf() {
       });
 }
 
-// --- Values out of text ----------------------------------------------------------------------------------------------
+// --- Parsing ---------------------------------------------------------------------------------------------------------
 
-// An extraction consumes a text of its own.
+// Takes a copy, because an extraction removes the number from its text.
 template <class Value>
 Value extracted(String text) {
   Value value = 0;
@@ -202,7 +203,7 @@ void addParseInt() {
       .add("QString", [a = make<QString>(text)] { return a.toInt(); });
 }
 
-// All bits of a double count.
+// The exact value of a double, to compare all of its bits.
 u16string bits(double value) {
   char text[64];
   std::size_t const size = static_cast<std::size_t>(std::snprintf(text, sizeof text, "%a", value));
@@ -213,8 +214,8 @@ void addParseDouble() {
   for (std::string const narrow : {"1234.5678", "0.00012345678901234567", "-17", "6.02214076e23"}) {
     double const value = fromChars<double>(narrow.data(), narrow.data() + narrow.size());
     u16string const text = widened(narrow.data(), narrow.size());
-    require(bits(extracted<double>(make<String>(text))) == bits(value), "parse: doubles as from_chars");
-    require(bits(make<QString>(text).toDouble()) == bits(value), "parse: doubles of QString as from_chars");
+    require(bits(extracted<double>(make<String>(text))) == bits(value), "parse: KVBase parses doubles like from_chars");
+    require(bits(make<QString>(text).toDouble()) == bits(value), "parse: QString parses doubles like from_chars");
   }
   std::string const narrow = "1234.56789012";
   u16string const text = widened(narrow.data(), narrow.size());
@@ -227,7 +228,7 @@ void addParseDouble() {
       .add("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); });
 }
 
-// The int at the front of a text without leading blanks, and how many units it takes.
+// The int at the start of a text without leading blanks, and its length in units.
 struct FrontInt {
   int value;
   std::size_t size;

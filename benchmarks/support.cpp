@@ -72,7 +72,7 @@ void Row::expect(std::unique_ptr<u16string>& expected, u16string result, std::st
   if (expected == nullptr) expected = std::make_unique<u16string>(result);
   if (*expected == result) return;
   auto const shown = [](u16string const& text) { return QString::fromStdU16String(text).toStdString(); };
-  std::fprintf(stderr, "%s gives \"%s\" where \"%s\" was given before it\n", label.c_str(), shown(result).c_str(),
+  std::fprintf(stderr, "%s gives \"%s\", but an earlier contestant gave \"%s\"\n", label.c_str(), shown(result).c_str(),
                shown(*expected).c_str());
   std::exit(1);
 }

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// Rows of the comparison. A row is one piece of work, done by KVBase and by its peers in the same process:
+// A row of the comparison is one piece of work, done by KVBase and by other libraries, its peers, in one process:
 //
 //   Row("storage: a + b, 50 + 50")
 //       .add("KVBase", [a = String(text), b = String(text)] { return a + b; })
 //       .add("QString", [a = QString(text), b = QString(text)] { return QString(a + b); });
 //
-// The first contestant is KVBase. What each contestant gives must equal, as a text, what the first one gave: the work
-// is done once before it is timed, and a difference ends the program.
+// Each call of add adds a contestant; the first is KVBase. Before the work of a contestant is timed, it is run once and
+// its result is converted to a text. The program ends with a message if two contestants of a row give different texts.
 //
-// What a contestant gives is destroyed within the time. What counts is the time of the processor; a row whose name ends
-// in "(elapsed)" is judged by the clock, since there other processes may do the work. benchmarks/goals.tsv names the
-// rows and what they have to reach.
+// The destruction of a result is timed too. Rows are judged by processor time, except those whose name ends in
+// "(elapsed)": other processes may do their work, so they are judged by elapsed time. benchmarks/goals.tsv lists the
+// rows and their goals.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -42,18 +42,18 @@ void addObjects();
 void addDisk();
 void addDiskChanges();
 
-// The order of two texts, of which only the sign means something.
+// The result of a comparison, of which only the sign is significant.
 struct Order {
   int value;
 };
 
-// Results as texts, to be compared.
+// Results converted to texts, to compare them.
 u16string plain(String const& text);
 u16string plain(QString const& text);
 u16string plain(UnicodeString const& text);
 u16string plain(std::string const& text);
 u16string plain(QByteArray const& text);
-// A pointer would slide into the form for bool.
+// Without this overload a pointer would convert to bool.
 u16string plain(char const* text);
 u16string plain(u16string const& text);
 u16string plain(std::shared_ptr<u16string const> const& text);
@@ -67,19 +67,19 @@ inline u16string plain(bool truth) {
 }
 
 [[noreturn]] void failPremise(char const* premise);
-// Ends the program with a message if what the rows take for granted does not hold.
+// Ends the program with a message if an assumption of the rows does not hold.
 inline void require(bool holds, char const* premise) {
   if (!holds) failPremise(premise);
 }
 
-// Path texts come with either separator.
+// Contestants return path texts with either separator; the comparison uses slashes.
 u16string withSlashes(u16string text);
 
-// `length` units of words as they stand in English texts, letters only; q, x, z and j never occur. The same for the
-// same seed.
+// `length` random lower-case letters, about as frequent as in English; j, q, x and z never occur. The same seed gives
+// the same text.
 u16string sampleText(int length, unsigned int seed = 1);
 
-// The same units in the four classes; every call gives a text with a block of its own.
+// A text of any of the four classes with these units. Texts of two calls share no storage.
 template <class Text>
 Text make(u16string const& units) {
   return Text(units.data(), static_cast<int>(units.size()));
@@ -97,21 +97,22 @@ class Row {
  public:
   explicit Row(std::string name) : name_(std::move(name)) {}
 
-  // The contestant's work: a function without arguments that gives its result.
+  // `work` is a function without arguments that returns the result.
   template <class Work>
   Row& add(char const* contestant, Work work) {
     return addPlain(contestant, work, [](auto const& result) { return plain(result); });
   }
-  // The same where the results are path texts.
+  // The same for path texts, which are equal if they differ only in their separators.
   template <class Work>
   Row& addPath(char const* contestant, Work work) {
     return addPlain(contestant, work, [](auto const& result) { return withSlashes(plain(result)); });
   }
-  // What `prepare` gives is destroyed, and nothing else is timed: `batch` of them in a row.
+  // Times only the destruction of the objects that `prepare` returns, `batch` of them at a time.
   template <class Prepare>
   Row& addDestruction(char const* contestant, int batch, Prepare prepare);
-  // Each work on a thing of its own that `prepare` gave, for results that the thing keeps: `batch` of them in a row.
-  // Neither things nor results are built or destroyed within the time.
+  // For work that can be timed only once on an object, for instance because the object caches the result. Times `work`
+  // on `batch` objects that `prepare` returned, each used once. Building these objects is not timed, and neither is the
+  // destruction of objects and results.
   template <class Prepare, class Work>
   Row& addFresh(char const* contestant, int batch, Prepare prepare, Work work);
 
@@ -119,7 +120,7 @@ class Row {
   template <class Work, class Plain>
   Row& addPlain(char const* contestant, Work work, Plain toPlain) {
     auto const run = [expected = expected_, label = label(contestant), work, toPlain](benchmark::State& state) {
-      // Work that keeps a state begins anew in each repetition.
+      // Each repetition starts with the initial state of the work.
       Work timed = work;
       expect(*expected, toPlain(timed()), label);
       for (auto _ : state) benchmark::DoNotOptimize(timed());
@@ -129,7 +130,7 @@ class Row {
   }
 
   std::string label(char const* contestant) const { return name_ + "/" + contestant; }
-  // Sets an expectation that is still empty; ends the program with a message if the result differs from it.
+  // Stores the first result of a row; ends the program with a message if a later result differs from it.
   static void expect(std::unique_ptr<u16string>& expected, u16string result, std::string const& label);
 
   std::string name_;
@@ -182,7 +183,8 @@ struct Tag {
   using Type = Text;
 };
 
-// Adds the work of the four text classes, where one spelling serves them all: makeWork(Tag<Text>()) gives it.
+// Adds the four text classes as contestants, for work that is the same code for all of them; makeWork(Tag<Text>())
+// returns it.
 template <class MakeWork>
 Row& addTexts(Row&& row, MakeWork makeWork) {
   return row.add("KVBase", makeWork(Tag<String>()))

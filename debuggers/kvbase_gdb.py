@@ -1,23 +1,23 @@
 # SPDX-License-Identifier: MIT
-"""How gdb shows KVBase's types. Load it with: source debuggers/kvbase_gdb.py
+"""Shows KVBase's types in gdb. Load it with: source debuggers/kvbase_gdb.py
 
-String, StringVal   "text", with inner NULs up to a known length; NIL
+String, StringVal   "text", with inner NULs if its length is known; NIL
 Directory           its full name                               "C:\\a\\"
-File                its full name; what is missing is NIL        "C:\\a\\b.txt"
-SmartPtr            null, or the object and how many own it
+File                its full name; NIL without a base name       "C:\\a\\b.txt"
+SmartPtr            null, or the object and the number of its owners
 
-`set print elements` limits the texts, and `print/r` shows the fields.
+`set print elements` limits the length of a text, and `print/r` shows the fields.
 """
 
 import gdb
 import gdb.printing
 
 UNIT_SIZE = 2
-PIECE = 256  # units read at once where the length is not known
+PIECE = 256  # units read at a time if the length is not known
 
 
 def element_limit():
-    """How many characters to show; None for all."""
+    """The number of characters to show; None for all."""
     return gdb.parameter("print elements")
 
 
@@ -26,11 +26,11 @@ def read_units(address, count):
 
 
 def find_terminator(address, limit):
-    """The units before the first NUL, or not many more than `limit` of them."""
+    """The bytes before the first NUL unit; without a NUL among the first `limit` units, at least those units."""
     found = b""
     while limit is None or len(found) < limit * UNIT_SIZE:
         start = address + len(found)
-        # Never into a page that the text may not reach.
+        # A read never crosses the end of a page, because the next page may not be readable.
         count = min(PIECE, (4096 - start % 4096) // UNIT_SIZE) or 1
         piece = read_units(start, count)
         for at in range(0, len(piece), UNIT_SIZE):
@@ -66,7 +66,7 @@ ESCAPES = {"\0": "\\0", "\n": "\\n", "\r": "\\r", "\t": "\\t", '"': '\\"'}
 
 
 def quoted(text, is_cut=False):
-    """Control characters and lone surrogates as escapes; backslashes as they are, for paths are full of them."""
+    """Control characters and lone surrogates become escapes. Backslashes stay, because paths are full of them."""
     shown = []
     for character in text:
         if character in ESCAPES:

@@ -8,14 +8,14 @@
 
 namespace KV_1_1 {
 
-// Owning pointer to an object below BaseNode; one pointer in size. Null is a legal value: it says that there is no
-// object.
+// Owning pointer to an object of a class derived from BaseNode. Null is a legal value: there is no object.
 //
 //   SmartPtr<Directory const> folder = Directory::fromString(KVW("C:\\scans"));
 //   if (folder) use(folder->getFullName());
 //
-// Ownership: each SmartPtr that is not null holds one reference; the last one destroys the object. A raw pointer handed
-// to the constructor need not have been owned before. Never let one point to an object on the stack or inside another.
+// Ownership: each SmartPtr that is not null holds one reference; the last one destroys the object. The constructor from
+// a raw pointer also takes an object that nobody owns yet. A SmartPtr must never point to an object on the stack or to a
+// member of another object.
 // Thread rule: owners of one object may live on different threads; one SmartPtr variable belongs to one thread at a
 // time.
 template <class T>
@@ -27,10 +27,10 @@ class SmartPtr {
   constexpr SmartPtr(std::nullptr_t) noexcept {}
   SmartPtr(T* object) : object_(object) { acquire(); }
   SmartPtr(SmartPtr const& other) : object_(other.object_) { acquire(); }
-  // Takes the reference over without touching the count; `other` becomes null.
+  // Moves the reference without changing the count; `other` becomes null.
   SmartPtr(SmartPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
 
-  // From a derived class and to const, never back.
+  // Converts to a base class and to const, never back.
   template <class U, class = std::enable_if_t<std::is_convertible<U*, T*>::value>>
   SmartPtr(SmartPtr<U> const& other) : object_(other.get()) {
     acquire();
@@ -42,7 +42,7 @@ class SmartPtr {
     if (object_ != nullptr) object_->unref();
   }
 
-  // The new object is taken before the old one is released, so an object that owns its successor may be replaced by it.
+  // The new reference is taken before the old one is released, so an object may be replaced by one that it owns.
   SmartPtr& operator=(SmartPtr other) noexcept {
     std::swap(object_, other.object_);
     return *this;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The texts of error codes: what is cut from them, and what stands for a missing one.
+// The texts of error codes: the line ends that are cut, and the number that replaces a missing text.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -22,7 +22,7 @@ using Asked = std::vector<ulong32>;
 
 class WindowsError : public ::testing::Test {
  protected:
-  // What the library makes of a text of the system.
+  // The library's text for an error whose text in the system is `text`.
   std::string made(wchar const* text) {
     errors.texts[5] = text;
     return shown(getWindowsError(5));
@@ -32,7 +32,7 @@ class WindowsError : public ::testing::Test {
   platform::ScopedBackend<platform::ErrorApi> scope{errors};
 };
 
-TEST_F(WindowsError, CodeZeroIsEmptyAndNotAsked) {
+TEST_F(WindowsError, CodeZeroIsEmptyWithoutAskingTheSystem) {
   errors.texts[0] = KVW("Success.\r\n");
   errors.error = 5;
   EXPECT_EQ(shown(getWindowsError(0)), "");
@@ -40,7 +40,7 @@ TEST_F(WindowsError, CodeZeroIsEmptyAndNotAsked) {
   EXPECT_EQ(errors.asked, Asked());
 }
 
-TEST_F(WindowsError, TheLineEndIsCut) {
+TEST_F(WindowsError, ATrailingLineEndIsCut) {
   EXPECT_EQ(made(KVW("Access denied.\r\n")), "Access denied.");
   EXPECT_EQ(errors.asked, Asked{5});
 }
@@ -62,18 +62,18 @@ TEST_F(WindowsError, NothingButTrailingLineEndsIsCut) {
       {"only CR and LF", KVW("\r\n"), ""},
       {"only CR", KVW("\r"), ""},
       {"only LF, several", KVW("\n\n\n"), ""},
-      {"no text at all", KVW(""), ""},
+      {"empty", KVW(""), ""},
       {"inner line ends stay", KVW("a\r\nb\n\rc\r\n"), "a\r\nb\n\rc"},
       {"line ends at the beginning stay", KVW("\r\na\r\n"), "\r\na"},
       {"a trailing blank stays", KVW("a. \r\n"), "a. "},
-      {"what a trailing blank protects stays", KVW("a.\r\n \r\n"), "a.\r\n "},
-      {"a blank behind the line end keeps it", KVW("a.\r\n "), "a.\r\n "},
+      {"only line ends after the last blank are cut", KVW("a.\r\n \r\n"), "a.\r\n "},
+      {"a line end before a trailing blank stays", KVW("a.\r\n "), "a.\r\n "},
       {"a tab stays", KVW("a\t\r\n"), "a\t"},
       {"other line ends stay", KVW("a\v\f\u0085\u2028\r\n"), "a\v\f\xC2\x85\xE2\x80\xA8"},
       {"only blanks", KVW("  \r\n"), "  "},
       {"Unicode", KVW("Zugriff verweigert \u00e4\u65e5.\r\n"), "Zugriff verweigert \xC3\xA4\xE6\x97\xA5."},
       {"a unit whose low byte is CR", KVW("\u010d\r\n"), "\xC4\x8D"},
-      {"no format", KVW("%1 %ls %08x\r\n"), "%1 %ls %08x"},
+      {"format specifiers stay", KVW("%1 %ls %08x\r\n"), "%1 %ls %08x"},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
@@ -89,7 +89,7 @@ TEST_F(WindowsError, ATextOfLineEndsIsEmptyNotNil) {
   EXPECT_EQ(text.length(), 0);
 }
 
-TEST_F(WindowsError, ALongTextIsWhole) {
+TEST_F(WindowsError, ALongTextIsNotTruncated) {
   wstring text(70000, KVW('x'));
   errors.texts[5] = text + KVW("\r\n");
   EXPECT_EQ(shown(getWindowsError(5)), std::string(70000, 'x'));
@@ -110,12 +110,12 @@ TEST_F(WindowsError, ACodeWithoutTextShowsItsNumber) {
   EXPECT_EQ(errors.asked.back(), 0xFFFFFFFFu);
 }
 
-TEST_F(WindowsError, ACodeBeyondTheSignMayHaveAText) {
+TEST_F(WindowsError, ACodeWithTheHighestBitMayHaveAText) {
   errors.texts[0x80004005] = KVW("Unspecified.\r\n");
   EXPECT_EQ(shown(getWindowsError(0x80004005)), "Unspecified.");
 }
 
-TEST_F(WindowsError, WithoutArgumentTheLastErrorOfThatMoment) {
+TEST_F(WindowsError, WithoutArgumentTheLastErrorIsReadAtEachCall) {
   errors.texts[5] = KVW("Five.\r\n");
   errors.texts[7] = KVW("Seven.\r\n");
   errors.error = 5;
@@ -127,13 +127,13 @@ TEST_F(WindowsError, WithoutArgumentTheLastErrorOfThatMoment) {
   EXPECT_EQ(errors.asked, (Asked{5, 7, 5000}));
 }
 
-TEST_F(WindowsError, WithoutArgumentAndWithoutErrorNothingIsAsked) {
+TEST_F(WindowsError, WithoutArgumentAndWithoutErrorTheSystemIsNotAsked) {
   errors.texts[0] = KVW("Success.\r\n");
   EXPECT_EQ(shown(getWindowsError()), "");
   EXPECT_EQ(errors.asked, Asked());
 }
 
-// Every code has the same text.
+// A backend whose text is the same for every code.
 class OneText final : public platform::ErrorApi {
  public:
   explicit OneText(wstring text) : text_(std::move(text)) {}
@@ -154,7 +154,7 @@ TEST(WindowsErrorMemory, NothingLeaksWhenMemoryRunsOut) {
     SCOPED_TRACE(narrow(text));
     OneText errors(text);
     platform::ScopedBackend<platform::ErrorApi> const scope(errors);
-    getWindowsError();  // what is built on first use stands from here on
+    getWindowsError();  // builds what the library builds on first use
     int n = 1;
     for (;; ++n) {
       ASSERT_LT(n, 100);
@@ -175,7 +175,7 @@ TEST(WindowsErrorMemory, NothingLeaksWhenMemoryRunsOut) {
   }
 }
 
-// The wording is the system's own.
+// The wording depends on the system, so these tests look at the form only.
 TEST(WindowsErrorOfTheSystem, UsualCodesHaveATextWithoutLineEnd) {
   for (ulong32 const code : {2, 3, 5, 32, 80, 112, 183}) {
     SCOPED_TRACE(code);
@@ -198,7 +198,7 @@ TEST(WindowsErrorOfTheSystem, ZeroIsEmptyWhateverTheLastErrorIs) {
   EXPECT_EQ(getWindowsError(), String::EMPTY);
 }
 
-TEST(WindowsErrorOfTheSystem, ACodeWithoutText) {
+TEST(WindowsErrorOfTheSystem, ACodeWithoutTextShowsItsNumber) {
   EXPECT_EQ(shown(getWindowsError(5000)), "[0x00001388]");
   EXPECT_EQ(shown(getWindowsError(0xFFFFFFFF)), "[0xffffffff]");
 }
