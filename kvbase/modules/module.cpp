@@ -1,9 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/modules/module.h"
 
+#include <iterator>
+#include <type_traits>
+
 #include "kvbase/modules/symbol_table.h"
 
 namespace KV_1_1 {
+
+static_assert(!std::is_destructible<Module>::value, "only its owner destroys a Module");
+KVBASE_DEPRECATED_NAMES_BEGIN
+static_assert(std::is_base_of<std::iterator<std::bidirectional_iterator_tag, Module const, unsigned long long,
+                                            Module const*, Module const&>,
+                              Module::const_iterator>::value,
+              "the types of the iterator are part of the interface");
+KVBASE_DEPRECATED_NAMES_END
 
 Module* Module::head = nullptr;
 Module* Module::tail = nullptr;

@@ -134,7 +134,7 @@ class KVBASE_API Module {
 };
 
 // Position in the list of modules; null stands for the end. The list is circular through the end: ++ on the end goes to
-// the first module, -- on the end to the last.
+// the first module, -- on the end to the last. COMPAT: the difference type is unsigned, as that of no other iterator.
 KVBASE_DEPRECATED_NAMES_BEGIN
 class KVBASE_API Module::const_iterator : public std::iterator<std::bidirectional_iterator_tag, Module const,
                                                                unsigned long long, Module const*, Module const&> {

@@ -12,22 +12,22 @@ void use(SmartPtr<Directory> directory) {
   SmartPtr<BaseNode const> const base = same;
 
 #ifdef CASE_FROM_CONST
-  // expect: conversion from
+  // expect: to non-scalar type|no viable conversion
   SmartPtr<Directory> const writable = same;
 #endif
 
 #ifdef CASE_FROM_BASE
-  // expect: conversion from
+  // expect: to non-scalar type|no viable conversion
   SmartPtr<Directory const> const derived = base;
 #endif
 
 #ifdef CASE_TO_A_RAW_POINTER
-  // expect: cannot convert
+  // expect: cannot convert|no viable conversion
   Directory* const raw = directory;
 #endif
 
 #ifdef CASE_TO_AN_INTEGER
-  // expect: cannot convert
+  // expect: cannot convert|no viable conversion
   int const number = directory;
 #endif
 }

@@ -202,6 +202,13 @@ TEST_F(ClassTree, ARecordThatGoesLeavesItsSiblingsLinked) {
   }
 }
 
+TEST_F(ClassTree, HooksDoNothingUnlessOverridden) {
+  Names const before = allClasses();
+  r.initClassStatics();
+  r.clearClassStatics();
+  EXPECT_EQ(allClasses(), before);
+}
+
 TEST_F(ClassTree, HooksAndCreationCanBeOverridden) {
   class Creator : public mZClass {
    public:
@@ -226,6 +233,14 @@ TEST_F(ClassTree, HooksAndCreationCanBeOverridden) {
 }
 
 // --- The classes of the library ---------------------------------------------------------------------------------------
+
+template <class... Classes>
+constexpr bool recordsAddNoField() {
+  return ((sizeof(typename Classes::ClassCreator) == sizeof(mZClass)) && ...);
+}
+static_assert(recordsAddNoField<FileSystemItem, Directory, File, FileSystemIterator, DirectoryIterator, FileIterator,
+                                FileCollectionIterator>(),
+              "the record of a class is a plain mZClass");
 
 struct LibraryClassRow {
   char const* name;

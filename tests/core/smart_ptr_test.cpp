@@ -17,6 +17,8 @@ namespace {
 
 using Pointer = SmartPtr<LoggedNode>;
 
+static_assert(std::is_nothrow_default_constructible<Pointer>::value, "building a null SmartPtr cannot fail");
+
 // Two objects, a and b, each with one owner, and a log that is empty when a test starts to look.
 class SmartPtrSequence : public ::testing::Test {
  protected:
