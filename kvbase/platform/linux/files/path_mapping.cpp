@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/configuration_folder.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 
 namespace KV_1_1 {
@@ -24,17 +25,8 @@ void appendText(char const* text, NativePath& path) {
 
 // The folder of drives and shares, without terminator. False if the user has no configuration folder.
 bool appendDrivesFolder(NativePath& path) {
-  auto const appendVariable = [&path](char const* name) {
-    char const* const value = getenv(name);
-    bool const isAbsolute = value != nullptr && value[0] == '/';
-    if (isAbsolute) appendText(value, path);
-    return isAbsolute;
-  };
-  if (appendVariable("KVBASE_DRIVES")) return true;
-  if (!appendVariable("XDG_CONFIG_HOME")) {
-    if (!appendVariable("HOME")) return false;
-    appendText("/.config", path);
-  }
+  if (appendPathVariable("KVBASE_DRIVES", path)) return true;
+  if (!appendConfigurationFolder(path)) return false;
   appendText("/kvbase/drives", path);
   return true;
 }
