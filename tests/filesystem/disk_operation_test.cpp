@@ -99,6 +99,7 @@ class AgreeableShell final : public platform::ShellApi {
   platform::ItemList itemListFromPath(wchar const*) override { return &item_; }
   std::int32_t showItem(platform::ItemList) override { return 0; }
   void freeItemList(platform::ItemList) override {}
+  bool commonProgramFiles(wstring&) override { return false; }
 
  private:
   char item_ = 0;
