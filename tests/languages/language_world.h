@@ -103,6 +103,14 @@ class LanguageWorld {
     setText(KVW("tool.dll"), KVW("ProductVersion"), KVW("2.1"));
   }
 
+  // Forgets the calls and gives the memory of the logs back.
+  void clearLogs() {
+    modules.log = Texts();
+    locales.log = Texts();
+    settings.log = Texts();
+    shell.log = Texts();
+  }
+
   // The paths that were looked for, in their order.
   Texts probes() const { return argumentsOf(modules.log, "isReadable "); }
   // The ids whose abbreviations were asked for.

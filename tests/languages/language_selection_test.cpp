@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/languages/language_selection.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <ostream>
+
+#include "kvbase/languages/translation.h"
+#include "kvbase/modules/client_module.h"
+#include "tests/languages/language_world.h"
+#include "tests/support/allocation_failure.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+Texts used() {
+  Texts texts;
+  for (wstring const& abbrev : GetUsedLangAbbrevs()) texts.push_back(narrow(abbrev));
+  return texts;
+}
+
+TEST(LanguageSelection, FourTimesEnglishIsOneLanguage) {
+  LanguageWorld world;
+  EXPECT_EQ(used(), Texts({"ENU"}));
+}
+
+TEST(LanguageSelection, LanguagesInTheirOrderWithEnglishAtTheEnd) {
+  LanguageWorld world;
+  world.setLanguages(kGerman, kFrench, kJapanese, kAustrian);
+  EXPECT_EQ(used(), Texts({"DEU", "FRA", "JPN", "DEA", "ENU"}));
+  EXPECT_EQ(world.askedIds(), Texts({"1031", "1036", "1041", "3079", "1033"}));
+}
+
+TEST(LanguageSelection, AnIdThatReturnsIsSkipped) {
+  LanguageWorld world;
+  world.setLanguages(kGerman, kFrench, kGerman, kFrench);
+  EXPECT_EQ(used(), Texts({"DEU", "FRA", "ENU"}));
+  EXPECT_EQ(world.askedIds(), Texts({"1031", "1036", "1033"}));
+}
+
+TEST(LanguageSelection, EnglishKeepsThePlaceOfItsFirstAppearance) {
+  LanguageWorld world;
+  world.setLanguages(kEnglish, kGerman, kEnglish, kFrench);
+  EXPECT_EQ(used(), Texts({"ENU", "DEU", "FRA"}));
+}
+
+TEST(LanguageSelection, TwoIdsWithOneAbbreviationGiveItTwice) {
+  LanguageWorld world;
+  world.locales.abbreviations[kAustrian] = KVW("DEU");
+  world.setLanguages(kGerman, kAustrian, kEnglish, kEnglish);
+  EXPECT_EQ(used(), Texts({"DEU", "DEU", "ENU"}));
+}
+
+TEST(LanguageSelection, AnIdWithoutAbbreviationIsLeftOutAndNotAskedForAgain) {
+  LanguageWorld world;
+  world.locales.abbreviations.erase(kGerman);
+  world.locales.abbreviations[kFrench].clear();
+  world.setLanguages(kGerman, kFrench, kGerman, kFrench);
+  EXPECT_EQ(used(), Texts({"ENU"}));
+  EXPECT_EQ(world.askedIds(), Texts({"1031", "1036", "1033"}));
+  world.locales.failures = {"languageAbbreviation"};
+  EXPECT_EQ(used(), Texts());
+}
+
+TEST(LanguageSelection, PrimaryLanguagesAndFilesDoNotMatter) {
+  LanguageWorld world;
+  world.setLanguages(kGerman, kGerman, kGerman, kGerman);
+  used();
+  EXPECT_EQ(world.askedIds(), Texts({"1031", "1033"}));
+  EXPECT_EQ(world.probes(), Texts());
+}
+
+TEST(LanguageSelection, AFileIsNotLookedForBehindEnglishThoughTheLanguageIsUsed) {
+  LanguageWorld world;
+  world.setLanguages(kEnglish, kEnglish, kGerman, kGerman);
+  world.modules.files = {KVW("C:\\app\\toolDEU.dll")};
+  EXPECT_EQ(FindLanguageFile(world.tool(), KVW("%ls.dll"), true, kNoLanguage).langId, kNoLanguage);
+  EXPECT_EQ(used(), Texts({"ENU", "DEU"}));
+}
+
+TEST(LanguageSelection, AForcedLanguageStandsAloneAsItWasTyped) {
+  LanguageWorld world;
+  world.setLanguages(kGerman, kFrench, kJapanese, kAustrian);
+  world.setRegistry(KVW("xyz"));
+  EXPECT_EQ(used(), Texts({"xyz"}));
+  world.setArguments({KVW("/LANG=dE")});
+  EXPECT_EQ(used(), Texts({"dE"}));
+  EXPECT_EQ(world.askedIds(), Texts());
+}
+
+TEST(LanguageSelection, ANeverTranslatedModuleHasNoLanguage) {
+  LanguageWorld world;
+  ModuleOwner owner;
+  EXPECT_EQ(GetCurrentLangId(owner.module()), kNoLanguage);
+  EXPECT_EQ(moduleLanguages().size(), 0u);
+}
+
+// A module that has not been started has the handle 0.
+TEST(LanguageSelection, TheLanguageOfAModuleIsThatOfItsHandle) {
+  LanguageWorld world;
+  ModuleOwner owner;
+  moduleLanguages()[0] = kGerman;
+  moduleLanguages()[1] = kFrench;
+  EXPECT_EQ(GetCurrentLangId(owner.module()), kGerman);
+  moduleLanguages()[0] = kAnyGerman;
+  EXPECT_EQ(GetCurrentLangId(owner.module()), kAnyGerman);
+}
+
+TEST(LanguageSelection, AFailingAllocationAnywherePassesAndReleasesEverything) {
+  for (bool const isForced : {false, true}) {
+    SCOPED_TRACE(isForced);
+    LanguageWorld world;
+    world.setLanguages(kGerman, kFrench, kJapanese, kAustrian);
+    if (isForced) world.setArguments({KVW("-lang=deu")});
+    for (int n = 1;; ++n) {
+      SCOPED_TRACE(n);
+      LanguageWorld::forget();
+      world.clearLogs();
+      bool threw = false;
+      AllocationFailure scope(n);
+      try {
+        GetUsedLangAbbrevs();
+      } catch (std::bad_alloc const&) {
+        threw = true;
+      }
+      world.clearLogs();
+      scope.end();
+      EXPECT_EQ(threw, scope.failed());
+      EXPECT_EQ(scope.live(), 0);
+      if (!scope.failed()) break;
+    }
+    EXPECT_EQ(used().front(), isForced ? "deu" : "DEU");
+  }
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1
