@@ -9,9 +9,13 @@
 
 namespace KV_1_1 {
 
+struct CodeModule {
+  static HINSTANCE of(Module const& module) { return module.codeModule_; }
+};
+
 unsigned short GetCurrentLangId(Module const& module) {
   ModuleLanguages const& languages = moduleLanguages();
-  auto const found = languages.find(reinterpret_cast<std::uintptr_t>(module.codeModule_));
+  auto const found = languages.find(reinterpret_cast<std::uintptr_t>(CodeModule::of(module)));
   return found != languages.end() ? found->second : kNoLanguage;
 }
 

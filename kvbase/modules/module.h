@@ -99,7 +99,8 @@ class KVBASE_API Module {
   // These look at the two instances.
   friend class ScopedResourceDomain;
   friend class String;
-  friend KVBASE_API unsigned short GetCurrentLangId(Module const& module);
+  // For GetCurrentLangId. A function could not be imported from a DLL and be a friend without a warning of g++.
+  friend struct CodeModule;
 
   using FoundResource = std::pair<HINSTANCE, HRSRC>;
 
