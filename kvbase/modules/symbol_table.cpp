@@ -1,21 +1,38 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/modules/symbol_table.h"
 
+#include <cstring>
 #include <istream>
+#include <new>
 #include <utility>
+
+#include "kvbase/modules/internal/header_line.h"
+#include "kvbase/modules/internal/symbol_batch.h"
+#include "kvbase/platform/narrow_text.h"
 
 namespace KV_1_1 {
 
 namespace {
 
 constexpr unsigned int kNotFound = 0xFFFFFFFF;
-// Lines of a header have fewer bytes.
-constexpr int kLineLimit = 255;
 
-constexpr wchar kDefine[] = KVW("#define");
-constexpr int kDefineLength = 7;
-// Names by which the resource editor keeps its books.
-constexpr wchar kEditorPrefix[] = KVW("_APS");
+// Gives each line of a stream, up to its first NUL, to `take`, which tells whether the line is right. False if one was not,
+// or if the stream was or became bad.
+template <class Take>
+bool readLines(std::istream& stream, Take take) {
+  bool isFaultless = true;
+  char line[LineDecoder::kLimit];
+  while (!stream.eof() && !stream.bad()) {
+    // A stream that has failed before stores nothing.
+    line[0] = 0;
+    stream.getline(line, sizeof line);
+    // Without this a line that is too long would leave the stream failed, and the loop without end.
+    bool const isStuck = stream.fail() && !stream.eof() && !stream.bad();
+    if (isStuck) return false;
+    isFaultless = take(line) && isFaultless;
+  }
+  return isFaultless && !stream.bad();
+}
 
 }  // namespace
 
@@ -58,38 +75,47 @@ std::set<String, StringLess2> SymbolTable::lookupValue(unsigned int value) const
 }
 
 bool SymbolTable::parseHeaderFile(std::basic_istream<char>& stream) {
-  bool isFaultless = true;
-  while (!stream.eof() && !stream.bad()) {
-    String line;
-    stream.getline(line.buffer(kLineLimit), kLineLimit);
-    // Without this a line that is too long would leave the stream failed, and the loop without end.
-    bool const isStuck = stream.fail() && !stream.eof() && !stream.bad();
-    if (isStuck) return false;
-    isFaultless = parseLineHeaderFile(line) && isFaultless;
-  }
-  return isFaultless && !stream.bad();
+  return symbolToValue.empty() ? fill(stream) : addTo(stream);
 }
 
-bool SymbolTable::parseLineHeaderFile(String const& line) {
-  int const define = line.find(kDefine, 0);
-  if (define < 0) return true;
-  int const nameStart = line.findNonWS(define + kDefineLength);
-  if (nameStart < 0 || nameStart == define + kDefineLength) return false;
-  int const nameEnd = line.findWS(nameStart);
-  String const name = line.substr(nameStart, nameEnd);
-  if (name.startsWith(kEditorPrefix)) return true;
-
-  int const tokenStart = line.findNonWS(nameEnd + 1);
-  String const token = line.substr(tokenStart, line.findWS(tokenStart));
-  String rest = token;
-  unsigned int value = kNotFound;
-  rest >> value;
-  // Nothing was taken for a number, so the token is a name.
-  if (rest == token) {
-    value = lookupSymbol(token);
-    if (value == kNotFound) return false;
+bool SymbolTable::fill(std::basic_istream<char>& stream) {
+  LineDecoder decoder;
+  SymbolBatch batch;
+  bool isFaultless = false;
+  try {
+    isFaultless = readLines(stream, [&](char const* bytes) {
+      HeaderLine line = readHeaderLine(decoder.decode(bytes, static_cast<int>(std::strlen(bytes))));
+      if (line.kind == HeaderLine::kReference) {
+        bool const isKnown = batch.find(line.token, line.number) && line.number != kNotFound;
+        line.kind = isKnown ? HeaderLine::kNumber : HeaderLine::kFaulty;
+      }
+      return line.kind == HeaderLine::kNumber ? batch.add(line.name, line.number) : line.kind == HeaderLine::kNothing;
+    });
+  } catch (std::bad_alloc const&) {
+    throw;
+  } catch (...) {
+    // The stream was told to throw when it fails, as it does at its end.
+    batch.moveInto(symbolToValue, valueToSymbols);
+    throw;
   }
-  return add(name, value);
+  batch.moveInto(symbolToValue, valueToSymbols);
+  return isFaultless;
+}
+
+bool SymbolTable::addTo(std::basic_istream<char>& stream) {
+  return readLines(stream, [this](char const* bytes) {
+    return parseLineHeaderFile(String(CodePageInterface(bytes, platform::kAnsiCodePage)));
+  });
+}
+
+bool SymbolTable::parseLineHeaderFile(String const& text) {
+  HeaderLine line = readHeaderLine(upToNul(viewOf(text)));
+  if (line.kind == HeaderLine::kReference) {
+    line.number = lookupSymbol(String(line.token.data(), lengthOf(line.token)));
+    line.kind = line.number != kNotFound ? HeaderLine::kNumber : HeaderLine::kFaulty;
+  }
+  if (line.kind != HeaderLine::kNumber) return line.kind == HeaderLine::kNothing;
+  return add(String(line.name.data(), lengthOf(line.name)), line.number);
 }
 
 bool SymbolTable::add(String const& name, unsigned int value) {

@@ -71,12 +71,16 @@ class KVBASE_API SymbolTable {
   // but "x #define NAME" gives NAME the number of x. If only blanks stand behind the name, the value is the whole line.
   // COMPAT: a name whose number is 0xFFFFFFFF cannot be referred to.
   //
-  // Failure: std::bad_alloc, and whatever the stream has been told to throw; the definitions up to then are in the table.
+  // Failure: what the stream has been told to throw; the definitions up to then are in the table. std::bad_alloc; the
+  // table then has the definitions up to some line, or none of them.
   bool parseHeaderFile(std::basic_istream<char>& stream);
 
  private:
   // Takes one line of such a text; false if it is faulty.
   bool parseLineHeaderFile(String const& line);
+  // Take a whole text, the first one into an empty table.
+  bool fill(std::basic_istream<char>& stream);
+  bool addTo(std::basic_istream<char>& stream);
   // Adds one definition; false if the table has the name.
   bool add(String const& name, unsigned int value);
   void swap(SymbolTable& other) noexcept;

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "kvbase/platform/text_api.h"
-#include "tests/modules/symbol_support.h"
 #include "tests/support/scripted_text.h"
+#include "tests/support/symbol_tables.h"
 
 namespace KV_1_1 {
 namespace testing {

@@ -25,16 +25,6 @@ SymbolsByName const& symbolsByName(SymbolTable const& table);
 SymbolsByValue const& symbolsByValue(SymbolTable const& table);
 bool parseLine(SymbolTable& table, String const& line);
 
-template <SymbolsByName SymbolTable::*byName, SymbolsByValue SymbolTable::*byValue,
-          bool (SymbolTable::*parse)(String const&)>
-struct SymbolTableMembers {
-  friend SymbolsByName const& symbolsByName(SymbolTable const& table) { return table.*byName; }
-  friend SymbolsByValue const& symbolsByValue(SymbolTable const& table) { return table.*byValue; }
-  friend bool parseLine(SymbolTable& table, String const& line) { return (table.*parse)(line); }
-};
-template struct SymbolTableMembers<&SymbolTable::symbolToValue, &SymbolTable::valueToSymbols,
-                                   &SymbolTable::parseLineHeaderFile>;
-
 using Definitions = std::vector<std::pair<wstring, unsigned int>>;
 
 inline Definitions definitionsByName(SymbolTable const& table) {
