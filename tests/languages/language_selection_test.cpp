@@ -10,6 +10,7 @@
 #include "kvbase/modules/client_module.h"
 #include "tests/languages/language_world.h"
 #include "tests/support/allocation_failure.h"
+#include "tests/support/module_instances.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -97,15 +98,29 @@ TEST(LanguageSelection, ANeverTranslatedModuleHasNoLanguage) {
   EXPECT_EQ(moduleLanguages().size(), 0u);
 }
 
-// A module that has not been started has the handle 0.
-TEST(LanguageSelection, TheLanguageOfAModuleIsThatOfItsHandle) {
+TEST(LanguageSelection, TheLanguageOfAModuleIsThatOfTheSearchForItsTranslation) {
   LanguageWorld world;
-  ModuleOwner owner;
-  moduleLanguages()[0] = kGerman;
-  moduleLanguages()[1] = kFrench;
-  EXPECT_EQ(GetCurrentLangId(owner.module()), kGerman);
-  moduleLanguages()[0] = kAnyGerman;
-  EXPECT_EQ(GetCurrentLangId(owner.module()), kAnyGerman);
+  ModuleOwner tool, program;
+  setInstances(tool.module(), world.tool(), nullptr);
+  setInstances(program.module(), world.program(), nullptr);
+  world.locales.userUi = kAustrian;
+  world.modules.files = {KVW("C:\\app\\toolGER.dll"), KVW("C:\\app\\progDEA.dll")};
+  LoadTranslationDLL(world.tool(), kNoLanguage);
+  EXPECT_EQ(GetCurrentLangId(tool.module()), kAnyGerman);
+  EXPECT_EQ(GetCurrentLangId(program.module()), kNoLanguage);
+  LoadTranslationDLL(world.program(), kNoLanguage);
+  EXPECT_EQ(GetCurrentLangId(program.module()), kAustrian);
+}
+
+// The module's own handle counts, not that of the translation.
+TEST(LanguageSelection, TheHandleOfTheTranslationDoesNotMatter) {
+  LanguageWorld world;
+  ModuleOwner tool;
+  setInstances(tool.module(), world.tool(), world.program());
+  moduleLanguages()[reinterpret_cast<std::uintptr_t>(world.program())] = kFrench;
+  EXPECT_EQ(GetCurrentLangId(tool.module()), kNoLanguage);
+  moduleLanguages()[reinterpret_cast<std::uintptr_t>(world.tool())] = kGerman;
+  EXPECT_EQ(GetCurrentLangId(tool.module()), kGerman);
 }
 
 TEST(LanguageSelection, AFailingAllocationAnywherePassesAndReleasesEverything) {

@@ -8,8 +8,10 @@
 #include <stdexcept>
 
 #include "kvbase/languages/language_selection.h"
+#include "kvbase/modules/client_module.h"
 #include "tests/languages/language_world.h"
 #include "tests/support/allocation_failure.h"
+#include "tests/support/module_instances.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -58,12 +60,16 @@ TEST(Translation, AForcedLanguageIsFoundInTheSubfolder) {
   TranslationWorld world;
   world.setArguments({KVW("-lang=abc")});
   HINSTANCE const abc = world.addTranslation(KVW("C:\\app\\languages\\toolabc.dll"));
+  ModuleOwner owner;
+  setInstances(owner.module(), world.tool(), nullptr);
   EXPECT_EQ(world.load(), abc);
   EXPECT_EQ(world.recorded(world.tool()), "65535");
+  EXPECT_EQ(GetCurrentLangId(owner.module()), kNoLanguage);
   LanguageWorld::forget();
   world.locales.abbreviations[kFrench] = KVW("ABC");
   EXPECT_EQ(world.load(), abc);
   EXPECT_EQ(world.recorded(world.tool()), "1036");
+  EXPECT_EQ(GetCurrentLangId(owner.module()), kFrench);
 }
 
 TEST(Translation, AnotherVersionInAnyPartDoesNotFit) {

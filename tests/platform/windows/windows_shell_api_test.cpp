@@ -2,6 +2,7 @@
 //
 // The methods that can be tested without starting a program.
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/shell_api.h"
@@ -35,6 +36,14 @@ TEST(WindowsShellApiTest, ItemsAreExistingPaths) {
   shell().freeItemList(directory);
   EXPECT_EQ(shell().itemListFromPath(folder.text(KVW("missing.txt")).c_str()), nullptr);
   shell().freeItemList(nullptr);
+}
+
+TEST(WindowsShellApiTest, TheFolderOfCommonFiles) {
+  wstring folder;
+  ASSERT_TRUE(shell().commonProgramFiles(folder));
+  wchar_t const* const expected = _wgetenv(L"CommonProgramFiles");
+  ASSERT_NE(expected, nullptr);
+  EXPECT_EQ(folder, expected);
 }
 
 }  // namespace

@@ -304,6 +304,30 @@ TEST_P(LinuxShellApiFallback, FailsWithoutProgramForTheFolder) {
   EXPECT_NE(shell().showItem(itemAt(file_).get()), 0);
 }
 
+struct CommonFilesRow {
+  char const* name;
+  char const* variable;
+  char16_t const* expected;
+};
+
+class LinuxShellApiCommonFiles : public ::testing::TestWithParam<CommonFilesRow> {};
+
+INSTANTIATE_TEST_SUITE_P(Rows, LinuxShellApiCommonFiles,
+                         ::testing::Values(CommonFilesRow{"unset", nullptr, u"\\usr\\share"},
+                                           CommonFilesRow{"empty", "", u"\\usr\\share"},
+                                           CommonFilesRow{"another_folder", "\\opt\\shared\\", u"\\opt\\shared\\"},
+                                           CommonFilesRow{"drive", "C:\\Common", u"C:\\Common"},
+                                           CommonFilesRow{"utf8", "\\\xC3\xA4\xF0\x9F\x98\x80", u"\\\u00e4\U0001F600"},
+                                           CommonFilesRow{"malformed", "\\\xFF", u"\\\uFFFD"}),
+                         [](auto const& row) { return std::string(row.param.name); });
+
+TEST_P(LinuxShellApiCommonFiles, AreWhereTheEnvironmentSays) {
+  EnvironmentVariable const variable("KVBASE_COMMON_FILES", GetParam().variable);
+  wstring folder;
+  EXPECT_TRUE(shell().commonProgramFiles(folder));
+  EXPECT_EQ(folder, GetParam().expected);
+}
+
 }  // namespace
 }  // namespace testing
 }  // namespace KV_1_1
