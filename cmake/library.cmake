@@ -16,6 +16,16 @@ else()
   list(FILTER kvbase_sources EXCLUDE REGEX "/platform/windows/")
 endif()
 
+# The framework's own backend takes the place of the one for programs without it.
+if(KVBASE_WITH_MFC)
+  if(NOT MSVC)
+    message(FATAL_ERROR "KVBASE_WITH_MFC needs the compiler of the framework")
+  endif()
+  list(REMOVE_ITEM kvbase_sources kvbase/platform/plain_framework.cpp)
+else()
+  list(REMOVE_ITEM kvbase_sources kvbase/platform/windows/mfc_framework.cpp)
+endif()
+
 # All dynamic initialisation of the library is in this source. It must run first in any program that links the objects, so
 # that the program's static objects can use the library. ELF systems run initialisers in link order, mingw in reverse order.
 set(kvbase_globals kvbase/library/library_globals.cpp)
@@ -44,6 +54,10 @@ else()
   target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
 endif()
 target_link_libraries(kvbase_objects PUBLIC ${kvbase_system_libraries})
+if(KVBASE_WITH_MFC)
+  # As an extension module of the shared framework; its headers name the libraries to link.
+  target_compile_definitions(kvbase_objects PRIVATE _AFXEXT _AFXDLL UNICODE _UNICODE)
+endif()
 
 # Sources with this ending are compiled for AVX2 and called only where the processor has it. mingw aligns the stack to 16
 # bytes although the compiler assumes 32, so vectors must be spilled by unaligned moves.

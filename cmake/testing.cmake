@@ -35,6 +35,65 @@ function(kvbase_add_gtest target)
   set_tests_properties(${target} PROPERTIES TIMEOUT 900 RUN_SERIAL ON)
 endfunction()
 
+# The environments in which a program sees the languages of a user and of a system, German, Japanese and so on; without
+# "on" both are the same. Wine takes them from LC_MESSAGES and LC_CTYPE, which must be installed on the host if they differ;
+# on Linux the library reads the variables itself.
+set(kvbase_language_english LC_ALL=en_US.UTF-8 KVBASE_SYSTEM_LANG=en_US.UTF-8)
+set(kvbase_language_german LC_ALL=de_DE.UTF-8 KVBASE_SYSTEM_LANG=de_DE.UTF-8)
+set(kvbase_language_japanese LC_ALL=ja_JP.UTF-8 KVBASE_SYSTEM_LANG=ja_JP.UTF-8)
+set(kvbase_language_german_on_french LC_MESSAGES=de_DE.UTF-8 LC_TIME=de_DE.UTF-8 LC_CTYPE=fr_FR.UTF-8
+                                     KVBASE_SYSTEM_LANG=fr_FR.UTF-8 LOCPATH=${PROJECT_BINARY_DIR}/locales)
+set(kvbase_language_english_on_german LC_MESSAGES=en_US.UTF-8 LC_TIME=en_US.UTF-8 LC_CTYPE=de_DE.UTF-8
+                                      KVBASE_SYSTEM_LANG=de_DE.UTF-8 LOCPATH=${PROJECT_BINARY_DIR}/locales)
+
+# Installs locales for the tests alone, in the build folder.
+function(_kvbase_make_locales)
+  if(NOT CMAKE_CROSSCOMPILING OR TARGET kvbase_locales)
+    return()
+  endif()
+  set(locales)
+  foreach(name de_DE en_US fr_FR)
+    set(folder "${PROJECT_BINARY_DIR}/locales/${name}.UTF-8")
+    add_custom_command(
+      OUTPUT "${folder}/LC_CTYPE"
+      COMMAND "${CMAKE_COMMAND}" -E make_directory "${PROJECT_BINARY_DIR}/locales"
+      COMMAND localedef -i ${name} -f UTF-8 "${folder}"
+      COMMENT "Locale ${name} for the tests"
+      VERBATIM)
+    list(APPEND locales "${folder}/LC_CTYPE")
+  endforeach()
+  add_custom_target(kvbase_locales DEPENDS ${locales})
+endfunction()
+
+# Registers those cases of a GoogleTest program that match FILTER as one test, run with the languages LANGUAGE, one of
+# those above. The name of the test and of its report is <target>.<language>.
+#
+#   kvbase_add_gtest_in_language(my_tests german FILTER "InGerman.*" [ENVIRONMENT NAME=VALUE...])
+function(kvbase_add_gtest_in_language target language)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" FILTER ENVIRONMENT)
+  if(NOT kvbase_language_${language} OR NOT arg_FILTER)
+    message(FATAL_ERROR "kvbase_add_gtest_in_language: no language ${language}, or no filter")
+  endif()
+  _kvbase_make_locales()
+  if(TARGET kvbase_locales)
+    add_dependencies(${target} kvbase_locales)
+  endif()
+  set(name ${target}.${language})
+  set(changes)
+  foreach(variable LANGUAGE LC_ALL LC_MESSAGES LC_TIME LC_CTYPE LANG LOCPATH KVBASE_SYSTEM_LANG)
+    list(APPEND changes ${variable}=unset:)
+  endforeach()
+  foreach(setting IN LISTS kvbase_language_${language} arg_ENVIRONMENT)
+    string(REGEX REPLACE "^([^=]*)=" "\\1=set:" change "${setting}")
+    list(APPEND changes "${change}")
+  endforeach()
+  add_test(
+    NAME ${name}
+    COMMAND ${target} --gtest_filter=${arg_FILTER} --gtest_output=xml:results/${name}.xml
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300 RUN_SERIAL ON ENVIRONMENT_MODIFICATION "${changes}")
+endfunction()
+
 # Registers a source whose cases must not compile: see compile_fail.cmake.
 function(kvbase_add_compile_fail source)
   cmake_path(GET source STEM stem)

@@ -44,6 +44,9 @@ create_prefix() {
 
 # Nothing started here may inherit the lock (descriptor 9) or the caller's pipes: both would stay open with the server.
 prepare() {
+  # The prefix and the services speak one language, whichever the first program is run in.
+  unset LANG LANGUAGE LC_MESSAGES LC_CTYPE LC_TIME LOCPATH
+  export LC_ALL=C.UTF-8
   if [[ ! -e $prefix/ready ]]; then
     create_prefix >"$prefix.log" 2>&1 9>&- </dev/null || {
       echo "wine-runner: cannot make the prefix; see $prefix.log" >&2
@@ -58,7 +61,7 @@ prepare() {
 mkdir -p "$(dirname "$prefix")"
 {
   flock 9
-  prepare || exit 125
+  (prepare) || exit 125
 } 9>"$prefix.lock"
 
 exec wine "$@"

@@ -53,12 +53,14 @@ compile() {
     cmake --build --preset "$preset" -j "$jobs" --target all_verify_interface_header_sets -- -k 0
 }
 
-# Compiles the Windows sources with a second compiler, which finds what only one compiler accepts as C++.
+# Compiles the Windows sources with a second compiler, which finds what only one compiler accepts as C++. The backend of the
+# application framework, which needs MSVC to be built, is checked against declarations of what it uses.
 windows_clang() {
   local gcc headers
   gcc=$(dirname "$(x86_64-w64-mingw32-g++-posix -print-libgcc-file-name)")
   headers=(-nostdinc++ -isystem "$gcc/include/c++" -isystem "$gcc/include/c++/x86_64-w64-mingw32"
-    -isystem "$gcc/include/c++/backward" -isystem /usr/x86_64-w64-mingw32/include)
+    -isystem "$gcc/include/c++/backward" -isystem /usr/x86_64-w64-mingw32/include
+    -isystem cmake/checks/mfc)
   library_sources -not -path '*/platform/linux/*' | xargs -0 -n 1 -P "$jobs" \
     clang++ --target=x86_64-w64-windows-gnu -std=c++17 -fsyntax-only "${headers[@]}" -I. -DKVBASE_BUILD -mavx2 \
     -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
