@@ -41,6 +41,7 @@ void addPaths();
 void addObjects();
 void addDisk();
 void addDiskChanges();
+void addSymbols();
 
 // The result of a comparison, of which only the sign is significant.
 struct Order {
