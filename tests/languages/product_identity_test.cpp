@@ -154,6 +154,8 @@ TEST(ProductIdentity, ATableWithoutAWholePairGivesTheDefaults) {
     world.setProduct();
     world.modules.versions[KVW("tool.dll")].values[KVW("\\VarFileInfo\\Translation")].resize(size);
     EXPECT_EQ(folderOfTool(world), "C:\\Common\\VOLQ Fabrication GmbH\\custom product\\internal\\");
+    // No text is asked for in a language that is not there.
+    EXPECT_EQ(world.modules.calls("queryVersion"), 1);
   }
 }
 
