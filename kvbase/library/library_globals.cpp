@@ -10,9 +10,11 @@
 //   3  String::EMPTY                                    frees its payload
 //   4  the library's Module, then the class records     the records, newest first, then the Module
 //      from BaseNode down
-//   5  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
-//   6  SymbolTable::EMPTY                               frees its containers
+//   5  VgStackWalker::globalStackWalker                 ends symbol handling, frees the debug-help library
+//   6  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
+//   7  SymbolTable::EMPTY                               frees its containers
 #include "kvbase/core/lazy.h"
+#include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/file_collection_iterator.h"
@@ -55,6 +57,16 @@ struct ClassRecords {
   }
   ~ClassRecords() { AtExitList::destroyDownTo(nullptr); }
 } const classRecords;
+
+}  // namespace
+
+}  // namespace KV_1_1
+
+VgStackWalker VgStackWalker::globalStackWalker;
+
+namespace KV_1_1 {
+
+namespace {
 
 // Lazy objects registered after this mark are destroyed first.
 struct LazyObjects {

@@ -16,7 +16,8 @@ class ErrorApi {
   // The reason why the last call of another group that failed on this thread failed: a code of error_codes.h or any
   // other code of the system. Calls that succeed leave it unchanged, unless their contract says otherwise.
   virtual ulong32 lastError() = 0;
-  // Sets the result of lastError on this thread. For backends and test fakes; the library itself only reads it.
+  // Sets the result of lastError on this thread. For backends and test fakes; of the library itself only the stack
+  // walker sets it, to tell why it failed.
   virtual void setLastError(ulong32 code) = 0;
 
   // Stores the system's text for a code in `text`: as a rule one sentence and a line end (CR LF). False if there is

@@ -33,6 +33,7 @@ constexpr ulong32 kAlreadyExists = 183;
 constexpr ulong32 kNameTooLong = 206;
 constexpr ulong32 kFileTooLarge = 223;
 constexpr ulong32 kDirectoryNameInvalid = 267;
+constexpr ulong32 kLibraryInitFailed = 1114;
 constexpr ulong32 kInputOutputError = 1117;
 constexpr ulong32 kTooManyLinks = 1142;
 constexpr ulong32 kRequestAborted = 1235;
