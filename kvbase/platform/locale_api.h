@@ -19,9 +19,12 @@ namespace platform {
 
 class LocaleApi {
  public:
-  // The locale of the calling thread: the user's, unless setThreadLocale has changed it.
+  // The locale of the calling thread: that which the user had when the thread first asked, unless setThreadLocale has
+  // changed it.
   virtual ulong32 threadLocale() = 0;
-  // False for a locale that the system does not know; nothing has changed then.
+  // An id without sublanguage sets the standard language for it (0x0407 for 0x0007), and 0 and 0x0400 the user's. The
+  // sort order is kept only if the system has it for the language; this is so on Windows alone. False for a locale that
+  // the system does not know; nothing has changed then.
   virtual bool setThreadLocale(ulong32 locale) = 0;
 
   // The language of the user's desktop, and of the user's dates and numbers; then those of the system.
