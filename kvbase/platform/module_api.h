@@ -47,6 +47,11 @@ class ModuleApi {
  public:
   // The handle of the program.
   virtual HINSTANCE program() = 0;
+  // The program or library, but not data module, in which a function or an object lies; null if none.
+  virtual HINSTANCE moduleOf(void const* address) = 0;
+  // Whether the system calls an entry function (DllMain) in a module when it is loaded and unloaded, which it does with the
+  // libraries of Windows. Other modules start behind their globals and end before them.
+  virtual bool hasEntryFunction(HINSTANCE module) = 0;
   // The full path of a module, of the program for null; a longer one is cut after kModulePathCapacity - 1 units. False
   // if the module is not known, as a data module is not; `path` is then unchanged.
   virtual bool modulePath(HINSTANCE module, wstring& path) = 0;

@@ -67,6 +67,8 @@ class ScriptedModules : public platform::ModuleApi {
   }
 
   HINSTANCE program() override { return enter("program", "") ? programHandle : nullptr; }
+  HINSTANCE moduleOf(void const*) override { return enter("moduleOf", "") ? programHandle : nullptr; }
+  bool hasEntryFunction(HINSTANCE module) override { return enter("hasEntryFunction", "") && module != programHandle; }
   bool modulePath(HINSTANCE module, wstring& path) override {
     auto const found = paths.find(module != nullptr ? module : programHandle);
     if (!enter("modulePath", "") || found == paths.end()) return false;

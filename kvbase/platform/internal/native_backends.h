@@ -86,6 +86,8 @@ class NativeModules final : public ModuleApi {
   constexpr NativeModules() = default;
 
   HINSTANCE program() override;
+  HINSTANCE moduleOf(void const* address) override;
+  bool hasEntryFunction(HINSTANCE module) override;
   bool modulePath(HINSTANCE module, wstring& path) override;
   bool longPath(wchar const* path, wstring& longPath) override;
 

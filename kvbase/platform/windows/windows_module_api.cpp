@@ -37,6 +37,16 @@ HINSTANCE NativeModules::program() {
   return GetModuleHandleW(nullptr);
 }
 
+HINSTANCE NativeModules::moduleOf(void const* address) {
+  constexpr DWORD kFlags = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+  HMODULE module = nullptr;
+  return GetModuleHandleExW(kFlags, static_cast<wchar const*>(address), &module) != 0 ? module : nullptr;
+}
+
+bool NativeModules::hasEntryFunction(HINSTANCE module) {
+  return module != program();
+}
+
 bool NativeModules::modulePath(HINSTANCE module, wstring& path) {
   wchar buffer[kModulePathCapacity];
   DWORD const length = GetModuleFileNameW(module, buffer, kModulePathCapacity);

@@ -161,6 +161,21 @@ HINSTANCE programModule() {
   return reinterpret_cast<HINSTANCE>(address);
 }
 
+HINSTANCE moduleHolding(void const* address) {
+  auto const wanted = reinterpret_cast<std::uintptr_t>(address);
+  std::uintptr_t found = 0;
+  auto visit = [&](dl_phdr_info const& info) {
+    for (int i = 0; i < info.dlpi_phnum && found == 0; ++i) {
+      ElfW(Phdr) const& segment = info.dlpi_phdr[i];
+      std::uintptr_t const start = info.dlpi_addr + segment.p_vaddr;
+      if (segment.p_type == PT_LOAD && wanted - start < segment.p_memsz) found = loadAddress(info);
+    }
+    return found != 0;
+  };
+  visitModules(visit);
+  return reinterpret_cast<HINSTANCE>(found);
+}
+
 bool pathOfModule(HINSTANCE module, NativePath& path) {
   if (module == programModule()) return pathOfProgram(path);
   Path name;

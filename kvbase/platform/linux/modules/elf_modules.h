@@ -16,6 +16,9 @@ namespace platform {
 
 HINSTANCE programModule();
 
+// The loaded module with a segment that holds the address; null if there is none.
+HINSTANCE moduleHolding(void const* address);
+
 // The absolute path of a loaded module, NUL-terminated. A file that has been removed since has the path that it had.
 // False if there is no such module or it comes from no file.
 bool pathOfModule(HINSTANCE module, NativePath& path);

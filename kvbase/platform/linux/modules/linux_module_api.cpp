@@ -98,6 +98,14 @@ HINSTANCE NativeModules::program() {
   return programModule();
 }
 
+HINSTANCE NativeModules::moduleOf(void const* address) {
+  return moduleHolding(address);
+}
+
+bool NativeModules::hasEntryFunction(HINSTANCE) {
+  return false;
+}
+
 bool NativeModules::modulePath(HINSTANCE module, wstring& path) {
   NativePath native;
   if (isDataModule(module) || !pathOfModule(module != nullptr ? module : programModule(), native)) return false;
