@@ -11,8 +11,12 @@
 //   4  the library's Module, then the class records     the records, newest first, then the Module
 //      from BaseNode down
 //   5  VgStackWalker::globalStackWalker                 ends symbol handling, frees the debug-help library
-//   6  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
-//   7  SymbolTable::EMPTY                               frees its containers
+//   6  SymbolTable::EMPTY                               frees its containers
+//   7  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
+//   8  the start of the library (Entry), unless the     its end
+//      system calls an entry function of its own
+#include <utility>
+
 #include "kvbase/core/lazy.h"
 #include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/filesystem/directory.h"
@@ -20,7 +24,9 @@
 #include "kvbase/filesystem/file_collection_iterator.h"
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/library/library_entry.h"
 #include "kvbase/modules/symbol_table.h"
+#include "kvbase/platform/module_api.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -66,6 +72,8 @@ VgStackWalker VgStackWalker::globalStackWalker;
 
 namespace KV_1_1 {
 
+SymbolTable const SymbolTable::EMPTY;
+
 namespace {
 
 // Lazy objects registered after this mark are destroyed first.
@@ -77,8 +85,25 @@ struct LazyObjects {
   AtExitList::Entry* mark_;
 } const lazyObjects;
 
-}  // namespace
+// The library of one system and a program that the library is linked into start here. A library that fails to start
+// cannot refuse to be loaded from here; it stays without a name and without translations, but usable.
+class Entry {
+ public:
+  Entry() {
+    HINSTANCE const instance = platform::modules().moduleOf(this);
+    isEntry_ = !platform::modules().hasEntryFunction(instance);
+    if (isEntry_ && !library::attach(instance)) end();
+  }
+  ~Entry() { end(); }
 
-SymbolTable const SymbolTable::EMPTY;
+ private:
+  void end() {
+    if (std::exchange(isEntry_, false)) library::detach();
+  }
+
+  bool isEntry_;
+} entry;
+
+}  // namespace
 
 }  // namespace KV_1_1

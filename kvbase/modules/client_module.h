@@ -21,6 +21,10 @@
 namespace KV_1_1 {
 
 // Owns the Module of one library; the Module is in the list as long as its owner lives.
+//
+// The library's entry function starts the Module when the library has been loaded and ends it before the library is
+// unloaded; a library may be started again.
+// Thread rule: both run while the system serialises loading and unloading.
 class ModuleOwner {
  public:
   ModuleOwner() = default;
@@ -28,6 +32,19 @@ class ModuleOwner {
   ModuleOwner& operator=(ModuleOwner const&) = delete;
 
   Module& module() { return module_; }
+
+  // Gives the Module the instance of its library, loads its translation library, and gives it its name and the symbols of
+  // the header resource METADATA RESOURCE.H; then calls initClassStatics of the Module's classes, parents first. A module
+  // without translation, and one without header or with a faulty one, is no less started.
+  // False, with nothing changed, if it has been started already or the instance is null.
+  // Throws std::runtime_error ("VerQueryValue failed", see LoadTranslationDLL): the Module has then not been started. After
+  // a std::bad_alloc, or what a hook throws, it may have been: end() is right in either case. Memory exhausted while the
+  // header is read ends the process.
+  bool start(HINSTANCE instance) { return module_.internalInit(instance); }
+  // Unloads the translation library, drops the symbols and calls clearClassStatics of the Module's classes.
+  // Nothing happens if it has not been started. The name stays; no resource may be looked up from then on.
+  // COMPAT: parents are cleared before their children, in the same order as they were started.
+  void end() { module_.internalTerm(); }
 
  private:
   Module module_;

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <type_traits>
 
+#include "kvbase/modules/client_module.h"
 #include "kvbase/modules/symbol_table.h"
 
 namespace KV_1_1 {
@@ -32,6 +33,8 @@ Module::~Module() {
   --count;
   (next_ != nullptr ? next_->previous_ : tail) = previous_;
   (previous_ != nullptr ? previous_->next_ : head) = next_;
+  // The library's own module ends itself here: its storage outlives it, and its fields are still there.
+  if (initialised_) getLibraryModule().internalTerm();
 }
 
 Module::const_iterator Module::begin() {

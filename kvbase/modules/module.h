@@ -112,6 +112,10 @@ class KVBASE_API Module {
   Module(Module const&) = delete;
   Module& operator=(Module const&) = delete;
 
+  // Start and end (module_start.cpp), from the entry function of the module's library; see ModuleOwner.
+  bool internalInit(HINSTANCE instance);
+  void internalTerm();
+
   // The forms above with any name; null finds nothing.
   FoundResource findResourceImpl(wchar const* name, wchar const* type, bool localized, ulong32* const locale) const;
   std::pair<void*, ulong32> getResourceImpl(wchar const* name, wchar const* type, bool localized,

@@ -39,6 +39,8 @@
 
 namespace KV_1_1 {
 
+class Module;
+
 class KVBASE_API String {
  public:
   // No string.
@@ -352,6 +354,13 @@ class KVBASE_API String {
                   "printf takes numbers, Strings and texts of wchar or char");
     printf_apply(format, strings::printfArgument(arguments)...);
   }
+
+  // --- Resources (modules/string_table.cpp) --------------------------------------------------------------------------
+
+  // The entry `id` of a module's string table: that of its translation library, or else that of the module itself. If
+  // there is none, and both systems count an empty one as none, the text is "Error loading string resource!". Never NIL.
+  // StringResource (string_resource.h) loads an entry when it is first needed.
+  static String loadFromResource(unsigned int id, Module const& module);
 
  private:
   friend struct StringAccess;

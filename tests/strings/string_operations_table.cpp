@@ -7,6 +7,7 @@
 #include <streambuf>
 #include <utility>
 
+#include "kvbase/modules/module.h"
 #include "tests/strings/string_support.h"
 
 namespace KV_1_1 {
@@ -368,6 +369,9 @@ StringOperation const kOperations[] = {
     {"String::buffer(int, bool): keep", kChanges,
      [](String& s) -> Answer { return static_cast<void>(static_cast<wchar*>(s.buffer(2, true))), kNothing; },
      each(nullptr, "; \"\"", "; \"\""), kFatal},
+    {"String::loadFromResource(unsigned int, Module const&)", kKeeps,
+     [](String&) -> Answer { return String::loadFromResource(0xFFFF, *Module::begin()); },
+     "\"Error loading string resource!\"", 1},
     {"operator<<(std::ostream, String)", kKeeps, [](String& s) -> Answer { return outputOf(s); }, "4", 1},
 };
 

@@ -15,9 +15,11 @@
 namespace KV_1_1 {
 namespace testing {
 
-class ScriptedFramework final : public platform::FrameworkApi {
+class ScriptedFramework : public platform::FrameworkApi {
  public:
   using Log = std::vector<std::string>;
+
+  virtual ~ScriptedFramework() = default;
 
   Log log;                         // the names of the calls that change something
   HINSTANCE current = nullptr;     // the slot
