@@ -47,6 +47,8 @@ if(WIN32)
 else()
   find_package(ICU REQUIRED COMPONENTS uc)
   find_package(Threads REQUIRED)
+  # Call stacks are read by libdw, which is loaded at run time if it is there; only its headers are needed.
+  find_path(KVBASE_LIBDW_HEADERS elfutils/libdwfl.h REQUIRED)
   set(kvbase_system_libraries ICU::uc Threads::Threads ${CMAKE_DL_LIBS})
   # A symbol of the kind "unique" (g++ makes them for statics in inline functions) prevents the library from being unloaded.
   target_compile_options(kvbase_objects PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/debug/frame_rules.h"
+
+#include <dwarf.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "kvbase/platform/linux/debug/sequence_slot.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+constexpr int kRegisterCount = 17;
+constexpr int kDwarfRsp = 7;
+// Where in FrameRule::savedAt a register of DWARF is; -1 for one that functions do not keep.
+constexpr int kPlaces[kRegisterCount] = {-1, -1, -1,   kRbx, -1,   -1,   kRbp,          -1, -1, -1,
+                                         -1, -1, kR12, kR13, kR14, kR15, kReturnAddress};
+
+// A remembered rule: the address looked up, the two words of the rule, and the generation of the session.
+using Slot = SequenceSlot<4>;
+constexpr std::size_t kSlotBits = 11;
+Slot slots[std::size_t{1} << kSlotBits];
+std::atomic<std::uint32_t> currentGeneration{0};
+
+Slot& slotOf(std::uint64_t address) {
+  return slots[(address * 0x9E3779B97F4A7C15) >> (64 - kSlotBits)];
+}
+
+static_assert(sizeof(FrameRule) <= 16, "fits into two words");
+
+Slot::Words pack(std::uint64_t address, FrameRule const& rule, std::uint32_t generation) {
+  Slot::Words words{address, 0, 0, generation};
+  memcpy(&words[1], &rule, sizeof rule);
+  return words;
+}
+
+bool isCfaOffset(Dwarf_Op const* operations, std::size_t count, std::int64_t& offset) {
+  if (count == 0 || count > 2 || operations[0].atom != DW_OP_call_frame_cfa) return false;
+  offset = 0;
+  if (count == 1) return true;
+  if (operations[1].atom != DW_OP_plus_uconst && operations[1].atom != DW_OP_stack_value) return false;
+  if (operations[1].atom == DW_OP_stack_value) return false;
+  offset = static_cast<std::int64_t>(operations[1].number);
+  return true;
+}
+
+bool readCfa(LibdwFunctions const& libdw, Dwarf_Frame* frame, FrameRule& rule) {
+  Dwarf_Op* operations = nullptr;
+  std::size_t count = 0;
+  if (libdw.frameCfa(frame, &operations, &count) != 0) return false;
+  if (count != 1 && !(count == 2 && operations[1].atom == DW_OP_deref)) return false;
+  int base = -1;
+  std::int64_t offset = 0;
+  if (operations[0].atom >= DW_OP_breg0 && operations[0].atom <= DW_OP_breg31) {
+    base = operations[0].atom - DW_OP_breg0;
+    offset = static_cast<std::int64_t>(operations[0].number);
+  } else if (operations[0].atom == DW_OP_bregx) {
+    base = static_cast<int>(operations[0].number);
+    offset = static_cast<std::int64_t>(operations[0].number2);
+  }
+  if (base < 0 || base >= kRegisterCount - 1 || offset != static_cast<std::int32_t>(offset)) return false;
+  rule.base = static_cast<std::uint8_t>(base);
+  rule.offset = static_cast<std::int32_t>(offset);
+  rule.isIndirect = count == 2;
+  return true;
+}
+
+// Reads where one register is. False if the rule has no place for it.
+bool readRegister(LibdwFunctions const& libdw, Dwarf_Frame* frame, int number, FrameRule& rule) {
+  Dwarf_Op memory[3];
+  Dwarf_Op* operations = nullptr;
+  std::size_t count = 0;
+  if (libdw.frameRegister(frame, number, memory, &operations, &count) != 0) return false;
+  bool const isUndefined = count == 0 && operations == memory;
+  if (number == kRegisterCount - 1 && isUndefined) {
+    rule.kind = FrameRule::Kind::kOutermost;
+    return true;
+  }
+  // The stack pointer of the caller is the frame's end by definition.
+  if (number == kDwarfRsp) return count == 0 || (count == 2 && operations[0].atom == DW_OP_call_frame_cfa);
+  if (count == 0) return number != kRegisterCount - 1;
+  std::int64_t offset = 0;
+  if (kPlaces[number] < 0 || !isCfaOffset(operations, count, offset)) return false;
+  std::int64_t const words = offset / 8;
+  if (words * 8 != offset || words == 0 || words != static_cast<std::int8_t>(words)) return false;
+  rule.savedAt[kPlaces[number]] = static_cast<std::int8_t>(words);
+  return true;
+}
+
+FrameRule readRule(LibdwFunctions const& libdw, Dwarf_Frame* frame) {
+  FrameRule rule;
+  rule.kind = FrameRule::Kind::kComplex;
+  if (libdw.frameInfo(frame, nullptr, nullptr, &rule.isSignalFrame) < 0 || rule.isSignalFrame) return rule;
+  FrameRule simple;
+  simple.kind = FrameRule::Kind::kSimple;
+  if (!readCfa(libdw, frame, simple)) return rule;
+  for (int number = 0; number < kRegisterCount; ++number) {
+    if (!readRegister(libdw, frame, number, simple)) return rule;
+  }
+  return simple;
+}
+
+FrameRule learnRule(DebugSession& session, std::uint64_t address) {
+  FrameRule rule;
+  DebugSession::Module* const module = session.moduleAt(address);
+  if (module == nullptr || module->handle == nullptr) return rule;
+  // A module whose tables cannot be read is left to libdw, which has a heuristic besides.
+  rule.kind = FrameRule::Kind::kComplex;
+  LibdwFunctions const& libdw = session.libdw();
+  if (!libdw.canLearn()) return rule;
+  Dwarf_Addr bias = 0;
+  Dwarf_CFI* const tables = libdw.exceptionFrames(module->handle, &bias);
+  Dwarf_Frame* frame = nullptr;
+  if (tables == nullptr || libdw.frameOfAddress(tables, address - bias, &frame) != 0) return rule;
+  std::unique_ptr<Dwarf_Frame, void (*)(Dwarf_Frame*)> const owner(frame, [](Dwarf_Frame* each) { free(each); });
+  return readRule(libdw, frame);
+}
+
+}  // namespace
+
+FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress) {
+  std::uint64_t const address = programCounter - (isReturnAddress ? 1 : 0);
+  Slot& slot = slotOf(address);
+  Slot::Words words;
+  FrameRule rule;
+  if (slot.load(words) && words[0] == address && words[3] == currentGeneration.load(std::memory_order_acquire)) {
+    memcpy(static_cast<void*>(&rule), &words[1], sizeof rule);
+    return rule;
+  }
+  DebugSession& session = DebugSession::instance();
+  auto const lock = session.lock();
+  rule = learnRule(session, address);
+  currentGeneration.store(session.generation(), std::memory_order_release);
+  // A module may be loaded at an address that has none now.
+  if (rule.kind != FrameRule::Kind::kUnknown) slot.store(pack(address, rule, session.generation()));
+  return rule;
+}
+
+void checkFrameRules() {
+  DebugSession& session = DebugSession::instance();
+  auto const lock = session.lock();
+  session.forgetUnloaded();
+  currentGeneration.store(session.generation(), std::memory_order_release);
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/debug/frame_steps.h"
+
+#include <dwarf.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/debug/debug_session.h"
+#include "kvbase/platform/linux/debug/frame_rules.h"
+#include "kvbase/platform/linux/debug/own_memory.h"
+#include "kvbase/platform/linux/errors/last_error.h"
+
+namespace KV_1_1 {
+namespace platform {
+
+namespace {
+
+using debug_help::StackFrame64;
+
+// What a record has in StackFrame64::reserved[0]: what the program counter of the next frame is.
+enum NextFrame : std::uint64_t { kFirst, kReturned, kInterrupted, kBroken };
+// A frame of a signal may lie anywhere, so that the stack pointer does not tell of a circle; the number of them does.
+constexpr std::uint64_t kMostSignalFrames = 100;
+// The return address of a frame whose caller cannot be found. The record of a frame with none ends the stack in order.
+constexpr std::uint64_t kUnknownAddress = ~std::uint64_t{0};
+
+// By the numbers of DWARF; the last one is the program counter.
+constexpr int kRegisterCount = 17;
+constexpr int kProgramCounter = 16;
+constexpr std::uint64_t _CONTEXT::*kRegisters[kRegisterCount] = {
+    &_CONTEXT::Rax, &_CONTEXT::Rdx, &_CONTEXT::Rcx, &_CONTEXT::Rbx, &_CONTEXT::Rsi, &_CONTEXT::Rdi,
+    &_CONTEXT::Rbp, &_CONTEXT::Rsp, &_CONTEXT::R8,  &_CONTEXT::R9,  &_CONTEXT::R10, &_CONTEXT::R11,
+    &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
+constexpr std::uint64_t _CONTEXT::*kSaved[kSavedRegisterCount] = {
+    &_CONTEXT::Rbx, &_CONTEXT::Rbp, &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
+
+thread_local std::uint64_t lastReturnAddress;
+
+class StackReader {
+ public:
+  StackReader(void* process, debug_help::ReadProcessMemory64 routine) : process_(process), routine_(routine) {}
+
+  bool read(std::uint64_t address, void* buffer, ulong32 size) const {
+    if (routine_ == nullptr) {
+      std::size_t count = 0;
+      return readOwnMemory(address, buffer, size, count);
+    }
+    ulong32 count = 0;
+    return routine_(process_, address, buffer, size, &count) != 0 && count == size;
+  }
+
+ private:
+  void* process_;
+  debug_help::ReadProcessMemory64 routine_;
+};
+
+// A step by libdw itself. It calls back for registers and memory.
+struct GeneralStep {
+  _CONTEXT const* start;
+  StackReader const* reader;
+  bool isReturnAddress;
+  LibdwFunctions const* libdw;
+  int frames;
+  bool hasCaller;
+  _CONTEXT caller;
+};
+GeneralStep* currentStep;  // under the lock of the session
+
+bool isTheThread(Dwfl*, pid_t, void*, void** argument) {
+  *argument = currentStep;
+  return true;
+}
+
+pid_t nextThread(Dwfl*, void*, void** argument) {
+  bool const isFirst = *argument == nullptr;
+  *argument = currentStep;
+  return isFirst ? getpid() : 0;
+}
+
+bool readWord(Dwfl*, Dwarf_Addr address, Dwarf_Word* word, void*) {
+  return currentStep->reader->read(address, word, sizeof *word);
+}
+
+bool setRegisters(Dwfl_Thread* thread, void*) {
+  Dwarf_Word values[kRegisterCount];
+  for (int i = 0; i < kRegisterCount; ++i) values[i] = currentStep->start->*kRegisters[i];
+  // libdw takes the first frame's counter for an exact one.
+  if (currentStep->isReturnAddress) --values[kProgramCounter];
+  return currentStep->libdw->setRegisters(thread, 0, kRegisterCount, values);
+}
+
+int visitFrame(Dwfl_Frame* frame, void*) {
+  GeneralStep& step = *currentStep;
+  if (step.frames++ == 0) return DWARF_CB_OK;
+  Dwarf_Addr counter = 0;
+  if (!step.libdw->framePc(frame, &counter, nullptr)) return DWARF_CB_ABORT;
+  step.caller = *step.start;
+  // Registers whose values are lost keep those of the frame itself.
+  for (unsigned i = 0; i < kProgramCounter && step.libdw->frameRegisterValue != nullptr; ++i) {
+    Dwarf_Word value = 0;
+    if (step.libdw->frameRegisterValue(frame, i, &value) == 0) step.caller.*kRegisters[i] = value;
+  }
+  step.caller.Rip = counter;
+  step.hasCaller = true;
+  return DWARF_CB_ABORT;
+}
+
+constexpr Dwfl_Thread_Callbacks kThreadCallbacks = {nextThread, isTheThread, readWord, setRegisters, nullptr, nullptr};
+
+enum class StepResult { kCaller, kOutermost, kFailed };
+
+StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFrame, StackReader const& reader) {
+  DebugSession& session = DebugSession::instance();
+  auto const lock = session.lock();
+  if (!session.libdw().canStep() || !session.begin()) return StepResult::kFailed;
+  // Fails if it has been done before.
+  session.libdw().attachState(session.handle(), nullptr, getpid(), &kThreadCallbacks, nullptr);
+  GeneralStep step = {&context, &reader, isReturnAddress, &session.libdw(), 0, false, {}};
+  currentStep = &step;
+  int const result = session.libdw().walkThread(session.handle(), getpid(), visitFrame, nullptr);
+  currentStep = nullptr;
+  if (step.hasCaller) {
+    if (!isSignalFrame && step.caller.Rsp <= context.Rsp) return StepResult::kFailed;
+    context = step.caller;
+    return StepResult::kCaller;
+  }
+  return result == 0 && step.frames == 1 ? StepResult::kOutermost : StepResult::kFailed;
+}
+
+StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
+  std::uint64_t end = context.*kRegisters[rule.base] + static_cast<std::uint64_t>(std::int64_t{rule.offset});
+  if (rule.isIndirect && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
+  // One call reads all that has been saved, which lies together below the frame's end; few frames are different.
+  std::int8_t const lowest = *std::min_element(std::begin(rule.savedAt), std::end(rule.savedAt));
+  constexpr int kMostWords = 24;
+  std::uint64_t words[kMostWords];
+  bool const isTogether = lowest < 0 && lowest >= -kMostWords;
+  int const count = isTogether ? -lowest : 0;
+  if (isTogether && !reader.read(end - std::uint64_t(count) * 8, words, static_cast<ulong32>(count) * 8)) {
+    return StepResult::kFailed;
+  }
+  std::uint64_t saved[kSavedRegisterCount];
+  for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
+    int const at = rule.savedAt[i];
+    saved[i] = context.*kSaved[i];
+    if (at < 0 && isTogether) {
+      saved[i] = words[count + at];
+    } else if (at != 0) {
+      std::uint64_t const address = end + static_cast<std::uint64_t>(std::int64_t{at} * 8);
+      if (!reader.read(address, &saved[i], sizeof saved[i])) return StepResult::kFailed;
+    }
+  }
+  if (end <= context.Rsp) return StepResult::kFailed;
+  for (std::size_t i = 0; i < kSavedRegisterCount; ++i) context.*kSaved[i] = saved[i];
+  context.Rsp = end;
+  return StepResult::kCaller;
+}
+
+// Code that no module has: a call through a wrong pointer has pushed its return address and nothing else.
+StepResult stepOutOfNowhere(_CONTEXT& context, StackReader const& reader) {
+  std::uint64_t address = 0;
+  if (!reader.read(context.Rsp, &address, sizeof address)) return StepResult::kFailed;
+  context.Rip = address;
+  context.Rsp += sizeof address;
+  return StepResult::kCaller;
+}
+
+StepResult stepToCaller(FrameRule const& rule, _CONTEXT& context, bool isReturnAddress, StackReader const& reader) {
+  switch (rule.kind) {
+    case FrameRule::Kind::kSimple:
+      return stepByRule(rule, context, reader);
+    case FrameRule::Kind::kComplex:
+      return stepByLibdw(context, isReturnAddress, rule.isSignalFrame, reader);
+    case FrameRule::Kind::kUnknown:
+      return stepOutOfNowhere(context, reader);
+    case FrameRule::Kind::kOutermost:
+      break;
+  }
+  return StepResult::kOutermost;
+}
+
+}  // namespace
+
+bool stepFrame(StackFrame64& frame, _CONTEXT& context, void* process, debug_help::ReadProcessMemory64 readMemory) {
+  StackReader const reader(process, readMemory);
+  std::uint64_t& next = frame.reserved[0];
+  std::uint64_t& signalFrames = frame.reserved[1];
+  if (next == kBroken) return failWith(kPartialCopy);
+  if (next == kFirst) checkFrameRules();
+
+  bool const isReturnAddress = next == kReturned;
+  std::uint64_t const counter = context.Rip;
+  FrameRule const rule = ruleOfFrame(counter, isReturnAddress);
+  if (rule.kind == FrameRule::Kind::kUnknown && next != kFirst) return failWith(kInvalidAddress);
+  frame.programCounter.offset = counter;
+  frame.stack.offset = context.Rsp;
+  StepResult result = StepResult::kFailed;
+  if (!rule.isSignalFrame || ++signalFrames <= kMostSignalFrames) {
+    result = stepToCaller(rule, context, isReturnAddress, reader);
+  }
+  // The record of the last frame of a stack has no return address.
+  frame.frame.offset = context.Rsp;
+  frame.returnAddress.offset = result == StepResult::kCaller ? context.Rip : 0;
+  if (result == StepResult::kFailed) frame.returnAddress.offset = kUnknownAddress;
+  next = result == StepResult::kFailed ? kBroken : rule.isSignalFrame ? kInterrupted : kReturned;
+  lastReturnAddress = isReturnAddress ? counter : 0;
+  return true;
+}
+
+bool isLastReturnAddress(std::uint64_t address) {
+  return address != 0 && address == lastReturnAddress;
+}
+
+}  // namespace platform
+}  // namespace KV_1_1

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/linux/debug/libdw.h"
+
+#include <dlfcn.h>
+
+#include <type_traits>
+
+namespace KV_1_1 {
+namespace platform {
+
+char const* libdwFile = "libdw.so.1";
+
+bool LibdwFunctions::canList() const {
+  return begin != nullptr && end != nullptr && reportBegin != nullptr && reportBeginAdd != nullptr &&
+         reportModule != nullptr && reportEnd != nullptr && moduleOfAddress != nullptr && elfVersion != nullptr &&
+         elfOfMemory != nullptr && elfBegin != nullptr && elfEnd != nullptr && buildIdOfElf != nullptr &&
+         buildId != nullptr;
+}
+
+bool LibdwFunctions::canName() const {
+  return canList() && symbolOfAddress != nullptr;
+}
+
+bool LibdwFunctions::canLine() const {
+  return canList() && lineOfAddress != nullptr && lineInfo != nullptr;
+}
+
+// Without frameRegisterValue, which is younger than the rest, the general way finds only program counters.
+bool LibdwFunctions::canStep() const {
+  return canList() && attachState != nullptr && walkThread != nullptr && setRegisters != nullptr && framePc != nullptr;
+}
+
+bool LibdwFunctions::canLearn() const {
+  return exceptionFrames != nullptr && frameOfAddress != nullptr && frameInfo != nullptr && frameCfa != nullptr &&
+         frameRegister != nullptr;
+}
+
+void* openLibdw(LibdwFunctions& functions) {
+  void* const library = dlopen(libdwFile, RTLD_NOW | RTLD_LOCAL);
+  functions = LibdwFunctions();
+  if (library == nullptr) return nullptr;
+  auto const find = [library](auto& function, char const* name) {
+    function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(dlsym(library, name));
+  };
+  find(functions.begin, "dwfl_begin");
+  find(functions.end, "dwfl_end");
+  find(functions.reportBegin, "dwfl_report_begin");
+  find(functions.reportBeginAdd, "dwfl_report_begin_add");
+  find(functions.reportModule, "dwfl_report_module");
+  find(functions.reportEnd, "dwfl_report_end");
+  find(functions.moduleOfAddress, "dwfl_addrmodule");
+  find(functions.elfVersion, "elf_version");
+  find(functions.elfOfMemory, "elf_memory");
+  find(functions.elfBegin, "elf_begin");
+  find(functions.elfEnd, "elf_end");
+  find(functions.buildIdOfElf, "dwelf_elf_gnu_build_id");
+  find(functions.buildId, "dwfl_module_build_id");
+  find(functions.symbolOfAddress, "dwfl_module_addrinfo");
+  find(functions.lineOfAddress, "dwfl_module_getsrc");
+  find(functions.lineInfo, "dwfl_lineinfo");
+  find(functions.debugData, "dwfl_module_getdwarf");
+  find(functions.symbolCount, "dwfl_module_getsymtab");
+  find(functions.exceptionFrames, "dwfl_module_eh_cfi");
+  find(functions.frameOfAddress, "dwarf_cfi_addrframe");
+  find(functions.frameInfo, "dwarf_frame_info");
+  find(functions.frameCfa, "dwarf_frame_cfa");
+  find(functions.frameRegister, "dwarf_frame_register");
+  find(functions.attachState, "dwfl_attach_state");
+  find(functions.walkThread, "dwfl_getthread_frames");
+  find(functions.setRegisters, "dwfl_thread_state_registers");
+  find(functions.framePc, "dwfl_frame_pc");
+  find(functions.frameRegisterValue, "dwfl_frame_reg");
+  return library;
+}
+
+}  // namespace platform
+}  // namespace KV_1_1
