@@ -33,8 +33,8 @@ class LocaleApi {
   virtual std::uint16_t systemUiLanguage() = 0;
   virtual std::uint16_t systemLanguage() = 0;
 
-  // The abbreviation of a language or locale, three letters such as "DEU". False for an id that the system does not know;
-  // `abbreviation` is then unchanged.
+  // The abbreviation of a language or locale, three letters such as "DEU". False for an id that the system does not
+  // know; `abbreviation` is then unchanged.
   virtual bool languageAbbreviation(ulong32 locale, wstring& abbreviation) = 0;
 
   // Callbacks of the enumerations; they return whether to go on.

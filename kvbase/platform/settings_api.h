@@ -24,8 +24,8 @@ class SettingsApi {
  public:
   // The key that all keys of the current user lie in. It is not closed.
   virtual SettingsKey currentUser() = 0;
-  // Opens a key below another for reading. Names separated by backslashes lead through several keys; the empty name leads
-  // to the key itself. Names are those of the system: Windows ignores their case. Null if there is no such key. Must be
+  // Opens a key below another for reading. Names separated by backslashes lead through several keys; the empty name
+  // leads to the key itself. Windows ignores the case of names, Linux does not. Null if there is no such key. Must be
   // released with closeKey; the parent may be closed before.
   virtual SettingsKey openKey(SettingsKey parent, wchar const* name) = 0;
   // Copies the value `name` of a key to `data` and stores its type and its size in bytes. On entry `size` is the room in

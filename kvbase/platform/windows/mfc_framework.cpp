@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The backend for applications of the Microsoft Foundation Classes, of which the library is an extension module. It takes
-// the place of plain_framework.cpp in builds with KVBASE_WITH_MFC.
+// The backend for applications of the Microsoft Foundation Classes, of which the library is an extension module. It
+// takes the place of plain_framework.cpp in builds with KVBASE_WITH_MFC.
 
 // The framework's header must come before that of Windows.
 #include <afxwin.h>

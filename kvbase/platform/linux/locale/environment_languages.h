@@ -22,8 +22,8 @@ std::uint16_t userLanguageOfEnvironment();
 std::uint16_t systemLanguageOfEnvironment();
 
 // The language that the last assignment to LANG in a file of lines such as LANG="de_DE.UTF-8" names. kNoLanguage if
-// there is no such file or no such assignment, or it names no known language. A file of more than 64 KB, or of another kind than a
-// plain file, is not read.
+// there is no such file or no such assignment, or it names no known language. A file of more than 64 KB is not read,
+// nor is anything but a plain file.
 std::uint16_t languageOfLocaleFile(char const* path);
 
 }  // namespace platform
