@@ -25,10 +25,10 @@ struct Inner {
   // Not inlined, and the call is not the last thing it does, so that it has a frame.
   __attribute__((noinline)) int capture(T value) const {
     captured = emptyContext();
-    auto const capture = platform::nativeDebug().contextCapture();
-    capture(&captured);
+    auto const captureHere = platform::nativeDebug().contextCapture();
+    captureHere(&captured);
     // The registers are those behind the call, so its line is the next one.
-    captureLine = __LINE__ + 1;
+    captureLine = __LINE__;
     DebugHelp help;
     frames = help.walk(captured);
     endsInOrder = help.endsInOrder;
