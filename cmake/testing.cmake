@@ -40,6 +40,7 @@ endfunction()
 # on Linux the library reads the variables itself.
 set(kvbase_language_english LC_ALL=en_US.UTF-8 KVBASE_SYSTEM_LANG=en_US.UTF-8)
 set(kvbase_language_german LC_ALL=de_DE.UTF-8 KVBASE_SYSTEM_LANG=de_DE.UTF-8)
+set(kvbase_language_austrian LC_ALL=de_AT.UTF-8 KVBASE_SYSTEM_LANG=de_AT.UTF-8)
 set(kvbase_language_japanese LC_ALL=ja_JP.UTF-8 KVBASE_SYSTEM_LANG=ja_JP.UTF-8)
 set(kvbase_language_german_on_french LC_MESSAGES=de_DE.UTF-8 LC_TIME=de_DE.UTF-8 LC_CTYPE=fr_FR.UTF-8
                                      KVBASE_SYSTEM_LANG=fr_FR.UTF-8 LOCPATH=${PROJECT_BINARY_DIR}/locales)

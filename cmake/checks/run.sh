@@ -104,6 +104,22 @@ initialisers() {
   ((count > 0 && faults == 0))
 }
 
+# Each system's program starts a module with the translation library that the build of the other one has made. Both must
+# read the same.
+translation() {
+  local place=build/translation linux=build/linux-release windows=build/windows-release
+  rm -rf "$place"
+  mkdir -p "$place"/linux "$place"/windows
+  cp $linux/fixtures/tool.so $windows/fixtures/toolabc.dll "$place/linux"
+  cp $windows/fixtures/tool.dll $linux/fixtures/toolabc.dll "$place/windows"
+  cmp "$place/linux/toolabc.dll" "$place/windows/toolabc.dll" &&
+    $linux/bin/kvbase_module_tests --report "$place/linux.txt" "$place/linux/tool.so" \
+      "-version=$place/linux/toolabc.dll" -lang=abc &&
+    cmake/wine-runner.sh "$PWD/$windows/wine" $windows/bin/kvbase_module_tests.exe --report "$place/windows.txt" \
+      "${place//\//\\}\\windows\\tool.dll" "-version=$place/windows/toolabc.dll" -lang=abc &&
+    diff -u tests/fixtures/toolabc.txt "$place/linux.txt" && diff -u tests/fixtures/toolabc.txt "$place/windows.txt"
+}
+
 # ------------------------------------------------------------------------------------------------------------------------
 
 update_exports=
@@ -126,6 +142,7 @@ check "initialisers, Linux" initialisers build/linux-release objdump
 check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32-objdump
 check "exported names, Linux" exports linux
 check "exported names, Windows" exports windows
+check "one translation for both systems" translation
 check "clang-tidy" tidy
 check "fuzzers" ./kv fuzz all 5
 

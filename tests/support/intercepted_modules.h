@@ -17,6 +17,8 @@ class InterceptedModules : public platform::ModuleApi {
   virtual ~InterceptedModules() = default;
 
   HINSTANCE program() override { return real().program(); }
+  HINSTANCE moduleOf(void const* address) override { return real().moduleOf(address); }
+  bool hasEntryFunction(HINSTANCE module) override { return real().hasEntryFunction(module); }
   bool modulePath(HINSTANCE module, wstring& path) override { return real().modulePath(module, path); }
   bool longPath(wchar const* path, wstring& longPath) override {
     enter("longPath", path);
