@@ -10,6 +10,7 @@
 #include "kvbase/platform/linux/modules/data_modules.h"
 #include "kvbase/platform/linux/modules/elf_modules.h"
 #include "kvbase/platform/linux/modules/module_files.h"
+#include "kvbase/platform/linux/modules/string_block.h"
 #include "kvbase/platform/linux/modules/version_block.h"
 #include "kvbase/platform/linux/modules/version_choice.h"
 
@@ -50,28 +51,6 @@ HRSRC findHandle(HINSTANCE module, wchar const* type, wchar const* name, std::ui
 
 PeResources::Version versionOf(HRSRC resource) {
   return reinterpret_cast<std::uintptr_t>(resource);
-}
-
-// A string table is stored in blocks of 16 entries: of each the number of units, then the units.
-constexpr unsigned int kBlockEntries = 16;
-
-bool readEntry(ByteRange const& block, unsigned int index, wstring& text) {
-  std::uint64_t at = 0;
-  for (unsigned int i = 0;; ++i) {
-    unsigned char const* const units = block.at(at, 2);
-    if (units == nullptr) return false;
-    std::size_t const size = load16(units);
-    at += 2;
-    if (i < index) {
-      at += 2 * size;
-      continue;
-    }
-    if (size == 0 || !block.has(at, 2 * size)) return false;
-    wstring entry(size, wchar(0));
-    if (!block.copy(at, 2 * size, &entry[0])) return false;
-    text = std::move(entry);
-    return true;
-  }
 }
 
 // Calls `use` with the bytes of the version resource of a file. False if there is none.
@@ -176,11 +155,12 @@ ResourceBytes NativeModules::resourceBytes(HINSTANCE module, HRSRC resource) {
 
 bool NativeModules::stringTableEntry(HINSTANCE module, unsigned int id, wstring& text) {
   unsigned int const number = id & 0xFFFF;
-  wchar const* const name = resourceId(number / kBlockEntries + 1);
+  wchar const* const name = resourceId(number / kStringBlockEntries + 1);
   return withResources(module, [&](PeResources& resources) {
     PeResources::Version const version = findVersion(resources, resourceId(kStringTableType), name, kNoLanguage);
     ByteRange block;
-    return version != 0 && resources.bytesOf(version, block) && readEntry(block, number % kBlockEntries, text);
+    return version != 0 && resources.bytesOf(version, block) &&
+           readStringBlockEntry(block, number % kStringBlockEntries, text);
   });
 }
 
