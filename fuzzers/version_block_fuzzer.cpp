@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The input is a version resource. Whatever is found lies in it, texts with their terminator; a shortened copy is safe to
-// be asked without its size.
+// The input is a version resource. Whatever is found lies in it, texts with their terminator. A shortened copy can be
+// asked without its size.
 #include "fuzzers/fuzz_input.h"
 
 #include <vector>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A range of bytes in memory or in a file, read with a check of every access. A file is read by pages into memory of its
-// own, never mapped: a mapping of a file that another process shortens ends this process by a signal.
+// A range of bytes in memory or in a file, read with a check of every access. A file is read by pages, never mapped: a
+// mapping of a file that another process shortens ends this process by a signal.
 //
 // Thread rule: a range over a file must be used by one thread at a time.
 #pragma once

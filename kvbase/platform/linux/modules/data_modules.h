@@ -25,8 +25,8 @@ class DataModule {
   std::unique_lock<std::mutex> lock() { return std::unique_lock<std::mutex>(mutex_); }
   // The resources of the file as it is now. To be called under the lock.
   PeResources& resources();
-  // The bytes of a resource. They are copied when they are first asked for; the copy stays until the module is released,
-  // whatever becomes of the file. To be called under the lock.
+  // The bytes of a resource. They are copied when they are first asked for; the copy stays until the module is
+  // released, whatever becomes of the file. To be called under the lock.
   ResourceBytes bytesOf(PeResources::Version version);
 
  private:

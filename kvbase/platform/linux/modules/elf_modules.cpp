@@ -124,8 +124,8 @@ bool pathOfProgram(NativePath& path) {
   return true;
 }
 
-// The path of the file mapped at an address, as the kernel knows it: absolute, whatever the name was by which the module
-// was loaded and whatever the current directory is now.
+// The path of the file mapped at an address, as the kernel knows it: absolute, whatever the name was by which the
+// module was loaded and whatever the current directory is now.
 bool pathOfMapping(std::uintptr_t address, NativePath& path) {
   std::unique_ptr<FILE, int (*)(FILE*)> const maps(fopen("/proc/self/maps", "re"), &fclose);
   if (maps == nullptr) return false;

@@ -23,8 +23,8 @@ HINSTANCE moduleHolding(void const* address);
 // False if there is no such module or it comes from no file.
 bool pathOfModule(HINSTANCE module, NativePath& path);
 
-// The path of a loaded module, NUL-terminated, by its file name, which compares without regard to case. False if none has
-// this name.
+// The path of a loaded module, NUL-terminated, by its file name, which compares without regard to case. False if none
+// has this name.
 bool pathOfModuleNamed(wchar const* name, NativePath& path);
 
 // The resources of a loaded module; null if it is not loaded or has none. They belong to the calling thread and stay

@@ -40,12 +40,17 @@ class StoredText {
 
   bool isThere() const { return isThere_; }
   std::size_t size() const { return size_; }
+  // The bytes of the next `count` units, which stay until anything else is read. Null if they cannot be read.
+  unsigned char const* next(std::size_t count) {
+    unsigned char const* const bytes = directories_.at(next_, 2 * count);
+    next_ += 2 * count;
+    return bytes;
+  }
   // Stores the next `count` units in upper case. False if they cannot be read.
   bool read(std::size_t count, wchar* units) {
-    unsigned char const* const bytes = directories_.at(next_, 2 * count);
+    unsigned char const* const bytes = next(count);
     if (bytes == nullptr) return false;
     for (std::size_t i = 0; i < count; ++i) units[i] = upperCased(static_cast<wchar>(load16(bytes + 2 * i)));
-    next_ += 2 * count;
     return true;
   }
 
@@ -150,12 +155,12 @@ bool PeResources::compareText(ResourceKey const& key, std::uint32_t offset, int&
   StoredText text(directories_, offset);
   if (!text.isThere()) return false;
   std::size_t const common = std::min(key.size(), text.size());
-  wchar units[kPiece];
   for (std::size_t i = 0; i < common; i += kPiece) {
     std::size_t const count = std::min(kPiece, common - i);
-    if (!text.read(count, units)) return false;
+    unsigned char const* const bytes = text.next(count);
+    if (bytes == nullptr) return false;
     for (std::size_t k = 0; k < count; ++k) {
-      order = threeWay(key.text()[i + k], units[k]);
+      order = threeWay(key.text()[i + k], upperCased(static_cast<wchar>(load16(bytes + 2 * k))));
       if (order != 0) return true;
     }
   }

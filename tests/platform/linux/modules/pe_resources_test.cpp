@@ -314,9 +314,10 @@ TEST(PeResources, WhateverIsWrongEndsInNotFound) {
       {"data behind all sections", [](std::string& b, PeImage const& i) { put32(b, i.recordAt(0), 0xFFFFFFFF); }},
       {"data as long as can be", [](std::string& b, PeImage const& i) { put32(b, i.recordAt(0) + 4, 0xFFFFFFFF); }},
       {"data one byte longer than the section",
-       [](std::string& b,
-          PeImage const&
-              i) { put32(b, i.recordAt(0) + 4, b.size() - i.root() - (get32(b, i.recordAt(0)) - i.sectionAddress) + 1); }},
+       [](std::string& b, PeImage const& i) {
+         std::size_t const inSection = get32(b, i.recordAt(0)) - i.sectionAddress;
+         put32(b, i.recordAt(0) + 4, b.size() - i.root() - inSection + 1);
+       }},
   };
   for (Width const& width : kWidths) {
     for (Row const& row : rows) {
