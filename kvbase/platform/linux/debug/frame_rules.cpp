@@ -3,9 +3,9 @@
 
 #include <dwarf.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "kvbase/platform/linux/debug/sequence_slot.h"
@@ -29,14 +29,6 @@ std::atomic<std::uint32_t> currentGeneration{0};
 
 Slot& slotOf(std::uint64_t address) {
   return slots[(address * 0x9E3779B97F4A7C15) >> (64 - kSlotBits)];
-}
-
-static_assert(sizeof(FrameRule) <= 16, "fits into two words");
-
-Slot::Words pack(std::uint64_t address, FrameRule const& rule, std::uint32_t generation) {
-  Slot::Words words{address, 0, 0, generation};
-  memcpy(&words[1], &rule, sizeof rule);
-  return words;
 }
 
 bool isCfaOffset(Dwarf_Op const* operations, std::size_t count, std::int64_t& offset) {
@@ -64,9 +56,7 @@ bool readCfa(LibdwFunctions const& libdw, Dwarf_Frame* frame, FrameRule& rule) {
     offset = static_cast<std::int64_t>(operations[0].number2);
   }
   if (base < 0 || base >= kRegisterCount - 1 || offset != static_cast<std::int32_t>(offset)) return false;
-  rule.base = static_cast<std::uint8_t>(base);
-  rule.offset = static_cast<std::int32_t>(offset);
-  rule.isIndirect = count == 2;
+  rule.setEnd(static_cast<std::uint8_t>(base), static_cast<std::int32_t>(offset), count == 2);
   return true;
 }
 
@@ -78,7 +68,7 @@ bool readRegister(LibdwFunctions const& libdw, Dwarf_Frame* frame, int number, F
   if (libdw.frameRegister(frame, number, memory, &operations, &count) != 0) return false;
   bool const isUndefined = count == 0 && operations == memory;
   if (number == kRegisterCount - 1 && isUndefined) {
-    rule.kind = FrameRule::Kind::kOutermost;
+    rule = FrameRule(FrameRule::Kind::kOutermost);
     return true;
   }
   // The stack pointer of the caller is the frame's end by definition.
@@ -88,37 +78,59 @@ bool readRegister(LibdwFunctions const& libdw, Dwarf_Frame* frame, int number, F
   if (kPlaces[number] < 0 || !isCfaOffset(operations, count, offset)) return false;
   std::int64_t const words = offset / 8;
   if (words * 8 != offset || words == 0 || words != static_cast<std::int8_t>(words)) return false;
-  rule.savedAt[kPlaces[number]] = static_cast<std::int8_t>(words);
+  rule.setSaved(static_cast<std::size_t>(kPlaces[number]), static_cast<std::int8_t>(words));
   return true;
 }
 
-FrameRule readRule(LibdwFunctions const& libdw, Dwarf_Frame* frame) {
-  FrameRule rule;
-  rule.kind = FrameRule::Kind::kComplex;
-  if (libdw.frameInfo(frame, nullptr, nullptr, &rule.isSignalFrame) < 0 || rule.isSignalFrame) return rule;
-  FrameRule simple;
-  simple.kind = FrameRule::Kind::kSimple;
-  if (!readCfa(libdw, frame, simple)) return rule;
-  for (int number = 0; number < kRegisterCount; ++number) {
-    if (!readRegister(libdw, frame, number, simple)) return rule;
+void noteSavedWords(FrameRule& rule) {
+  int lowest = 0;
+  for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
+    if (rule.savedAt(i) > 0 || rule.savedAt(i) < -kMostSavedWords) return;
+    lowest = std::min(lowest, rule.savedAt(i));
   }
+  rule.setSavedWords(static_cast<std::uint8_t>(-lowest));
+}
+
+FrameRule readRule(LibdwFunctions const& libdw, Dwarf_Frame* frame) {
+  FrameRule complex(FrameRule::Kind::kComplex);
+  bool isSignalFrame = false;
+  if (libdw.frameInfo(frame, nullptr, nullptr, &isSignalFrame) < 0) return complex;
+  if (isSignalFrame) {
+    complex.setSignalFrame();
+    return complex;
+  }
+  FrameRule simple(FrameRule::Kind::kSimple);
+  if (!readCfa(libdw, frame, simple)) return complex;
+  for (int number = 0; number < kRegisterCount; ++number) {
+    if (!readRegister(libdw, frame, number, simple)) return complex;
+  }
+  if (simple.kind() == FrameRule::Kind::kSimple) noteSavedWords(simple);
   return simple;
 }
 
 FrameRule learnRule(DebugSession& session, std::uint64_t address) {
-  FrameRule rule;
   DebugSession::Module* const module = session.moduleAt(address);
-  if (module == nullptr || module->handle == nullptr) return rule;
+  if (module == nullptr || module->handle == nullptr) return FrameRule();
   // A module whose tables cannot be read is left to libdw, which has a heuristic besides.
-  rule.kind = FrameRule::Kind::kComplex;
+  FrameRule const complex(FrameRule::Kind::kComplex);
   LibdwFunctions const& libdw = session.libdw();
-  if (!libdw.canLearn()) return rule;
+  if (!libdw.canLearn()) return complex;
   Dwarf_Addr bias = 0;
   Dwarf_CFI* const tables = libdw.exceptionFrames(module->handle, &bias);
   Dwarf_Frame* frame = nullptr;
-  if (tables == nullptr || libdw.frameOfAddress(tables, address - bias, &frame) != 0) return rule;
+  if (tables == nullptr || libdw.frameOfAddress(tables, address - bias, &frame) != 0) return complex;
   std::unique_ptr<Dwarf_Frame, void (*)(Dwarf_Frame*)> const owner(frame, [](Dwarf_Frame* each) { free(each); });
   return readRule(libdw, frame);
+}
+
+FrameRule learnAndRemember(std::uint64_t address, Slot& slot) {
+  DebugSession& session = DebugSession::instance();
+  auto const lock = session.lock();
+  FrameRule const rule = learnRule(session, address);
+  currentGeneration.store(session.generation(), std::memory_order_release);
+  // A module may be loaded at an address that has none now.
+  if (rule.kind() != FrameRule::Kind::kUnknown) slot.store({address, rule.low(), rule.high(), session.generation()});
+  return rule;
 }
 
 }  // namespace
@@ -127,18 +139,9 @@ FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress) {
   std::uint64_t const address = programCounter - (isReturnAddress ? 1 : 0);
   Slot& slot = slotOf(address);
   Slot::Words words;
-  FrameRule rule;
-  if (slot.load(words) && words[0] == address && words[3] == currentGeneration.load(std::memory_order_acquire)) {
-    memcpy(static_cast<void*>(&rule), &words[1], sizeof rule);
-    return rule;
-  }
-  DebugSession& session = DebugSession::instance();
-  auto const lock = session.lock();
-  rule = learnRule(session, address);
-  currentGeneration.store(session.generation(), std::memory_order_release);
-  // A module may be loaded at an address that has none now.
-  if (rule.kind != FrameRule::Kind::kUnknown) slot.store(pack(address, rule, session.generation()));
-  return rule;
+  bool const isKnown =
+      slot.load(words) && words[0] == address && words[3] == currentGeneration.load(std::memory_order_relaxed);
+  return isKnown ? FrameRule(words[1], words[2]) : learnAndRemember(address, slot);
 }
 
 void checkFrameRules() {

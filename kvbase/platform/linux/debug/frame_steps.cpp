@@ -5,9 +5,6 @@
 #include <sys/types.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/debug/debug_session.h"
 #include "kvbase/platform/linux/debug/frame_rules.h"
@@ -131,31 +128,30 @@ StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFra
   return result == 0 && step.frames == 1 ? StepResult::kOutermost : StepResult::kFailed;
 }
 
-StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
-  std::uint64_t end = context.*kRegisters[rule.base] + static_cast<std::uint64_t>(std::int64_t{rule.offset});
-  if (rule.isIndirect && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
-  // One call reads all that has been saved, which lies together below the frame's end; few frames are different.
-  std::int8_t const lowest = *std::min_element(std::begin(rule.savedAt), std::end(rule.savedAt));
-  constexpr int kMostWords = 24;
-  std::uint64_t words[kMostWords];
-  bool const isTogether = lowest < 0 && lowest >= -kMostWords;
-  int const count = isTogether ? -lowest : 0;
-  if (isTogether && !reader.read(end - std::uint64_t(count) * 8, words, static_cast<ulong32>(count) * 8)) {
-    return StepResult::kFailed;
-  }
+StepResult restoreOneByOne(FrameRule const& rule, std::uint64_t end, _CONTEXT& context, StackReader const& reader) {
   std::uint64_t saved[kSavedRegisterCount];
   for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
-    int const at = rule.savedAt[i];
     saved[i] = context.*kSaved[i];
-    if (at < 0 && isTogether) {
-      saved[i] = words[count + at];
-    } else if (at != 0) {
-      std::uint64_t const address = end + static_cast<std::uint64_t>(std::int64_t{at} * 8);
-      if (!reader.read(address, &saved[i], sizeof saved[i])) return StepResult::kFailed;
-    }
+    std::uint64_t const address = end + static_cast<std::uint64_t>(std::int64_t{rule.savedAt(i)} * 8);
+    if (rule.savedAt(i) != 0 && !reader.read(address, &saved[i], sizeof saved[i])) return StepResult::kFailed;
   }
-  if (end <= context.Rsp) return StepResult::kFailed;
   for (std::size_t i = 0; i < kSavedRegisterCount; ++i) context.*kSaved[i] = saved[i];
+  context.Rsp = end;
+  return StepResult::kCaller;
+}
+
+StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
+  std::uint64_t end = context.*kRegisters[rule.base()] + rule.offset();
+  if (rule.isIndirect() && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
+  if (end <= context.Rsp) return StepResult::kFailed;
+  if (rule.savedWords() == 0) return restoreOneByOne(rule, end, context, reader);
+  // One call reads all that has been saved.
+  std::uint64_t words[kMostSavedWords];
+  std::uint64_t const size = rule.savedWords() * 8;
+  if (!reader.read(end - size, words, static_cast<ulong32>(size))) return StepResult::kFailed;
+  for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
+    if (rule.savedAt(i) != 0) context.*kSaved[i] = words[static_cast<int>(rule.savedWords()) + rule.savedAt(i)];
+  }
   context.Rsp = end;
   return StepResult::kCaller;
 }
@@ -170,11 +166,11 @@ StepResult stepOutOfNowhere(_CONTEXT& context, StackReader const& reader) {
 }
 
 StepResult stepToCaller(FrameRule const& rule, _CONTEXT& context, bool isReturnAddress, StackReader const& reader) {
-  switch (rule.kind) {
+  switch (rule.kind()) {
     case FrameRule::Kind::kSimple:
       return stepByRule(rule, context, reader);
     case FrameRule::Kind::kComplex:
-      return stepByLibdw(context, isReturnAddress, rule.isSignalFrame, reader);
+      return stepByLibdw(context, isReturnAddress, rule.isSignalFrame(), reader);
     case FrameRule::Kind::kUnknown:
       return stepOutOfNowhere(context, reader);
     case FrameRule::Kind::kOutermost:
@@ -195,18 +191,18 @@ bool stepFrame(StackFrame64& frame, _CONTEXT& context, void* process, debug_help
   bool const isReturnAddress = next == kReturned;
   std::uint64_t const counter = context.Rip;
   FrameRule const rule = ruleOfFrame(counter, isReturnAddress);
-  if (rule.kind == FrameRule::Kind::kUnknown && next != kFirst) return failWith(kInvalidAddress);
+  if (rule.kind() == FrameRule::Kind::kUnknown && next != kFirst) return failWith(kInvalidAddress);
   frame.programCounter.offset = counter;
   frame.stack.offset = context.Rsp;
   StepResult result = StepResult::kFailed;
-  if (!rule.isSignalFrame || ++signalFrames <= kMostSignalFrames) {
+  if (!rule.isSignalFrame() || ++signalFrames <= kMostSignalFrames) {
     result = stepToCaller(rule, context, isReturnAddress, reader);
   }
   // The record of the last frame of a stack has no return address.
   frame.frame.offset = context.Rsp;
   frame.returnAddress.offset = result == StepResult::kCaller ? context.Rip : 0;
   if (result == StepResult::kFailed) frame.returnAddress.offset = kUnknownAddress;
-  next = result == StepResult::kFailed ? kBroken : rule.isSignalFrame ? kInterrupted : kReturned;
+  next = result == StepResult::kFailed ? kBroken : rule.isSignalFrame() ? kInterrupted : kReturned;
   lastReturnAddress = isReturnAddress ? counter : 0;
   return true;
 }

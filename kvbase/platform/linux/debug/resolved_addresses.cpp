@@ -55,8 +55,32 @@ Tables& tables() {
   return all.get();
 }
 
-// A line's file name outlives the lock only as a copy that belongs to the thread.
-thread_local char lineFile[kResolvedTextCapacity];
+// A line that has been found. The name of its file outlives the lock only as a copy that belongs to the thread.
+struct FoundLine {
+  std::uint64_t counter;  // 0 for none
+  std::uint64_t start;
+  ulong32 number;
+  char file[kResolvedTextCapacity];
+};
+// Whoever asks for the symbol of an address asks for its line next, which is then at hand. It is given once: who asks
+// again may have loaded other modules meanwhile.
+thread_local FoundLine nextLine;
+
+void noteLine(std::uint64_t counter, Resolved const& entry) {
+  nextLine.counter = counter;
+  nextLine.start = entry.lineStart;
+  nextLine.number = entry.line;
+  memcpy(nextLine.file, entry.file.c_str(), entry.file.size() + 1);
+}
+
+void giveLine(std::uint64_t counter, ulong32& displacement, debug_help::Line64& line) {
+  displacement = static_cast<ulong32>(counter - nextLine.start);
+  line.key = nullptr;
+  line.lineNumber = nextLine.number;
+  line.fileName = nextLine.file;
+  line.address = nextLine.start;
+  nextLine.counter = 0;
+}
 
 Resolved& entryOf(std::uint64_t address, std::uint32_t generation) {
   Resolved& entry = tables().addresses[(address * 0x9E3779B97F4A7C15) >> (64 - kBits)];
@@ -141,12 +165,14 @@ SymbolType typeOf(DebugSession& session, DebugSession::Module& module) {
 }  // namespace
 
 bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Symbol64& symbol) {
+  nextLine.counter = 0;
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   session.forgetUnloaded();
   Resolved& entry = entryOf(lookupAddress(address), session.generation());
   if (!entry.symbolKnown) findSymbol(session, entry);
   if (entry.name.empty()) return failWith(entry.symbolKnown ? kInvalidAddress : kModuleNotFound);
+  if (!entry.file.empty()) noteLine(address, entry);
   displacement = address - entry.symbolStart;
   symbol.address = entry.symbolStart;
   symbol.size = static_cast<ulong32>(entry.symbolSize);
@@ -161,18 +187,18 @@ bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Sy
 }
 
 bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& line) {
+  if (address != 0 && nextLine.counter == address) {
+    giveLine(address, displacement, line);
+    return true;
+  }
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   session.forgetUnloaded();
   Resolved& entry = entryOf(lookupAddress(address), session.generation());
   if (!entry.lineKnown) findLine(session, entry);
   if (entry.file.empty()) return failWith(entry.lineKnown ? kInvalidAddress : kModuleNotFound);
-  displacement = static_cast<ulong32>(address - entry.lineStart);
-  memcpy(lineFile, entry.file.c_str(), entry.file.size() + 1);
-  line.key = nullptr;
-  line.lineNumber = entry.line;
-  line.fileName = lineFile;
-  line.address = entry.lineStart;
+  noteLine(address, entry);
+  giveLine(address, displacement, line);
   return true;
 }
 

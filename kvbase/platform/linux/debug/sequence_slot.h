@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace KV_1_1 {
 namespace platform {
@@ -15,13 +16,12 @@ class SequenceSlot {
  public:
   using Words = std::array<std::uint64_t, N>;
 
-  // False if the words are being written at this moment.
+  // False if the words are being written at this moment. Acquiring each word orders it before the second look at the
+  // sequence, and a word of an unfinished record makes that look see the odd number that was stored before it.
   bool load(Words& words) const {
     std::uint32_t const before = sequence_.load(std::memory_order_acquire);
-    for (std::size_t i = 0; i < N; ++i) words[i] = words_[i].load(std::memory_order_acquire);
-    // Acquiring each word orders it before the second look at the sequence, and a word of an unfinished record makes that
-    // look see the odd number that was stored before it.
-    return (before & 1) == 0 && sequence_.load(std::memory_order_acquire) == before;
+    loadWords(words, std::make_index_sequence<N>());
+    return (before & 1) == 0 && sequence_.load(std::memory_order_relaxed) == before;
   }
 
   // Writers must exclude each other.
@@ -33,6 +33,11 @@ class SequenceSlot {
   }
 
  private:
+  template <std::size_t... I>
+  void loadWords(Words& words, std::index_sequence<I...>) const {
+    words = {words_[I].load(std::memory_order_acquire)...};
+  }
+
   std::atomic<std::uint32_t> sequence_{0};
   std::array<std::atomic<std::uint64_t>, N> words_{};
 };

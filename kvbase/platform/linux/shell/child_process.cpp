@@ -124,6 +124,39 @@ int startTool(char const* const arguments[], int output) {
   return succeeds(child) ? 0 : EAGAIN;
 }
 
+ToolResult runTool(char const* const arguments[]) {
+  ToolResult result;
+  NativePath path;
+  int ends[2];
+  if (findTool(arguments[0], path) != 0 || pipe2(ends, O_CLOEXEC) != 0) return result;
+  Descriptor const answer(ends[0]);
+  pid_t child;
+  {
+    Descriptor const output(ends[1]);
+    SpawnSettings const settings(output.get());
+    SmallBuffer<char*, 16> command;
+    for (std::size_t i = 0; i == 0 || arguments[i - 1] != nullptr; ++i) {
+      command.push(const_cast<char*>(arguments[i]));
+    }
+    result.started = settings.error() == 0 && posix_spawn(&child, path.data(), settings.actions(),
+                                                          settings.attributes(), command.data(), environ) == 0;
+    if (!result.started) return result;
+  }
+  constexpr std::size_t kMostOutput = 1024;
+  char bytes[256];
+  ssize_t count;
+  while ((count = read(answer.get(), bytes, sizeof bytes)) > 0 || (count < 0 && errno == EINTR)) {
+    if (count > 0 && result.output.size() < kMostOutput) result.output.append(bytes, static_cast<std::size_t>(count));
+  }
+  int status = 0;
+  pid_t ended;
+  do {
+    ended = waitpid(child, &status, 0);
+  } while (ended < 0 && errno == EINTR);
+  if (ended == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
+  return result;
+}
+
 bool toolAnswers(char const* const arguments[], int milliseconds) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return false;

@@ -3,6 +3,8 @@
 // Starting tools of the desktop.
 #pragma once
 
+#include <string>
+
 namespace KV_1_1 {
 namespace platform {
 
@@ -17,6 +19,17 @@ namespace platform {
 // short-lived child, setsid(1), which starts the tool and is waited for here: it causes one SIGCHLD, and a wait() of
 // another thread may collect it, which does no harm.
 int startTool(char const* const arguments[], int output = -1);
+
+// What came of a tool that was waited for.
+struct ToolResult {
+  bool started = false;
+  int status = -1;     // its exit status; -1 if it was killed, or if nobody can tell (see startTool)
+  std::string output;  // the beginning of what it wrote
+};
+
+// Runs a tool, found and set up as by startTool, and waits until it ends, however long that takes: a dialog waits for the
+// user. The tool is a child of this process until then.
+ToolResult runTool(char const* const arguments[]);
 
 // Starts a tool and waits until it writes something or closes its output. True if it writes something in time.
 bool toolAnswers(char const* const arguments[], int milliseconds);

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "kvbase/platform/debug_api.h"
+#include "kvbase/platform/linux/files/descriptor.h"
+#include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/shell/fake_desktop.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+using platform::kAbortRetryIgnore;
+using platform::kAnswerAbort;
+using platform::kAnswerIgnore;
+using platform::kAnswerRetry;
+
+constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `x` failed.\n\"50% $HOME\" \u00E4\x1B[2J");
+constexpr wchar const* kTitle = KVW("-scan.cpp:7");
+constexpr char kNativeMessage[] = "Assertion <b>n > 0</b> & `x` failed.\n\"50% $HOME\" \u00E4\x1B[2J";
+
+int ask() {
+  return platform::nativeDebug().ask(kMessage, kTitle, kAbortRetryIgnore);
+}
+
+// A process of its own, which `ask`s in a session of its own: without a terminal, or with a new one.
+class Asker {
+ public:
+  explicit Asker(bool hasTerminal) {
+    if (hasTerminal) {
+      terminal_ = platform::Descriptor(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+      EXPECT_EQ(grantpt(terminal_.get()), 0);
+      EXPECT_EQ(unlockpt(terminal_.get()), 0);
+    }
+    char const* const name = hasTerminal ? ptsname(terminal_.get()) : nullptr;
+    process_ = fork();
+    if (process_ != 0) return;
+    setsid();
+    // Opened by the leader of a session, a terminal becomes that of the session.
+    if (name != nullptr && open(name, O_RDWR) < 0) _exit(99);
+    _exit(ask());
+  }
+  ~Asker() {
+    if (process_ <= 0) return;
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+  }
+  Asker(Asker const&) = delete;
+  Asker& operator=(Asker const&) = delete;
+
+  // Reads what the process has written up to and with `end`.
+  std::string readUpTo(std::string const& end) {
+    std::string text;
+    pollfd request{terminal_.get(), POLLIN, 0};
+    char byte;
+    while (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) {
+      if (poll(&request, 1, 10000) != 1 || read(terminal_.get(), &byte, 1) != 1) {
+        ADD_FAILURE() << "only this is there: " << text;
+        break;
+      }
+      text += byte;
+    }
+    return text;
+  }
+  void type(std::string const& text) {
+    EXPECT_EQ(write(terminal_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+
+  // The answer that the process has got; negative if it was ended by a signal.
+  int answer() {
+    int status = 0;
+    EXPECT_EQ(waitpid(process_, &status, 0), process_);
+    process_ = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  }
+
+ private:
+  platform::Descriptor terminal_;
+  pid_t process_ = 0;
+};
+
+class LinuxQuestionTest : public ::testing::Test {
+ protected:
+  FakeDesktop desktop_;
+  EnvironmentVariable const display_{"DISPLAY", ":7"};
+  EnvironmentVariable const wayland_{"WAYLAND_DISPLAY", nullptr};
+};
+
+struct AnswerRow {
+  char const* word;
+  int status;
+  int answer;
+};
+constexpr AnswerRow kAnswers[] = {{"Abort", 0, kAnswerAbort}, {"Retry", 1, kAnswerRetry}, {"Ignore", 2, kAnswerIgnore}};
+
+TEST_F(LinuxQuestionTest, ButtonOfZenityIsTheAnswer) {
+  for (AnswerRow const& row : kAnswers) {
+    desktop_.install("zenity", std::string("echo ") + row.word + "\nexit 1\n");
+    EXPECT_EQ(ask(), row.answer) << row.word;
+  }
+}
+
+TEST_F(LinuxQuestionTest, ZenityGetsTheTextsAsTheyAre) {
+  desktop_.install("zenity", std::string(kReport) + "echo Ignore\n");
+  EXPECT_EQ(ask(), kAnswerIgnore);
+  Call const call = desktop_.nextCall();
+  EXPECT_THAT(call, ::testing::Contains("--no-markup"));
+  EXPECT_THAT(call, ::testing::Contains("--title=-scan.cpp:7"));
+  EXPECT_THAT(call, ::testing::Contains(std::string("--text=") + kNativeMessage));
+}
+
+TEST_F(LinuxQuestionTest, ClosedWindowIsNoAnswerAndEndsTheQuestion) {
+  desktop_.install("zenity", "exit 1\n");
+  desktop_.install("kdialog", "exit 0\n");
+  EXPECT_EQ(ask(), 0);
+}
+
+TEST_F(LinuxQuestionTest, StatusOfKdialogIsTheAnswer) {
+  for (AnswerRow const& row : kAnswers) {
+    desktop_.install("kdialog", "exit " + std::to_string(row.status) + '\n');
+    EXPECT_EQ(ask(), row.answer) << row.word;
+  }
+}
+
+TEST_F(LinuxQuestionTest, KdialogGetsNoMarkUpFromTheText) {
+  desktop_.install("kdialog", kReport);
+  EXPECT_EQ(ask(), kAnswerAbort);
+  Call const call = desktop_.nextCall();
+  ASSERT_FALSE(call.empty());
+  EXPECT_EQ(call.back(),
+            "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `x` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
+}
+
+TEST_F(LinuxQuestionTest, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
+  desktop_.install("zenity", "exit 255\n");
+  desktop_.install("kdialog", "exit 1\n");
+  EXPECT_EQ(ask(), kAnswerRetry);
+}
+
+TEST_F(LinuxQuestionTest, ToolThatCrashesLeavesTheQuestionToTheNext) {
+  desktop_.install("zenity", "kill -SEGV $$\n");
+  desktop_.install("kdialog", "exit 2\n");
+  EXPECT_EQ(ask(), kAnswerIgnore);
+}
+
+TEST_F(LinuxQuestionTest, ToolMayTakeItsTime) {
+  desktop_.install("zenity", std::string(kReport) + kWait + "echo Retry\n");
+  Asker asker(/*hasTerminal=*/false);
+  EXPECT_EQ(desktop_.nextCall().front(), "zenity");
+  desktop_.letGoOn();
+  EXPECT_EQ(asker.answer(), kAnswerRetry);
+}
+
+// The user ends a tool that shows nothing; there is no terminal to ask on.
+TEST_F(LinuxQuestionTest, HangingToolThatIsKilledIsNoAnswer) {
+  desktop_.install("zenity", "printf '%s\\0' $$ '' >\"${0%/*}/calls\"\n" + std::string(kWait));
+  Asker asker(/*hasTerminal=*/false);
+  Call const call = desktop_.nextCall();
+  ASSERT_FALSE(call.empty());
+  EXPECT_EQ(kill(std::stoi(call[0]), SIGKILL), 0);
+  EXPECT_EQ(asker.answer(), 0);
+}
+
+TEST_F(LinuxQuestionTest, NoDisplayStartsNoTool) {
+  EnvironmentVariable const display("DISPLAY", nullptr);
+  desktop_.install("zenity", "echo Abort\n");
+  Asker asker(/*hasTerminal=*/false);
+  EXPECT_EQ(asker.answer(), 0);
+}
+
+TEST_F(LinuxQuestionTest, WaylandIsADisplayToo) {
+  EnvironmentVariable const display("DISPLAY", nullptr);
+  EnvironmentVariable const wayland("WAYLAND_DISPLAY", "wayland-0");
+  desktop_.install("zenity", "echo Abort\n");
+  EXPECT_EQ(ask(), kAnswerAbort);
+}
+
+TEST_F(LinuxQuestionTest, OnlyOneStyleIsAsked) {
+  desktop_.install("zenity", "echo Abort\n");
+  EXPECT_EQ(platform::nativeDebug().ask(kMessage, kTitle, 0), 0);
+}
+
+TEST_F(LinuxQuestionTest, ApplicationMayIgnoreTheEndOfItsChildren) {
+  desktop_.install("zenity", "echo Retry\n");
+  auto const previous = signal(SIGCHLD, SIG_IGN);
+  EXPECT_EQ(ask(), kAnswerRetry);
+  signal(SIGCHLD, previous);
+}
+
+constexpr char kPrompt[] = "[a]bort, [r]etry, [i]gnore? ";
+
+TEST_F(LinuxQuestionTest, TerminalAsksUntilItGetsAnAnswer) {
+  Asker asker(/*hasTerminal=*/true);
+  std::string const text = asker.readUpTo(kPrompt);
+  EXPECT_THAT(text, ::testing::HasSubstr("-scan.cpp:7"));
+  EXPECT_THAT(text, ::testing::HasSubstr("Assertion <b>n > 0</b> & `x` failed."));
+  asker.type("x\n");
+  asker.readUpTo(kPrompt);
+  asker.type("\n");
+  asker.readUpTo(kPrompt);
+  asker.type("r\n");
+  EXPECT_EQ(asker.answer(), kAnswerRetry);
+}
+
+TEST_F(LinuxQuestionTest, TerminalTakesLettersOfEitherCase) {
+  struct {
+    char const* typed;
+    int answer;
+  } const rows[] = {{"A\n", kAnswerAbort}, {" ignore\n", kAnswerIgnore}, {"abort\n", kAnswerAbort}};
+  for (auto const& row : rows) {
+    Asker asker(/*hasTerminal=*/true);
+    asker.readUpTo(kPrompt);
+    asker.type(row.typed);
+    EXPECT_EQ(asker.answer(), row.answer) << row.typed;
+  }
+}
+
+TEST_F(LinuxQuestionTest, TerminalGetsNoControlCharacters) {
+  Asker asker(/*hasTerminal=*/true);
+  std::string const text = asker.readUpTo(kPrompt);
+  EXPECT_THAT(text, ::testing::HasSubstr("?[2J"));
+  EXPECT_EQ(text.find('\x1B'), std::string::npos);
+  asker.type("i\n");
+  EXPECT_EQ(asker.answer(), kAnswerIgnore);
+}
+
+TEST_F(LinuxQuestionTest, EndOfTheTerminalsInputIsNoAnswer) {
+  Asker asker(/*hasTerminal=*/true);
+  asker.readUpTo(kPrompt);
+  asker.type("\x04");
+  EXPECT_EQ(asker.answer(), 0);
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1
