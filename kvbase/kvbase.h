@@ -7,6 +7,7 @@
 #include "kvbase/core/class_record.h"
 #include "kvbase/core/interlocked_counter.h"
 #include "kvbase/core/smart_ptr.h"
+#include "kvbase/diagnostics/assertion.h"
 #include "kvbase/diagnostics/output_debug_parentheses_scope.h"
 #include "kvbase/diagnostics/stack_walker.h"
 #include "kvbase/diagnostics/vg_stack_walker.h"
