@@ -54,6 +54,7 @@ class ScriptedDebug : public platform::DebugApi {
   void* const thread = handle(0x22);
   bool suspends = true;                  // suspendThread
   bool readsContext = true;              // threadContext
+  int resumed = 0;                       // the calls of resumeThread
   _CONTEXT threadRegisters{};            // the result of threadContext and of contextCapture, but for the flags
   static inline ulong32 flagsAsked = 0;  // the flags that either was called with
 
@@ -70,6 +71,7 @@ class ScriptedDebug : public platform::DebugApi {
   std::map<wstring, wstring, std::less<>> wideVariables;
   std::optional<platform::SystemVersion> version;
   ByName<std::string> versionBlocks;  // by file
+  bool readsVersions = true;          // versionInfo
 
   // The handle of a library of the script.
   HINSTANCE library(wchar const* name) {
@@ -140,12 +142,13 @@ class ScriptedDebug : public platform::DebugApi {
   void* currentProcess() override { return process; }
   ulong32 currentProcessId() override { return processId; }
   void* currentThread() override { return handle(-2); }
-  ulong32 suspendThread(void* suspended) override {
-    note("suspendThread ", nameOf(suspended));
+  ulong32 suspendThread(void* asked) override {
+    note("suspendThread ", nameOf(asked));
     return suspends ? 0 : 0xFFFFFFFF;
   }
-  ulong32 resumeThread(void* resumed) override {
-    note("resumeThread ", nameOf(resumed));
+  ulong32 resumeThread(void* asked) override {
+    note("resumeThread ", nameOf(asked));
+    ++resumed;
     return 0;
   }
   bool threadContext(void* asked, _CONTEXT& context) override {
@@ -194,7 +197,7 @@ class ScriptedDebug : public platform::DebugApi {
   bool versionInfo(char const* file, ulong32 size, void* block) override {
     note("versionInfo ", file, " ", size);
     auto const found = versionBlocks.find(file);
-    if (found == versionBlocks.end()) return false;
+    if (!readsVersions || found == versionBlocks.end()) return false;
     std::memcpy(block, found->second.data(), size);
     return true;
   }

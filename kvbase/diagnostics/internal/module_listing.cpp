@@ -124,6 +124,7 @@ bool StackWalkerImpl::loadModulesThroughSnapshot(void* walkedProcess, ulong32 pr
   entry.size = sizeof entry;
   int count = 0;
   for (bool more = service.first(snapshot.get(), &entry) != 0; more; more = service.next(snapshot.get(), &entry) != 0) {
+    entry.path[sizeof entry.path - 1] = entry.moduleName[sizeof entry.moduleName - 1] = 0;
     loadModule(walkedProcess, entry.path, entry.moduleName, addressOf(entry.baseAddress), entry.baseSize);
     ++count;
   }
