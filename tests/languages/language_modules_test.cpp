@@ -83,6 +83,7 @@ ProductRow const kProductRows[] = {
     {"TextsWithoutValue", "empty_values", "\\VOLQ Fabrication GmbH\\Scan Tool\\internal\\"},
     {"MissingTexts", "missing_values", "\\VOLQ Fabrication GmbH\\Scan Tool\\internal\\"},
     {"TwoTranslations", "two_translations", "\\Scanwerke\\Scanwerkzeug\\2.1\\"},
+    {"TextsOfAnotherLanguage", "other_language", "\\VOLQ Fabrication GmbH\\custom product\\internal\\"},
     {"EmptyTable", "empty_translation_table", "\\VOLQ Fabrication GmbH\\custom product\\internal\\"},
     {"NoTable", "no_translation_table", "VerQueryValue failed"},
     {"NoVersionResource", "no_version", ""},
