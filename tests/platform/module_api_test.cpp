@@ -268,6 +268,17 @@ TEST_F(ModuleApiTest, BytesOfNothingHaveNoAddress) {
   EXPECT_EQ(modules().resourceBytes(tool.handle(), nullptr).data, nullptr);
 }
 
+TEST_F(ModuleApiTest, BytesOfALibraryLieInItAndThoseOfADataModuleInNone) {
+  LoadedModule const tool(folder.path(moduleFile("tool")));
+  LoadedData const translation(folder.text(KVW("toolabc.dll")));
+  auto const addressIn = [](HINSTANCE module) {
+    HRSRC const resource = modules().findResource(module, KVW("BOTH"), kMetadata.c_str());
+    return modules().resourceBytes(module, resource).data;
+  };
+  EXPECT_EQ(modules().moduleOf(addressIn(tool.handle())), tool.handle());
+  EXPECT_EQ(modules().moduleOf(addressIn(translation.handle())), nullptr);
+}
+
 TEST_F(ModuleApiTest, BytesStayWhereTheyAre) {
   LoadedData const translation(folder.text(KVW("toolabc.dll")));
   HRSRC const first = modules().findResource(translation.handle(), KVW("RESOURCE.H"), kMetadata.c_str());

@@ -19,8 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr unsigned short kNone = 0xFFFF;
-
 class TranslationFilesLinux : public ::testing::Test {
  protected:
   TranslationFilesLinux() {
