@@ -11,7 +11,7 @@ namespace platform {
 // known of the code; the last error tells why. A frame whose caller cannot be found is still reported, and the next step
 // fails.
 //
-// `readMemory` gives the memory of the stack; whatever it answers, the walk ends: each caller's frame lies above.
+// `readMemory` gives the memory of the stack; it may answer anything: a caller whose frame does not lie above is a failure.
 //
 // Thread rule: any thread; one record and its context belong to one thread.
 bool stepFrame(debug_help::StackFrame64& frame, _CONTEXT& context, void* process,
