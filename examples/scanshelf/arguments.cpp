@@ -17,6 +17,8 @@ constexpr Option kOptions[] = {
     {KVW("-a"), KVW("--all"), &Arguments::all},
     {KVW("-u"), KVW("--unix"), &Arguments::unixNames},
     {KVW("-r"), KVW("--renumber"), &Arguments::renumber},
+    {KVW("-e"), KVW("--assert"), &Arguments::assertHeaders},
+    {KVW("-t"), KVW("--stack"), &Arguments::stack},
     {KVW("-h"), KVW("--help"), &Arguments::help},
 };
 
@@ -82,6 +84,10 @@ Usage: scanshelf [folder] [pattern] [options]
   -u, --unix              list files with slashes
   -r, --renumber          show only the names with the number at their end incremented, such as
                           scan010.dat for scan009.dat and notes1.txt for notes.txt; rename none
+  -e, --assert            only check that the .dat files begin with the letters SCAN; for the first
+                          that does not, show the report of a failed assertion, which asks what
+                          to do
+  -t, --stack             only show the call stack of this program
   -h, --help              show this text
   --                      end of the options: the words that follow may begin with a dash
 
@@ -95,8 +101,8 @@ Examples:
   scanshelf D:\scans --copy-to E:\backup\scans
   scanshelf . 'scan*' --renumber
 
-The exit status is 0 on success, 1 when the folder could not be read or something could not be
-copied, and 2 when the command line was not understood.
+The exit status is 0 on success, 1 when the folder could not be read, something could not be
+copied or a file is no scan, and 2 when the command line was not understood.
 )";
 }
 

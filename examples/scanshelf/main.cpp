@@ -45,6 +45,10 @@ SmartPtr<Directory const> targetFor(Directory const& source, String const& text)
 bool reportFolder(std::ostream& report, SmartPtr<Directory const> const& folder,
                   SmartPtr<Directory const> const& target, Arguments const& arguments, Console const& console) {
   Survey const found = survey(folder, arguments.pattern, progressOn(console));
+  if (arguments.assertHeaders) {
+    checkHeaders(found);
+    return true;
+  }
   if (arguments.renumber) {
     printRenumbering(report, found, arguments);
     return true;
@@ -77,6 +81,10 @@ bool writeReport(std::ostream& report, Arguments const& arguments, Console const
     report << helpText();
     return true;
   }
+  if (arguments.stack) {
+    printStack(report);
+    return true;
+  }
   if (arguments.folder == String::NIL) return reportSample(report, arguments, console);
   SmartPtr<Directory const> const folder = folderOf(arguments.folder);
   if (!folder->exists()) throw Error(format(KVW("There is no folder '%ls'."), arguments.folder));
@@ -96,6 +104,9 @@ int run(std::vector<String> const& words, std::ostream& out, std::ostream& err, 
   } catch (UsageError const& error) {
     err << "scanshelf: " << error.what() << "\nTry 'scanshelf --help'.\n";
     return kMisused;
+  } catch (InvalidHeader const& header) {
+    reportHeader(header);
+    err << '\n';
   } catch (std::filesystem::filesystem_error const& error) {
     err << "scanshelf: The sample could not be made: " << error.code().message() << ".\n";
   } catch (Error const& error) {

@@ -66,6 +66,8 @@ struct Arguments {
   bool all = false;                   // lists are complete
   bool unixNames = false;             // paths are listed with slashes
   bool renumber = false;              // shows the names with their numbers incremented, not the counts
+  bool assertHeaders = false;         // only checks whether the files are scans
+  bool stack = false;                 // only shows the program's own call stack
   bool help = false;
 };
 
@@ -155,5 +157,21 @@ void printRenumbering(std::ostream& out, Survey const& survey, Arguments const& 
 // How much of all was copied and how long it took, whether the sizes are equal, and everything that failed.
 void printCopy(std::ostream& out, CopyResult const& result, Totals const& all, Directory const& target,
                std::chrono::nanoseconds duration, bool unixNames);
+
+// --- The library's diagnostics (diagnostics.cpp) ---------------------------------------------------------------------
+// Prints the calls that have led here, the latest first. Throws an Error if the system cannot tell them.
+void printStack(std::ostream& out);
+
+// A file that does not begin as a scan does. It is reported by itself, after everything has been tidied up: the user may
+// end the program then.
+struct InvalidHeader {
+  String file;
+  std::string signature;
+};
+// Throws the InvalidHeader of the first .dat file that has one.
+void checkHeaders(Survey const& found);
+// Shows the report of an assertion that fails for the header, which has no line feed behind it. Returns if the user
+// wants to go on.
+void reportHeader(InvalidHeader const& header);
 
 }  // namespace scanshelf

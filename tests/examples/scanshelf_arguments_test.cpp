@@ -15,13 +15,14 @@ struct Row {
   std::vector<String> words;
   String folder;
   String pattern;
-  char const* flags;  // of: all, unix, renumber, help, overwrite
+  char const* flags;  // of: all, unix, renumber, help, overwrite, assert, stack
   String copyTo = String::NIL;
 };
 
 std::string flagsOf(Arguments const& arguments) {
   return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.renumber ? "r" : "") +
-         (arguments.help ? "h" : "") + (arguments.overwrite ? "o" : "");
+         (arguments.help ? "h" : "") + (arguments.overwrite ? "o" : "") + (arguments.assertHeaders ? "e" : "") +
+         (arguments.stack ? "t" : "");
 }
 
 TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
@@ -43,6 +44,8 @@ TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
       {"dash alone is a target", {KVW("-c"), KVW("-")}, String::NIL, all, "", KVW("-")},
       {"empty target", {KVW("-c"), KVW("")}, String::NIL, all, "", String::EMPTY},
       {"help goes with anything", {KVW("-h"), KVW("-o")}, String::NIL, all, "ho"},
+      {"diagnostics", {KVW("scans"), KVW("-e"), KVW("-t")}, KVW("scans"), all, "et"},
+      {"full options of diagnostics", {KVW("--stack"), KVW("--assert")}, String::NIL, all, "et"},
       {"empty folder", {String::EMPTY}, String::EMPTY, all, ""},
   };
   for (Row const& row : rows) {

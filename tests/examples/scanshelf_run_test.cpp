@@ -10,6 +10,7 @@
 #include "tests/examples/scanshelf_folders.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/narrow_text.h"
+#include "tests/support/scripted_debug.h"
 
 // The program is linked into the suite under another name.
 #define main scanshelfMain
@@ -163,6 +164,33 @@ TEST(ScanshelfRunTest, RefusedPatternIsToldOnce) {
   EXPECT_EQ(outcome.status, 1);
   EXPECT_EQ(outcome.err.find("scanshelf: 'a\\*' is not a valid pattern."), 0u);
   EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1);
+}
+
+TEST(ScanshelfRunTest, StackNeedsNoFolder) {
+  Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--stack")});
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_THAT(outcome.out, HasSubstr("run"));
+}
+
+TEST(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
+  TempFolder folder;
+  folder.write("a.dat", "SCAN 1");
+  KV_1_1::testing::ScriptedDebug debug;
+  platform::ScopedBackend<platform::DebugApi> const scope(debug);
+  Outcome const good = outcomeOf({folder.text(), KVW("--assert")});
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.out + good.err, "");
+  EXPECT_EQ(debug.calls("ask"), 0);
+
+  folder.write("sub/b.dat", "SCRAP");
+  ::testing::internal::CaptureStderr();
+  Outcome const bad = outcomeOf({folder.text(), KVW("--assert")});
+  EXPECT_THAT(::testing::internal::GetCapturedStderr(), HasSubstr("Assertion signature == kScanSignature failed."));
+  EXPECT_EQ(bad.status, 1);
+  EXPECT_EQ(bad.out, "");
+  EXPECT_EQ(bad.err, "\n");
+  EXPECT_EQ(debug.calls("ask"), 1);
 }
 
 TEST(ScanshelfRunTest, HelpNeedsNoFolder) {
@@ -351,6 +379,28 @@ TEST(ScanshelfSampleTest, IsShownWithoutAFolder) {
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(outcome.out.find("A sample of scans"), 0u);
   EXPECT_THAT(outcome.out, HasSubstr("14 files match *, 11.3 MB in all; 11 folders searched.\n"));
+}
+
+// The answer may end the program, so nothing may be left to tidy up when the question is put.
+TEST(ScanshelfSampleTest, IsRemovedBeforeTheReportOfAnAssertion) {
+  struct Debug : KV_1_1::testing::ScriptedDebug {
+    int ask(wchar const* message, wchar const*, KV_1_1::ulong32) override {
+      String const text = message;
+      int const quote = text.find(KVW('"'));
+      file = text.substr(quote + 1, text.length() - 1);
+      isGone = !File::fromString(file)->exists() && !File::fromString(file)->getDirectory()->exists();
+      return platform::kAnswerIgnore;
+    }
+    String file;
+    bool isGone = false;
+  } debug;
+  platform::ScopedBackend<platform::DebugApi> const scope(debug);
+  ::testing::internal::CaptureStderr();
+  Outcome const outcome = outcomeOf({KVW("--assert")});
+  ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(debug.file.endsWith(KVW("\\Scans\\scan001.dat"))) << debug.file.stringUTF8();
+  EXPECT_TRUE(debug.isGone);
 }
 
 // The folder that the report says the sample was copied to.

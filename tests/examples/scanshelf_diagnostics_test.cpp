@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+// The example is a program of its own; its sources are linked into the suite by the tests that try them.
+#include "examples/scanshelf/diagnostics.cpp"
+#include "tests/examples/scanshelf_folders.h"
+#include "tests/support/scripted_debug.h"
+
+namespace scanshelf {
+namespace {
+
+namespace platform = KV_1_1::platform;
+using KV_1_1::testing::ScriptedDebug;
+using KV_1_1::testing::TempFolder;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+TEST(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
+  std::ostringstream out;
+  printStack(out);
+  std::string const text = out.str();
+  std::size_t const callee = text.find("printStack");
+  ASSERT_NE(callee, std::string::npos) << text;
+  EXPECT_NE(text.find("StackTellsTheCalls", callee), std::string::npos) << text;
+  EXPECT_THAT(text, Not(HasSubstr("SymInit")));
+}
+
+TEST(ScanshelfDiagnosticsTest, StackWithoutALibraryForItIsAnError) {
+  ScriptedDebug debug;
+  platform::ScopedBackend<platform::DebugApi> const scope(debug);
+  std::ostringstream out;
+  EXPECT_THROW(printStack(out), Error);
+  EXPECT_EQ(out.str(), "");
+}
+
+// The file that is no scan; NIL if all are scans.
+String invalidIn(TempFolder const& folder) {
+  try {
+    checkHeaders(survey(directoryOf(folder), KVW("*"), &ignoreProgress));
+  } catch (InvalidHeader const& header) {
+    return header.file;
+  }
+  return String::NIL;
+}
+
+TEST(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
+  TempFolder folder;
+  folder.write("a.dat", "SCAN");
+  folder.write("b.DAT", "SCANNER");
+  folder.write("notes.txt", "no scan");
+  folder.write("dat", "");
+  EXPECT_TRUE(invalidIn(folder) == String::NIL);
+}
+
+TEST(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
+  for (char const* const content : {"", "SCA", "scan", "xSCAN", "SC\xC3\xA4N"}) {
+    TempFolder folder;
+    folder.write("a.dat", "SCAN");
+    folder.write("b.Dat", content);
+    EXPECT_TRUE(invalidIn(folder).endsWith(KVW("b.Dat"))) << content;
+  }
+}
+
+TEST(ScanshelfDiagnosticsTest, ReportOfAnInvalidHeaderNamesTheFile) {
+  ScriptedDebug debug;
+  platform::ScopedBackend<platform::DebugApi> const scope(debug);
+  ::testing::internal::CaptureStderr();
+  reportHeader({KVW("D:\\scans\\b.dat"), "SCRA"});
+  std::string const written = ::testing::internal::GetCapturedStderr();
+  EXPECT_EQ(written.find("Assertion signature == kScanSignature failed.\nIn file "), 0U);
+  EXPECT_THAT(written, ::testing::EndsWith("in function reportHeader.\n\"D:\\scans\\b.dat\""));
+  EXPECT_EQ(debug.calls("ask"), 1);
+  reportHeader({KVW("D:\\scans\\a.dat"), "SCAN"});
+  EXPECT_EQ(debug.calls("ask"), 1);
+}
+
+}  // namespace
+}  // namespace scanshelf
