@@ -42,6 +42,7 @@ void addObjects();
 void addDisk();
 void addDiskChanges();
 void addSymbols();
+void addDiagnostics();
 
 // The result of a comparison, of which only the sign is significant.
 struct Order {

@@ -5,6 +5,8 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <utility>
+
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/debug/debug_session.h"
 #include "kvbase/platform/linux/debug/frame_rules.h"
@@ -35,7 +37,8 @@ constexpr std::uint64_t _CONTEXT::*kRegisters[kRegisterCount] = {
 constexpr std::uint64_t _CONTEXT::*kSaved[kSavedRegisterCount] = {
     &_CONTEXT::Rbx, &_CONTEXT::Rbp, &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
 
-thread_local std::uint64_t lastReturnAddress;
+// Of the few bytes that the loader keeps for libraries loaded later: it is written for each frame of a walk.
+[[gnu::tls_model("initial-exec")]] thread_local std::uint64_t lastReturnAddress;
 
 class StackReader {
  public:
@@ -140,6 +143,15 @@ StepResult restoreOneByOne(FrameRule const& rule, std::uint64_t end, _CONTEXT& c
   return StepResult::kCaller;
 }
 
+// The loop over the registers, written out: this is what a walk spends its time with.
+template <std::size_t... I>
+void restoreAll(FrameRule const& rule, std::uint64_t const* end, _CONTEXT& context, std::index_sequence<I...>) {
+  auto const restore = [&](int at, std::uint64_t& value) {
+    if (at != 0) value = end[at];
+  };
+  (restore(rule.savedAt(I), context.*kSaved[I]), ...);
+}
+
 StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
   std::uint64_t end = context.*kRegisters[rule.base()] + rule.offset();
   if (rule.isIndirect() && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
@@ -149,9 +161,7 @@ StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader cons
   std::uint64_t words[kMostSavedWords];
   std::uint64_t const size = rule.savedWords() * 8;
   if (!reader.read(end - size, words, static_cast<ulong32>(size))) return StepResult::kFailed;
-  for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
-    if (rule.savedAt(i) != 0) context.*kSaved[i] = words[static_cast<int>(rule.savedWords()) + rule.savedAt(i)];
-  }
+  restoreAll(rule, words + rule.savedWords(), context, std::make_index_sequence<kSavedRegisterCount>());
   context.Rsp = end;
   return StepResult::kCaller;
 }

@@ -67,9 +67,11 @@ void findBuildId(dl_phdr_info const& info, LoadedModule& module) {
   }
 }
 
-// Replaces a name that is not absolute by the path of the file, if there is one.
+// Makes a relative path absolute. The program has no name here. A name without a folder is that of the code which the
+// system itself maps into each process: there is no file.
 void completePath(LoadedModule& module) {
-  if (!module.path.empty() && module.path[0] == '/') return;
+  bool const isRelative = !module.path.empty() && module.path[0] != '/' && module.path.find('/') != std::string::npos;
+  if (!module.path.empty() && !isRelative) return;
   NativePath path;
   if (pathOfModule(reinterpret_cast<HINSTANCE>(module.start), path)) module.path.assign(path.data(), path.size() - 1);
 }

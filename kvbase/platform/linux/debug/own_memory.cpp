@@ -16,16 +16,16 @@ namespace platform {
 
 namespace {
 
-// The stack of a thread. It has the size 0 until it is determined, and also if it cannot be.
+// The stack of a thread. Zero until it is determined; empty behind the last address if it cannot be.
 struct StackBounds {
   std::uint64_t low;
   std::uint64_t high;
-  bool known;
 };
-thread_local StackBounds ownStack;
+// Of the few bytes that the loader keeps for libraries loaded later: it is looked at for each frame of a walk.
+[[gnu::tls_model("initial-exec")]] thread_local StackBounds ownStack;
 
 void determineOwnStack() {
-  ownStack.known = true;
+  ownStack = {~std::uint64_t{0}, ~std::uint64_t{0}};
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0) return;
   void* low = nullptr;
@@ -40,11 +40,11 @@ void determineOwnStack() {
 // Whether the bytes lie in the part of the calling thread's stack that is in use, which can be read without asking the
 // system. Code that runs on another stack, that of a signal for instance, has no such part.
 bool isInOwnStack(std::uint64_t address, std::size_t size) {
-  if (!ownStack.known) determineOwnStack();
+  StackBounds const& stack = ownStack;
   char here;
   auto const pointer = reinterpret_cast<std::uint64_t>(&here);
-  return pointer >= ownStack.low && pointer < ownStack.high && address >= pointer && address <= ownStack.high &&
-         size <= ownStack.high - address;
+  return pointer >= stack.low && pointer < stack.high && address >= pointer && address <= stack.high &&
+         size <= stack.high - address;
 }
 
 // Loads that the sanitizers do not see: a stack has bytes that its own functions must not read.
@@ -68,13 +68,10 @@ ssize_t readThroughFile(std::uint64_t address, void* buffer, std::size_t size) {
   return file ? pread64(file.get(), buffer, size, static_cast<off64_t>(address)) : -1;
 }
 
-}  // namespace
-
-bool readOwnMemory(std::uint64_t address, void* buffer, std::size_t size, std::size_t& count) {
-  if (isInOwnStack(address, size)) {
-    copyUnchecked(buffer, address, size);
-    count = size;
-    return true;
+bool readThroughSystem(std::uint64_t address, void* buffer, std::size_t size, std::size_t& count) {
+  if (ownStack.high == 0) {
+    determineOwnStack();
+    return readOwnMemory(address, buffer, size, count);
   }
   iovec local = {buffer, size};
   iovec remote = {reinterpret_cast<void*>(address), size};
@@ -82,6 +79,15 @@ bool readOwnMemory(std::uint64_t address, void* buffer, std::size_t size, std::s
   if (read < 0 && (errno == ENOSYS || errno == EPERM)) read = readThroughFile(address, buffer, size);
   count = read > 0 ? static_cast<std::size_t>(read) : 0;
   return count == size;
+}
+
+}  // namespace
+
+bool readOwnMemory(std::uint64_t address, void* buffer, std::size_t size, std::size_t& count) {
+  if (!isInOwnStack(address, size)) return readThroughSystem(address, buffer, size, count);
+  copyUnchecked(buffer, address, size);
+  count = size;
+  return true;
 }
 
 }  // namespace platform

@@ -67,19 +67,20 @@ struct FoundLine {
 thread_local FoundLine nextLine;
 
 void noteLine(std::uint64_t counter, Resolved const& entry) {
-  nextLine.counter = counter;
-  nextLine.start = entry.lineStart;
-  nextLine.number = entry.line;
-  memcpy(nextLine.file, entry.file.c_str(), entry.file.size() + 1);
+  FoundLine& line = nextLine;
+  line.counter = counter;
+  line.start = entry.lineStart;
+  line.number = entry.line;
+  memcpy(line.file, entry.file.c_str(), entry.file.size() + 1);
 }
 
-void giveLine(std::uint64_t counter, ulong32& displacement, debug_help::Line64& line) {
-  displacement = static_cast<ulong32>(counter - nextLine.start);
+void giveLine(FoundLine& found, ulong32& displacement, debug_help::Line64& line) {
+  displacement = static_cast<ulong32>(found.counter - found.start);
   line.key = nullptr;
-  line.lineNumber = nextLine.number;
-  line.fileName = nextLine.file;
-  line.address = nextLine.start;
-  nextLine.counter = 0;
+  line.lineNumber = found.number;
+  line.fileName = found.file;
+  line.address = found.start;
+  found.counter = 0;
 }
 
 Resolved& entryOf(std::uint64_t address, std::uint32_t generation) {
@@ -165,14 +166,20 @@ SymbolType typeOf(DebugSession& session, DebugSession::Module& module) {
 }  // namespace
 
 bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Symbol64& symbol) {
-  nextLine.counter = 0;
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   session.forgetUnloaded();
   Resolved& entry = entryOf(lookupAddress(address), session.generation());
   if (!entry.symbolKnown) findSymbol(session, entry);
-  if (entry.name.empty()) return failWith(entry.symbolKnown ? kInvalidAddress : kModuleNotFound);
-  if (!entry.file.empty()) noteLine(address, entry);
+  if (entry.name.empty()) {
+    nextLine.counter = 0;
+    return failWith(entry.symbolKnown ? kInvalidAddress : kModuleNotFound);
+  }
+  if (entry.file.empty()) {
+    nextLine.counter = 0;
+  } else {
+    noteLine(address, entry);
+  }
   displacement = address - entry.symbolStart;
   symbol.address = entry.symbolStart;
   symbol.size = static_cast<ulong32>(entry.symbolSize);
@@ -187,8 +194,9 @@ bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Sy
 }
 
 bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& line) {
-  if (address != 0 && nextLine.counter == address) {
-    giveLine(address, displacement, line);
+  FoundLine& found = nextLine;
+  if (address != 0 && found.counter == address) {
+    giveLine(found, displacement, line);
     return true;
   }
   DebugSession& session = DebugSession::instance();
@@ -198,7 +206,7 @@ bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& li
   if (!entry.lineKnown) findLine(session, entry);
   if (entry.file.empty()) return failWith(entry.lineKnown ? kInvalidAddress : kModuleNotFound);
   noteLine(address, entry);
-  giveLine(address, displacement, line);
+  giveLine(found, displacement, line);
   return true;
 }
 
