@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # kvbase_add_resources(target file.rc...) gives a module its Windows resources, on every system.
-# kvbase_add_resource_library(target file.rc...) makes a library that holds nothing else (a translation: toolabc.dll). It is
-# the same file on every system.
+# kvbase_add_resource_library(target file.rc... [OUTPUT_DIRECTORY folder]) makes a library that holds nothing else (a
+# translation: toolabc.dll), in the current build folder unless another is given. It is the same file on every system.
 #
 # Off Windows the resources become a resource-only PE image, carried in an ELF note (owner "KVBase", type 1): found without a
 # symbol, whatever the visibility, and it stays when the module is stripped. The tools come from binutils for mingw-w64, the headers
@@ -29,6 +29,7 @@ function(_kvbase_resource_image image)
       list(APPEND options "-I${KVBASE_WINDOWS_INCLUDE}")
     endif()
   endif()
+  cmake_path(GET image FILENAME image_name)
   set(objects)
   set(commands)
   set(neighbours)
@@ -39,8 +40,9 @@ function(_kvbase_resource_image image)
     # windres has no list of what a script includes, so whatever lies beside it counts.
     file(GLOB beside CONFIGURE_DEPENDS "${folder}/*")
     list(APPEND neighbours ${beside})
-    list(APPEND objects "${image}.${name}.o")
-    list(APPEND commands COMMAND "${windres}" --codepage=65001 "-I${folder}" ${options} -O coff -i "${script}" -o "${image}.${name}.o")
+    set(object "${CMAKE_CURRENT_BINARY_DIR}/${image_name}.${name}.o")
+    list(APPEND objects "${object}")
+    list(APPEND commands COMMAND "${windres}" --codepage=65001 "-I${folder}" ${options} -O coff -i "${script}" -o "${object}")
   endforeach()
   add_custom_command(
     OUTPUT "${image}" ${commands}
@@ -88,7 +90,12 @@ __asm__(
 endfunction()
 
 function(kvbase_add_resource_library target)
-  set(image "${CMAKE_CURRENT_BINARY_DIR}/${target}.dll")
-  _kvbase_resource_image("${image}" ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" OUTPUT_DIRECTORY "")
+  if(NOT arg_OUTPUT_DIRECTORY)
+    set(arg_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}")
+  endif()
+  file(MAKE_DIRECTORY "${arg_OUTPUT_DIRECTORY}")
+  set(image "${arg_OUTPUT_DIRECTORY}/${target}.dll")
+  _kvbase_resource_image("${image}" ${arg_UNPARSED_ARGUMENTS})
   add_custom_target(${target} ALL DEPENDS "${image}")
 endfunction()

@@ -44,7 +44,7 @@ std::string beginningOf(File const& file) {
 void printStack(std::ostream& out) {
   StackPrinter walker(out);
   bool const walked = walker.ShowCallstack(GetCurrentThread(), nullptr, nullptr, nullptr) != 0;
-  if (!walked) throw Error(KVW("The call stack cannot be shown, because the system's library for that is missing."));
+  if (!walked) throw Error(textOf(IDS_NO_STACK));
 }
 
 void checkHeaders(Survey const& found) {

@@ -10,14 +10,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr wchar const* kInvalidPattern =
-    KVW("'%ls' is not a valid pattern. A pattern has no separator or colon, and does not end in a dot or blank; "
-        "the wildcards are * and ?.");
-
 // Takes the folder by value, because the lists grow.
 void findIn(SmartPtr<Directory const> folder, String const& pattern, Survey& found, Progress const& progress) {
   SmartPtr<FileIterator> const files = folder->findFiles(pattern);
-  if (!files) throw Error(format(kInvalidPattern, pattern));
+  if (!files) throw Error(textOf(IDS_INVALID_PATTERN, pattern));
   while (SmartPtr<File const> const file = files->getNext()) {
     ULARGE_INTEGER size;
     size.QuadPart = 0;
@@ -93,7 +89,7 @@ bool isWithin(Directory const& folder, Directory const& outer) {
 
 CopyResult copyItems(Survey const& found, Directory const& target, bool overwrite, Progress const& progress) {
   if (String const reason = makeFolder(target); reason != String::NIL) {
-    throw Error(format(KVW("The folder '%ls' could not be made: %ls"), target.getFullName(), reason));
+    throw Error(textOf(IDS_FOLDER_NOT_MADE, target.getFullName(), reason));
   }
   CopyResult result;
   Totals finished;
@@ -113,7 +109,7 @@ CopyResult copyItems(Survey const& found, Directory const& target, bool overwrit
       result.copied += {1, 0, bytes};
       bool const isEqual = file->hasEqualSize(copy);
       if (isEqual) ++result.equalSizes;
-      if (!isEqual) result.failures.push_back({relative, KVW("It was copied, but the sizes are not equal.")});
+      if (!isEqual) result.failures.push_back({relative, textOf(IDS_SIZES_DIFFER)});
     } else {
       result.failures.push_back({relative, systemReason()});
     }

@@ -4,6 +4,7 @@
 #include <new>
 #include <sstream>
 
+#include "kvbase/modules/client_module.h"
 #include "sample_tree.h"
 #include "scanshelf.h"
 
@@ -21,22 +22,20 @@ enum ExitStatus { kDone = 0, kFailed = 1, kMisused = 2 };
 // The folder that the user named, absolute; it may be missing.
 SmartPtr<Directory const> folderOf(String const& text) {
   SmartPtr<Directory const> const folder = Directory::fromString(text);
-  if (!folder || text.length() == 0) throw Error(format(KVW("'%ls' cannot be the name of a folder."), text));
+  if (!folder || text.length() == 0) throw Error(textOf(IDS_NO_FOLDER_NAME, text));
   SmartPtr<Directory const> const absolute = folder->makeAbsolute();
-  if (!absolute) throw Error(format(KVW("'%ls' leads nowhere from the current folder."), text));
+  if (!absolute) throw Error(textOf(IDS_LEADS_NOWHERE, text));
 
   SmartPtr<File const> const file = File::fromString(text);
-  if (!absolute->exists() && file && file->exists()) throw Error(format(KVW("'%ls' is a file, not a folder."), text));
+  if (!absolute->exists() && file && file->exists()) throw Error(textOf(IDS_IS_A_FILE, text));
   return absolute;
 }
 
 // The folder to copy to; null if the user named none.
 SmartPtr<Directory const> targetFor(Directory const& source, String const& text) {
-  constexpr wchar const* kInside =
-      KVW("'%ls' is the folder to be copied, or lies in it. Choose a target outside of it.");
   if (text == String::NIL) return nullptr;
   SmartPtr<Directory const> const target = folderOf(text);
-  if (isWithin(*target, source)) throw Error(format(kInside, text));
+  if (isWithin(*target, source)) throw Error(textOf(IDS_TARGET_INSIDE, text));
   return target;
 }
 
@@ -69,8 +68,7 @@ bool reportSample(std::ostream& report, Arguments const& arguments, Console cons
   SmartPtr<Directory const> target = targetFor(*sample.folder(), arguments.copyTo);
   bool const copyIsSample = !target && !arguments.renumber;
   if (copyIsSample) target = sample.copyFolder();
-  report << "A sample of scans, made for this report and removed again" << (copyIsSample ? ", like its copy" : "")
-         << ":\n\n";
+  report << utf8(textOf(copyIsSample ? IDS_SAMPLE_TITLE_COPIED : IDS_SAMPLE_TITLE)) << "\n\n";
   bool const done = reportFolder(report, sample.folder(), target, arguments, console);
   sample.remove();
   return done;
@@ -78,7 +76,11 @@ bool reportSample(std::ostream& report, Arguments const& arguments, Console cons
 
 bool writeReport(std::ostream& report, Arguments const& arguments, Console const& console) {
   if (arguments.help) {
-    report << helpText();
+    report << utf8(helpText());
+    return true;
+  }
+  if (arguments.resources) {
+    printResources(report, arguments.all);
     return true;
   }
   if (arguments.stack) {
@@ -87,7 +89,7 @@ bool writeReport(std::ostream& report, Arguments const& arguments, Console const
   }
   if (arguments.folder == String::NIL) return reportSample(report, arguments, console);
   SmartPtr<Directory const> const folder = folderOf(arguments.folder);
-  if (!folder->exists()) throw Error(format(KVW("There is no folder '%ls'."), arguments.folder));
+  if (!folder->exists()) throw Error(textOf(IDS_NO_SUCH_FOLDER, arguments.folder));
   return reportFolder(report, folder, targetFor(*folder, arguments.copyTo), arguments, console);
 }
 
@@ -99,20 +101,21 @@ int run(std::vector<String> const& words, std::ostream& out, std::ostream& err, 
     // the program ends at once.
     std::ostringstream report;
     bool const done = writeReport(report, arguments, {err, isErrTerminal});
-    if (!(out << report.str() << std::flush)) throw Error(KVW("The report could not be written."));
+    if (!(out << report.str() << std::flush)) throw Error(textOf(IDS_REPORT_NOT_WRITTEN));
     return done ? kDone : kFailed;
   } catch (UsageError const& error) {
-    err << "scanshelf: " << error.what() << "\nTry 'scanshelf --help'.\n";
+    err << "scanshelf: " << error.what() << '\n' << utf8(textOf(IDS_TRY_HELP)) << '\n';
     return kMisused;
   } catch (InvalidHeader const& header) {
     reportHeader(header);
     err << '\n';
   } catch (std::filesystem::filesystem_error const& error) {
-    err << "scanshelf: The sample could not be made: " << error.code().message() << ".\n";
+    String const reason{CodePageInterface(error.code().message().c_str(), 0)};
+    err << "scanshelf: " << utf8(textOf(IDS_SAMPLE_NOT_MADE, reason)) << '\n';
   } catch (Error const& error) {
     err << "scanshelf: " << error.what() << '\n';
   } catch (std::bad_alloc const&) {
-    err << "scanshelf: There is not enough memory.\n";
+    err << "scanshelf: " << utf8(textOf(IDS_NO_MEMORY)) << '\n';
   }
   return kFailed;
 }
@@ -121,6 +124,11 @@ int run(std::vector<String> const& words, std::ostream& out, std::ostream& err, 
 }  // namespace scanshelf
 
 int main(int argc, char** argv) {
+  // The program is a module of the family: its texts come in the user's language.
+  KV_1_1::ModuleOwner owner;
+  KV_1_1::ProgramStart const started(owner);
+  scanshelf::takeTextsFrom(owner.module());
+
   // The words come in the code page of the process, which number 0 stands for on every system.
   std::vector<KV_1_1::String> words;
   for (int i = 1; i < argc; ++i) words.emplace_back(KV_1_1::CodePageInterface(argv[i], 0));

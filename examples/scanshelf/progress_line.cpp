@@ -22,22 +22,20 @@ unsigned percentOf(Totals const& done, Totals const& all) {
 }
 
 String foundText(Totals const& found) {
-  return format(KVW("Reading: %ls in %ls, %ls"), countOf(found.files, KVW("file")),
-                countOf(found.folders + 1, KVW("folder")), sizeText(found.bytes));
+  return textOf(IDS_READING, countOf(found.files, kFiles), countOf(found.folders + 1, kFolders), sizeText(found.bytes));
 }
 
 String copiedText(Totals const& done, Totals const& all) {
-  return format(KVW("Copying: %ls of %ls, %ls of %ls (%u%%)"), countText(done.files), countOf(all.files, KVW("file")),
-                sizeText(done.bytes), sizeText(all.bytes), percentOf(done, all));
+  return textOf(IDS_COPYING, countText(done.files), countOf(all.files, kFiles), sizeText(done.bytes),
+                sizeText(all.bytes), percentOf(done, all));
 }
 
 // The numbers keep their places while they grow, and the bar takes the columns that they leave.
 //   [############..................]  42%   1,234 of 2,900 files    1.2 GB of 2.8 GB
 String barText(Totals const& done, Totals const& all) {
   unsigned const percent = percentOf(done, all);
-  String const numbers =
-      format(KVW(" %3u%%  %*ls of %ls  %9ls of %ls"), percent, countText(all.files).length(), countText(done.files),
-             countOf(all.files, KVW("file")), sizeText(done.bytes), sizeText(all.bytes));
+  String const numbers = textOf(IDS_BAR_NUMBERS, percent, countText(all.files).length(), countText(done.files),
+                                countOf(all.files, kFiles), sizeText(done.bytes), sizeText(all.bytes));
   int const length = std::clamp(kLineWidth - numbers.length() - 2, 0, kLongestBar);
   int const filled = length * static_cast<int>(percent) / 100;
   String const bar = KVW("[") + String(KVW('#'), filled) + String(KVW('.'), length - filled) + KVW("]");

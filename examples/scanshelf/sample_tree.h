@@ -51,7 +51,7 @@ class SampleTree {
   void remove() const {
     if (root_->remove(/*recursive=*/true)) return;
     String const reason = getWindowsError();
-    throw Error(format(KVW("The temporary folder '%ls' could not be removed: %ls"), root_->getFullName(), reason));
+    throw Error(textOf(IDS_TEMPORARY_NOT_REMOVED, root_->getFullName(), reason));
   }
 
  private:
@@ -62,7 +62,7 @@ class SampleTree {
     namespace fs = std::filesystem;
     fs::path const parent = fs::canonical(fs::temp_directory_path());
     if (!Directory::fromUTF8(parent.u8string())) {
-      throw Error(KVW("The name of the folder for temporary files is not valid on every system."));
+      throw Error(textOf(IDS_TEMPORARY_NAME_INVALID));
     }
     std::random_device random;
     fs::path path = parent;

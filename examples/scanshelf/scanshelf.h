@@ -14,11 +14,20 @@
 #include <string>
 #include <vector>
 
+#include "resources/symbols.h"
+
 namespace scanshelf {
 
 using namespace KV_1_1;
 
-// --- Text for the user (text.cpp). Widths are columns of the terminal, not code units. -------------------------------
+// --- Text for the user, in the user's language (text.cpp) ------------------------------------------------------------
+// Makes `module` the one that has all texts. It must be started, and live as long as texts are asked for.
+void takeTextsFrom(Module const& module);
+// The text with a number of resources/symbols.h.
+// REQUIRES: takeTextsFrom has been called.
+String textOf(unsigned id);
+String helpText();
+
 // The text as UTF-8; an empty text for NIL. Valid as long as the String.
 char const* utf8(String const& text);
 // The text that String::printf makes.
@@ -29,29 +38,49 @@ String format(wchar const* pattern, Values const&... values) {
   return text;
 }
 
+// The same with a text of the module as the pattern.
+template <class... Values>
+String textOf(unsigned id, Values const&... values) {
+  return format(textOf(id), values...);
+}
+
 // Ends the program with a message for the user, which is not NIL.
 class Error : public std::runtime_error {
  public:
   explicit Error(String const& message) : std::runtime_error(utf8(message)) {}
 };
 
+// The texts for one of a kind, and for any other number of them.
+struct Noun {
+  unsigned one;
+  unsigned many;
+};
+constexpr Noun kFiles = {IDS_ONE_FILE, IDS_FILES};
+constexpr Noun kFolders = {IDS_ONE_FOLDER, IDS_FOLDERS};
+
+// Examples are those of the English texts.
 //   1234567 => "1,234,567"
 String countText(std::uint64_t count);
-// The count and the noun, with an s unless the count is 1.
-//   1, "file" => "1 file"      1200, "file" => "1,200 files"
-String countOf(std::uint64_t count, wchar const* noun);
+//   1, kFiles => "1 file"      1200, kFiles => "1,200 files"
+String countOf(std::uint64_t count, Noun const& noun);
 //   1023 => "1023 B"      1536 => "1.5 KB"      1048575 => "1.0 MB"
 String sizeText(std::uint64_t bytes);
 //   0 ms => "under 1 ms"      12 ms => "12 ms"      1449 ms => "1.4 s"      65 s => "1 min 5 s"
 //   7260 s => "2 h 1 min"
 String durationText(std::chrono::milliseconds duration);
 
-// A combining mark has width 0, and an ideograph width 2. A lone surrogate counts as one character of width 1.
+// Widths are columns of the terminal, not code units. A combining mark has width 0, and an ideograph width 2. A lone surrogate counts as one character of width 1.
 int displayWidth(String const& text);
 // The text in at most `width` columns. A path with slashes loses folders in its middle; a name, or a path whose last
 // name alone is too wide, loses characters. Never cuts a surrogate pair.
 //   "scans/2024/March/hall/scan001.dat", 26 => "scans/.../hall/scan001.dat"      "abcdefgh", 5 => "ab…gh"
 String shorten(String const& text, int width);
+
+void printLine(std::ostream& out, String const& text);
+
+constexpr std::size_t kListLength = 10;
+// How many lines of a list are shown. One more takes no more room than telling that there is one.
+std::size_t shownOf(std::size_t available, bool all);
 
 // Prints the rows in columns, each as wide as its widest cell. `alignment` has an l or r for each column of any row.
 void printTable(std::ostream& out, char const* alignment, std::vector<std::vector<String>> const& rows);
@@ -66,6 +95,7 @@ struct Arguments {
   bool all = false;                   // lists are complete
   bool unixNames = false;             // paths are listed with slashes
   bool renumber = false;              // shows the names with their numbers incremented, not the counts
+  bool resources = false;             // shows the modules of the program, not a folder
   bool assertHeaders = false;         // only checks whether the files are scans
   bool stack = false;                 // only shows the program's own call stack
   bool help = false;
@@ -75,10 +105,9 @@ class UsageError : public Error {
   using Error::Error;
 };
 
-// Reads the words behind the program's name. Throws a UsageError if it does not understand them.
+// Reads the words behind the program's name. Throws a UsageError if it does not understand them. Passes over a language,
+// such as -lang=deu, which KVBase has read.
 Arguments readArguments(std::vector<String> const& words);
-
-char const* helpText();
 
 // --- The two tasks: finding what is in a folder, and copying it (folder_tasks.cpp) -----------------------------------
 struct Totals {
@@ -157,6 +186,10 @@ void printRenumbering(std::ostream& out, Survey const& survey, Arguments const& 
 // How much of all was copied and how long it took, whether the sizes are equal, and everything that failed.
 void printCopy(std::ostream& out, CopyResult const& result, Totals const& all, Directory const& target,
                std::chrono::nanoseconds duration, bool unixNames);
+
+// --- The report on the modules of the program (resource_report.cpp) ---------------------------------------------------
+// The files that the texts come from, their versions and languages, the languages in use, and symbols, some or all.
+void printResources(std::ostream& out, bool all);
 
 // --- The library's diagnostics (diagnostics.cpp) ---------------------------------------------------------------------
 // Prints the calls that have led here, the latest first. Throws an Error if the system cannot tell them.

@@ -8,6 +8,8 @@
 namespace scanshelf {
 namespace {
 
+Module const* texts = nullptr;
+
 struct Range {
   char32_t first;
   char32_t last;
@@ -35,6 +37,18 @@ int nextWidth(wchar const* text, int& position) {
 
 }  // namespace
 
+void takeTextsFrom(Module const& module) {
+  texts = &module;
+}
+
+String textOf(unsigned id) {
+  return String::loadFromResource(id, *texts);
+}
+
+String helpText() {
+  return String(UTF8Interface(texts->loadStringResource(KVW("HELP.TXT"), KVW("TEXT"), /*localized=*/true).c_str()));
+}
+
 char const* utf8(String const& text) {
   char const* const bytes = text.stringUTF8();
   return bytes != nullptr ? bytes : "";
@@ -43,14 +57,15 @@ char const* utf8(String const& text) {
 String countText(std::uint64_t count) {
   String digits;
   digits << count;
+  String const separator = textOf(IDS_THOUSANDS_SEPARATOR);
   for (int place = digits.length() - 3; place > 0; place -= 3) {
-    digits = digits.substr(0, place) + KVW(",") + digits.substr(place);
+    digits = digits.substr(0, place) + separator + digits.substr(place);
   }
   return digits;
 }
 
-String countOf(std::uint64_t count, wchar const* noun) {
-  return format(count == 1 ? KVW("%ls %ls") : KVW("%ls %lss"), countText(count), noun);
+String countOf(std::uint64_t count, Noun const& noun) {
+  return count == 1 ? textOf(noun.one) : textOf(noun.many, countText(count));
 }
 
 String sizeText(std::uint64_t bytes) {
@@ -60,16 +75,19 @@ String sizeText(std::uint64_t bytes) {
   // What would print as 1024.0 is 1.0 of the next unit.
   for (; size >= 1023.95 && *prefix != 'T'; ++prefix) size /= 1024;
   // Rounded here, because systems print a half differently.
-  return format(KVW("%.1f %cB"), std::floor(size * 10 + 0.5) / 10, *prefix);
+  String text = format(KVW("%.1f %cB"), std::floor(size * 10 + 0.5) / 10, *prefix);
+  text.replace(KVW("."), textOf(IDS_DECIMAL_SEPARATOR));
+  return text;
 }
 
 String durationText(std::chrono::milliseconds duration) {
   long long const milliseconds = duration.count();
   long long const seconds = milliseconds / 1000;
   long long const minutes = seconds / 60;
-  if (milliseconds == 0) return KVW("under 1 ms");
+  if (milliseconds == 0) return textOf(IDS_UNDER_ONE_MILLISECOND);
   if (seconds == 0) return format(KVW("%lld ms"), milliseconds);
-  if (minutes == 0) return format(KVW("%lld.%lld s"), seconds, milliseconds % 1000 / 100);
+  if (minutes == 0)
+    return format(KVW("%lld%ls%lld s"), seconds, textOf(IDS_DECIMAL_SEPARATOR), milliseconds % 1000 / 100);
   if (minutes < 60) return format(KVW("%lld min %lld s"), minutes, seconds % 60);
   return format(KVW("%lld h %lld min"), minutes / 60, minutes % 60);
 }
@@ -97,6 +115,14 @@ String shorten(String const& text, int width) {
   int tail = head;
   for (++excess; excess > 0;) excess -= nextWidth(text, tail);  // one more, for the ellipsis
   return text.substr(0, head) + KVW("\u2026") + text.substr(tail);
+}
+
+void printLine(std::ostream& out, String const& text) {
+  out << utf8(text) << '\n';
+}
+
+std::size_t shownOf(std::size_t available, bool all) {
+  return all || available <= kListLength + 1 ? available : kListLength;
 }
 
 void printTable(std::ostream& out, char const* alignment, std::vector<std::vector<String>> const& rows) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What a library of the application family needs: its own Module, and one record for each of its classes. KVBase
-// registers its own classes in the same way.
+// What a library or program of the application family needs: its own Module, and one record for each of its classes.
+// KVBase registers its own classes in the same way.
 //
 //   // In one source of the library:
 //   Module& KV_1_1::getLibraryModule() {
@@ -11,6 +11,13 @@
 //
 //   // In the source of each class below BaseNode:
 //   KVBASE_REGISTER_CLASS(Scan, BaseNode)
+//
+//   // In a program, which has no entry function to start its Module:
+//   int main() {
+//     ModuleOwner owner;  // or the one of getLibraryModule(), if the program registers classes
+//     ProgramStart const started(owner);
+//     show(String::loadFromResource(IDS_WELCOME, owner.module()));
+//   }
 #pragma once
 
 #include "kvbase/core/class_record.h"
@@ -48,6 +55,22 @@ class ModuleOwner {
 
  private:
   Module module_;
+};
+
+// Starts the Module of a program, and ends it with its scope.
+// Lifetime: the owner must outlive it.
+class KVBASE_API ProgramStart {
+ public:
+  // Starts the Module with the instance of the program. Nothing happens if it has been started before; it ends with this
+  // object no less.
+  // Throws what ModuleOwner::start throws; the Module has then been ended.
+  explicit ProgramStart(ModuleOwner& owner);
+  ~ProgramStart();
+  ProgramStart(ProgramStart const&) = delete;
+  ProgramStart& operator=(ProgramStart const&) = delete;
+
+ private:
+  ModuleOwner& owner_;
 };
 
 // The Module of the library that this code is linked into: built at the first call, from any thread, and destroyed when

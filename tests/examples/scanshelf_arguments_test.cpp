@@ -6,26 +6,29 @@
 
 // The example is a program of its own; its sources are linked into the suite by the tests that try them.
 #include "examples/scanshelf/arguments.cpp"
+#include "tests/examples/scanshelf_texts.h"
 
 namespace scanshelf {
 namespace {
+
+class ScanshelfArgumentsTest : public ScanshelfTest {};
 
 struct Row {
   char const* name;
   std::vector<String> words;
   String folder;
   String pattern;
-  char const* flags;  // of: all, unix, renumber, help, overwrite, assert, stack
+  char const* flags;  // of: all, unix, renumber, help, resources, overwrite, assert, stack
   String copyTo = String::NIL;
 };
 
 std::string flagsOf(Arguments const& arguments) {
   return std::string(arguments.all ? "a" : "") + (arguments.unixNames ? "u" : "") + (arguments.renumber ? "r" : "") +
-         (arguments.help ? "h" : "") + (arguments.overwrite ? "o" : "") + (arguments.assertHeaders ? "e" : "") +
-         (arguments.stack ? "t" : "");
+         (arguments.help ? "h" : "") + (arguments.resources ? "s" : "") + (arguments.overwrite ? "o" : "") +
+         (arguments.assertHeaders ? "e" : "") + (arguments.stack ? "t" : "");
 }
 
-TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
+TEST_F(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
   String const all = KVW("*");
   Row const rows[] = {
       {"nothing", {}, String::NIL, all, ""},
@@ -46,6 +49,14 @@ TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
       {"help goes with anything", {KVW("-h"), KVW("-o")}, String::NIL, all, "ho"},
       {"diagnostics", {KVW("scans"), KVW("-e"), KVW("-t")}, KVW("scans"), all, "et"},
       {"full options of diagnostics", {KVW("--stack"), KVW("--assert")}, String::NIL, all, "et"},
+      {"resources go with anything", {KVW("-s"), KVW("-o"), KVW("-r")}, String::NIL, all, "rso"},
+      {"full option of resources", {KVW("--resources")}, String::NIL, all, "s"},
+      {"language", {KVW("-lang=deu")}, String::NIL, all, ""},
+      {"language with a slash, in any case", {KVW("x"), KVW("/LANG=Deu"), KVW("y")}, KVW("x"), KVW("y"), ""},
+      {"language of no letter", {KVW("-lang=")}, String::NIL, all, ""},
+      {"language behind a target", {KVW("-c"), KVW("out"), KVW("-lang=fra")}, String::NIL, all, "", KVW("out")},
+      {"language of four letters", {KVW("/lang=fran")}, KVW("/lang=fran"), all, ""},
+      {"language behind the end of options", {KVW("--"), KVW("-lang=deu")}, KVW("-lang=deu"), all, ""},
       {"empty folder", {String::EMPTY}, String::EMPTY, all, ""},
   };
   for (Row const& row : rows) {
@@ -58,7 +69,7 @@ TEST(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
   }
 }
 
-TEST(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
+TEST_F(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
   struct {
     char const* name;
     std::vector<String> words;
@@ -67,6 +78,8 @@ TEST(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
       {"unknown full option", {KVW("--fast")}, "There is no option '--fast'."},
       {"unknown brief option", {KVW("x"), KVW("-q")}, "There is no option '-q'."},
       {"options are not joined", {KVW("-au")}, "There is no option '-au'."},
+      {"language of four letters", {KVW("-lang=fran")}, "There is no option '-lang=fran'."},
+      {"language for a target", {KVW("-c"), KVW("-lang=deu")}, "'-c' needs a folder behind it."},
       {"target missing", {KVW("x"), KVW("--copy-to")}, "'--copy-to' needs a folder behind it."},
       {"option for a target", {KVW("-c"), KVW("-o"), KVW("x")}, "'-c' needs a folder behind it."},
       {"two targets", {KVW("-c"), KVW("x"), KVW("--copy-to"), KVW("y")}, "'--copy-to' can be given only once."},
@@ -87,8 +100,8 @@ TEST(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
   }
 }
 
-TEST(ScanshelfArgumentsTest, HelpNamesEveryOption) {
-  std::string const help = helpText();
+TEST_F(ScanshelfArgumentsTest, HelpNamesEveryOption) {
+  std::string const help = utf8(helpText());
   for (Option const& option : kOptions) {
     EXPECT_NE(help.find(String(option.brief).stringUTF8() + std::string(", ") + String(option.full).stringUTF8()),
               std::string::npos)

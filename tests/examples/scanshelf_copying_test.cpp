@@ -14,6 +14,7 @@
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
 #include "tests/examples/scanshelf_folders.h"
+#include "tests/examples/scanshelf_texts.h"
 #include "tests/support/intercepted_files.h"
 #include "tests/support/narrow_text.h"
 
@@ -64,7 +65,7 @@ class FaultyCopies final : public InterceptedFiles {
   }
 };
 
-class ScanshelfCopyingTest : public ::testing::Test {
+class ScanshelfCopyingTest : public ScanshelfTest {
  protected:
   ScanshelfCopyingTest() {
     source_.write("a.dat", std::string(100, 'a'));

@@ -8,10 +8,13 @@
 // The example is a program of its own; its sources are linked into the suite by the tests that try them.
 #include "examples/scanshelf/diagnostics.cpp"
 #include "tests/examples/scanshelf_folders.h"
+#include "tests/examples/scanshelf_texts.h"
 #include "tests/support/scripted_debug.h"
 
 namespace scanshelf {
 namespace {
+
+class ScanshelfDiagnosticsTest : public ScanshelfTest {};
 
 namespace platform = KV_1_1::platform;
 using KV_1_1::testing::ScriptedDebug;
@@ -19,7 +22,7 @@ using KV_1_1::testing::TempFolder;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-TEST(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
+TEST_F(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
   std::ostringstream out;
   printStack(out);
   std::string const text = out.str();
@@ -29,7 +32,7 @@ TEST(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
   EXPECT_THAT(text, Not(HasSubstr("SymInit")));
 }
 
-TEST(ScanshelfDiagnosticsTest, StackWithoutALibraryForItIsAnError) {
+TEST_F(ScanshelfDiagnosticsTest, StackWithoutALibraryForItIsAnError) {
   ScriptedDebug debug;
   platform::ScopedBackend<platform::DebugApi> const scope(debug);
   std::ostringstream out;
@@ -47,7 +50,7 @@ String invalidIn(TempFolder const& folder) {
   return String::NIL;
 }
 
-TEST(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
+TEST_F(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
   TempFolder folder;
   folder.write("a.dat", "SCAN");
   folder.write("b.DAT", "SCANNER");
@@ -56,7 +59,7 @@ TEST(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
   EXPECT_TRUE(invalidIn(folder) == String::NIL);
 }
 
-TEST(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
+TEST_F(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
   for (char const* const content : {"", "SCA", "scan", "xSCAN", "SC\xC3\xA4N"}) {
     TempFolder folder;
     folder.write("a.dat", "SCAN");
@@ -65,7 +68,7 @@ TEST(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
   }
 }
 
-TEST(ScanshelfDiagnosticsTest, ReportOfAnInvalidHeaderNamesTheFile) {
+TEST_F(ScanshelfDiagnosticsTest, ReportOfAnInvalidHeaderNamesTheFile) {
   ScriptedDebug debug;
   platform::ScopedBackend<platform::DebugApi> const scope(debug);
   ::testing::internal::CaptureStderr();

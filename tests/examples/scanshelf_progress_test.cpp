@@ -7,9 +7,13 @@
 #include <vector>
 
 #include "examples/scanshelf/progress_line.cpp"
+#include "tests/examples/scanshelf_texts.h"
 
 namespace scanshelf {
 namespace {
+
+class ScanshelfProgressTest : public ScanshelfTest {};
+class ScanshelfBarTest : public ScanshelfTest {};
 
 constexpr std::uint64_t kMega = 1024 * 1024;
 
@@ -39,18 +43,18 @@ std::string shown(bool isTerminal, Totals const* all, std::vector<Step> const& s
   return out.str();
 }
 
-TEST(ScanshelfProgressTest, LogStaysEmptyInTheFirstSecond) {
+TEST_F(ScanshelfProgressTest, LogStaysEmptyInTheFirstSecond) {
   Totals const all = totalsOf(9, 9);
   for (Totals const* of : {static_cast<Totals const*>(nullptr), &all}) {
     EXPECT_EQ(shown(/*isTerminal=*/false, of, {{0, totalsOf(5, 5)}, {0.999, totalsOf(5, 5)}}), "");
   }
 }
 
-TEST(ScanshelfProgressTest, TaskWithoutAnyCallLeavesATerminalAlone) {
+TEST_F(ScanshelfProgressTest, TaskWithoutAnyCallLeavesATerminalAlone) {
   EXPECT_EQ(shown(/*isTerminal=*/true, nullptr, {}), "");
 }
 
-TEST(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
+TEST_F(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
   EXPECT_EQ(shown(/*isTerminal=*/true, nullptr,
                   {{0, totalsOf(1000, 1000)}, {0.199, totalsOf(2000, 2000)}, {0.2, totalsOf(3, 3)}}),
             "\rReading: 1,000 files in 1 folder, 1000 B"
@@ -58,7 +62,7 @@ TEST(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
             "\r                                 \r");
 }
 
-TEST(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
+TEST_F(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
   std::ostringstream out;
   {
     Progress const progress = progressOn({out, /*isTerminal=*/true});
@@ -68,7 +72,7 @@ TEST(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
   EXPECT_EQ(out.str(), "\rReading: 3 files in 1 folder, 3 B\r                                 \r");
 }
 
-TEST(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
+TEST_F(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
   std::vector<Step> steps;
   for (unsigned tenth = 0; tenth <= 150; ++tenth) steps.push_back({tenth / 10.0, totalsOf(tenth, tenth)});
   EXPECT_EQ(shown(/*isTerminal=*/false, nullptr, steps),
@@ -78,7 +82,7 @@ TEST(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
             "Reading: 150 files in 1 folder, 150 B\n");
 }
 
-TEST(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
+TEST_F(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
   Totals const all = totalsOf(1200, 200 * kMega);
   EXPECT_EQ(shown(/*isTerminal=*/true, &all,
                   {{0, totalsOf(0, 0)}, {0.1, totalsOf(3, kMega)}, {0.2, totalsOf(900, 100 * kMega)}, {0.4, all}}),
@@ -88,7 +92,7 @@ TEST(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
             "\r                                                                             \r");
 }
 
-TEST(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
+TEST_F(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
   Totals const all = totalsOf(1200, 200 * kMega);
   EXPECT_EQ(shown(/*isTerminal=*/false, &all,
                   {{1, totalsOf(1, 0)}, {2.9, totalsOf(2, kMega)}, {3, totalsOf(900, 100 * kMega)}, {7, all}}),
@@ -97,7 +101,7 @@ TEST(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
             "Copying: 1,200 of 1,200 files, 200.0 MB of 200.0 MB (100%)\n");
 }
 
-TEST(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
+TEST_F(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
   Totals const rows[] = {totalsOf(0, 0),
                          totalsOf(1, 1),
                          totalsOf(1200, 1023 * 1024),
@@ -115,7 +119,7 @@ TEST(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
   }
 }
 
-TEST(ScanshelfBarTest, PercentIsRoundedDownAndNeverMoreThanAll) {
+TEST_F(ScanshelfBarTest, PercentIsRoundedDownAndNeverMoreThanAll) {
   struct {
     char const* name;
     Totals done;

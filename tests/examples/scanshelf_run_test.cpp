@@ -8,6 +8,7 @@
 
 #include "kvbase/platform/backend.h"
 #include "tests/examples/scanshelf_folders.h"
+#include "tests/examples/scanshelf_texts.h"
 #include "tests/support/failing_files.h"
 #include "tests/support/narrow_text.h"
 #include "tests/support/scripted_debug.h"
@@ -16,10 +17,15 @@
 #define main scanshelfMain
 #include "examples/scanshelf/main.cpp"
 #include "examples/scanshelf/report.cpp"
+#include "examples/scanshelf/resource_report.cpp"
 #undef main
 
 namespace scanshelf {
 namespace {
+
+class ScanshelfRunTest : public ScanshelfTest {};
+class ScanshelfSampleTest : public ScanshelfTest {};
+class ScanshelfSummaryTest : public ScanshelfTest {};
 
 namespace platform = KV_1_1::platform;
 using KV_1_1::testing::narrow;
@@ -43,7 +49,7 @@ Outcome outcomeOf(std::vector<wstring> const& words) {
   return {status, out.str(), err.str()};
 }
 
-TEST(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
+TEST_F(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
   TempFolder folder;
   folder.write("a.dat", std::string(2048, 'x'));
   folder.write("sub/b.DAT", "12345");
@@ -69,7 +75,7 @@ TEST(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
   EXPECT_THAT(outcome.out, HasSubstr("3 files match *, 2.0 KB in all; 3 folders searched.\n"));
 }
 
-TEST(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
+TEST_F(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
   TempFolder folder;
   folder.write("scan009.dat", "1");
   folder.write("sub/notes.txt", "1");
@@ -84,27 +90,27 @@ TEST(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "scan010.dat"));
 }
 
-TEST(ScanshelfRunTest, RenumberingTellsHowManyMore) {
+TEST_F(ScanshelfRunTest, RenumberingTellsHowManyMore) {
   TempFolder folder;
   for (int i = 0; i < 14; ++i) folder.write("scan" + std::to_string(i) + ".dat", "1");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("-r")}).out, HasSubstr("  (4 more)\n"));
   EXPECT_THAT(outcomeOf({folder.text(), KVW("-r"), KVW("-a")}).out, Not(HasSubstr("more)")));
 }
 
-TEST(ScanshelfRunTest, LongPathsAreListedWithoutTheirMiddle) {
+TEST_F(ScanshelfRunTest, LongPathsAreListedWithoutTheirMiddle) {
   TempFolder folder;
   folder.write("Town hall/" + std::string(60, 'f') + "/Before cleaning and measuring/scan001.dat", "1");
   EXPECT_THAT(outcomeOf({folder.text()}).out,
               HasSubstr("  1 B  Town hall\\...\\Before cleaning and measuring\\scan001.dat\n"));
 }
 
-TEST(ScanshelfRunTest, FilesAreListedWithSlashesOnRequest) {
+TEST_F(ScanshelfRunTest, FilesAreListedWithSlashesOnRequest) {
   TempFolder folder;
   folder.write("sub/b.dat", "12345");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("--unix")}).out, HasSubstr("  5 B  sub/b.dat\n"));
 }
 
-TEST(ScanshelfRunTest, LongListsAreCutUnlessAllAreAskedFor) {
+TEST_F(ScanshelfRunTest, LongListsAreCutUnlessAllAreAskedFor) {
   TempFolder folder;
   for (int i = 10; i < 30; ++i) folder.write(std::to_string(i) + "/x." + std::to_string(i), std::string(i, 'x'));
   Outcome const cut = outcomeOf({folder.text()});
@@ -116,7 +122,7 @@ TEST(ScanshelfRunTest, LongListsAreCutUnlessAllAreAskedFor) {
                                HasSubstr("  Size  File\n"), HasSubstr("10\\x.10")));
 }
 
-TEST(ScanshelfRunTest, OneFileAndNoneAreToldInPlainSentences) {
+TEST_F(ScanshelfRunTest, OneFileAndNoneAreToldInPlainSentences) {
   TempFolder folder;
   folder.write("a.dat");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("*.dat")}).out,
@@ -124,7 +130,7 @@ TEST(ScanshelfRunTest, OneFileAndNoneAreToldInPlainSentences) {
   EXPECT_THAT(outcomeOf({folder.text(), KVW("*.txt")}).out, HasSubstr("No file matches *.txt; 1 folder searched.\n"));
 }
 
-TEST(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
+TEST_F(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
   TempFolder folder;
   folder.write("a.dat");
   struct {
@@ -157,7 +163,7 @@ TEST(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
   }
 }
 
-TEST(ScanshelfRunTest, RefusedPatternIsToldOnce) {
+TEST_F(ScanshelfRunTest, RefusedPatternIsToldOnce) {
   TempFolder folder;
   folder.makeFolder("a/b");
   Outcome const outcome = outcomeOf({folder.text(), KVW("a\\*")});
@@ -166,14 +172,14 @@ TEST(ScanshelfRunTest, RefusedPatternIsToldOnce) {
   EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1);
 }
 
-TEST(ScanshelfRunTest, StackNeedsNoFolder) {
+TEST_F(ScanshelfRunTest, StackNeedsNoFolder) {
   Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--stack")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_THAT(outcome.out, HasSubstr("run"));
 }
 
-TEST(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
+TEST_F(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
   TempFolder folder;
   folder.write("a.dat", "SCAN 1");
   KV_1_1::testing::ScriptedDebug debug;
@@ -193,13 +199,13 @@ TEST(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
   EXPECT_EQ(debug.calls("ask"), 1);
 }
 
-TEST(ScanshelfRunTest, HelpNeedsNoFolder) {
+TEST_F(ScanshelfRunTest, HelpNeedsNoFolder) {
   Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--help")});
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_EQ(outcome.out, helpText());
+  EXPECT_EQ(outcome.out, utf8(helpText()));
 }
 
-TEST(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
   std::ostringstream out;
   std::ostringstream err;
   out.setstate(std::ios::badbit);
@@ -207,7 +213,7 @@ TEST(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(err.str(), "scanshelf: The report could not be written.\n");
 }
 
-TEST(ScanshelfRunTest, CopyIsMadeAndReported) {
+TEST_F(ScanshelfRunTest, CopyIsMadeAndReported) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", std::string(2048, 'x'));
@@ -230,7 +236,7 @@ TEST(ScanshelfRunTest, CopyIsMadeAndReported) {
   EXPECT_THAT(itemsBelow(target.path("x/y")), ::testing::UnorderedElementsAre("a.dat", "empty", "sub", "sub/b.dat"));
 }
 
-TEST(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
+TEST_F(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", "123");
@@ -251,7 +257,7 @@ TEST(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
   EXPECT_EQ(std::filesystem::file_size(target.path("sub/b.dat")), 5u);
 }
 
-TEST(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
+TEST_F(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
   TempFolder folder;
   TempFolder target;
   Outcome const outcome = outcomeOf({folder.text(), KVW("-c"), target.text(KVW("new"))});
@@ -260,7 +266,7 @@ TEST(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
   EXPECT_TRUE(std::filesystem::is_directory(target.path("new")));
 }
 
-TEST(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
+TEST_F(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
   TempFolder folder;
   folder.write("sub/a.dat", "1");
   for (wstring const& target : {folder.text(), folder.text(KVW("sub")), folder.text(KVW("new\\deeper"))}) {
@@ -273,21 +279,21 @@ TEST(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
   EXPECT_THAT(itemsBelow(folder.path()), ::testing::UnorderedElementsAre("sub", "sub/a.dat"));
 }
 
-TEST(ScanshelfRunTest, RefusedPatternMakesNoTarget) {
+TEST_F(ScanshelfRunTest, RefusedPatternMakesNoTarget) {
   TempFolder folder;
   TempFolder target;
   EXPECT_EQ(outcomeOf({folder.text(), KVW("a:b"), KVW("-c"), target.text(KVW("new"))}).status, 1);
   EXPECT_FALSE(std::filesystem::exists(target.path("new")));
 }
 
-TEST(ScanshelfRunTest, ListingWritesNothing) {
+TEST_F(ScanshelfRunTest, ListingWritesNothing) {
   TempFolder folder;
   folder.write("a.dat", "1");
   EXPECT_THAT(outcomeOf({folder.text()}).out, Not(HasSubstr("Copied")));
   EXPECT_THAT(itemsBelow(folder.path()), ::testing::ElementsAre("a.dat"));
 }
 
-TEST(ScanshelfRunTest, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
+TEST_F(ScanshelfRunTest, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", "1");
@@ -310,7 +316,7 @@ std::string summaryOf(CopyResult const& result, Totals const& all, std::chrono::
   return out.str();
 }
 
-TEST(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
+TEST_F(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
   Totals all;
   all.files = 1200;
   all.folders = 1;
@@ -329,7 +335,7 @@ TEST(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
   EXPECT_THAT(summaryOf(result, all, std::chrono::milliseconds(499)), HasSubstr("  Time         499 ms\n"));
 }
 
-TEST(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
+TEST_F(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
   Totals all;
   all.files = 8;
   CopyResult result;
@@ -342,7 +348,7 @@ TEST(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
                                   "The disk is full. Not attempted: 7 files.\n"));
 }
 
-TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
+TEST_F(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
   SmartPtr<Directory const> folder;
   {
     SampleTree const sample;
@@ -356,7 +362,7 @@ TEST(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
   EXPECT_FALSE(folder->getParent()->exists());
 }
 
-TEST(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
+TEST_F(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
   SmartPtr<Directory const> folder;
   {
     SampleTree sample;
@@ -373,7 +379,7 @@ TEST(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
   EXPECT_FALSE(folder->exists());
 }
 
-TEST(ScanshelfSampleTest, IsShownWithoutAFolder) {
+TEST_F(ScanshelfSampleTest, IsShownWithoutAFolder) {
   Outcome const outcome = outcomeOf({KVW("-u")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -382,7 +388,7 @@ TEST(ScanshelfSampleTest, IsShownWithoutAFolder) {
 }
 
 // The answer may end the program, so nothing may be left to tidy up when the question is put.
-TEST(ScanshelfSampleTest, IsRemovedBeforeTheReportOfAnAssertion) {
+TEST_F(ScanshelfSampleTest, IsRemovedBeforeTheReportOfAnAssertion) {
   struct Debug : KV_1_1::testing::ScriptedDebug {
     int ask(wchar const* message, wchar const*, KV_1_1::ulong32) override {
       String const text = message;
@@ -410,7 +416,7 @@ std::filesystem::path copyFolderOf(std::string const& report) {
   return std::filesystem::u8path(report.substr(begin, report.find('\n', begin) - begin));
 }
 
-TEST(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
+TEST_F(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
   Outcome const outcome = outcomeOf({KVW("-u")});
   EXPECT_EQ(outcome.out.find("A sample of scans, made for this report and removed again, like its copy:\n\n"), 0u);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("  Files        14 of 14\n"), HasSubstr("  Folders      10 of 10\n"),
@@ -421,7 +427,7 @@ TEST(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
   EXPECT_FALSE(std::filesystem::exists(copy.parent_path()));
 }
 
-TEST(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
+TEST_F(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
   TempFolder target;
   Outcome const outcome = outcomeOf({KVW("--copy-to"), target.text()});
   EXPECT_EQ(outcome.status, 0);
@@ -429,7 +435,7 @@ TEST(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
   EXPECT_EQ(itemsBelow(target.path()).size(), 24u);
 }
 
-TEST(ScanshelfSampleTest, RenumberingCopiesNothing) {
+TEST_F(ScanshelfSampleTest, RenumberingCopiesNothing) {
   Outcome const outcome = outcomeOf({KVW("--renumber")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("scan201.dat"), Not(HasSubstr("cop"))));

@@ -6,9 +6,12 @@
 #include <string>
 
 #include "tests/examples/scanshelf_folders.h"
+#include "tests/examples/scanshelf_texts.h"
 
 namespace scanshelf {
 namespace {
+
+class ScanshelfSurveyTest : public ScanshelfTest {};
 
 using KV_1_1::testing::TempFolder;
 using ::testing::UnorderedElementsAre;
@@ -32,7 +35,7 @@ void fill(TempFolder const& folder) {
   folder.makeFolder("empty");
 }
 
-TEST(ScanshelfSurveyTest, PatternChoosesFilesNotFolders) {
+TEST_F(ScanshelfSurveyTest, PatternChoosesFilesNotFolders) {
   TempFolder folder;
   fill(folder);
   EXPECT_EQ(show(surveyOf(folder).all), "5 files, 5 folders, 39 bytes");
@@ -49,7 +52,7 @@ std::vector<std::string> namesBelow(TempFolder const& folder, std::vector<String
   return names;
 }
 
-TEST(ScanshelfSurveyTest, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
+TEST_F(ScanshelfSurveyTest, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
   TempFolder folder;
   fill(folder);
   Survey const found = surveyOf(folder, KVW("*.txt"));
@@ -72,7 +75,7 @@ TEST(ScanshelfSurveyTest, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
   EXPECT_LT(place("x\\deep\\"), place("x\\deep\\deeper\\"));
 }
 
-TEST(ScanshelfSurveyTest, RefusesInvalidPatterns) {
+TEST_F(ScanshelfSurveyTest, RefusesInvalidPatterns) {
   TempFolder folder;
   for (wchar const* pattern : {KVW("a\\*"), KVW("*."), KVW(".."), KVW("a:b"), KVW("")}) {
     try {
@@ -84,7 +87,7 @@ TEST(ScanshelfSurveyTest, RefusesInvalidPatterns) {
   }
 }
 
-TEST(ScanshelfSurveyTest, ReportsProgressForEachFolder) {
+TEST_F(ScanshelfSurveyTest, ReportsProgressForEachFolder) {
   TempFolder folder;
   fill(folder);
   std::vector<std::uint64_t> files;
@@ -94,7 +97,7 @@ TEST(ScanshelfSurveyTest, ReportsProgressForEachFolder) {
   EXPECT_EQ(files.back(), 5u);
 }
 
-TEST(ScanshelfSurveyTest, ReportsProgressWithinALargeFolder) {
+TEST_F(ScanshelfSurveyTest, ReportsProgressWithinALargeFolder) {
   TempFolder folder;
   for (int i = 0; i < 600; ++i) folder.write(std::to_string(i));
   int calls = 0;

@@ -5,11 +5,15 @@
 #include <sstream>
 
 #include "examples/scanshelf/text.cpp"
+#include "tests/examples/scanshelf_texts.h"
 
 namespace scanshelf {
 namespace {
 
-TEST(ScanshelfTextTest, Counts) {
+class ScanshelfTextTest : public ScanshelfTest {};
+class ScanshelfTableTest : public ScanshelfTest {};
+
+TEST_F(ScanshelfTextTest, Counts) {
   struct {
     std::uint64_t count;
     char const* text;
@@ -20,12 +24,12 @@ TEST(ScanshelfTextTest, Counts) {
                     {1234567, "1,234,567"},
                     {UINT64_MAX, "18,446,744,073,709,551,615"}};
   for (auto const& row : rows) EXPECT_STREQ(utf8(countText(row.count)), row.text);
-  EXPECT_STREQ(utf8(countOf(1, KVW("file"))), "1 file");
-  EXPECT_STREQ(utf8(countOf(0, KVW("file"))), "0 files");
-  EXPECT_STREQ(utf8(countOf(1200, KVW("file"))), "1,200 files");
+  EXPECT_STREQ(utf8(countOf(1, kFiles)), "1 file");
+  EXPECT_STREQ(utf8(countOf(0, kFiles)), "0 files");
+  EXPECT_STREQ(utf8(countOf(1200, kFiles)), "1,200 files");
 }
 
-TEST(ScanshelfTextTest, Sizes) {
+TEST_F(ScanshelfTextTest, Sizes) {
   constexpr std::uint64_t kKilo = 1024, kMega = kKilo * 1024, kGiga = kMega * 1024, kTera = kGiga * 1024;
   struct {
     std::uint64_t bytes;
@@ -45,7 +49,7 @@ TEST(ScanshelfTextTest, Sizes) {
   for (auto const& row : rows) EXPECT_STREQ(utf8(sizeText(row.bytes)), row.text) << row.bytes;
 }
 
-TEST(ScanshelfTextTest, Durations) {
+TEST_F(ScanshelfTextTest, Durations) {
   struct {
     long long milliseconds;
     char const* text;
@@ -65,7 +69,7 @@ TEST(ScanshelfTextTest, Durations) {
   }
 }
 
-TEST(ScanshelfTextTest, Widths) {
+TEST_F(ScanshelfTextTest, Widths) {
   KV_1_1::wchar const loneHigh[] = {'a', 0xD83D, 'b', 0};
   KV_1_1::wchar const highAtEnd[] = {'a', 0xD83D, 0};
   KV_1_1::wchar const low[] = {0xDE00, 'a', 0};
@@ -92,7 +96,7 @@ TEST(ScanshelfTextTest, Widths) {
   for (auto const& row : rows) EXPECT_EQ(displayWidth(row.text), row.width) << row.name;
 }
 
-TEST(ScanshelfTextTest, Shortening) {
+TEST_F(ScanshelfTextTest, Shortening) {
   struct {
     char const* name;
     String text;
@@ -119,12 +123,12 @@ TEST(ScanshelfTextTest, Shortening) {
   }
 }
 
-TEST(ScanshelfTextTest, NilIsAnEmptyText) {
+TEST_F(ScanshelfTextTest, NilIsAnEmptyText) {
   EXPECT_STREQ(utf8(String::NIL), "");
   EXPECT_STREQ(utf8(String::EMPTY), "");
 }
 
-TEST(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
+TEST_F(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
   std::ostringstream out;
   printTable(out, "lr", {{KVW("Name"), KVW("N")}, {KVW("\u00C4rztehaus"), KVW("1,200")}, {KVW("\u5854"), KVW("7")}});
   EXPECT_EQ(out.str(),
@@ -133,7 +137,7 @@ TEST(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
             "  \xE5\xA1\x94             7\n");
 }
 
-TEST(ScanshelfTableTest, LastCellIsNotPadded) {
+TEST_F(ScanshelfTableTest, LastCellIsNotPadded) {
   std::ostringstream out;
   printTable(out, "ll", {{KVW("Name"), KVW("x")}, {KVW("Of"), KVW("longer")}});
   EXPECT_EQ(out.str(), "  Name  x\n  Of    longer\n");

@@ -7,7 +7,8 @@
 namespace KV_1_1 {
 namespace testing {
 
-int runProgram(std::filesystem::path const& program, std::vector<std::string> const& arguments) {
+int runProgram(std::filesystem::path const& program, std::vector<std::string> const& arguments,
+               std::filesystem::path const& output) {
   std::wstring commandLine = L'"' + program.wstring() + L'"';
   for (std::string const& argument : arguments) {
     commandLine += L" \"" + std::filesystem::u8path(argument).wstring() + L'"';
@@ -15,11 +16,20 @@ int runProgram(std::filesystem::path const& program, std::vector<std::string> co
   std::wstring const folder = programFile().parent_path().wstring();
   STARTUPINFOW startup = {};
   startup.cb = sizeof startup;
-  PROCESS_INFORMATION process = {};
-  if (CreateProcessW(program.wstring().c_str(), &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
-                     &startup, &process) == 0) {
-    return -1;
+  if (!output.empty()) {
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    HANDLE const file = CreateFileW(output.wstring().c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return -1;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdOutput = file;
+    startup.hStdError = file;
   }
+  PROCESS_INFORMATION process = {};
+  bool const started = CreateProcessW(program.wstring().c_str(), &commandLine[0], nullptr, nullptr, !output.empty(), 0,
+                                      nullptr, folder.c_str(), &startup, &process) != 0;
+  if (!output.empty()) CloseHandle(startup.hStdOutput);
+  if (!started) return -1;
   WaitForSingleObject(process.hProcess, INFINITE);
   DWORD status = 0;
   bool const known = GetExitCodeProcess(process.hProcess, &status) != 0;

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+//
+// The numbers of scanshelf's texts. This header is part of the program's sources and of both resource scripts, and the
+// program carries it as the resource RESOURCE.H, from which KVBase knows the names: one plain definition a line.
+#pragma once
+
+// Numbers and durations
+#define IDS_THOUSANDS_SEPARATOR 4096
+#define IDS_DECIMAL_SEPARATOR 4097
+#define IDS_UNDER_ONE_MILLISECOND 4098
+#define IDS_ONE_FILE 4099
+#define IDS_FILES 4100
+#define IDS_ONE_FOLDER 4101
+#define IDS_FOLDERS 4102
+#define IDS_COUNT_OF 4103
+#define IDS_COUNT_MORE 4104
+#define IDS_NONE 4105
+
+// The command line
+#define IDS_UNKNOWN_OPTION 4106
+#define IDS_OPTION_NEEDS_FOLDER 4107
+#define IDS_OPTION_ONLY_ONCE 4108
+#define IDS_WORD_TOO_MANY 4109
+#define IDS_OVERWRITE_NEEDS_COPY 4110
+#define IDS_RENUMBER_OR_COPY 4111
+#define IDS_TRY_HELP 4112
+
+// What cannot be done
+#define IDS_NO_FOLDER_NAME 4113
+#define IDS_LEADS_NOWHERE 4114
+#define IDS_IS_A_FILE 4115
+#define IDS_NO_SUCH_FOLDER 4116
+#define IDS_TARGET_INSIDE 4117
+#define IDS_INVALID_PATTERN 4118
+#define IDS_FOLDER_NOT_MADE 4119
+#define IDS_TEMPORARY_NOT_REMOVED 4120
+#define IDS_TEMPORARY_NAME_INVALID 4121
+#define IDS_SAMPLE_NOT_MADE 4122
+#define IDS_REPORT_NOT_WRITTEN 4123
+#define IDS_NO_MEMORY 4124
+#define IDS_NO_STACK 4125
+
+// Progress
+#define IDS_READING 4126
+#define IDS_COPYING 4127
+#define IDS_BAR_NUMBERS 4128
+
+// The report on a folder
+#define IDS_SAMPLE_TITLE 4129
+#define IDS_SAMPLE_TITLE_COPIED 4130
+#define IDS_FOLDER 4131
+#define IDS_UNIX_NAME 4132
+#define IDS_LONG_PATH 4133
+#define IDS_FROM_HERE 4134
+#define IDS_PARENT 4135
+#define IDS_NAME 4136
+#define IDS_ROOT 4137
+#define IDS_COLUMN_EXTENSION 4138
+#define IDS_COLUMN_FILES 4139
+#define IDS_COLUMN_FOLDERS 4140
+#define IDS_COLUMN_SIZE 4141
+#define IDS_COLUMN_FILE 4142
+#define IDS_COLUMN_LARGEST_FILES 4143
+#define IDS_NO_EXTENSION 4144
+#define IDS_DIRECTLY_IN_IT 4145
+#define IDS_NO_FILE_MATCHES 4146
+#define IDS_ONE_FILE_MATCHES 4147
+#define IDS_FILES_MATCH 4148
+#define IDS_SIZES_UNKNOWN 4149
+
+// Renumbering
+#define IDS_RENUMBER_TITLE 4150
+#define IDS_COLUMN_NAME_NOW 4151
+#define IDS_COLUMN_NAME_AFTER 4152
+#define IDS_NUMBER_TOO_LARGE 4153
+
+// The report on a copy
+#define IDS_COPIED_TO 4154
+#define IDS_BYTES 4155
+#define IDS_SIZES_EQUAL 4156
+#define IDS_TIME 4157
+#define IDS_SIZES_DIFFER 4158
+#define IDS_NOT_ALL_COPIED 4159
+#define IDS_COLUMN_REASON 4160
+#define IDS_COLUMN_ITEM 4161
+#define IDS_DISK_FULL 4162
+#define IDS_ALL_COPIED 4163
+#define IDS_NOTHING_TO_COPY 4164
+
+// The report on modules and their resources
+#define IDS_MODULES_TITLE 4165
+#define IDS_COLUMN_MODULE 4166
+#define IDS_COLUMN_VERSION 4167
+#define IDS_COLUMN_SYMBOLS 4168
+#define IDS_COLUMN_TEXTS 4169
+#define IDS_NEUTRAL 4170
+#define IDS_LANGUAGES_WANTED 4171
+#define IDS_OWN_LANGUAGE 4172
+#define IDS_TRANSLATED 4173
+#define IDS_COLUMN_SYMBOL 4174
+#define IDS_COLUMN_NUMBER 4175
+#define IDS_COLUMN_TEXT 4176
