@@ -176,7 +176,7 @@ TEST_F(ScanshelfRunTest, StackNeedsNoFolder) {
   Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--stack")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_THAT(outcome.out, HasSubstr("run"));
+  EXPECT_THAT(outcome.out, HasSubstr("StackWalker::ShowCallstack"));
 }
 
 TEST_F(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
