@@ -395,7 +395,7 @@ TEST_F(ScanshelfSampleTest, IsRemovedBeforeTheReportOfAnAssertion) {
       int const quote = text.find(KVW('"'));
       file = text.substr(quote + 1, text.length() - 1);
       isGone = !File::fromString(file)->exists() && !File::fromString(file)->getDirectory()->exists();
-      return platform::kAnswerIgnore;
+      return 0;  // not ignored, which would last for all tests
     }
     String file;
     bool isGone = false;
