@@ -103,7 +103,8 @@ class KVBASE_API StackWalker {
   // Walks the stack of `thread`, innermost frame first, and calls OnCallstackEntry for each frame. With a context the walk
   // starts there and the thread is left alone. Without one it starts here for the value of GetCurrentThread(); any other
   // thread is suspended for the whole walk, callbacks included, so they must not wait for it. COMPAT: a real handle
-  // of the calling thread counts as another thread, so it suspends the caller for good.
+  // of the calling thread counts as another thread, so on Windows it suspends the caller for good; on Linux the thread
+  // cannot stop itself, and the result is 0.
   //
   // `readMemory` reads the stack; null: memory of the process is read. COMPAT: routine and `userData` stay in effect for
   // all walkers until the next call.
@@ -114,7 +115,8 @@ class KVBASE_API StackWalker {
   // A walk ends at a frame without return address: OnCallstackEntry gets that frame once more, as EntryLast, and the last
   // error is 0. It also ends if the next frame cannot be found, or its return address is its program counter; both are
   // told to OnDbgHelpErr, and there is no EntryLast. A symbol, line or module that is not found is told to OnDbgHelpErr,
-  // too, and the walk goes on. COMPAT: the number of frames is not limited.
+  // too, and the walk goes on. COMPAT: the number of frames is not limited; a function that calls itself ends a walk,
+  // because its frames have one address.
   int ShowCallstack(void* thread, _CONTEXT const* context, ReadMemoryRoutine readMemory, void* userData);
 
  protected:

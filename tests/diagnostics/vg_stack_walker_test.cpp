@@ -3,12 +3,12 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <type_traits>
 #include <utility>
 
 #include "kvbase/diagnostics/internal/stack_walker_impl.h"
 #include "kvbase/diagnostics/output_debug_parentheses_scope.h"
+#include "tests/diagnostics/fresh_global_walker.h"
 #include "tests/diagnostics/walker_support.h"
 
 namespace KV_1_1 {
@@ -139,18 +139,9 @@ TEST_F(CountingWalk, LayoutAddsOneNumber) {
 
 // --- Scopes of debug output ---
 
-// Puts a fresh walker in the place of the global one for the time of a test, by means of its shallow copies.
 class OutputScope : public CountingWalk {
  protected:
-  OutputScope() {
-    new (saved_) VgStackWalker(VgStackWalker::globalStackWalker);
-    VgStackWalker::globalStackWalker = fresh_;
-  }
-  ~OutputScope() override {
-    // The copy is never destroyed: the global object owns what it refers to.
-    VgStackWalker::globalStackWalker = *std::launder(reinterpret_cast<VgStackWalker*>(saved_));
-    VgStackWalker::initialCallStackDepth = 0;
-  }
+  ~OutputScope() override { VgStackWalker::initialCallStackDepth = 0; }
 
   // A stack of some frames, up to the end.
   void setFrames(std::uint64_t count) {
@@ -161,8 +152,7 @@ class OutputScope : public CountingWalk {
   static int depth() { return VgStackWalker::initialCallStackDepth; }
 
  private:
-  VgStackWalker fresh_;
-  alignas(VgStackWalker) unsigned char saved_[sizeof(VgStackWalker)];
+  FreshGlobalWalker const fresh_;
 };
 
 TEST_F(OutputScope, TheDepthIsTheNumberOfFrames) {
