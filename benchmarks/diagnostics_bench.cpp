@@ -2,8 +2,8 @@
 //
 // Call stacks: finding the frames, and the function and the source line of each.
 //
-// The peers' functions are taken from their own libraries at run time: linked, libunwind would replace the unwinder of the
-// compiler's run time for the whole process.
+// The peers' functions are taken from their own libraries at run time: linked, libunwind would replace the unwinder of
+// the compiler's run time for the whole process.
 #include <backtrace.h>
 #include <dlfcn.h>
 #include <elfutils/libdwfl.h>

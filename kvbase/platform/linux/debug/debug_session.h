@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What libdw knows about the modules of this process: one session for the whole process, begun when it is first needed and
-// kept until the library ends, so that the next walker finds what the last one has learnt.
+// What libdw knows about the modules of this process: one session for the whole process, begun when it is first needed
+// and kept until the library ends, so that the next walker finds what the last one has learnt.
 //
 // Thread rule: everything but the two functions for the lock is called under the lock.
 #pragma once

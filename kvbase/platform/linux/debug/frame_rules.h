@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// How to find the caller of a frame. libdw interprets the unwind tables of a module; nearly all they say is of one form,
-// which is remembered for each program counter, so that a second walk over the same code interprets nothing.
+// How to find the caller of a frame. libdw interprets the unwind tables of a module; nearly all they say is of one
+// form, which is remembered for each program counter, so that a second walk over the same code interprets nothing.
 #pragma once
 
 #include <cstddef>

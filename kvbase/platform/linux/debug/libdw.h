@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The functions of libdw (elfutils), which stands behind the debug-help library of the seam. It is found at run time and
-// may be missing, or lack functions; only its headers are needed to build.
+// The functions of libdw (elfutils), which stands behind the debug-help library of the seam. It is found at run time
+// and may be missing, or lack functions; only its headers are needed to build.
 #pragma once
 
 #include <elfutils/libdw.h>

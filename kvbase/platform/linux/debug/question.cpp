@@ -35,8 +35,8 @@ bool isSet(char const* variable) {
   return value != nullptr && *value != '\0';
 }
 
-// zenity writes the button's text. Without a button it ends with 1 when its window is closed, and with another status if
-// it cannot show one.
+// zenity writes the button's text. Without a button it ends with 1 when its window is closed, and with another status
+// if it cannot show one.
 Outcome askByZenity(char const* message, char const* title, int& answer) {
   std::string const text = std::string("--text=") + message;
   std::string const caption = std::string("--title=") + title;

@@ -20,8 +20,8 @@ namespace platform {
 
 namespace {
 
-// What has been found out about an address. Symbol and line are looked up separately: a walk that wants no lines pays for
-// none.
+// What has been found out about an address. Symbol and line are looked up separately: a walk that wants no lines pays
+// for none.
 struct Resolved {
   std::uint64_t address = 0;  // as looked up; 0 for an entry that is not used
   std::uint32_t generation = 0;
@@ -128,8 +128,8 @@ void findLine(DebugSession& session, Resolved& entry) {
   entry.lineKnown = module != nullptr;
 }
 
-// The address to look up for a program counter. A call that does not return may be the last instruction of a function, so
-// that the address behind it belongs to another one.
+// The address to look up for a program counter. A call that does not return may be the last instruction of a function,
+// so that the address behind it belongs to another one.
 std::uint64_t lookupAddress(std::uint64_t counter) {
   return isLastReturnAddress(counter) ? counter - 1 : counter;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What is known about addresses of code: function, source line and module, remembered for addresses that have been looked
-// up before.
+// What is known about addresses of code: function, source line and module, remembered for addresses that have been
+// looked up before.
 //
 // Thread rule: any function may be called from any thread.
 #pragma once
@@ -17,7 +17,8 @@ namespace platform {
 // Files and names have at most this size with their terminator; longer ones are cut.
 constexpr std::size_t kResolvedTextCapacity = 1024;
 
-// The symbol at an address, as debug_help::SymGetSymFromAddr64 gives it. False, with the last error set, if there is none.
+// The symbol at an address, as debug_help::SymGetSymFromAddr64 gives it. False, with the last error set, if there is
+// none.
 bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Symbol64& symbol);
 // The source line. The name of the file is valid until the next call on this thread.
 bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& line);

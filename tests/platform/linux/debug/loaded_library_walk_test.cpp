@@ -199,8 +199,8 @@ TEST(LinuxLoadedLibraryWalk, ReplacedOrRemovedFileIsNotTrusted) {
   }
 }
 
-// Each round starts with an empty session, since a library has been unloaded. A step or a lookup without memory fails; none
-// throws, and the next round finds everything.
+// Each round starts with an empty session, since a library has been unloaded. A step or a lookup without memory fails;
+// none throws, and the next round finds everything.
 TEST(LinuxLoadedLibraryWalk, FailingAllocationsEndInFailures) {
   DebugHelp const help;
   WalkedLibrary const library(fixtureFolder() / "walked.so");
