@@ -25,6 +25,11 @@ bool LibdwFunctions::canLine() const {
   return canList() && lineOfAddress != nullptr && lineInfo != nullptr;
 }
 
+bool LibdwFunctions::canSearchUnits() const {
+  return nextUnit != nullptr && unitHasAddress != nullptr && lineOfUnit != nullptr && lineFile != nullptr &&
+         lineNumber != nullptr && lineAddress != nullptr;
+}
+
 // Without frameRegisterValue, which is younger than the rest, the general way finds only program counters.
 bool LibdwFunctions::canStep() const {
   return canList() && attachState != nullptr && walkThread != nullptr && setRegisters != nullptr && framePc != nullptr;
@@ -58,6 +63,12 @@ void* openLibdw(LibdwFunctions& functions) {
   find(functions.symbolOfAddress, "dwfl_module_addrinfo");
   find(functions.lineOfAddress, "dwfl_module_getsrc");
   find(functions.lineInfo, "dwfl_lineinfo");
+  find(functions.nextUnit, "dwfl_module_nextcu");
+  find(functions.unitHasAddress, "dwarf_haspc");
+  find(functions.lineOfUnit, "dwarf_getsrc_die");
+  find(functions.lineFile, "dwarf_linesrc");
+  find(functions.lineNumber, "dwarf_lineno");
+  find(functions.lineAddress, "dwarf_lineaddr");
   find(functions.debugData, "dwfl_module_getdwarf");
   find(functions.symbolCount, "dwfl_module_getsymtab");
   find(functions.exceptionFrames, "dwfl_module_eh_cfi");

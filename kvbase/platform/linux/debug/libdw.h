@@ -36,6 +36,12 @@ struct LibdwFunctions {
   decltype(&::dwfl_module_addrinfo) symbolOfAddress;
   decltype(&::dwfl_module_getsrc) lineOfAddress;
   decltype(&::dwfl_lineinfo) lineInfo;
+  decltype(&::dwfl_module_nextcu) nextUnit;
+  decltype(&::dwarf_haspc) unitHasAddress;
+  decltype(&::dwarf_getsrc_die) lineOfUnit;
+  decltype(&::dwarf_linesrc) lineFile;
+  decltype(&::dwarf_lineno) lineNumber;
+  decltype(&::dwarf_lineaddr) lineAddress;
   decltype(&::dwfl_module_getdwarf) debugData;
   decltype(&::dwfl_module_getsymtab) symbolCount;
   // Frames.
@@ -50,11 +56,12 @@ struct LibdwFunctions {
   decltype(&::dwfl_frame_pc) framePc;
   decltype(&::dwfl_frame_reg) frameRegisterValue;
 
-  bool canList() const;   // sessions and modules
-  bool canName() const;   // names of functions
-  bool canLine() const;   // source lines
-  bool canStep() const;   // frames by the general way
-  bool canLearn() const;  // frames by rules that are remembered
+  bool canList() const;         // sessions and modules
+  bool canName() const;         // names of functions
+  bool canLine() const;         // source lines
+  bool canSearchUnits() const;  // source lines of modules without a table of units by address
+  bool canStep() const;         // frames by the general way
+  bool canLearn() const;        // frames by rules that are remembered
 };
 
 // Loads the library and looks up its functions. Null if it is not there. Must be released with dlclose.

@@ -110,6 +110,29 @@ void findSymbol(DebugSession& session, Resolved& entry) {
   entry.symbolKnown = module != nullptr;
 }
 
+void setLine(Resolved& entry, char const* file, int number, std::uint64_t start) {
+  entry.file.assign(file, strnlen(file, kResolvedTextCapacity - 1));
+  entry.line = static_cast<ulong32>(number);
+  entry.lineStart = start;
+}
+
+// Some compilers write no table that leads from an address to its unit, so that the units themselves are asked.
+void searchLineInUnits(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& entry) {
+  if (!libdw.canSearchUnits()) return;
+  Dwarf_Addr bias = 0;
+  for (Dwarf_Die* unit = nullptr; (unit = libdw.nextUnit(module, unit, &bias)) != nullptr;) {
+    if (libdw.unitHasAddress(unit, entry.address - bias) != 1) continue;
+    Dwarf_Line* const line = libdw.lineOfUnit(unit, entry.address - bias);
+    char const* const file = line == nullptr ? nullptr : libdw.lineFile(line, nullptr, nullptr);
+    int number = 0;
+    Dwarf_Addr start = 0;
+    bool const isComplete =
+        file != nullptr && libdw.lineNumber(line, &number) == 0 && libdw.lineAddress(line, &start) == 0;
+    if (isComplete) setLine(entry, file, number, start + bias);
+    return;
+  }
+}
+
 void findLine(DebugSession& session, Resolved& entry) {
   DebugSession::Module* const module = session.moduleAt(entry.address);
   if (module != nullptr && module->handle != nullptr && session.libdw().canLine()) {
@@ -120,9 +143,9 @@ void findLine(DebugSession& session, Resolved& entry) {
     char const* const file =
         line == nullptr ? nullptr : session.libdw().lineInfo(line, &start, &number, nullptr, nullptr, nullptr);
     if (file != nullptr) {
-      entry.file.assign(file, strnlen(file, kResolvedTextCapacity - 1));
-      entry.line = static_cast<ulong32>(number);
-      entry.lineStart = start;
+      setLine(entry, file, number, start);
+    } else {
+      searchLineInUnits(session.libdw(), module->handle, entry);
     }
   }
   entry.lineKnown = module != nullptr;
