@@ -32,6 +32,16 @@ int runProgram(std::filesystem::path const& program, std::vector<std::string> co
   if (!started) return -1;
   WaitForSingleObject(process.hProcess, INFINITE);
   DWORD status = 0;
+  // The handles of a program may be closed a moment after its end; until then its output cannot be removed.
+  for (int attempt = 0; !output.empty() && attempt < 500; ++attempt) {
+    HANDLE const file =
+        CreateFileW(output.wstring().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+      CloseHandle(file);
+      break;
+    }
+    Sleep(10);
+  }
   bool const known = GetExitCodeProcess(process.hProcess, &status) != 0;
   CloseHandle(process.hThread);
   CloseHandle(process.hProcess);
