@@ -81,6 +81,7 @@ void PrintTo(ProductRow const& row, std::ostream* out) {
 ProductRow const kProductRows[] = {
     {"AllTexts", "tool", "\\Scan Works\\Scan Tool\\2.1.0.7\\"},
     {"TextsWithoutValue", "empty_values", "\\VOLQ Fabrication GmbH\\Scan Tool\\internal\\"},
+    {"AnEmptyTextIsAValue", "empty_text", "\\\\Scan Tool\\internal\\"},
     {"MissingTexts", "missing_values", "\\VOLQ Fabrication GmbH\\Scan Tool\\internal\\"},
     {"TwoTranslations", "two_translations", "\\Scanwerke\\Scanwerkzeug\\2.1\\"},
     {"TextsOfAnotherLanguage", "other_language", "\\VOLQ Fabrication GmbH\\custom product\\internal\\"},

@@ -502,6 +502,7 @@ TEST_F(ModuleApiTest, VersionDataThatLacksSomething) {
       {"missing_values", {0x409, 1200}, "(none)", "Scan Tool"},
       {"other_language", {0x409, 1200}, "(none)", "(none)"},
       {"empty_values", {0x409, 1200}, "(empty)", "Scan Tool"},
+      {"empty_text", {0x409, 1200}, "", "Scan Tool"},
       {"two_translations", {0x407, 1200, 0x409, 1200}, "Scan Works", "Scan Tool"},
   };
   for (Row const& row : rows) {

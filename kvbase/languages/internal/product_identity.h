@@ -24,11 +24,11 @@ struct VersionInfoBlock {
   // Loads the resource of a file, once for a block. False if the file has none or it cannot be read.
   bool load(wstring const& file);
 
-  // The text `key` in the language and code page of the first translation; `defaultText` if there is none or it is
-  // empty. The result is valid as long as the block and `defaultText` are. COMPAT: a missing text gives the default but
-  // a missing table of translations throws std::runtime_error("VerQueryValue failed"). A table that is there but holds
-  // nothing gives the default. A key of 235 units or more does not fit the query and throws
-  // std::runtime_error("stprintf failed").
+  // The text `key` in the language and code page of the first translation; `defaultText` if there is none or its value
+  // has no units, not even a terminator. The result is valid as long as the block and `defaultText` are. COMPAT: a
+  // missing text gives the default but a missing table of translations throws std::runtime_error("VerQueryValue
+  // failed"). A table that is there but holds nothing gives the default. A key of 235 units or more does not fit the
+  // query and throws std::runtime_error("stprintf failed").
   // REQUIRES: the block is loaded; neither text is null.
   wchar const* GetVersionInfoString(wchar const* key, wchar const* defaultText);
 };

@@ -75,7 +75,7 @@ bool VersionBlock::textLength(Block const& block, ulong32& length) const {
     }
     if (size > room) return false;
   }
-  length = size == 1 ? 0 : static_cast<ulong32>(size);
+  length = static_cast<ulong32>(size);
   return true;
 }
 

@@ -26,8 +26,9 @@ class VersionBlock {
 
   // Finds the value at a path of keys, "\VarFileInfo\Translation"; keys compare without regard to case, and empty ones
   // are skipped. "\" is the fixed part, and there is none if it is not complete. A text is a value marked so, and each
-  // below "\StringFileInfo": it has a terminator, and `length` counts its units with the terminator; an empty text has
-  // length 0. Of all other values `length` counts bytes. False, with unchanged outputs, if there is no such value.
+  // below "\StringFileInfo": it has a terminator, and `length` counts its units with the terminator; a value without
+  // units has length 0. Of all other values `length` counts bytes. False, with unchanged outputs, if there is no such
+  // value.
   bool query(wchar const* path, void const*& value, ulong32& length) const;
 
  private:

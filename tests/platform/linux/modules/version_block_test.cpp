@@ -132,10 +132,12 @@ TEST(VersionBlock, ATranslationTableWithoutEntriesIsFoundWithLengthZero) {
   EXPECT_EQ(query(bytes, kTranslation, false), (Answer{true, "", 0}));
 }
 
-TEST(VersionBlock, AnEmptyTextHasLengthZero) {
+TEST(VersionBlock, ATextWithoutAnyUnitHasLengthZero) {
   EXPECT_EQ(query(rootOfStrings({block(KVW("CompanyName"), "", 0, kText)}), kCompany), (Answer{true, "", 0}));
-  EXPECT_EQ(query(rootOfStrings({text(KVW("CompanyName"), KVW(""))}), kCompany), (Answer{true, "", 0}))
-      << "stored as one terminator";
+}
+
+TEST(VersionBlock, ATextThatIsOneTerminatorHasLengthOne) {
+  EXPECT_EQ(query(rootOfStrings({text(KVW("CompanyName"), KVW(""))}), kCompany), found(KVW("")));
 }
 
 TEST(VersionBlock, ATextWithALengthInBytesEndsAtItsTerminator) {
