@@ -39,11 +39,6 @@ class DirectoryCopy : public ScriptedSystem<ScriptedDisk> {
 Log made(std::string const& parent, std::string const& folder) {
   return {"getAttributes " + folder, "getAttributes " + parent, "createDirectory " + folder};
 }
-Log joined(std::initializer_list<Log> parts) {
-  Log all;
-  for (Log const& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
-}
 Log const kBothThere = {R"(getAttributes \\?\C:\s\)", R"(getAttributes \\?\C:\t\)", R"(findFirst C:\s\*)"};
 
 TEST_F(DirectoryCopy, RecursiveInTheFixedOrder) {

@@ -50,12 +50,6 @@ Log const kFilesGo = {
     R"(getAttributes \\?\C:\d\b)", R"(deleteFile \\?\C:\d\b)",
 };
 
-Log joined(std::initializer_list<Log> parts) {
-  Log all;
-  for (Log const& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
-}
-
 TEST_F(DirectoryRemoval, RecursiveTakesFoldersFirstThenFilesThenItself) {
   EXPECT_TRUE(directory->remove(true));
   EXPECT_EQ(files.calls(), joined({{R"(getAttributes \\?\C:\d\)", R"(getAttributes \\?\C:\d\)"},

@@ -15,8 +15,8 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-constexpr ulong32 kFile = platform::kAttributeNormal;
-constexpr ulong32 kFolder = platform::kAttributeDirectory;
+constexpr ulong32 kFileEntry = platform::kAttributeNormal;
+constexpr ulong32 kFolderEntry = platform::kAttributeDirectory;
 
 enum Kind { kContents, kDirectories, kFiles };
 Kind const kKinds[] = {kContents, kDirectories, kFiles};
@@ -62,12 +62,12 @@ class DirectorySearch : public ::testing::Test {
 };
 
 TEST_F(DirectorySearch, EachKindGivesItsItemsInTheOrderOfTheSystem) {
-  entries({{kFolder, KVW(".")},
-           {kFolder, KVW("..")},
-           {kFile, KVW("z.txt")},
-           {kFolder, KVW("b")},
-           {kFile | platform::kAttributeHidden, KVW(".hidden")},
-           {kFolder | platform::kAttributeReparsePoint, KVW("link")},
+  entries({{kFolderEntry, KVW(".")},
+           {kFolderEntry, KVW("..")},
+           {kFileEntry, KVW("z.txt")},
+           {kFolderEntry, KVW("b")},
+           {kFileEntry | platform::kAttributeHidden, KVW(".hidden")},
+           {kFolderEntry | platform::kAttributeReparsePoint, KVW("link")},
            {0, KVW("a")}});
   EXPECT_EQ(itemsOf(kContents),
             Texts({R"(C:\d\z.txt)", R"(C:\d\b\)", R"(C:\d\.hidden)", R"(C:\d\link\)", R"(C:\d\a)"}));
@@ -76,7 +76,7 @@ TEST_F(DirectorySearch, EachKindGivesItsItemsInTheOrderOfTheSystem) {
 }
 
 TEST_F(DirectorySearch, WorksOneEntryAhead) {
-  entries({{kFile, KVW("a")}, {kFile, KVW("b")}});
+  entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}});
   for (Kind const kind : {kContents, kFiles}) {
     SCOPED_TRACE(kKindNames[kind]);
     Next next = start(kind);
@@ -93,7 +93,11 @@ TEST_F(DirectorySearch, WorksOneEntryAhead) {
 }
 
 TEST_F(DirectorySearch, PassesOverWhatIsNotOfItsKindOnlyWhenAsked) {
-  entries({{kFolder, KVW(".")}, {kFolder, KVW("..")}, {kFile, KVW("f")}, {kFolder, KVW("d")}, {kFile, KVW("g")}});
+  entries({{kFolderEntry, KVW(".")},
+           {kFolderEntry, KVW("..")},
+           {kFileEntry, KVW("f")},
+           {kFolderEntry, KVW("d")},
+           {kFileEntry, KVW("g")}});
   struct Row {
     Kind kind;
     char const* first;
@@ -120,7 +124,7 @@ TEST_F(DirectorySearch, PassesOverWhatIsNotOfItsKindOnlyWhenAsked) {
 }
 
 TEST_F(DirectorySearch, AnEmptyFolderEndsBehindItsDots) {
-  entries({{kFolder, KVW(".")}, {kFolder, KVW("..")}});
+  entries({{kFolderEntry, KVW(".")}, {kFolderEntry, KVW("..")}});
   for (Kind const kind : kKinds) {
     SCOPED_TRACE(kKindNames[kind]);
     Next next = start(kind);
@@ -131,13 +135,13 @@ TEST_F(DirectorySearch, AnEmptyFolderEndsBehindItsDots) {
 }
 
 TEST_F(DirectorySearch, NamesThatOnlyStartLikeDotsAreItems) {
-  entries({{kFolder, KVW("..a")}, {kFolder, KVW(".b")}});
+  entries({{kFolderEntry, KVW("..a")}, {kFolderEntry, KVW(".b")}});
   EXPECT_EQ(itemsOf(kContents), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
   EXPECT_EQ(itemsOf(kDirectories), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
 }
 
 TEST_F(DirectorySearch, DotsWithoutTheDirectoryBitAreStillPassedOver) {
-  entries({{kFile, KVW(".")}, {kFile, KVW("..")}, {kFile, KVW("f")}});
+  entries({{kFileEntry, KVW(".")}, {kFileEntry, KVW("..")}, {kFileEntry, KVW("f")}});
   EXPECT_EQ(itemsOf(kContents), Texts{R"(C:\d\f)"});
   EXPECT_EQ(itemsOf(kDirectories), Texts());
 }
@@ -156,7 +160,7 @@ TEST_F(DirectorySearch, AnInvalidHandleIsTheEndAtOnce) {
 }
 
 TEST_F(DirectorySearch, AnIteratorThatGoesClosesItsSearch) {
-  entries({{kFile, KVW("a")}, {kFile, KVW("b")}, {kFile, KVW("c")}});
+  entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}, {kFileEntry, KVW("c")}});
   Next next = start(kFiles);
   EXPECT_EQ(next(), R"(C:\d\a)");
   EXPECT_EQ(files.openSearches(), 1);
@@ -167,7 +171,7 @@ TEST_F(DirectorySearch, AnIteratorThatGoesClosesItsSearch) {
 }
 
 TEST_F(DirectorySearch, AnErrorEndsTheSearchLikeTheLastEntry) {
-  entries({{kFile, KVW("a")}, {kFile, KVW("b")}, {kFile, KVW("c")}});
+  entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}, {kFileEntry, KVW("c")}});
   FailingFiles failing(3, files);  // findFirst, findNext, and then the findNext that fails
   platform::ScopedBackend<platform::FileApi> const inner(failing);
   Next next = start(kFiles);
@@ -180,7 +184,11 @@ TEST_F(DirectorySearch, AnErrorEndsTheSearchLikeTheLastEntry) {
 }
 
 TEST_F(DirectorySearch, ARefusedNameIsNullInItsPlaceAndTheSearchGoesOn) {
-  entries({{kFile, KVW("a")}, {kFile, KVW("b ")}, {kFolder, KVW("c.")}, {kFolder, KVW("d")}, {kFile, KVW("e")}});
+  entries({{kFileEntry, KVW("a")},
+           {kFileEntry, KVW("b ")},
+           {kFolderEntry, KVW("c.")},
+           {kFolderEntry, KVW("d")},
+           {kFileEntry, KVW("e")}});
   Next contents = start(kContents);
   EXPECT_EQ(contents(), R"(C:\d\a)");
   EXPECT_EQ(contents(), "null");
@@ -206,7 +214,7 @@ TEST_F(DirectorySearch, ARefusedNameIsNullInItsPlaceAndTheSearchGoesOn) {
 }
 
 TEST_F(DirectorySearch, ItemsShareTheDirectorySearched) {
-  entries({{kFile, KVW("a")}});
+  entries({{kFileEntry, KVW("a")}});
   SmartPtr<FileIterator> const iterator = directory->findFiles(String(KVW("*")));
   SmartPtr<File const> const file = iterator->getNext();
   EXPECT_EQ(file->getDirectory(), directory);  // absolute already, so the very object
@@ -262,7 +270,7 @@ TEST_F(DirectorySearch, AnInvalidPatternGivesNoIteratorAndOneMessage) {
 
 TEST_F(DirectorySearch, ARelativeDirectoryIsResolvedOnceWhenTheSearchStarts) {
   files.script.directory = KVW(R"(C:\d)");
-  files.script.searches[KVW(R"(C:\d\sub\*)")] = {{kFile, KVW("a")}, {kFile, KVW("b")}};
+  files.script.searches[KVW(R"(C:\d\sub\*)")] = {{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}};
   Next next = search(*directoryAt(KVW("sub")), kFiles, String(KVW("*")));
   EXPECT_EQ(calls(), Log({"currentDirectory", R"(findFirst C:\d\sub\*)"}));
   files.script.directory = KVW(R"(D:\)");
@@ -280,7 +288,7 @@ TEST_F(DirectorySearch, WithoutAbsoluteFormThereIsNoIterator) {
 }
 
 TEST_F(DirectorySearch, ACopySharesTheSearchAndSeesItClosed) {
-  entries({{kFile, KVW("a")}, {kFile, KVW("b")}, {kFile, KVW("c")}, {kFile, KVW("d")}});
+  entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}, {kFileEntry, KVW("c")}, {kFileEntry, KVW("d")}});
   SmartPtr<FileIterator> const iterator = directory->findFiles(String(KVW("*")));
   {
     SmartPtr<FileIterator> const copy(new FileIterator(*iterator));
@@ -297,7 +305,7 @@ TEST_F(DirectorySearch, ACopySharesTheSearchAndSeesItClosed) {
 }
 
 TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
-  entries({{kFile, KVW("a")}});
+  entries({{kFileEntry, KVW("a")}});
   SmartPtr<FileIterator> const target = directory->findFiles(String(KVW("*")));
   SmartPtr<FileIterator> const finished = directory->findFiles(String(KVW("none")));
   {
@@ -313,7 +321,7 @@ TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
 
 // Called through the base class, getNext gives files and directories, whatever the class of the iterator.
 TEST_F(DirectorySearch, TheBasesGetNextIsNotVirtual) {
-  entries({{kFolder, KVW("d")}, {kFile, KVW("f")}});
+  entries({{kFolderEntry, KVW("d")}, {kFileEntry, KVW("f")}});
   SmartPtr<FileSystemIterator> const iterator = directory->findFiles(String(KVW("*")));
   EXPECT_EQ(fullName(iterator->getNext()), R"(C:\d\d\)");
   EXPECT_EQ(fullName(iterator->getNext()), R"(C:\d\f)");

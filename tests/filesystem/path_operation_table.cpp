@@ -18,10 +18,10 @@ SmartPtr<Path> copyOf(SmartPtr<Path const> const& path) {
   return new Path(*path);
 }
 
-std::string textOf(bool value) {
+std::string resultText(bool value) {
   return value ? "true" : "false";
 }
-std::string textOf(FileSystemItem::ComparisonResult result) {
+std::string resultText(FileSystemItem::ComparisonResult result) {
   return std::to_string(static_cast<int>(result));
 }
 
@@ -45,7 +45,7 @@ std::string nextOf(SmartPtr<Iterator> const& iterator) {
 }
 template <>
 std::string nextOf(SmartPtr<FileSystemIterator> const& iterator) {
-  return textOf(iterator->getNext() == nullptr);
+  return resultText(iterator->getNext() == nullptr);
 }
 
 char const* const kNone = "";
@@ -81,7 +81,7 @@ std::vector<PathOperation> const& pathOperations() {
          return described(copy);
        }},
       {"Directory::getRoot", kNone, [](Items i) { return shown(i.directory->getRoot()); }},
-      {"Directory::isAbsolute", kNone, [](Items i) { return textOf(i.directory->isAbsolute()); }},
+      {"Directory::isAbsolute", kNone, [](Items i) { return resultText(i.directory->isAbsolute()); }},
       {"Directory::getParent", kNone, [](Items i) { return described(i.directory->getParent()); }},
       {"Directory::appendLevel", kNone, [](Items i) { return described(i.directory->appendLevel(i.level)); }},
       {"Directory::appendPath", kNone, [](Items i) { return described(i.directory->appendPath(*i.otherDirectory)); }},
@@ -97,11 +97,11 @@ std::vector<PathOperation> const& pathOperations() {
       {"Directory::makeRelative", kCurrent,
        [](Items i) { return described(i.directory->makeRelative(i.otherDirectory)); }},
       {"Directory::contains: a directory", kNone,
-       [](Items i) { return textOf(i.directory->contains(*i.otherDirectory)); }},
-      {"Directory::contains: a file", kNone, [](Items i) { return textOf(i.directory->contains(*i.file)); }},
-      {"Directory::equals", kCurrent, [](Items i) { return textOf(i.directory->equals(i.otherDirectory)); }},
+       [](Items i) { return resultText(i.directory->contains(*i.otherDirectory)); }},
+      {"Directory::contains: a file", kNone, [](Items i) { return resultText(i.directory->contains(*i.file)); }},
+      {"Directory::equals", kCurrent, [](Items i) { return resultText(i.directory->equals(i.otherDirectory)); }},
       {"Directory::equals: null", kNone,
-       [](Items i) { return textOf(i.directory->equals(SmartPtr<Directory const>())); }},
+       [](Items i) { return resultText(i.directory->equals(SmartPtr<Directory const>())); }},
 
       {"File::File", kNone, [](Items i) { return described(copyOf(i.file)); }},
       {"File::operator=", kNone,
@@ -125,12 +125,12 @@ std::vector<PathOperation> const& pathOperations() {
       {"File::getBaseName", kNone, [](Items i) { return shown(i.file->getBaseName()); }},
       {"File::getExtension", kNone, [](Items i) { return shown(i.file->getExtension()); }},
       {"File::getDirectory", kNone, [](Items i) { return described(i.file->getDirectory()); }},
-      {"File::isAbsolute", kNone, [](Items i) { return textOf(i.file->isAbsolute()); }},
+      {"File::isAbsolute", kNone, [](Items i) { return resultText(i.file->isAbsolute()); }},
       {"File::replaceExtension", kNone, [](Items i) { return described(i.file->replaceExtension(i.level)); }},
       {"File::makeAbsolute", kCurrent, [](Items i) { return described(i.otherFile->makeAbsolute()); }},
       {"File::makeRelative", kCurrent, [](Items i) { return described(i.file->makeRelative(i.directory)); }},
-      {"File::equals", kCurrent, [](Items i) { return textOf(i.file->equals(i.otherFile)); }},
-      {"File::equals: null", kNone, [](Items i) { return textOf(i.file->equals(SmartPtr<File const>())); }},
+      {"File::equals", kCurrent, [](Items i) { return resultText(i.file->equals(i.otherFile)); }},
+      {"File::equals: null", kNone, [](Items i) { return resultText(i.file->equals(SmartPtr<File const>())); }},
 
       {"FileSystemIterator::FileSystemIterator", kSearch,
        [](Items) { return nextOf(SmartPtr<FileSystemIterator>(new FileSystemIterator(*contents()))); }},
@@ -172,7 +172,7 @@ std::vector<PathOperation> const& pathOperations() {
          *target = std::move(*files());
          return nextOf(target);
        }},
-      {"FileCollectionIterator::create", kSearch, [](Items i) { return textOf(collection(i) != nullptr); }},
+      {"FileCollectionIterator::create", kSearch, [](Items i) { return resultText(collection(i) != nullptr); }},
       {"FileCollectionIterator::getNext", kSearch, [](Items i) { return nextOf(collection(i)); }},
       {"FileCollectionIterator::FileCollectionIterator", kSearch,
        [](Items i) { return nextOf(SmartPtr<FileCollectionIterator>(new FileCollectionIterator(*collection(i)))); }},

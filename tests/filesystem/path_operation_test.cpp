@@ -70,10 +70,9 @@ std::vector<PathItems> oddItems() {
   };
 }
 
-std::string described(PathItems const& items) {
-  return testing::described(items.directory) + ", " + testing::described(items.otherDirectory) + ", " +
-         testing::described(items.file) + ", " + testing::described(items.otherFile) + ", " + shown(items.text) + ", " +
-         shown(items.level);
+std::string describedItems(PathItems const& items) {
+  return described(items.directory) + ", " + described(items.otherDirectory) + ", " + described(items.file) + ", " +
+         described(items.otherFile) + ", " + shown(items.text) + ", " + shown(items.level);
 }
 
 TEST_F(PathOperations, LeaveTheDiskAndTheirObjectsAlone) {
@@ -85,7 +84,7 @@ TEST_F(PathOperations, LeaveTheDiskAndTheirObjectsAlone) {
   }
   for (PathItems const& items : oddItems()) all.push_back(items);
   for (PathItems const& items : all) {
-    std::string const before = described(items);
+    std::string const before = describedItems(items);
     for (PathOperation const& operation : pathOperations()) {
       SCOPED_TRACE(std::string(operation.name) + ", " + items.name);
       files.clearLog();
@@ -93,7 +92,7 @@ TEST_F(PathOperations, LeaveTheDiskAndTheirObjectsAlone) {
       Texts const reported = messages.take();
       EXPECT_EQ(operation.run(items), result);
       EXPECT_EQ(messages.take(), reported);
-      EXPECT_EQ(described(items), before);
+      EXPECT_EQ(describedItems(items), before);
       for (std::string const& call : files.log()) {
         std::string const name = call.substr(0, call.find(' '));
         EXPECT_NE(std::string(operation.calls).find(name), std::string::npos) << call;
@@ -118,7 +117,7 @@ TEST(PathAllocation, EveryOperationCleansUp) {
   FrugalFiles files;
   platform::ScopedBackend<platform::FileApi> const scope(files);
   for (PathItems const& items : ordinaryItems()) {
-    std::string const before = described(items);
+    std::string const before = describedItems(items);
     for (PathOperation const& operation : pathOperations()) {
       SCOPED_TRACE(std::string(operation.name) + ", " + items.name);
       operation.run(items);  // what is built on first use stands from here on
@@ -137,7 +136,7 @@ TEST(PathAllocation, EveryOperationCleansUp) {
         if (!memory.failed()) break;
         ASSERT_LT(n, 10000);
       }
-      ASSERT_EQ(described(items), before);
+      ASSERT_EQ(describedItems(items), before);
     }
   }
 }
@@ -161,9 +160,9 @@ TEST(PathAllocation, AReceiverIsAsBeforeWhereMemoryRanOut) {
     bool const targetThrew = throws([&] { *target = *directory; });
     bool const fileThrew = throws([&] { file->setName(name); });
     scope.end();
-    EXPECT_EQ(testing::described(directory), directoryThrew ? "abs C: [a][b]" : "abs C: [a][new.ext]");
-    EXPECT_EQ(testing::described(target), targetThrew ? "abs \\\\s\\t [x]" : testing::described(directory));
-    EXPECT_EQ(testing::described(file), fileThrew ? "abs C: [a] | b | txt" : "abs C: [a] | new | ext");
+    EXPECT_EQ(described(directory), directoryThrew ? "abs C: [a][b]" : "abs C: [a][new.ext]");
+    EXPECT_EQ(described(target), targetThrew ? "abs \\\\s\\t [x]" : described(directory));
+    EXPECT_EQ(described(file), fileThrew ? "abs C: [a] | b | txt" : "abs C: [a] | new | ext");
     if (!scope.failed()) return;
   }
   FAIL() << "never passed";

@@ -27,7 +27,7 @@ Modules backward() {
   return modules;
 }
 
-Modules joined(Modules left, Modules const& right) {
+Modules joinedModules(Modules left, Modules const& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
 }
@@ -42,9 +42,9 @@ TEST(ModuleList, AModuleJoinsAtTheEndAndLeavesWhenItGoes) {
   Modules const before = forward();
   {
     ModuleOwner one;
-    EXPECT_EQ(forward(), joined(before, {&one.module()}));
+    EXPECT_EQ(forward(), joinedModules(before, {&one.module()}));
     ModuleOwner two;
-    EXPECT_EQ(forward(), joined(before, {&one.module(), &two.module()}));
+    EXPECT_EQ(forward(), joinedModules(before, {&one.module(), &two.module()}));
   }
   EXPECT_EQ(forward(), before);
 }
@@ -64,7 +64,7 @@ TEST(ModuleList, AModuleGoesFromAnyPlaceOfTheList) {
     EXPECT_EQ(backward(), Modules(expected.rbegin(), expected.rend()));
     // The list grows as before behind the gap.
     ModuleOwner next;
-    EXPECT_EQ(forward(), joined(expected, {&next.module()}));
+    EXPECT_EQ(forward(), joinedModules(expected, {&next.module()}));
   }
   EXPECT_EQ(forward(), before);
 }

@@ -16,7 +16,7 @@ namespace {
 wchar const* const kPath = KVW("C:/data/projects/2020/march/scans/scan0001.dat");
 wchar const* const kLetters = KVW("abcdefghijklmnopqrstuvwxyz");
 
-struct Row {
+struct DisplayRow {
   char const* name;
   wchar const* text;
   int limit;
@@ -24,7 +24,7 @@ struct Row {
   char const* result;
 };
 
-void expectShortened(Row const& row) {
+void expectShortened(DisplayRow const& row) {
   SCOPED_TRACE(row.name);
   String const string(row.text);
   String const holder = string;
@@ -35,7 +35,7 @@ void expectShortened(Row const& row) {
 }
 
 TEST(StringDisplay, WorkedTable) {
-  Row const rows[] = {
+  DisplayRow const rows[] = {
       {"it fits exactly", kPath, 46, 10, "C:/data/projects/2020/march/scans/scan0001.dat"},
       {"both cuts at slashes", kPath, 45, 10, "C:/data/.../2020/march/scans/scan0001.dat"},
       {"tail begins with its slash", kPath, 30, 10, "C:/data/.../scans/scan0001.dat"},
@@ -51,13 +51,13 @@ TEST(StringDisplay, WorkedTable) {
       {"no slash, no head", kLetters, 10, 0, "...tuvwxyz"},
       {"a negative head is the whole text", kLetters, 10, -1, "abcdefghijklmnopqrstuvwxyz..."},
   };
-  for (Row const& row : rows) expectShortened(row);
+  for (DisplayRow const& row : rows) expectShortened(row);
 }
 
 TEST(StringDisplay, Edges) {
   std::string const path = narrow(kPath);
   std::string const cutPath = "C:/data/projects/2020/march/scans/...0001.dat";
-  Row const rows[] = {
+  DisplayRow const rows[] = {
       {"a negative limit on NIL", nullptr, -1, 0, "..."},
       {"a negative limit and head on NIL", nullptr, -1, -1, "..."},
       {"a head on NIL", nullptr, -1, 5, "..."},
@@ -84,7 +84,7 @@ TEST(StringDisplay, Edges) {
       {"the largest limit", kPath, INT_MAX, 0, path.c_str()},
       {"the largest limit, smallest head", kPath, INT_MAX, INT_MIN, path.c_str()},
   };
-  for (Row const& row : rows) expectShortened(row);
+  for (DisplayRow const& row : rows) expectShortened(row);
 }
 
 TEST(StringDisplay, WhatFitsIsShared) {

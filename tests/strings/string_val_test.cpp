@@ -36,7 +36,7 @@ class Owned {
   StringVal* payload_;
 };
 
-wstring units(StringVal const& payload) {
+wstring unitsOf(StringVal const& payload) {
   return wstring(payload.stringValue(), static_cast<std::size_t>(payload.length()));
 }
 
@@ -70,7 +70,7 @@ TEST(StringVal, WideTextIsTakenByItsSize) {
     SCOPED_TRACE(row.name);
     Owned const payload(StringVal::construct(row.text, row.length, row.capacity));
     EXPECT_EQ(payload->lazyLength(), static_cast<int>(row.expected.size()));
-    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(unitsOf(*payload), row.expected);
     EXPECT_EQ(payload->at(payload->length()), 0);
     EXPECT_EQ(payload->inqRefCount(), 1u);
     EXPECT_NE(payload->stringValue(), row.text);
@@ -82,7 +82,7 @@ TEST(StringVal, SurplusCapacityIsWritable) {
   ASSERT_EQ(payload->length(), 3);
   for (int i = 3; i < 10; ++i) (*payload)[i] = KVW('x');
   (*payload)[10] = 0;
-  EXPECT_EQ(units(*payload), wstring(KVW("abcxxxxxxx")));
+  EXPECT_EQ(unitsOf(*payload), wstring(KVW("abcxxxxxxx")));
 }
 
 TEST(StringVal, OneAllocationForHeaderAndText) {
@@ -121,7 +121,7 @@ TEST(StringVal, NarrowTextIsTakenByItsSize) {
     Owned const payload(StringVal::construct(row.bytes, row.length, -1));
     ASSERT_NE(payload.get(), nullptr);
     EXPECT_EQ(payload->lazyLength(), static_cast<int>(row.expected.size()));
-    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(unitsOf(*payload), row.expected);
     EXPECT_EQ(payload->at(payload->length()), 0);
     EXPECT_EQ(payload->inqRefCount(), 1u);
   }
@@ -197,12 +197,12 @@ TEST(StringVal, CodePagesDecideOnTheText) {
     CodePageInterface const bytes(row.bytes, row.page);
     Owned const payload(StringVal::constructUsingCodepage(bytes, row.length, -1));
     ASSERT_NE(payload.get(), nullptr);
-    EXPECT_EQ(units(*payload), row.expected);
+    EXPECT_EQ(unitsOf(*payload), row.expected);
     EXPECT_EQ(payload->at(payload->length()), 0);
   }
 }
 
-// COMPAT: where the count of bytes differs from the number of decoded units, the length is one short and the last unit lies
+// COMPAT: where the count of bytes differs from the number of decoded unitsOf, the length is one short and the last unit lies
 // behind it.
 TEST(StringVal, CountedDoubleByteTextComesOutOneShort) {
   struct Row {
@@ -254,10 +254,10 @@ TEST(StringVal, ConcatenationBuildsANewPayload) {
     Owned const both(front->concatenation(row.back, row.length));
     EXPECT_NE(front.get(), both.get());
     EXPECT_EQ(both->lazyLength(), static_cast<int>(row.expected.size()));
-    EXPECT_EQ(units(*both), row.expected);
+    EXPECT_EQ(unitsOf(*both), row.expected);
     EXPECT_EQ(both->at(both->length()), 0);
     EXPECT_EQ(both->inqRefCount(), 1u);
-    EXPECT_EQ(units(*front), wstring(row.front));
+    EXPECT_EQ(unitsOf(*front), wstring(row.front));
     EXPECT_EQ(front->inqRefCount(), 1u);
   }
 }
@@ -266,7 +266,7 @@ TEST(StringVal, ConcatenationMeasuresItsOwnTextAndTakesItself) {
   Owned const text(StringVal::construct(KVW("abcd"), -1, -1));
   (*text)[2] = 0;
   Owned const both(text->concatenation(text->stringValue(), -1));
-  EXPECT_EQ(units(*both), wstring(KVW("abab")));
+  EXPECT_EQ(unitsOf(*both), wstring(KVW("abab")));
 }
 
 TEST(StringVal, CountsReferences) {
@@ -306,7 +306,7 @@ TEST(StringVal, TakingThePlaceOfAUnitForgetsTheLength) {
   (*payload)[1] = 0;
   EXPECT_EQ(payload->lazyLength(), -1);
   EXPECT_EQ(payload->length(), 1);
-  EXPECT_EQ(units(*payload), wstring(KVW("x")));
+  EXPECT_EQ(unitsOf(*payload), wstring(KVW("x")));
 }
 
 TEST(StringVal, MeasuringEndsAtAnInnerNul) {
@@ -324,16 +324,19 @@ TEST(StringVal, Reverses) {
     wchar const* expected;
     int lazyLength;
   } const rows[] = {
-      {"empty", KVW(""), KVW(""), 0},          {"one unit", KVW("a"), KVW("a"), 1},
-      {"two units", KVW("ab"), KVW("ba"), -1}, {"odd", KVW("abc"), KVW("cba"), -1},
-      {"even", KVW("abcd"), KVW("dcba"), -1},  {"palindrome", KVW("aba"), KVW("aba"), -1},
+      {"empty", KVW(""), KVW(""), 0},
+      {"one unit", KVW("a"), KVW("a"), 1},
+      {"two unitsOf", KVW("ab"), KVW("ba"), -1},
+      {"odd", KVW("abc"), KVW("cba"), -1},
+      {"even", KVW("abcd"), KVW("dcba"), -1},
+      {"palindrome", KVW("aba"), KVW("aba"), -1},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     Owned const payload(StringVal::construct(row.text, -1, -1));
     payload->reverse();
     EXPECT_EQ(payload->lazyLength(), row.lazyLength);
-    EXPECT_EQ(units(*payload), wstring(row.expected));
+    EXPECT_EQ(unitsOf(*payload), wstring(row.expected));
   }
 }
 

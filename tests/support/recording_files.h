@@ -8,6 +8,7 @@
 //   EXPECT_EQ(files.log(), Log({"getAttributes \\\\?\\C:\\a\\"}));
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,13 @@ namespace KV_1_1 {
 namespace testing {
 
 using Log = std::vector<std::string>;
+
+// The calls of all parts, one after the other.
+inline Log joined(std::initializer_list<Log> parts) {
+  Log all;
+  for (Log const& part : parts) all.insert(all.end(), part.begin(), part.end());
+  return all;
+}
 
 class RecordingFiles : public InterceptedFiles {
  public:

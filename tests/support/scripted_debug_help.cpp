@@ -10,7 +10,7 @@ namespace {
 
 using namespace platform::debug_help;
 
-ScriptedDebugHelp* current = nullptr;
+ScriptedDebugHelp* installed = nullptr;
 
 ScriptedDebugHelp& help() {
   return ScriptedDebugHelp::active();
@@ -204,8 +204,8 @@ ScriptedDebug::Function as(Callee callee) {
 }  // namespace
 
 ScriptedDebugHelp::ScriptedDebugHelp() {
-  if (current != nullptr) std::abort();
-  current = this;
+  if (installed != nullptr) std::abort();
+  installed = this;
   libraries[KVW("dbghelp.dll")] = {
       {"SymInitialize", as(&symInitialize)},
       {"SymCleanup", as(&symCleanup)},
@@ -240,12 +240,12 @@ ScriptedDebugHelp::ScriptedDebugHelp() {
 }
 
 ScriptedDebugHelp::~ScriptedDebugHelp() {
-  current = nullptr;
+  installed = nullptr;
 }
 
 ScriptedDebugHelp& ScriptedDebugHelp::active() {
-  if (current == nullptr) std::abort();
-  return *current;
+  if (installed == nullptr) std::abort();
+  return *installed;
 }
 
 }  // namespace testing

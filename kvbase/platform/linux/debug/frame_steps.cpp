@@ -37,8 +37,7 @@ constexpr std::uint64_t _CONTEXT::*kRegisters[kRegisterCount] = {
 constexpr std::uint64_t _CONTEXT::*kSaved[kSavedRegisterCount] = {
     &_CONTEXT::Rbx, &_CONTEXT::Rbp, &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
 
-// Of the few bytes that the loader keeps for libraries loaded later: it is written for each frame of a walk.
-[[gnu::tls_model("initial-exec")]] thread_local std::uint64_t lastReturnAddress;
+thread_local std::uint64_t lastReturnAddress;
 
 class StackReader {
  public:

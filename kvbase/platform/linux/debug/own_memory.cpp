@@ -21,8 +21,7 @@ struct StackBounds {
   std::uint64_t low;
   std::uint64_t high;
 };
-// Of the few bytes that the loader keeps for libraries loaded later: it is looked at for each frame of a walk.
-[[gnu::tls_model("initial-exec")]] thread_local StackBounds ownStack;
+thread_local StackBounds ownStack;
 
 void determineOwnStack() {
   ownStack = {~std::uint64_t{0}, ~std::uint64_t{0}};

@@ -29,7 +29,7 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-platform::DebugApi& debug() {
+platform::DebugApi& debugApi() {
   return platform::nativeDebug();
 }
 
@@ -38,7 +38,7 @@ std::uint64_t addressOf(void const* pointer) {
 }
 
 bool readMemory(void const* from, void* to, std::size_t size, std::size_t& count) {
-  return debug().readMemory(debug().currentProcess(), addressOf(from), to, size, count);
+  return debugApi().readMemory(debugApi().currentProcess(), addressOf(from), to, size, count);
 }
 
 TEST(LinuxDebugMemory, IsReadFromHeapStackAndText) {
@@ -83,7 +83,7 @@ TEST(LinuxDebugMemory, UnmappedMemoryIsAFailure) {
   EXPECT_FALSE(readMemory(nullptr, copy, sizeof copy, count));
   EXPECT_EQ(count, 0u);
   EXPECT_EQ(platform::nativeErrors().lastError(), platform::kPartialCopy);
-  EXPECT_FALSE(debug().readMemory(debug().currentProcess(), ~std::uint64_t{0} - 3, copy, sizeof copy, count));
+  EXPECT_FALSE(debugApi().readMemory(debugApi().currentProcess(), ~std::uint64_t{0} - 3, copy, sizeof copy, count));
   EXPECT_FALSE(readMemory(pages + pageSize, copy, sizeof copy, count));
   EXPECT_FALSE(readMemory(pages + pageSize - 8, copy, sizeof copy, count));
   EXPECT_LE(count, 8u);
@@ -112,7 +112,7 @@ TEST(LinuxDebugContext, HasTheRegistersOfItsCaller) {
   _CONTEXT context;
   memset(&context, 0xAB, sizeof context);
   context.ContextFlags = platform::debug_help::kContextFull;
-  auto const capture = debug().contextCapture();
+  auto const capture = debugApi().contextCapture();
   capture(&context);
   char local;
   EXPECT_EQ(context.ContextFlags, platform::debug_help::kContextFull);
@@ -127,7 +127,7 @@ TEST(LinuxDebugContext, HasTheRegistersOfItsCaller) {
 TEST(LinuxDebugContext, CaptureChangesNoRegister) {
   _CONTEXT first = {};
   _CONTEXT second = {};
-  auto const capture = debug().contextCapture();
+  auto const capture = debugApi().contextCapture();
   capture(&first);
   capture(&second);
   EXPECT_EQ(first.Rbx, second.Rbx);
@@ -139,17 +139,17 @@ TEST(LinuxDebugContext, CaptureChangesNoRegister) {
 }
 
 TEST(LinuxDebugProcess, HandlesAreConstants) {
-  EXPECT_EQ(debug().currentProcess(), reinterpret_cast<void*>(static_cast<std::intptr_t>(-1)));
-  EXPECT_EQ(debug().currentThread(), GetCurrentThread());
-  EXPECT_EQ(debug().currentProcessId(), static_cast<ulong32>(getpid()));
+  EXPECT_EQ(debugApi().currentProcess(), reinterpret_cast<void*>(static_cast<std::intptr_t>(-1)));
+  EXPECT_EQ(debugApi().currentThread(), GetCurrentThread());
+  EXPECT_EQ(debugApi().currentProcessId(), static_cast<ulong32>(getpid()));
 }
 
 TEST(LinuxDebugProcess, ProgramPathHasBothNotations) {
   std::string narrow;
   wstring wide;
   wstring ofModule;
-  ASSERT_TRUE(debug().programPath(narrow));
-  ASSERT_TRUE(debug().programPath(wide));
+  ASSERT_TRUE(debugApi().programPath(narrow));
+  ASSERT_TRUE(debugApi().programPath(wide));
   EXPECT_EQ(std::filesystem::path(narrow), std::filesystem::canonical("/proc/self/exe"));
   EXPECT_EQ(wide[0], KVW('\\'));
   ASSERT_TRUE(platform::nativeModules().modulePath(nullptr, ofModule));
@@ -161,14 +161,14 @@ TEST(LinuxDebugProcess, CurrentDirectory) {
   std::string path = "before";
   {
     CurrentPath const current(folder.path());
-    EXPECT_TRUE(debug().currentDirectory(path));
+    EXPECT_TRUE(debugApi().currentDirectory(path));
     EXPECT_EQ(path, folder.path().string());
   }
   std::filesystem::create_directory(folder.path("gone"));
   CurrentPath const current(folder.path("gone"));
   std::filesystem::remove(folder.path("gone"));
   path = "before";
-  EXPECT_FALSE(debug().currentDirectory(path));
+  EXPECT_FALSE(debugApi().currentDirectory(path));
   EXPECT_EQ(path, "before");
 }
 
@@ -178,18 +178,18 @@ TEST(LinuxDebugProcess, EnvironmentVariables) {
   EnvironmentVariable const unset("KVBASE_TEST_C", nullptr);
   std::string narrow = "before";
   wstring wide = KVW("before");
-  EXPECT_TRUE(debug().environmentVariable("KVBASE_TEST_A", narrow));
+  EXPECT_TRUE(debugApi().environmentVariable("KVBASE_TEST_A", narrow));
   EXPECT_EQ(narrow, "value \u00E4");
-  EXPECT_TRUE(debug().environmentVariable(KVW("KVBASE_TEST_A"), wide));
+  EXPECT_TRUE(debugApi().environmentVariable(KVW("KVBASE_TEST_A"), wide));
   EXPECT_EQ(wide, KVW("value \u00E4"));
   for (char const* name : {"KVBASE_TEST_B", "KVBASE_TEST_C"}) {
     narrow = "before";
-    EXPECT_FALSE(debug().environmentVariable(name, narrow)) << name;
+    EXPECT_FALSE(debugApi().environmentVariable(name, narrow)) << name;
     EXPECT_EQ(narrow, "before");
   }
   wide = KVW("before");
-  EXPECT_FALSE(debug().environmentVariable(KVW("KVBASE_TEST_B"), wide));
-  EXPECT_FALSE(debug().environmentVariable(KVW("KVBASE_TEST_C"), wide));
+  EXPECT_FALSE(debugApi().environmentVariable(KVW("KVBASE_TEST_B"), wide));
+  EXPECT_FALSE(debugApi().environmentVariable(KVW("KVBASE_TEST_C"), wide));
   EXPECT_EQ(wide, KVW("before"));
 }
 
@@ -197,24 +197,24 @@ TEST(LinuxDebugProcess, NarrowVariableMustFit) {
   std::string narrow;
   wstring wide;
   EnvironmentVariable const longest("KVBASE_TEST_A", std::string(1023, 'x').c_str());
-  EXPECT_TRUE(debug().environmentVariable("KVBASE_TEST_A", narrow));
+  EXPECT_TRUE(debugApi().environmentVariable("KVBASE_TEST_A", narrow));
   EnvironmentVariable const tooLong("KVBASE_TEST_B", std::string(1024, 'y').c_str());
-  EXPECT_FALSE(debug().environmentVariable("KVBASE_TEST_B", narrow));
+  EXPECT_FALSE(debugApi().environmentVariable("KVBASE_TEST_B", narrow));
   EXPECT_EQ(narrow, std::string(1023, 'x'));
-  EXPECT_TRUE(debug().environmentVariable(KVW("KVBASE_TEST_B"), wide));
+  EXPECT_TRUE(debugApi().environmentVariable(KVW("KVBASE_TEST_B"), wide));
   EXPECT_EQ(wide.size(), 1024u);
 }
 
 TEST(LinuxDebugProcess, UserNameIsThatOfTheUser) {
   std::string name;
-  ASSERT_TRUE(debug().userName(name));
+  ASSERT_TRUE(debugApi().userName(name));
   passwd const* const entry = getpwuid(geteuid());
   EXPECT_EQ(name, entry != nullptr ? entry->pw_name : std::to_string(geteuid()));
 }
 
 TEST(LinuxDebugProcess, SystemVersionIsThatOfTheKernel) {
   platform::SystemVersion version;
-  ASSERT_TRUE(debug().systemVersion(version));
+  ASSERT_TRUE(debugApi().systemVersion(version));
   utsname names;
   ASSERT_EQ(uname(&names), 0);
   std::string const release = names.release;
@@ -227,10 +227,10 @@ TEST(LinuxDebugProcess, SystemVersionIsThatOfTheKernel) {
 
 TEST(LinuxDebugProcess, VersionOfAModule) {
   std::string const file = (fixtureFolder() / moduleFile("tool")).string();
-  ulong32 const size = debug().versionInfoSize(file.c_str());
+  ulong32 const size = debugApi().versionInfoSize(file.c_str());
   ASSERT_GT(size, 0u);
   std::vector<char> block(size);
-  ASSERT_TRUE(debug().versionInfo(file.c_str(), size, block.data()));
+  ASSERT_TRUE(debugApi().versionInfo(file.c_str(), size, block.data()));
   void const* value = nullptr;
   ulong32 length = 0;
   EXPECT_TRUE(platform::nativeModules().queryVersion(block.data(), KVW("\\"), value, length));
@@ -239,29 +239,29 @@ TEST(LinuxDebugProcess, VersionOfAModule) {
 
 TEST(LinuxDebugProcess, FileWithoutVersion) {
   for (char const* file : {"/bin/sh", "/none/at/all", ""}) {
-    EXPECT_EQ(debug().versionInfoSize(file), 0u) << file;
+    EXPECT_EQ(debugApi().versionInfoSize(file), 0u) << file;
     char block[8];
-    EXPECT_FALSE(debug().versionInfo(file, sizeof block, block)) << file;
+    EXPECT_FALSE(debugApi().versionInfo(file, sizeof block, block)) << file;
   }
-  EXPECT_EQ(debug().versionInfoSize(nullptr), 0u);
+  EXPECT_EQ(debugApi().versionInfoSize(nullptr), 0u);
 }
 
 // There may be no log; that a text gets lost then is no failure.
 TEST(LinuxDebugChannel, TakesAnyText) {
-  debug().output("percent %s%n\n");
-  debug().output(static_cast<char const*>(nullptr));
-  debug().output(KVW("wide \u00E4 %s"));
-  debug().output(static_cast<wchar const*>(nullptr));
+  debugApi().output("percent %s%n\n");
+  debugApi().output(static_cast<char const*>(nullptr));
+  debugApi().output(KVW("wide \u00E4 %s"));
+  debugApi().output(static_cast<wchar const*>(nullptr));
   wchar const half[] = {0xD83D, 0};
-  debug().output(half);
-  debug().output("");
+  debugApi().output(half);
+  debugApi().output("");
 }
 
 TEST(LinuxDebugBreak, StopsWithATrap) {
   pid_t const child = fork();
   ASSERT_NE(child, -1);
   if (child == 0) {
-    debug().breakIntoDebugger();
+    debugApi().breakIntoDebugger();
     _exit(0);
   }
   int status = 0;
@@ -272,7 +272,7 @@ TEST(LinuxDebugBreak, StopsWithATrap) {
 
 TEST(LinuxDebugBreak, GoesOnIfTheTrapIsHandled) {
   auto const previous = signal(SIGTRAP, [](int) {});
-  debug().breakIntoDebugger();
+  debugApi().breakIntoDebugger();
   signal(SIGTRAP, previous);
 }
 

@@ -198,17 +198,17 @@ TEST_F(LinuxQuestionTest, ApplicationMayIgnoreTheEndOfItsChildren) {
   signal(SIGCHLD, previous);
 }
 
-constexpr char kPrompt[] = "[a]bort, [r]etry, [i]gnore? ";
+constexpr char kQuestionPrompt[] = "[a]bort, [r]etry, [i]gnore? ";
 
 TEST_F(LinuxQuestionTest, TerminalAsksUntilItGetsAnAnswer) {
   Asker asker(/*hasTerminal=*/true);
-  std::string const text = asker.readUpTo(kPrompt);
+  std::string const text = asker.readUpTo(kQuestionPrompt);
   EXPECT_THAT(text, ::testing::HasSubstr("-scan.cpp:7"));
   EXPECT_THAT(text, ::testing::HasSubstr("Assertion <b>n > 0</b> & `x` failed."));
   asker.type("x\n");
-  asker.readUpTo(kPrompt);
+  asker.readUpTo(kQuestionPrompt);
   asker.type("\n");
-  asker.readUpTo(kPrompt);
+  asker.readUpTo(kQuestionPrompt);
   asker.type("r\n");
   EXPECT_EQ(asker.answer(), kAnswerRetry);
 }
@@ -220,7 +220,7 @@ TEST_F(LinuxQuestionTest, TerminalTakesLettersOfEitherCase) {
   } const rows[] = {{"A\n", kAnswerAbort}, {" ignore\n", kAnswerIgnore}, {"abort\n", kAnswerAbort}};
   for (auto const& row : rows) {
     Asker asker(/*hasTerminal=*/true);
-    asker.readUpTo(kPrompt);
+    asker.readUpTo(kQuestionPrompt);
     asker.type(row.typed);
     EXPECT_EQ(asker.answer(), row.answer) << row.typed;
   }
@@ -228,7 +228,7 @@ TEST_F(LinuxQuestionTest, TerminalTakesLettersOfEitherCase) {
 
 TEST_F(LinuxQuestionTest, TerminalGetsNoControlCharacters) {
   Asker asker(/*hasTerminal=*/true);
-  std::string const text = asker.readUpTo(kPrompt);
+  std::string const text = asker.readUpTo(kQuestionPrompt);
   EXPECT_THAT(text, ::testing::HasSubstr("?[2J"));
   EXPECT_EQ(text.find('\x1B'), std::string::npos);
   asker.type("i\n");
@@ -237,7 +237,7 @@ TEST_F(LinuxQuestionTest, TerminalGetsNoControlCharacters) {
 
 TEST_F(LinuxQuestionTest, EndOfTheTerminalsInputIsNoAnswer) {
   Asker asker(/*hasTerminal=*/true);
-  asker.readUpTo(kPrompt);
+  asker.readUpTo(kQuestionPrompt);
   asker.type("\x04");
   EXPECT_EQ(asker.answer(), 0);
 }

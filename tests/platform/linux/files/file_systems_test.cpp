@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace KV_1_1::platform;
 
-constexpr std::size_t kMiB = 1 << 20;
+constexpr std::size_t kMebibyte = 1 << 20;
 
 class LinuxFullDisk : public FileCalls {
  protected:
@@ -39,7 +39,7 @@ TEST_F(LinuxFullDisk, AFullDeviceStaysWhatItIs) {
   if (device.empty()) GTEST_SKIP() << "no device that is always full";
   wstring name = widen(device.string());
   std::replace(name.begin(), name.end(), KVW('/'), KVW('\\'));
-  for (std::size_t const size : {std::size_t{1}, 3 * kMiB}) {
+  for (std::size_t const size : {std::size_t{1}, 3 * kMebibyte}) {
     folder.write("file", std::string(size, 'x'));
     ProgressCalls calls;
     EXPECT_EQ(copy(KVW("file"), name), kDiskFull) << size;
@@ -50,7 +50,7 @@ TEST_F(LinuxFullDisk, AFullDeviceStaysWhatItIs) {
 
 TEST_F(LinuxFullDisk, AHalfMadeCopyDoesNotStay) {
   folder.makeFolder("mount");
-  folder.write("large", std::string(3 * kMiB, 'x'));
+  folder.write("large", std::string(3 * kMebibyte, 'x'));
   bool const permitted = inChild([&] {
     if (!mountPrivately(folder.path("mount"), "size=1m")) return false;
     expectNoRoomFor(KVW("large"), kDiskFull);
@@ -62,7 +62,7 @@ TEST_F(LinuxFullDisk, AHalfMadeCopyDoesNotStay) {
     return true;
   });
   if (!permitted) GTEST_SKIP() << "needs the right to mount";
-  EXPECT_EQ(fs::file_size(folder.path("large")), 3 * kMiB) << "what could not be moved stays";
+  EXPECT_EQ(fs::file_size(folder.path("large")), 3 * kMebibyte) << "what could not be moved stays";
 }
 
 TEST_F(LinuxFullDisk, ADiskWithoutRoomForItems) {
@@ -89,10 +89,10 @@ TEST_F(LinuxFullDisk, ADiskWithoutRoomForItems) {
 
 TEST_F(LinuxFullDisk, AFileLargerThanAllowed) {
   folder.makeFolder("mount");
-  folder.write("large", std::string(3 * kMiB, 'x'));
+  folder.write("large", std::string(3 * kMebibyte, 'x'));
   inChild([&] {
     signal(SIGXFSZ, SIG_IGN);
-    rlimit const limit = {kMiB, kMiB};
+    rlimit const limit = {kMebibyte, kMebibyte};
     if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
     expectNoRoomFor(KVW("large"), kFileTooLarge);
     return true;
@@ -109,7 +109,7 @@ class LinuxTwoFileSystems : public FileCalls {
 };
 
 TEST_F(LinuxTwoFileSystems, FilesAreCopied) {
-  std::string const contents(9 * kMiB + 1, 'x');
+  std::string const contents(9 * kMebibyte + 1, 'x');
   folder.write("file", contents);
   ASSERT_EQ(chmod(folder.path("file").c_str(), 0440), 0);
   ProgressCalls calls;
@@ -128,10 +128,10 @@ TEST_F(LinuxTwoFileSystems, FilesAreCopied) {
 
 TEST_F(LinuxTwoFileSystems, HolesStayHoles) {
   folder.write("sparse", "data");
-  ASSERT_EQ(truncate(folder.path("sparse").c_str(), 20 * kMiB), 0);
+  ASSERT_EQ(truncate(folder.path("sparse").c_str(), 20 * kMebibyte), 0);
   EXPECT_EQ(copy(KVW("sparse"), other.text(KVW("sparse"))), kNoError);
   EXPECT_TRUE(bytesOf(other.path("sparse")) == bytes("sparse"));
-  EXPECT_LT(std::size_t(statusOf(other.path("sparse")).st_blocks) * 512, kMiB);
+  EXPECT_LT(std::size_t(statusOf(other.path("sparse")).st_blocks) * 512, kMebibyte);
 }
 
 TEST_F(LinuxTwoFileSystems, FilesAreMoved) {
@@ -155,7 +155,7 @@ TEST_F(LinuxTwoFileSystems, FilesAreMoved) {
 TEST_F(LinuxTwoFileSystems, LinksAreMovedAndCopiedAsLinks) {
   folder.write("dir/inside");
   folder.write("file", "kept");
-  for (char const* target : {"dir", "nothing", "../x", "file"}) {
+  for (char const* target : {"dir", "nothing", "../no/such/item", "file"}) {
     SCOPED_TRACE(target);
     link(target, "link");
     bool const isToFile = std::string(target) == "file";

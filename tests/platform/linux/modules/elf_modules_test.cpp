@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 using platform::ByteRange;
 
-platform::ModuleApi& modules() {
+platform::ModuleApi& elfModules() {
   return platform::nativeModules();
 }
 HINSTANCE moduleOf(void const* address) {
@@ -39,19 +39,19 @@ std::string pathOf(HINSTANCE module) {
 
 TEST(ElfModules, TheHandleOfTheProgramIsItsLoadAddress) {
   static int const inTheProgram = 0;
-  EXPECT_EQ(modules().program(), moduleOf(&inTheProgram));
-  EXPECT_EQ(fs::path(pathOf(modules().program())), fs::canonical("/proc/self/exe"));
+  EXPECT_EQ(elfModules().program(), moduleOf(&inTheProgram));
+  EXPECT_EQ(fs::path(pathOf(elfModules().program())), fs::canonical("/proc/self/exe"));
 }
 
 TEST(ElfModules, ALibraryOfTheSystemHasAPathAndNoResources) {
   HINSTANCE const library = moduleOf(reinterpret_cast<void const*>(&strtol));
   EXPECT_TRUE(fs::exists(pathOf(library)));
   EXPECT_EQ(platform::resourcesOfModule(library), nullptr);
-  EXPECT_EQ(modules().findResource(library, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
+  EXPECT_EQ(elfModules().findResource(library, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
 }
 
 TEST(ElfModules, AnAddressWithinAModuleIsNoHandle) {
-  auto const address = reinterpret_cast<std::uintptr_t>(modules().program());
+  auto const address = reinterpret_cast<std::uintptr_t>(elfModules().program());
   HINSTANCE const within = reinterpret_cast<HINSTANCE>(address + 0x1000);
   EXPECT_EQ(pathOf(within), "none");
   EXPECT_EQ(platform::resourcesOfModule(within), nullptr);
@@ -115,10 +115,10 @@ TEST(ElfModules, ResourcesEndWithTheModule) {
   {
     Loaded const library(folder.path("tool.so").c_str());
     handle = library.handle;
-    EXPECT_NE(modules().findResource(handle, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
-    EXPECT_EQ(modules().freeLibrary(handle), false) << "only data modules are released so";
+    EXPECT_NE(elfModules().findResource(handle, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
+    EXPECT_EQ(elfModules().freeLibrary(handle), false) << "only data elfModules are released so";
   }
-  EXPECT_EQ(modules().findResource(handle, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
+  EXPECT_EQ(elfModules().findResource(handle, KVW("RESOURCE.H"), KVW("METADATA")), nullptr);
   EXPECT_EQ(pathOf(handle), "none");
 }
 
@@ -129,7 +129,7 @@ TEST(ElfModules, AnotherModuleAtTheSameAddressHasItsOwnResources) {
   for (int i = 0; i < 3; ++i) {
     for (char const* const name : {"tool.so", "other.so"}) {
       Loaded const library(folder.path(name).c_str());
-      bool const has = modules().findResource(library.handle, KVW("RESOURCE.H"), KVW("METADATA")) != nullptr;
+      bool const has = elfModules().findResource(library.handle, KVW("RESOURCE.H"), KVW("METADATA")) != nullptr;
       EXPECT_EQ(has, name == std::string("tool.so"));
     }
   }
@@ -254,14 +254,14 @@ TEST(EmbeddedImage, VersionDataOfAFileThatIsNotLoaded) {
   folder.write("Tool", elf({{PT_NOTE, note(kOwner, 1, image.build())}}));
   wstring const file = folder.text(KVW("tool"));
   ulong32 handle = 99;
-  ulong32 const size = modules().versionInfoSize(file.c_str(), handle);
+  ulong32 const size = elfModules().versionInfoSize(file.c_str(), handle);
   ASSERT_GE(size, block.size());
   EXPECT_EQ(handle, 0u);
   std::vector<unsigned char> copy(size);
-  ASSERT_TRUE(modules().versionInfo(file.c_str(), handle, size, copy.data()));
+  ASSERT_TRUE(elfModules().versionInfo(file.c_str(), handle, size, copy.data()));
   void const* value = nullptr;
   ulong32 length = 0;
-  ASSERT_TRUE(modules().queryVersion(copy.data(), KVW("\\"), value, length));
+  ASSERT_TRUE(elfModules().queryVersion(copy.data(), KVW("\\"), value, length));
   EXPECT_EQ(length, 52u);
   EXPECT_EQ(platform::load32(static_cast<unsigned char const*>(value) + 8), 0x00010002u);
 }

@@ -51,7 +51,7 @@ std::set<unsigned short> languages(std::string const& image, wchar const* type, 
 }
 
 // One resource of each kind of key. The record 0 is that of A (texts come first).
-PeImage sample() {
+PeImage sampleImage() {
   PeImage image;
   image.add(KVW("METADATA"), KVW("A"), 1031, "german");
   image.add(KVW("METADATA"), KVW("A"), 1033, "english");
@@ -70,7 +70,7 @@ constexpr Width kWidths[] = {{"32 bits", false}, {"64 bits", true}};
 TEST(PeResources, FindsResourcesInImagesOfBothWidths) {
   for (Width const& width : kWidths) {
     SCOPED_TRACE(width.name);
-    PeImage image = sample();
+    PeImage image = sampleImage();
     image.has64Bits = width.has64Bits;
     std::string const bytes = image.build();
     EXPECT_EQ(find(bytes, KVW("METADATA"), KVW("A"), 1031), "german");
@@ -150,7 +150,7 @@ TEST(PeResources, AUnsortedDirectoryHidesNothing) {
 
 TEST(PeResources, NumbersBeforeTextsAreFoundToo) {
   // The entry of the number 17 changes places with that of a text.
-  PeImage image = sample();
+  PeImage image = sampleImage();
   std::string bytes = image.build();
   std::size_t const names = image.directoryAt(1) + 16;
   std::string const first = bytes.substr(names, 8);
@@ -177,7 +177,7 @@ TEST(PeResources, OneReaderAnswersManyLookups) {
 }
 
 TEST(PeResources, ListsLanguagesThatAreNumbers) {
-  PeImage image = sample();
+  PeImage image = sampleImage();
   image.add(KVW("METADATA"), KVW("A"), 0, "neutral");
   image.add(KVW("METADATA"), KVW("A"), KVW("KLINGON"), "a text as language");
   image.add(KVW("METADATA"), KVW("B"), KVW("KLINGON"), "only that");
@@ -200,7 +200,7 @@ TEST(PeResources, ALanguageThatIsATextIsTheFirstVersion) {
 }
 
 TEST(PeResources, AResourceOfNoBytesIsFound) {
-  PeImage image = sample();
+  PeImage image = sampleImage();
   image.add(KVW("METADATA"), KVW("EMPTY"), 0, "");
   std::string bytes = image.build();
   EXPECT_EQ(find(bytes, KVW("METADATA"), KVW("EMPTY"), 0), "");
@@ -210,7 +210,7 @@ TEST(PeResources, AResourceOfNoBytesIsFound) {
 }
 
 TEST(PeResources, DataMayLieInAnotherSection) {
-  PeImage image = sample();
+  PeImage image = sampleImage();
   std::string bytes = image.build();
   std::string const far = "elsewhere";
   put32(bytes, image.sectionTable() + 12, 0x9000);  // the first of the other sections
@@ -248,7 +248,7 @@ TEST(PeResources, HeadersThatAreNoneOfAnImage) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    PeImage image = sample();
+    PeImage image = sampleImage();
     std::string bytes = image.build();
     ASSERT_TRUE(isImage(bytes));
     row.change(bytes, image);
@@ -322,7 +322,7 @@ TEST(PeResources, WhateverIsWrongEndsInNotFound) {
   for (Width const& width : kWidths) {
     for (Row const& row : rows) {
       SCOPED_TRACE(std::string(width.name) + ": " + row.name);
-      PeImage image = sample();
+      PeImage image = sampleImage();
       image.has64Bits = width.has64Bits;
       std::string bytes = image.build();
       ASSERT_EQ(find(bytes, KVW("METADATA"), KVW("A"), 1031), "german");
@@ -335,7 +335,7 @@ TEST(PeResources, WhateverIsWrongEndsInNotFound) {
 
 TEST(PeResources, DirectoriesThatOverlapAreReadAsTheyStand) {
   // The names of type 6 are those of METADATA.
-  PeImage image = sample();
+  PeImage image = sampleImage();
   std::string bytes = image.build();
   put32(bytes, image.root() + 28, get32(bytes, image.root() + 20));
   EXPECT_EQ(find(bytes, resourceId(6), KVW("A"), 1033), "english");
@@ -343,7 +343,7 @@ TEST(PeResources, DirectoriesThatOverlapAreReadAsTheyStand) {
 }
 
 TEST(PeResources, ACountOfEntriesBeyondTheSectionIsCut) {
-  PeImage image = sample();
+  PeImage image = sampleImage();
   std::string bytes = image.build();
   put32(bytes, image.root() + 12, 0xFFFFFFFF);
   EXPECT_EQ(find(bytes, KVW("METADATA"), KVW("A"), 1031), "german") << "found one by one";
@@ -351,7 +351,7 @@ TEST(PeResources, ACountOfEntriesBeyondTheSectionIsCut) {
 }
 
 TEST(PeResources, EveryLengthOfTheFileIsSafe) {
-  std::string const bytes = sample().build();
+  std::string const bytes = sampleImage().build();
   for (std::size_t size = 0; size < bytes.size(); ++size) {
     // Memory of exactly this size, so that the sanitizer sees a read behind it.
     std::string const cut(bytes.data(), size);
@@ -361,7 +361,7 @@ TEST(PeResources, EveryLengthOfTheFileIsSafe) {
 }
 
 TEST(PeResources, EveryValueOfEachByteIsSafe) {
-  std::string const original = sample().build();
+  std::string const original = sampleImage().build();
   for (std::size_t at = 0; at < original.size(); ++at) {
     std::string bytes = original;
     for (unsigned const value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
@@ -373,7 +373,7 @@ TEST(PeResources, EveryValueOfEachByteIsSafe) {
 }
 
 TEST(PeResources, AForgedVersionStaysInTheImage) {
-  std::string const bytes = sample().build();
+  std::string const bytes = sampleImage().build();
   PeResources resources;
   ASSERT_TRUE(resources.open(ByteRange(bytes.data(), bytes.size())));
   ByteRange range;

@@ -51,7 +51,7 @@ std::string root(std::vector<std::string> const& children) {
 std::string rootOfStrings(std::vector<std::string> const& strings) {
   return root({group(KVW("StringFileInfo"), {group(KVW("040904b0"), strings)})});
 }
-std::string sample() {
+std::string sampleBlock() {
   return root({group(KVW("StringFileInfo"), {group(KVW("040704b0"), {text(KVW("CompanyName"), KVW("German"))}),
                                              group(KVW("040904b0"), {text(KVW("CompanyName"), KVW("VOLQ Fabrication")),
                                                                      text(KVW("ProductName"), KVW("Tool"))})}),
@@ -92,38 +92,39 @@ constexpr wchar kCompany[] = KVW("\\StringFileInfo\\040904b0\\CompanyName");
 constexpr wchar kTranslation[] = KVW("\\VarFileInfo\\Translation");
 
 TEST(VersionBlock, GivesTheFixedPart) {
-  Answer const answer = query(sample(), KVW("\\"), /*isText=*/false);
+  Answer const answer = query(sampleBlock(), KVW("\\"), /*isText=*/false);
   ASSERT_EQ(answer.length, 52u);
   EXPECT_EQ(get32(answer.bytes, 0), 0xFEEF04BDu);
   EXPECT_EQ(get32(answer.bytes, 8), 0x000A0000u);
   EXPECT_EQ(get32(answer.bytes, 12), 0x00002521u);
-  EXPECT_EQ(query(sample(), KVW(""), /*isText=*/false), answer);
+  EXPECT_EQ(query(sampleBlock(), KVW(""), /*isText=*/false), answer);
 }
 
 TEST(VersionBlock, GivesTheTranslations) {
-  EXPECT_EQ(query(sample(), kTranslation, /*isText=*/false), (Answer{true, std::string("\x09\x04\xb0\x04", 4), 4}));
+  EXPECT_EQ(query(sampleBlock(), kTranslation, /*isText=*/false),
+            (Answer{true, std::string("\x09\x04\xb0\x04", 4), 4}));
 }
 
 TEST(VersionBlock, TextsCountUnitsWithTheTerminator) {
-  EXPECT_EQ(query(sample(), kCompany), found(KVW("VOLQ Fabrication")));
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040904b0\\ProductName")), found(KVW("Tool")));
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040704b0\\CompanyName")), found(KVW("German")));
+  EXPECT_EQ(query(sampleBlock(), kCompany), found(KVW("VOLQ Fabrication")));
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040904b0\\ProductName")), found(KVW("Tool")));
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040704b0\\CompanyName")), found(KVW("German")));
 }
 
 TEST(VersionBlock, KeysCompareWithoutRegardToCase) {
-  EXPECT_EQ(query(sample(), KVW("\\stringfileinfo\\040904B0\\COMPANYNAME")), found(KVW("VOLQ Fabrication")));
-  EXPECT_EQ(query(sample(), KVW("\\varfileinfo\\translation"), false).length, 4u);
+  EXPECT_EQ(query(sampleBlock(), KVW("\\stringfileinfo\\040904B0\\COMPANYNAME")), found(KVW("VOLQ Fabrication")));
+  EXPECT_EQ(query(sampleBlock(), KVW("\\varfileinfo\\translation"), false).length, 4u);
 }
 
 TEST(VersionBlock, EmptyKeysOfThePathAreSkipped) {
-  EXPECT_EQ(query(sample(), KVW("StringFileInfo\\\\040904b0\\CompanyName\\")), found(KVW("VOLQ Fabrication")));
+  EXPECT_EQ(query(sampleBlock(), KVW("StringFileInfo\\\\040904b0\\CompanyName\\")), found(KVW("VOLQ Fabrication")));
 }
 
 TEST(VersionBlock, WhatIsMissingIsNotFound) {
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040904b0\\LegalCopyright")), kNothing);
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040c04b0\\CompanyName")), kNothing);
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040904b0\\Company")), kNothing);
-  EXPECT_EQ(query(sample(), KVW("\\StringFileInfo\\040904b0\\CompanyName\\More")), kNothing);
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040904b0\\LegalCopyright")), kNothing);
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040c04b0\\CompanyName")), kNothing);
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040904b0\\Company")), kNothing);
+  EXPECT_EQ(query(sampleBlock(), KVW("\\StringFileInfo\\040904b0\\CompanyName\\More")), kNothing);
   EXPECT_EQ(query(root({}), kTranslation), kNothing);
 }
 
@@ -202,13 +203,13 @@ TEST(VersionBlock, LengthsThatLieEndInNotFound) {
 }
 
 TEST(VersionBlock, ALengthBeyondTheBytesIsCut) {
-  std::string bytes = sample();
+  std::string bytes = sampleBlock();
   put16(bytes, 0, 0xFFFF);
   EXPECT_EQ(query(bytes, kCompany), found(KVW("VOLQ Fabrication")));
 }
 
 TEST(VersionBlock, EveryLengthIsSafe) {
-  std::string const bytes = sample();
+  std::string const bytes = sampleBlock();
   for (std::size_t size = 0; size < bytes.size(); ++size) {
     query(bytes.substr(0, size), kCompany);
     query(bytes.substr(0, size), KVW("\\"), false);
@@ -217,7 +218,7 @@ TEST(VersionBlock, EveryLengthIsSafe) {
 }
 
 TEST(VersionBlock, EveryValueOfEachByteIsSafe) {
-  std::string const original = sample();
+  std::string const original = sampleBlock();
   for (std::size_t at = 0; at < original.size(); ++at) {
     std::string bytes = original;
     for (unsigned const value : {0x00, 0x01, 0x05, 0x7F, 0x80, 0xFF}) {
@@ -246,13 +247,13 @@ std::string copied(std::string const& resource, std::size_t size, wchar const* p
 }
 
 TEST(CopyVersionBlock, ACompleteCopyAnswersLikeTheResource) {
-  std::string const bytes = sample();
+  std::string const bytes = sampleBlock();
   EXPECT_EQ(copied(bytes, bytes.size() + 4, kTranslation), std::string("\x09\x04\xb0\x04", 4));
   EXPECT_EQ(copied(bytes, bytes.size() + 1000, kTranslation), std::string("\x09\x04\xb0\x04", 4));
 }
 
 TEST(CopyVersionBlock, ALyingLengthDoesNotLeadBehindTheCopy) {
-  std::string bytes = sample();
+  std::string bytes = sampleBlock();
   put16(bytes, 0, 0xFFFF);
   EXPECT_EQ(copied(bytes, bytes.size() + 4, kTranslation), std::string("\x09\x04\xb0\x04", 4));
   std::string const empty = root({group(KVW("VarFileInfo"), {block(KVW("Translation"), "", 0, kBinary)})});
@@ -260,7 +261,7 @@ TEST(CopyVersionBlock, ALyingLengthDoesNotLeadBehindTheCopy) {
 }
 
 TEST(CopyVersionBlock, AnyRoomIsSafe) {
-  std::string const bytes = sample();
+  std::string const bytes = sampleBlock();
   for (std::size_t room = 0; room < bytes.size() + 4; ++room) {
     std::string const value = copied(bytes, room, kTranslation);
     EXPECT_EQ(value, room < 10 ? "no copy" : "none") << room;
