@@ -36,9 +36,10 @@ struct StoppedThread {
   std::atomic<int> state{kFree};
   pid_t thread = 0;
   ulong32 count = 0;
-  sem_t hasStopped;
-  sem_t mayGoOn;
-  greg_t registers[__NGREG];
+  // Initialised, so that the records are so before the first constructor runs.
+  sem_t hasStopped = {};
+  sem_t mayGoOn = {};
+  greg_t registers[__NGREG] = {};
 };
 constexpr std::size_t kMostThreads = 64;
 StoppedThread stoppedThreads[kMostThreads];
