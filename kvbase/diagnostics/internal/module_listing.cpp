@@ -134,14 +134,16 @@ bool StackWalkerImpl::loadModulesThroughSnapshot(void* walkedProcess, ulong32 pr
 bool StackWalkerImpl::loadModulesThroughPsapi(void* walkedProcess) {
   PsapiService service;
   if (!service.find()) return false;
-  std::unique_ptr<HINSTANCE[]> const modules(new (std::nothrow) HINSTANCE[kPsapiCapacity / sizeof(HINSTANCE)]);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): a handle is a pointer.
+  constexpr ulong32 kHandleSize = sizeof(HINSTANCE);
+  std::unique_ptr<HINSTANCE[]> const modules(new (std::nothrow) HINSTANCE[kPsapiCapacity / kHandleSize]);
   HeapText const image = allocateText(kPsapiCapacity);
   HeapText const name = allocateText(kPsapiCapacity);
   if (modules == nullptr || image == nullptr || name == nullptr) return false;
   ulong32 needed = 0;
   if (service.enumerate(walkedProcess, modules.get(), kPsapiCapacity, &needed) == 0 || needed > kPsapiCapacity)
     return false;
-  std::size_t const count = needed / sizeof(HINSTANCE);
+  std::size_t const count = needed / kHandleSize;
   for (std::size_t i = 0; i < count; ++i) {
     // What cannot be had is empty, not that of the module before.
     debug_help::ModuleInformation information = {};

@@ -160,8 +160,7 @@ bool NativeDebug::userName(std::string& name) {
   std::vector<char> buffer(1024);
   passwd entry = {};
   passwd* found = nullptr;
-  int error;
-  while ((error = getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found)) == ERANGE) {
+  while (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
     buffer.resize(2 * buffer.size());
   }
   // A container may run with an id that no user has.

@@ -26,7 +26,7 @@ namespace platform {
 namespace {
 
 // How long a thread may take to answer, and how often it is checked meanwhile whether it still runs.
-constexpr long kPollNanoseconds = 20 * 1000 * 1000;
+constexpr long kPollNanoseconds = 20'000'000;
 constexpr int kPolls = 100;
 
 // A thread that is to stop. The handler of a signal that comes too late must still find the record, so the records are

@@ -103,7 +103,7 @@ bool PeResources::open(ByteRange const& image) {
   sections_ = sections;
   sectionCount_ = sectionCount;
   if (load32(number) <= kResourceTable) return true;
-  unsigned char const* const table = image.at(tables + 4 + 8 * kResourceTable, 4);
+  unsigned char const* const table = image.at(tables + 4 + std::uint64_t{8} * kResourceTable, 4);
   if (table == nullptr) return true;
   std::uint32_t const root = load32(table);
   if (root == 0 || !findSection(root, rootSection_)) return true;
