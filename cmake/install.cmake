@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Headers, library, CMake package (find_package(KVBase), KVBase::KVBase) and pkg-config file.
+# Headers, library, CMake package (find_package(KVBase), KVBase::KVBase) with the embedding of resources, pkg-config file, and
+# the displays for debuggers. Nothing in an installation names the place where it stands, so it can be moved.
 include(CMakePackageConfigHelpers)
 
 set(kvbase_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/KVBase")
@@ -23,6 +24,12 @@ if(NOT WIN32)
   else()
     set(kvbase_library_file libKVBase.a)
   endif()
+  set(kvbase_pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  file(RELATIVE_PATH kvbase_prefix_from_pc "/${kvbase_pkgconfig_dir}" /)
+  string(REGEX REPLACE "/$" "" kvbase_prefix_from_pc "${kvbase_prefix_from_pc}")
   configure_file(cmake/kvbase.pc.in kvbase.pc @ONLY)
-  install(FILES "${PROJECT_BINARY_DIR}/kvbase.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  install(FILES "${PROJECT_BINARY_DIR}/kvbase.pc" DESTINATION "${kvbase_pkgconfig_dir}")
 endif()
+
+install(FILES debuggers/kvbase.natvis debuggers/kvbase_gdb.py DESTINATION "${CMAKE_INSTALL_DATADIR}/kvbase")
+install(FILES LICENSE CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/kvbase")

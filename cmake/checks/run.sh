@@ -142,6 +142,7 @@ check "initialisers, Linux" initialisers build/linux-release objdump
 check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32-objdump
 check "exported names, Linux" exports linux
 check "exported names, Windows" exports windows
+check "packages" ./kv package
 check "one translation for both systems" translation
 check "clang-tidy" tidy
 check "fuzzers" ./kv fuzz all 5
