@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Makes the package of the build in `build`, installs it in a fresh folder, and there configures, builds and runs the project
-# beside this file as a user of the package would. A build that makes no package, such as that of the static library, is
-# installed without one.
+# beside this file as a user of the package would. Where no package is made, for the static library and on a system without
+# dpkg, the build is installed by CMake.
 #
 #   -Dbuild=  -Dsource=    the build and its source folder        -Dgenerator=  -Dcompiler=  for the project
 #   -Dtoolchain=  -Dwine_prefix=    of a cross build for Windows, else empty
@@ -46,33 +46,30 @@ endfunction()
 # Sets `prefix`.
 function(install)
   set(prefix "${root}")
-  if(NOT EXISTS "${build}/CPackConfig.cmake")
-    run("${CMAKE_COMMAND}" --install "${build}" --prefix "${root}" --strip)
-  elseif(toolchain)
+  if(EXISTS "${build}/CPackConfig.cmake" AND toolchain)
     make_package(ZIP)
     file(GLOB package "${work}/*.zip")
     file(ARCHIVE_EXTRACT INPUT "${package}" DESTINATION "${root}")
     file(GLOB prefix "${root}/*")
-  elseif(dpkg AND dpkg_shlibdeps)
+  elseif(EXISTS "${build}/CPackConfig.cmake" AND dpkg AND dpkg_shlibdeps)
     make_package(DEB)
     install_debian_package()
     set(prefix "${root}/usr")
   else()
-    make_package(TGZ)
-    file(GLOB package "${work}/*.tar.gz")
-    file(ARCHIVE_EXTRACT INPUT "${package}" DESTINATION "${root}")
-    file(GLOB prefix "${root}/*")
+    run("${CMAKE_COMMAND}" --install "${build}" --prefix "${root}" --strip)
   endif()
   set(prefix "${prefix}" PARENT_SCOPE)
 endfunction()
 
-# An installation that names no folder of the build works wherever it is moved.
+# An installation that names no folder of the build works wherever it is moved. Only debug information may, which the static
+# library keeps.
 function(expect_no_path_of_the_build)
   file(GLOB_RECURSE files "${prefix}/*")
   list(LENGTH files count)
   if(count LESS 50)
     message(FATAL_ERROR "Only ${count} files are installed")
   endif()
+  list(FILTER files EXCLUDE REGEX "/libKVBase\\.a$")
   foreach(folder "${source}" "${build}")
     string(REGEX REPLACE "([][+.*()^$?|\\\\])" "\\\\\\1" pattern "${folder}")
     foreach(file IN LISTS files)
