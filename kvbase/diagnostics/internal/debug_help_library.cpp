@@ -43,8 +43,9 @@ HINSTANCE loadTools(wchar const* name) {
 }
 
 template <class Function>
-void load(Function& function, HINSTANCE library, char const* name) {
+bool load(Function& function, HINSTANCE library, char const* name) {
   function = reinterpret_cast<Function>(platform::debug().function(library, name));
+  return function != nullptr;
 }
 
 }  // namespace
@@ -64,23 +65,22 @@ bool StackWalkerImpl::loadLibrary() {
 }
 
 bool StackWalkerImpl::loadFunctions() {
-  load(symInitialize, library, "SymInitialize");
-  load(symCleanup, library, "SymCleanup");
-  load(stackWalk, library, "StackWalk64");
-  load(symGetOptions, library, "SymGetOptions");
-  load(symSetOptions, library, "SymSetOptions");
-  load(symFunctionTableAccess, library, "SymFunctionTableAccess64");
+  bool complete = true;
+  auto const require = [&](auto& function, char const* name) { complete = load(function, library, name) && complete; };
+  require(symInitialize, "SymInitialize");
+  require(symCleanup, "SymCleanup");
+  require(stackWalk, "StackWalk64");
+  require(symGetOptions, "SymGetOptions");
+  require(symSetOptions, "SymSetOptions");
+  require(symFunctionTableAccess, "SymFunctionTableAccess64");
   load(symGetLine, library, "SymGetLineFromAddr64");
-  load(symGetModuleBase, library, "SymGetModuleBase64");
-  load(symGetModuleInfo, library, "SymGetModuleInfo64");
-  load(symGetSymbol, library, "SymGetSymFromAddr64");
-  load(undecorateSymbolName, library, "UnDecorateSymbolName");
-  load(symLoadModule, library, "SymLoadModule64");
+  require(symGetModuleBase, "SymGetModuleBase64");
+  require(symGetModuleInfo, "SymGetModuleInfo64");
+  require(symGetSymbol, "SymGetSymFromAddr64");
+  require(undecorateSymbolName, "UnDecorateSymbolName");
+  require(symLoadModule, "SymLoadModule64");
   load(symGetSearchPath, library, "SymGetSearchPath");
-  return symInitialize != nullptr && symCleanup != nullptr && stackWalk != nullptr && symGetOptions != nullptr &&
-         symSetOptions != nullptr && symFunctionTableAccess != nullptr && symGetModuleBase != nullptr &&
-         symGetModuleInfo != nullptr && symGetSymbol != nullptr && undecorateSymbolName != nullptr &&
-         symLoadModule != nullptr;
+  return complete;
 }
 
 void StackWalkerImpl::freeLibrary() {

@@ -134,8 +134,7 @@ bool StackWalkerImpl::loadModulesThroughSnapshot(void* walkedProcess, ulong32 pr
 bool StackWalkerImpl::loadModulesThroughPsapi(void* walkedProcess) {
   PsapiService service;
   if (!service.find()) return false;
-  // NOLINTNEXTLINE(bugprone-sizeof-expression): a handle is a pointer.
-  constexpr ulong32 kHandleSize = sizeof(HINSTANCE);
+  constexpr ulong32 kHandleSize = sizeof(void*);
   std::unique_ptr<HINSTANCE[]> const modules(new (std::nothrow) HINSTANCE[kPsapiCapacity / kHandleSize]);
   HeapText const image = allocateText(kPsapiCapacity);
   HeapText const name = allocateText(kPsapiCapacity);

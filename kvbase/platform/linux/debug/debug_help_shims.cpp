@@ -157,9 +157,7 @@ Bool symGetSearchPath(void*, char* path, ulong32 capacity) {
     auto const lock = session.lock();
     std::string const& text = session.searchPath();
     if (path == nullptr || capacity == 0) return failWith(kInvalidParameter);
-    std::size_t const size = std::min<std::size_t>(text.size(), capacity - 1);
-    memcpy(path, text.data(), size);
-    path[size] = '\0';
+    path[text.copy(path, capacity - 1)] = '\0';
     return 1;
   });
 }

@@ -43,14 +43,14 @@ bool DebugSession::begin() {
   return dwfl_ != nullptr;
 }
 
-bool DebugSession::forgetUnloaded() {
-  if (loadCounts().removed == counts_.removed) return false;
+void DebugSession::forgetUnloaded() {
+  unsigned long long const removed = loadCounts().removed;
+  if (removed == counts_.removed) return;
   ++generation_;
   if (dwfl_ != nullptr) libdw_.end(dwfl_);
   dwfl_ = nullptr;
   modules_.clear();
-  counts_ = LoadCounts{0, loadCounts().removed};
-  return true;
+  counts_ = LoadCounts{0, removed};
 }
 
 DebugSession::Module* DebugSession::knownModuleAt(std::uint64_t address) {

@@ -46,8 +46,8 @@ class DebugSession {
 
   // The module at an address; null if there is none. It is valid until the next call.
   Module* moduleAt(std::uint64_t address);
-  // Looks whether modules have been unloaded, and forgets everything if so. True if that was the case.
-  bool forgetUnloaded();
+  // Forgets everything if modules have been unloaded.
+  void forgetUnloaded();
   // The number of times that everything has been forgotten.
   std::uint32_t generation() const { return generation_; }
 

@@ -35,8 +35,7 @@ bool isCfaOffset(Dwarf_Op const* operations, std::size_t count, std::int64_t& of
   if (count == 0 || count > 2 || operations[0].atom != DW_OP_call_frame_cfa) return false;
   offset = 0;
   if (count == 1) return true;
-  if (operations[1].atom != DW_OP_plus_uconst && operations[1].atom != DW_OP_stack_value) return false;
-  if (operations[1].atom == DW_OP_stack_value) return false;
+  if (operations[1].atom != DW_OP_plus_uconst) return false;
   offset = static_cast<std::int64_t>(operations[1].number);
   return true;
 }

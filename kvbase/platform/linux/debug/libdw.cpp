@@ -11,10 +11,9 @@ namespace platform {
 char const* libdwFile = "libdw.so.1";
 
 bool LibdwFunctions::canList() const {
-  return begin != nullptr && end != nullptr && reportBegin != nullptr && reportBeginAdd != nullptr &&
-         reportModule != nullptr && reportEnd != nullptr && moduleOfAddress != nullptr && elfVersion != nullptr &&
-         elfOfMemory != nullptr && elfBegin != nullptr && elfEnd != nullptr && buildIdOfElf != nullptr &&
-         buildId != nullptr;
+  return begin != nullptr && end != nullptr && reportBeginAdd != nullptr && reportModule != nullptr &&
+         reportEnd != nullptr && elfVersion != nullptr && elfOfMemory != nullptr && elfBegin != nullptr &&
+         elfEnd != nullptr && buildIdOfElf != nullptr && buildId != nullptr;
 }
 
 bool LibdwFunctions::canName() const {
@@ -49,11 +48,9 @@ void* openLibdw(LibdwFunctions& functions) {
   };
   find(functions.begin, "dwfl_begin");
   find(functions.end, "dwfl_end");
-  find(functions.reportBegin, "dwfl_report_begin");
   find(functions.reportBeginAdd, "dwfl_report_begin_add");
   find(functions.reportModule, "dwfl_report_module");
   find(functions.reportEnd, "dwfl_report_end");
-  find(functions.moduleOfAddress, "dwfl_addrmodule");
   find(functions.elfVersion, "elf_version");
   find(functions.elfOfMemory, "elf_memory");
   find(functions.elfBegin, "elf_begin");

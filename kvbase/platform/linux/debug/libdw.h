@@ -20,11 +20,9 @@ struct LibdwFunctions {
   // Sessions and the modules in them.
   decltype(&::dwfl_begin) begin;
   decltype(&::dwfl_end) end;
-  decltype(&::dwfl_report_begin) reportBegin;
   decltype(&::dwfl_report_begin_add) reportBeginAdd;
   decltype(&::dwfl_report_module) reportModule;
   decltype(&::dwfl_report_end) reportEnd;
-  decltype(&::dwfl_addrmodule) moduleOfAddress;
   // Files.
   decltype(&::elf_version) elfVersion;
   decltype(&::elf_memory) elfOfMemory;

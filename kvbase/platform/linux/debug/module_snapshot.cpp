@@ -3,7 +3,6 @@
 // A snapshot of the modules of this process, as "kernel32.dll" gives it.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -49,13 +48,6 @@ void* createSnapshot(ulong32 flags, ulong32 processId) {
   }
 }
 
-template <std::size_t N>
-void copyText(std::string const& text, char (&field)[N]) {
-  std::size_t const size = std::min(text.size(), N - 1);
-  memcpy(field, text.data(), size);
-  field[size] = '\0';
-}
-
 Bool nextEntry(void* handle, ModuleEntry32* entry) {
   if (handle == nullptr || handle == invalidHandle()) return failWith(kInvalidHandle);
   if (entry == nullptr || entry->size != sizeof *entry) return failWith(kInvalidParameter);
@@ -71,8 +63,8 @@ Bool nextEntry(void* handle, ModuleEntry32* entry) {
   entry->baseAddress = reinterpret_cast<unsigned char*>(module.start);
   entry->baseSize = static_cast<ulong32>(module.end - module.start);
   entry->module = reinterpret_cast<HINSTANCE>(module.start);
-  copyText(module.path.substr(module.path.rfind('/') + 1), entry->moduleName);
-  copyText(module.path, entry->path);
+  module.path.copy(entry->moduleName, sizeof entry->moduleName - 1, module.path.rfind('/') + 1);
+  module.path.copy(entry->path, sizeof entry->path - 1);
   return 1;
 }
 

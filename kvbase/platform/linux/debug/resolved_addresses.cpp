@@ -167,13 +167,6 @@ std::string_view shortName(std::string_view path) {
   return end == std::string_view::npos || end == 0 ? file : file.substr(0, end);
 }
 
-template <std::size_t N>
-void copyText(std::string_view text, char (&field)[N]) {
-  std::size_t const size = std::min(text.size(), N - 1);
-  memcpy(field, text.data(), size);
-  field[size] = '\0';
-}
-
 enum SymbolType { kNoSymbols = 0, kExported = 4, kDeferred = 5, kSymbols = 6, kDebugData = 7 };
 
 // The kind of symbols of a module. Its file is not opened to find out.
@@ -210,8 +203,7 @@ bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Sy
   // The limit counts the terminator if the record is followed by exactly so many bytes, as it is when it comes from a
   // block of the size that callers allocate.
   if (symbol.maxNameLength == 0) return true;
-  std::size_t const size = std::min<std::size_t>(entry.name.size(), symbol.maxNameLength - 1);
-  memcpy(symbol.name, entry.name.data(), size);
+  std::size_t const size = entry.name.copy(symbol.name, symbol.maxNameLength - 1);
   symbol.name[size] = '\0';
   return true;
 }
@@ -243,9 +235,9 @@ bool moduleInfoAt(std::uint64_t address, debug_help::ModuleInfo64& info) {
   info.baseOfImage = module->loaded.start;
   info.imageSize = static_cast<ulong32>(module->loaded.end - module->loaded.start);
   info.symbolType = typeOf(session, *module);
-  copyText(shortName(module->loaded.path), info.moduleName);
-  copyText(module->loaded.path, info.imageName);
-  copyText(module->loaded.path, info.loadedImageName);
+  shortName(module->loaded.path).copy(info.moduleName, sizeof info.moduleName - 1);
+  module->loaded.path.copy(info.imageName, sizeof info.imageName - 1);
+  module->loaded.path.copy(info.loadedImageName, sizeof info.loadedImageName - 1);
   return true;
 }
 
@@ -261,8 +253,7 @@ ulong32 undecorate(char const* name, char* output, ulong32 capacity, bool nameOn
     entry.nameOnly = nameOnly;
     entry.text = nameOnly ? demangledNameOnly(name) : demangledName(name);
   }
-  std::size_t const size = std::min<std::size_t>(entry.text.size(), capacity - 1);
-  memcpy(output, entry.text.data(), size);
+  std::size_t const size = entry.text.copy(output, capacity - 1);
   output[size] = '\0';
   return static_cast<ulong32>(size);
 }

@@ -25,9 +25,8 @@ namespace platform {
 
 namespace {
 
-// How long a thread may take to answer, and how often it is checked meanwhile whether it still runs.
-constexpr long kPollNanoseconds = 20'000'000;
-constexpr int kPolls = 100;
+// How often it is checked whether a thread that has not answered yet still runs.
+constexpr int kPollMilliseconds = 20;
 
 // A thread that is to stop. The handler of a signal that comes too late must still find the record, so the records are
 // never freed, and one that nobody waits for any more is given back by the handler.
@@ -141,10 +140,10 @@ StoppedThread* takeFree() {
 
 // False if the thread has ended or does not answer in time.
 bool waitUntilStopped(StoppedThread& record) {
-  for (int i = 0; i < kPolls; ++i) {
+  for (int waited = 0; waited < threadAnswerMilliseconds; waited += kPollMilliseconds) {
     timespec limit;
     clock_gettime(CLOCK_MONOTONIC, &limit);
-    limit.tv_nsec += kPollNanoseconds;
+    limit.tv_nsec += kPollMilliseconds * 1000000L;
     if (limit.tv_nsec >= 1000000000) {
       limit.tv_nsec -= 1000000000;
       ++limit.tv_sec;
@@ -168,6 +167,8 @@ ulong32 failure(ulong32 code) {
 }
 
 }  // namespace
+
+int threadAnswerMilliseconds = 2000;
 
 ulong32 suspendOtherThread(void* thread) {
   pid_t const id = idOf(thread);

@@ -16,8 +16,11 @@ namespace platform {
 
 constexpr ulong32 kThreadFailure = 0xFFFFFFFF;
 
-// See DebugApi. A thread that does not answer within two seconds, because it blocks the signal, cannot be stopped. The
-// calling thread cannot stop itself.
+// How long a thread may take to answer: two seconds. Tests put another time here.
+extern int threadAnswerMilliseconds;
+
+// See DebugApi. A thread that does not answer in time, because it blocks the signal, cannot be stopped. The calling
+// thread cannot stop itself.
 ulong32 suspendOtherThread(void* thread);
 ulong32 resumeOtherThread(void* thread);
 bool registersOfThread(void* thread, _CONTEXT& context);

@@ -15,6 +15,7 @@
 #include "kvbase/platform/debug_api.h"
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
+#include "kvbase/platform/linux/debug/thread_control.h"
 #include "tests/platform/linux/debug/debug_help.h"
 #include "tests/support/threads.h"
 
@@ -77,6 +78,18 @@ class Worker {
  private:
   std::thread thread_;
   std::atomic<pid_t> id_{0};
+};
+
+// A thread has little time to answer in a scope.
+class ShortAnswerTime {
+ public:
+  ShortAnswerTime() { platform::threadAnswerMilliseconds = 20; }
+  ~ShortAnswerTime() { platform::threadAnswerMilliseconds = before_; }
+  ShortAnswerTime(ShortAnswerTime const&) = delete;
+  ShortAnswerTime& operator=(ShortAnswerTime const&) = delete;
+
+ private:
+  int const before_ = platform::threadAnswerMilliseconds;
 };
 
 // Waits for a round, as long as a busy machine may need.
@@ -145,6 +158,7 @@ TEST(LinuxThreadControl, ThreadThatHasEndedIsAFailure) {
 
 TEST(LinuxThreadControl, ThreadThatBlocksAllSignalsIsAFailureAfterATime) {
   Worker worker(/*blocksSignals=*/true);
+  ShortAnswerTime const shortTime;
   EXPECT_EQ(debug().suspendThread(worker.handle()), kFailure);
   EXPECT_EQ(platform::nativeErrors().lastError(), platform::kAccessDenied);
   EXPECT_TRUE(makesRounds());
@@ -168,7 +182,10 @@ TEST(LinuxThreadControl, AnswerThatComesTooLateDoesNoHarm) {
   });
   while (step == 0) std::this_thread::yield();
   void* const handle = reinterpret_cast<void*>(static_cast<std::intptr_t>(id.load()));
-  EXPECT_EQ(debug().suspendThread(handle), kFailure);
+  {
+    ShortAnswerTime const shortTime;
+    EXPECT_EQ(debug().suspendThread(handle), kFailure);
+  }
   step = 2;
   while (step == 2) std::this_thread::yield();
   EXPECT_EQ(debug().suspendThread(handle), 0u);
