@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/fresh_processes.h"
 #include "benchmarks/support.h"
 #include "kvbase/platform/debug_api.h"
 #include "kvbase/platform/debug_help.h"
@@ -194,11 +195,15 @@ std::string linesByBacktrace(backtrace_state* state, Addresses const& addresses)
   return result;
 }
 
-// Loading and unloading any library makes KVBase forget all that it knows of addresses.
-void forgetAll() {
-  void* const library = dlopen("libanl.so.1", RTLD_NOW | RTLD_LOCAL);
-  require(library != nullptr, "another library is there");
-  dlclose(library);
+// Each in the middle of its call. They are the same in each process that is forked from this one.
+Addresses addressesHere() {
+  void* frames[kFrames] = {};
+  deeply<kFrames>([&] { return backtrace(frames, kFrames); });
+  Addresses addresses;
+  for (int i = 0; i < kFrames; ++i) {
+    addresses[static_cast<std::size_t>(i)] = reinterpret_cast<std::uint64_t>(frames[i]) - 1;
+  }
+  return addresses;
 }
 
 }  // namespace
@@ -209,44 +214,35 @@ void addDiagnostics() {
   static auto const unwind =
       find<int (*)(void**, int)>(dlopen("libunwind.so.8", RTLD_NOW | RTLD_LOCAL), "unw_backtrace");
   static backtrace_state* const state = backtrace_create_state(nullptr, 0, nullptr, nullptr);
+  static Addresses const addresses = addressesHere();
+  // Nothing has been walked or looked up yet.
+  static FreshProcesses const processes({[] { return help.lines(addresses); },
+                                         [] {
+                                           Dwfl* const session = dwfl.open();
+                                           std::string result = dwfl.lines(session, addresses);
+                                           dwfl.close(session);
+                                           return result;
+                                         }});
 
   Row("call stack: capture 20 frames")
       .add("KVBase",
            [] {
-             Addresses addresses;
-             return deeply<kFrames>([&] { return help.capture(addresses); });
+             Addresses frames;
+             return deeply<kFrames>([&] { return help.capture(frames); });
            })
       .add("backtrace",
            [] {
-             void* addresses[kFrames];
-             return deeply<kFrames>([&] { return backtrace(addresses, kFrames); });
+             void* frames[kFrames];
+             return deeply<kFrames>([&] { return backtrace(frames, kFrames); });
            })
       .add("libunwind", [] {
-        void* addresses[kFrames];
-        return deeply<kFrames>([&] { return unwind(addresses, kFrames); });
+        void* frames[kFrames];
+        return deeply<kFrames>([&] { return unwind(frames, kFrames); });
       });
 
-  static Addresses addresses;
-  // Each in the middle of its call.
-  deeply<kFrames>([] { return help.capture(addresses); });
-  for (std::uint64_t& address : addresses) --address;
-
   Row("call stack: function and line of 20 frames, first time")
-      .addFresh(
-          "KVBase", 1,
-          [] {
-            forgetAll();
-            return 0;
-          },
-          [](int) { return help.lines(addresses); })
-      .addFresh(
-          "libdwfl", 1, [] { return 0; },
-          [](int) {
-            Dwfl* const session = dwfl.open();
-            std::string const result = dwfl.lines(session, addresses);
-            dwfl.close(session);
-            return result;
-          });
+      .addOnce("KVBase", processes, 0)
+      .addOnce("libdwfl", processes, 1);
 
   Row("call stack: function and line of 20 frames, again")
       .add("KVBase", [] { return help.lines(addresses); })

@@ -77,5 +77,17 @@ void Row::expect(std::unique_ptr<u16string>& expected, u16string result, std::st
   std::exit(1);
 }
 
+Row& Row::addOnce(char const* contestant, FreshProcesses const& processes, std::size_t work) {
+  auto const run = [expected = expected_, label = label(contestant), &processes, work](benchmark::State& state) {
+    for (auto _ : state) {
+      FreshProcesses::Result const result = processes.run(work);
+      state.SetIterationTime(result.seconds);
+      expect(*expected, u16string(result.text.begin(), result.text.end()), label);
+    }
+  };
+  benchmark::RegisterBenchmark(label(contestant).c_str(), run)->UseManualTime();
+  return *this;
+}
+
 }  // namespace bench
 }  // namespace KV_1_1

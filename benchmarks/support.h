@@ -25,6 +25,7 @@
 #include <utility>
 #include <vector>
 
+#include "benchmarks/fresh_processes.h"
 #include "kvbase/kvbase.h"
 
 namespace KV_1_1 {
@@ -117,6 +118,8 @@ class Row {
   // destruction of objects and results.
   template <class Prepare, class Work>
   Row& addFresh(char const* contestant, int batch, Prepare prepare, Work work);
+  // For work that can be timed only once in a process. The processes must outlive the measurement.
+  Row& addOnce(char const* contestant, FreshProcesses const& processes, std::size_t work);
 
  private:
   template <class Work, class Plain>

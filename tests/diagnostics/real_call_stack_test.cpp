@@ -302,7 +302,7 @@ TEST_F(RealCallStack, AStackThatCannotBeReadEndsWithAnErrorAtAnyPoint) {
     ASSERT_FALSE(walker.problems.empty());
     EXPECT_EQ(walker.problems.back().compare(0, 12, "StackWalk64 "), 0) << walker.problems.back();
   }
-  EXPECT_GT(limit, 4);
+  EXPECT_GT(limit, 0);
 }
 
 TEST_F(RealCallStack, AMeaninglessContextEndsWithoutHarm) {

@@ -24,7 +24,8 @@ DebugSession& DebugSession::instance() {
 }
 
 DebugSession::~DebugSession() {
-  if (dwfl_ != nullptr) libdw_.end(dwfl_);
+  if (others_ != nullptr) libdw_.end(others_);
+  if (permanent_ != nullptr) libdw_.end(permanent_);
   if (library_ != nullptr) dlclose(library_);
 }
 
@@ -36,20 +37,21 @@ void DebugSession::use(LibdwFunctions const& functions) {
 }
 
 bool DebugSession::begin() {
-  if (dwfl_ != nullptr) return true;
+  if (permanent_ != nullptr) return true;
   if (!libdw_.canList()) return false;
   libdw_.elfVersion(EV_CURRENT);
-  dwfl_ = libdw_.begin(&kCallbacks);
-  return dwfl_ != nullptr;
+  permanent_ = libdw_.begin(&kCallbacks);
+  return permanent_ != nullptr;
 }
 
 void DebugSession::forgetUnloaded() {
   unsigned long long const removed = loadCounts().removed;
   if (removed == counts_.removed) return;
   ++generation_;
-  if (dwfl_ != nullptr) libdw_.end(dwfl_);
-  dwfl_ = nullptr;
-  modules_.clear();
+  if (others_ != nullptr) libdw_.end(others_);
+  others_ = nullptr;
+  auto const isForgotten = [](auto const& module) { return !module->loaded.isPermanent; };
+  modules_.erase(std::remove_if(modules_.begin(), modules_.end(), isForgotten), modules_.end());
   counts_ = LoadCounts{0, removed};
 }
 
@@ -69,29 +71,36 @@ DebugSession::Module* DebugSession::moduleAt(std::uint64_t address) {
   return report() ? knownModuleAt(address) : nullptr;
 }
 
-// Tells libdw of the modules that it does not know yet. True if there are any.
+// Tells libdw of the modules that it does not know yet. True if there may be any.
 bool DebugSession::report() {
   LoadCounts const counts = loadCounts();
   if (counts.added == counts_.added) return false;
   std::vector<LoadedModule> loaded = loadedModules();
-  modules_.reserve(loaded.size());
-  libdw_.reportBeginAdd(dwfl_);
-  bool isProgram = true;
+  if (others_ == nullptr) others_ = libdw_.begin(&kCallbacks);
+  if (others_ == nullptr) throw std::bad_alloc();
+  report(loaded, true);
+  report(loaded, false);
+  counts_.added = counts.added;
+  return true;
+}
+
+void DebugSession::report(std::vector<LoadedModule>& loaded, bool permanent) {
+  Dwfl* const session = permanent ? permanent_ : others_;
+  modules_.reserve(modules_.size() + loaded.size());
+  libdw_.reportBeginAdd(session);
   for (LoadedModule& each : loaded) {
-    bool const isFirst = std::exchange(isProgram, false);
-    if (knownModuleAt(each.start) != nullptr) continue;
+    if (each.isPermanent != permanent || knownModuleAt(each.start) != nullptr) continue;
     auto module = std::make_unique<Module>();
+    module->isProgram = &each == loaded.data();
     module->loaded = std::move(each);
-    module->isProgram = isFirst;
     LoadedModule const& facts = module->loaded;
-    module->handle = libdw_.reportModule(dwfl_, facts.path.c_str(), facts.start, facts.end);
+    module->session = session;
+    module->handle = libdw_.reportModule(session, facts.path.c_str(), facts.start, facts.end);
     auto const place = std::upper_bound(modules_.begin(), modules_.end(), facts.start,
                                         [](std::uint64_t at, auto const& other) { return at < other->loaded.start; });
     modules_.insert(place, std::move(module));
   }
-  libdw_.reportEnd(dwfl_, nullptr, nullptr);
-  counts_.added = counts.added;
-  return true;
+  libdw_.reportEnd(session, nullptr, nullptr);
 }
 
 int DebugSession::findElf(std::uint64_t base, char** fileName, Elf** contents) {

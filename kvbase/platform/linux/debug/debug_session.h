@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// What libdw knows about the modules of this process: one session for the whole process, begun when it is first needed
-// and kept until the library ends, so that the next walker finds what the last one has learnt.
+// What libdw knows about the modules of this process. It is kept until the library ends, so that the next walker finds
+// what the last one has learnt. There are two sessions of libdw: one for the modules that are never unloaded, and one for
+// the others, which is ended when any of them has been unloaded.
 //
 // Thread rule: everything but the two functions for the lock is called under the lock.
 #pragma once
@@ -15,6 +16,7 @@
 #include "kvbase/platform/debug_help.h"
 #include "kvbase/platform/linux/debug/libdw.h"
 #include "kvbase/platform/linux/debug/loaded_modules.h"
+#include "kvbase/platform/linux/debug/symbol_index.h"
 
 namespace KV_1_1 {
 namespace platform {
@@ -24,7 +26,9 @@ class DebugSession {
   struct Module {
     LoadedModule loaded;
     bool isProgram = false;
-    bool isOpen = false;  // its symbols have been asked for
+    bool isOpen = false;      // its symbols have been asked for
+    SymbolIndex symbols;      // read when it is opened
+    Dwfl* session = nullptr;  // of `handle`
     Dwfl_Module* handle = nullptr;
     std::vector<char> image;  // the contents, where its file cannot be used
   };
@@ -39,16 +43,15 @@ class DebugSession {
 
   // Takes the library into use if it can list modules and none is in use yet. It stays loaded.
   void use(LibdwFunctions const& functions);
-  // Begins the session if there is none. False if that is not possible.
+  // Begins the session of the permanent modules if there is none. False if that is not possible.
   bool begin();
   LibdwFunctions const& libdw() const { return libdw_; }
-  Dwfl* handle() const { return dwfl_; }
 
   // The module at an address; null if there is none. It is valid until the next call.
   Module* moduleAt(std::uint64_t address);
-  // Forgets everything if modules have been unloaded.
+  // Forgets all modules but the permanent ones if any has been unloaded.
   void forgetUnloaded();
-  // The number of times that everything has been forgotten.
+  // The number of times that modules have been forgotten.
   std::uint32_t generation() const { return generation_; }
 
   // The search path for files with debug data: folders separated by semicolons.
@@ -59,6 +62,7 @@ class DebugSession {
 
  private:
   bool report();
+  void report(std::vector<LoadedModule>& loaded, bool permanent);
   Module* knownModuleAt(std::uint64_t address);
   int findElf(std::uint64_t base, char** fileName, Elf** contents);
   int findDebugData(Dwfl_Module* handle, char const* file, char const* link, std::uint32_t checksum, char** path);
@@ -70,7 +74,8 @@ class DebugSession {
   std::mutex mutex_;
   void* library_ = nullptr;
   LibdwFunctions libdw_ = {};
-  Dwfl* dwfl_ = nullptr;
+  Dwfl* permanent_ = nullptr;
+  Dwfl* others_ = nullptr;
   LoadCounts counts_;
   std::uint32_t generation_ = 1;
   // By address. Each has a place of its own, since libdw may call back while modules are added.

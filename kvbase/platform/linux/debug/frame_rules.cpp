@@ -21,8 +21,10 @@ constexpr int kDwarfRsp = 7;
 constexpr int kPlaces[kRegisterCount] = {-1, -1, -1,   kRbx, -1,   -1,   kRbp,          -1, -1, -1,
                                          -1, -1, kR12, kR13, kR14, kR15, kReturnAddress};
 
-// A remembered rule: the address looked up, the two words of the rule, and the generation of the session.
+// A remembered rule: the address looked up, the two words of the rule, and the generation of the session that it is right
+// for.
 using Slot = SequenceSlot<4>;
+constexpr std::uint64_t kAnyGeneration = ~std::uint64_t{0};
 constexpr std::size_t kSlotBits = 11;
 Slot slots[std::size_t{1} << kSlotBits];
 std::atomic<std::uint32_t> currentGeneration{0};
@@ -107,8 +109,7 @@ FrameRule readRule(LibdwFunctions const& libdw, Dwarf_Frame* frame) {
   return simple;
 }
 
-FrameRule learnRule(DebugSession& session, std::uint64_t address) {
-  DebugSession::Module* const module = session.moduleAt(address);
+FrameRule learnRule(DebugSession& session, DebugSession::Module* module, std::uint64_t address) {
   if (module == nullptr || module->handle == nullptr) return FrameRule();
   // A module whose tables cannot be read is left to libdw, which has a heuristic besides.
   FrameRule const complex(FrameRule::Kind::kComplex);
@@ -125,29 +126,36 @@ FrameRule learnRule(DebugSession& session, std::uint64_t address) {
 FrameRule learnAndRemember(std::uint64_t address, Slot& slot) {
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
-  FrameRule const rule = learnRule(session, address);
+  DebugSession::Module* const module = session.moduleAt(address);
+  FrameRule const rule = learnRule(session, module, address);
   currentGeneration.store(session.generation(), std::memory_order_release);
   // A module may be loaded at an address that has none now.
-  if (rule.kind() != FrameRule::Kind::kUnknown) slot.store({address, rule.low(), rule.high(), session.generation()});
+  if (rule.kind() == FrameRule::Kind::kUnknown) return rule;
+  slot.store({address, rule.low(), rule.high(), module->loaded.isPermanent ? kAnyGeneration : session.generation()});
   return rule;
 }
 
-}  // namespace
-
-FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress) {
-  std::uint64_t const address = programCounter - (isReturnAddress ? 1 : 0);
-  Slot& slot = slotOf(address);
-  Slot::Words words;
-  bool const isKnown =
-      slot.load(words) && words[0] == address && words[3] == currentGeneration.load(std::memory_order_relaxed);
-  return isKnown ? FrameRule(words[1], words[2]) : learnAndRemember(address, slot);
-}
-
-void checkFrameRules() {
+// Sees to it that the current generation is that of the modules that are loaded now.
+void checkGeneration() {
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   session.forgetUnloaded();
   currentGeneration.store(session.generation(), std::memory_order_release);
+}
+
+}  // namespace
+
+FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress, std::uint64_t& isChecked) {
+  std::uint64_t const address = programCounter - (isReturnAddress ? 1 : 0);
+  Slot& slot = slotOf(address);
+  Slot::Words words;
+  if (!slot.load(words) || words[0] != address) return learnAndRemember(address, slot);
+  if (words[3] != kAnyGeneration) {
+    if (isChecked == 0) checkGeneration();
+    isChecked = 1;
+    if (words[3] != currentGeneration.load(std::memory_order_relaxed)) return learnAndRemember(address, slot);
+  }
+  return FrameRule(words[1], words[2]);
 }
 
 }  // namespace platform

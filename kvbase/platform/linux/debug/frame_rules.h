@@ -67,13 +67,12 @@ class FrameRule {
   std::uint64_t high_ = 0;
 };
 
-// The rule for a program counter. That of a return address is looked up one byte before it, inside the call.
+// The rule for a program counter. That of a return address is looked up one byte before it, inside the call. `isChecked`
+// is 0 at the start of a walk; the first rule of a walk that a module may have taken along when it was unloaded makes it
+// 1. Modules that are unloaded later in the same walk are not noticed.
 //
 // Thread rule: any thread; a rule that is remembered is found without a lock.
-FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress);
-
-// Forgets the rules of modules that have been unloaded. To be called at the start of each walk.
-void checkFrameRules();
+FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress, std::uint64_t& isChecked);
 
 }  // namespace platform
 }  // namespace KV_1_1

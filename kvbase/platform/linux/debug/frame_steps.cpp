@@ -5,6 +5,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <utility>
 
 #include "kvbase/platform/error_codes.h"
@@ -20,7 +21,8 @@ namespace {
 
 using debug_help::StackFrame64;
 
-// What a record has in StackFrame64::reserved[0]: what the program counter of the next frame is.
+// What a record has in StackFrame64::reserved[0]: what the program counter of the next frame is. The next words of it are
+// the number of signal frames so far and what ruleOfFrame keeps; kernelHelp[0] is the number of the walk.
 enum NextFrame : std::uint64_t { kFirst, kReturned, kInterrupted, kBroken };
 // A frame of a signal may lie anywhere, so that the stack pointer does not tell of a circle; the number of them does.
 constexpr std::uint64_t kMostSignalFrames = 100;
@@ -37,24 +39,53 @@ constexpr std::uint64_t _CONTEXT::*kRegisters[kRegisterCount] = {
 constexpr std::uint64_t _CONTEXT::*kSaved[kSavedRegisterCount] = {
     &_CONTEXT::Rbx, &_CONTEXT::Rbp, &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
 
-thread_local std::uint64_t lastReturnAddress;
+constexpr std::size_t kWindowWords = 64;
+
+// What a thread knows of the stack that it walks.
+struct WalkedStack {
+  std::uint64_t lastReturnAddress;
+  // A part of the stack that has been read at once, because calling the routine that reads takes longer than a step.
+  std::uint64_t walk;  // the number of the walk that has read it; 0 for nothing
+  std::uint64_t start;
+  std::uint64_t words[kWindowWords];
+};
+thread_local WalkedStack walkedStack;
+static_assert(kMostSavedWords <= kWindowWords, "a frame's registers are read at once");
+
+// Not by thread: a walk that is continued on another thread must not find the words of another walk there.
+std::atomic<std::uint64_t> walkCount{0};
 
 class StackReader {
  public:
-  StackReader(void* process, debug_help::ReadProcessMemory64 routine) : process_(process), routine_(routine) {}
+  StackReader(void* process, debug_help::ReadProcessMemory64 routine, std::uint64_t walk, WalkedStack& stack)
+      : process_(process), routine_(routine), walk_(walk), stack_(&stack) {}
 
-  bool read(std::uint64_t address, void* buffer, ulong32 size) const {
+  bool read(std::uint64_t address, void* buffer, std::size_t size) const {
     if (routine_ == nullptr) {
       std::size_t count = 0;
       return readOwnMemory(address, buffer, size, count);
     }
     ulong32 count = 0;
-    return routine_(process_, address, buffer, size, &count) != 0 && count == size;
+    return routine_(process_, address, buffer, static_cast<ulong32>(size), &count) != 0 && count == size;
+  }
+
+  // At most kWindowWords words, valid until the next call; null if they cannot be read.
+  std::uint64_t const* words(std::uint64_t address, std::size_t count) const {
+    std::uint64_t const distance = address - stack_->start;
+    bool const isThere = stack_->walk == walk_ && distance <= (kWindowWords - count) * 8 && distance % 8 == 0;
+    if (isThere) return stack_->words + distance / 8;
+    // The window may reach beyond what can be read.
+    bool const isWhole = read(address, stack_->words, sizeof stack_->words);
+    stack_->walk = isWhole ? walk_ : 0;
+    stack_->start = address;
+    return isWhole || read(address, stack_->words, count * 8) ? stack_->words : nullptr;
   }
 
  private:
   void* process_;
   debug_help::ReadProcessMemory64 routine_;
+  std::uint64_t walk_;
+  WalkedStack* stack_;
 };
 
 // A step by libdw itself. It calls back for registers and memory.
@@ -115,12 +146,13 @@ enum class StepResult { kCaller, kOutermost, kFailed };
 StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFrame, StackReader const& reader) {
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
-  if (!session.libdw().canStep() || !session.begin()) return StepResult::kFailed;
+  DebugSession::Module const* const module = session.moduleAt(context.Rip - (isReturnAddress ? 1 : 0));
+  if (module == nullptr || !session.libdw().canStep()) return StepResult::kFailed;
   // Fails if it has been done before.
-  session.libdw().attachState(session.handle(), nullptr, getpid(), &kThreadCallbacks, nullptr);
+  session.libdw().attachState(module->session, nullptr, getpid(), &kThreadCallbacks, nullptr);
   GeneralStep step = {&context, &reader, isReturnAddress, &session.libdw(), 0, false, {}};
   currentStep = &step;
-  int const result = session.libdw().walkThread(session.handle(), getpid(), visitFrame, nullptr);
+  int const result = session.libdw().walkThread(module->session, getpid(), visitFrame, nullptr);
   currentStep = nullptr;
   if (step.hasCaller) {
     if (!isSignalFrame && step.caller.Rsp <= context.Rsp) return StepResult::kFailed;
@@ -156,10 +188,8 @@ StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader cons
   if (rule.isIndirect() && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
   if (end <= context.Rsp) return StepResult::kFailed;
   if (rule.savedWords() == 0) return restoreOneByOne(rule, end, context, reader);
-  // One call reads all that has been saved.
-  std::uint64_t words[kMostSavedWords];
-  std::uint64_t const size = rule.savedWords() * 8;
-  if (!reader.read(end - size, words, static_cast<ulong32>(size))) return StepResult::kFailed;
+  std::uint64_t const* const words = reader.words(end - rule.savedWords() * 8, rule.savedWords());
+  if (words == nullptr) return StepResult::kFailed;
   restoreAll(rule, words + rule.savedWords(), context, std::make_index_sequence<kSavedRegisterCount>());
   context.Rsp = end;
   return StepResult::kCaller;
@@ -191,15 +221,17 @@ StepResult stepToCaller(FrameRule const& rule, _CONTEXT& context, bool isReturnA
 }  // namespace
 
 bool stepFrame(StackFrame64& frame, _CONTEXT& context, void* process, debug_help::ReadProcessMemory64 readMemory) {
-  StackReader const reader(process, readMemory);
   std::uint64_t& next = frame.reserved[0];
   std::uint64_t& signalFrames = frame.reserved[1];
+  std::uint64_t& walk = frame.kernelHelp[0];
   if (next == kBroken) return failWith(kPartialCopy);
-  if (next == kFirst) checkFrameRules();
+  if (next == kFirst) walk = walkCount.fetch_add(1, std::memory_order_relaxed) + 1;
+  WalkedStack& stack = walkedStack;
+  StackReader const reader(process, readMemory, walk, stack);
 
   bool const isReturnAddress = next == kReturned;
   std::uint64_t const counter = context.Rip;
-  FrameRule const rule = ruleOfFrame(counter, isReturnAddress);
+  FrameRule const rule = ruleOfFrame(counter, isReturnAddress, frame.reserved[2]);
   if (rule.kind() == FrameRule::Kind::kUnknown && next != kFirst) return failWith(kInvalidAddress);
   frame.programCounter.offset = counter;
   frame.stack.offset = context.Rsp;
@@ -212,12 +244,12 @@ bool stepFrame(StackFrame64& frame, _CONTEXT& context, void* process, debug_help
   frame.returnAddress.offset = result == StepResult::kCaller ? context.Rip : 0;
   if (result == StepResult::kFailed) frame.returnAddress.offset = kUnknownAddress;
   next = result == StepResult::kFailed ? kBroken : rule.isSignalFrame() ? kInterrupted : kReturned;
-  lastReturnAddress = isReturnAddress ? counter : 0;
+  stack.lastReturnAddress = isReturnAddress ? counter : 0;
   return true;
 }
 
 bool isLastReturnAddress(std::uint64_t address) {
-  return address != 0 && address == lastReturnAddress;
+  return address != 0 && address == walkedStack.lastReturnAddress;
 }
 
 }  // namespace platform

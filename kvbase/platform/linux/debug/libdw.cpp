@@ -68,6 +68,7 @@ void* openLibdw(LibdwFunctions& functions) {
   find(functions.lineAddress, "dwarf_lineaddr");
   find(functions.debugData, "dwfl_module_getdwarf");
   find(functions.symbolCount, "dwfl_module_getsymtab");
+  find(functions.symbol, "dwfl_module_getsym_info");
   find(functions.exceptionFrames, "dwfl_module_eh_cfi");
   find(functions.frameOfAddress, "dwarf_cfi_addrframe");
   find(functions.frameInfo, "dwarf_frame_info");

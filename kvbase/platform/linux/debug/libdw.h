@@ -42,6 +42,7 @@ struct LibdwFunctions {
   decltype(&::dwarf_lineaddr) lineAddress;
   decltype(&::dwfl_module_getdwarf) debugData;
   decltype(&::dwfl_module_getsymtab) symbolCount;
+  decltype(&::dwfl_module_getsym_info) symbol;
   // Frames.
   decltype(&::dwfl_module_eh_cfi) exceptionFrames;
   decltype(&::dwarf_cfi_addrframe) frameOfAddress;

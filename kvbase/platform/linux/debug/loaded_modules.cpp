@@ -3,6 +3,7 @@
 
 #include <elf.h>
 #include <link.h>
+#include <sys/auxv.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -76,6 +77,24 @@ void completePath(LoadedModule& module) {
   if (pathOfModule(reinterpret_cast<HINSTANCE>(module.start), path)) module.path.assign(path.data(), path.size() - 1);
 }
 
+bool contains(LoadedModule const& module, std::uint64_t address) {
+  return address >= module.start && address < module.end;
+}
+
+// The loader never unloads what has been loaded together with the program, and it lists those modules first: whatever
+// stands before the C library or the loader itself is one of them. Elsewhere than in the program's own list, which starts
+// with the program, only the module of this code is sure to stay.
+void markPermanent(std::vector<LoadedModule>& modules) {
+  std::uint64_t const never[] = {reinterpret_cast<std::uint64_t>(&dl_iterate_phdr), getauxval(AT_BASE)};
+  bool const isProgramsList = !modules.empty() && contains(modules[0], getauxval(AT_PHDR));
+  bool isPermanent = false;
+  for (auto module = modules.rbegin(); module != modules.rend(); ++module) {
+    for (std::uint64_t const address : never)
+      isPermanent = isPermanent || (isProgramsList && contains(*module, address));
+    module->isPermanent = isPermanent || contains(*module, reinterpret_cast<std::uint64_t>(&markPermanent));
+  }
+}
+
 }  // namespace
 
 LoadCounts loadCounts() {
@@ -107,6 +126,7 @@ std::vector<LoadedModule> loadedModules() {
   });
   if (!complete) throw std::bad_alloc();
   for (LoadedModule& module : modules) completePath(module);
+  markPermanent(modules);
   return modules;
 }
 

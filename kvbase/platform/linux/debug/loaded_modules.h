@@ -25,6 +25,7 @@ struct LoadedModule {
   std::uint64_t end = 0;    // both are whole pages
   std::string path;         // absolute; a name without folder if the module comes from no file
   std::vector<unsigned char> buildId;
+  bool isPermanent = false;  // never unloaded as long as this code runs
 };
 
 // All modules, the program first.

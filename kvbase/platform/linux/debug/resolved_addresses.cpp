@@ -3,10 +3,14 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstring>
+#include <deque>
 #include <functional>
-#include <memory>
+#include <set>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 
 #include "kvbase/core/lazy.h"
 #include "kvbase/platform/error_codes.h"
@@ -20,17 +24,13 @@ namespace platform {
 
 namespace {
 
-// What has been found out about an address. Symbol and line are looked up separately: a walk that wants no lines pays
-// for none.
+// What has been found out about an address.
 struct Resolved {
-  std::uint64_t address = 0;  // as looked up; 0 for an entry that is not used
-  std::uint32_t generation = 0;
-  bool symbolKnown = false;
-  bool lineKnown = false;
-  std::string name;  // empty if there is no symbol
+  std::uint64_t address = 0;  // as looked up
+  std::string name;           // empty if there is no symbol
   std::uint64_t symbolStart = 0;
   std::uint64_t symbolSize = 0;
-  std::string file;  // empty if there is no line
+  char const* file = nullptr;  // null if there is no line; stays as long as the library
   ulong32 line = 0;
   std::uint64_t lineStart = 0;
 };
@@ -41,13 +41,50 @@ struct Undecorated {
   std::string text;
 };
 
-constexpr std::size_t kBits = 11;
-constexpr std::size_t kNameBits = 10;
+// The addresses in modules that are never unloaded. What is in the table is neither changed nor moved, so that readers
+// take no lock. A table that is full takes no more.
+class PermanentAddresses {
+ public:
+  Resolved const* find(std::uint64_t address) const {
+    for (std::size_t i = first(address);; i = (i + 1) % kSlots) {
+      Resolved const* const each = slots_[i].load(std::memory_order_acquire);
+      if (each == nullptr || each->address == address) return each;
+    }
+  }
 
-// Both tables are used under the lock of the session. An entry gives way to the next one that belongs in its place.
+  // Null if the table is full. Writers must exclude each other.
+  Resolved const* add(Resolved const& resolved) {
+    if (all_.size() == kSlots / 2) return nullptr;
+    Resolved const& added = all_.emplace_back(resolved);
+    std::size_t i = first(resolved.address);
+    while (slots_[i].load(std::memory_order_relaxed) != nullptr) i = (i + 1) % kSlots;
+    slots_[i].store(&added, std::memory_order_release);
+    return &added;
+  }
+
+ private:
+  static constexpr std::size_t kBits = 14;
+  static constexpr std::size_t kSlots = std::size_t{1} << kBits;
+
+  static std::size_t first(std::uint64_t address) { return (address * 0x9E3779B97F4A7C15) >> (64 - kBits); }
+
+  std::array<std::atomic<Resolved const*>, kSlots> slots_{};
+  std::deque<Resolved> all_;
+};
+
+constexpr std::size_t kMostAddresses = 2048;
+constexpr std::size_t kNames = 1024;
+
+// All but the look-up in `permanent` happens under the lock of the session.
 struct Tables {
-  std::array<Resolved, std::size_t{1} << kBits> addresses;
-  std::array<Undecorated, std::size_t{1} << kNameBits> names;
+  PermanentAddresses permanent;
+  // The addresses in other modules, until any of these is unloaded or there are too many.
+  std::unordered_map<std::uint64_t, Resolved> others;
+  std::uint32_t generation = 0;
+  // The names of source files. There are only as many as there are files, so they stay.
+  std::set<std::string, std::less<>> files;
+  // An entry gives way to the next one that belongs in its place.
+  std::array<Undecorated, kNames> names;
 };
 
 Tables& tables() {
@@ -55,106 +92,105 @@ Tables& tables() {
   return all.get();
 }
 
-// A line that has been found. The name of its file outlives the lock only as a copy that belongs to the thread.
-struct FoundLine {
-  std::uint64_t counter;  // 0 for none
-  std::uint64_t start;
-  ulong32 number;
-  char file[kResolvedTextCapacity];
-};
-// Whoever asks for the symbol of an address asks for its line next, which is then at hand. It is given once: who asks
-// again may have loaded other modules meanwhile.
-thread_local FoundLine nextLine;
-
-void noteLine(std::uint64_t counter, Resolved const& entry) {
-  FoundLine& line = nextLine;
-  line.counter = counter;
-  line.start = entry.lineStart;
-  line.number = entry.line;
-  memcpy(line.file, entry.file.c_str(), entry.file.size() + 1);
-}
-
-void giveLine(FoundLine& found, ulong32& displacement, debug_help::Line64& line) {
-  displacement = static_cast<ulong32>(found.counter - found.start);
-  line.key = nullptr;
-  line.lineNumber = found.number;
-  line.fileName = found.file;
-  line.address = found.start;
-  found.counter = 0;
-}
-
-Resolved& entryOf(std::uint64_t address, std::uint32_t generation) {
-  Resolved& entry = tables().addresses[(address * 0x9E3779B97F4A7C15) >> (64 - kBits)];
-  if (entry.address != address || entry.generation != generation) {
-    entry = Resolved();
-    entry.address = address;
-    entry.generation = generation;
-  }
-  return entry;
-}
-
-void findSymbol(DebugSession& session, Resolved& entry) {
-  DebugSession::Module* const module = session.moduleAt(entry.address);
-  if (module != nullptr && module->handle != nullptr && session.libdw().symbolOfAddress != nullptr) {
-    module->isOpen = true;
+void findSymbol(LibdwFunctions const& libdw, DebugSession::Module const& module, Resolved& result) {
+  GElf_Sym symbol = {};
+  GElf_Addr start = 0;
+  char const* name = nullptr;
+  int const number = module.symbols.find(result.address);
+  if (number >= 0) {
+    name = libdw.symbol(module.handle, number, &symbol, &start, nullptr, nullptr, nullptr);
+  } else if (libdw.symbolOfAddress != nullptr) {
+    // A label without a size, for instance.
     GElf_Off offset = 0;
-    GElf_Sym symbol = {};
-    char const* const name =
-        session.libdw().symbolOfAddress(module->handle, entry.address, &offset, &symbol, nullptr, nullptr, nullptr);
-    if (name != nullptr) {
-      entry.name.assign(name, strnlen(name, kResolvedTextCapacity - 1));
-      entry.symbolStart = entry.address - offset;
-      entry.symbolSize = symbol.st_size;
-    }
+    name = libdw.symbolOfAddress(module.handle, result.address, &offset, &symbol, nullptr, nullptr, nullptr);
+    start = result.address - offset;
   }
-  entry.symbolKnown = module != nullptr;
+  if (name == nullptr) return;
+  result.name.assign(name, strnlen(name, kResolvedTextCapacity - 1));
+  result.symbolStart = start;
+  result.symbolSize = symbol.st_size;
 }
 
-void setLine(Resolved& entry, char const* file, int number, std::uint64_t start) {
-  entry.file.assign(file, strnlen(file, kResolvedTextCapacity - 1));
-  entry.line = static_cast<ulong32>(number);
-  entry.lineStart = start;
+void setLine(Resolved& result, char const* file, int number, std::uint64_t start) {
+  std::string_view const name(file, strnlen(file, kResolvedTextCapacity - 1));
+  auto const known = tables().files.find(name);
+  result.file = known != tables().files.end() ? known->c_str() : tables().files.emplace(name).first->c_str();
+  result.line = static_cast<ulong32>(number);
+  result.lineStart = start;
 }
 
 // Some compilers write no table that leads from an address to its unit, so that the units themselves are asked.
-void searchLineInUnits(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& entry) {
+void searchLineInUnits(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& result) {
   if (!libdw.canSearchUnits()) return;
   Dwarf_Addr bias = 0;
   for (Dwarf_Die* unit = nullptr; (unit = libdw.nextUnit(module, unit, &bias)) != nullptr;) {
-    if (libdw.unitHasAddress(unit, entry.address - bias) != 1) continue;
-    Dwarf_Line* const line = libdw.lineOfUnit(unit, entry.address - bias);
+    if (libdw.unitHasAddress(unit, result.address - bias) != 1) continue;
+    Dwarf_Line* const line = libdw.lineOfUnit(unit, result.address - bias);
     char const* const file = line == nullptr ? nullptr : libdw.lineFile(line, nullptr, nullptr);
     int number = 0;
     Dwarf_Addr start = 0;
     bool const isComplete =
         file != nullptr && libdw.lineNumber(line, &number) == 0 && libdw.lineAddress(line, &start) == 0;
-    if (isComplete) setLine(entry, file, number, start + bias);
+    if (isComplete) setLine(result, file, number, start + bias);
     return;
   }
 }
 
-void findLine(DebugSession& session, Resolved& entry) {
-  DebugSession::Module* const module = session.moduleAt(entry.address);
-  if (module != nullptr && module->handle != nullptr && session.libdw().canLine()) {
-    module->isOpen = true;
-    Dwfl_Line* const line = session.libdw().lineOfAddress(module->handle, entry.address);
-    int number = 0;
-    Dwarf_Addr start = 0;
-    char const* const file =
-        line == nullptr ? nullptr : session.libdw().lineInfo(line, &start, &number, nullptr, nullptr, nullptr);
-    if (file != nullptr) {
-      setLine(entry, file, number, start);
-    } else {
-      searchLineInUnits(session.libdw(), module->handle, entry);
-    }
+void findLine(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& result) {
+  if (!libdw.canLine()) return;
+  Dwfl_Line* const line = libdw.lineOfAddress(module, result.address);
+  int number = 0;
+  Dwarf_Addr start = 0;
+  char const* const file = line == nullptr ? nullptr : libdw.lineInfo(line, &start, &number, nullptr, nullptr, nullptr);
+  if (file != nullptr) {
+    setLine(result, file, number, start);
+  } else {
+    searchLineInUnits(libdw, module, result);
   }
-  entry.lineKnown = module != nullptr;
+}
+
+void open(LibdwFunctions const& libdw, DebugSession::Module& module) {
+  if (!module.isOpen && SymbolIndex::canRead(libdw)) module.symbols.read(libdw, module.handle);
+  module.isOpen = true;
+}
+
+// What is known about an address in a module that is loaded now; null if there is none. Valid until the next call.
+Resolved const* resolve(DebugSession& session, std::uint64_t address) {
+  DebugSession::Module* const module = session.moduleAt(address);
+  if (module == nullptr) return nullptr;
+  Tables& all = tables();
+  if (all.generation != session.generation() || all.others.size() >= kMostAddresses) all.others.clear();
+  all.generation = session.generation();
+  auto const known = all.others.find(address);
+  if (known != all.others.end()) return &known->second;
+  Resolved result;
+  result.address = address;
+  if (module->handle != nullptr) {
+    open(session.libdw(), *module);
+    findSymbol(session.libdw(), *module, result);
+    findLine(session.libdw(), module->handle, result);
+  }
+  Resolved const* const added = module->loaded.isPermanent ? all.permanent.add(result) : nullptr;
+  return added != nullptr ? added : &(all.others[address] = std::move(result));
 }
 
 // The address to look up for a program counter. A call that does not return may be the last instruction of a function,
 // so that the address behind it belongs to another one.
 std::uint64_t lookupAddress(std::uint64_t counter) {
   return isLastReturnAddress(counter) ? counter - 1 : counter;
+}
+
+// Calls `use` with what is known about the address that a program counter stands for. False, with the last error set, if
+// that is no address of a module.
+template <class Use>
+bool withResolved(std::uint64_t counter, Use use) {
+  std::uint64_t const address = lookupAddress(counter);
+  Resolved const* const permanent = tables().permanent.find(address);
+  if (permanent != nullptr) return use(*permanent);
+  DebugSession& session = DebugSession::instance();
+  auto const lock = session.lock();
+  Resolved const* const resolved = resolve(session, address);
+  return resolved != nullptr ? use(*resolved) : failWith(kModuleNotFound);
 }
 
 // The file name without folder and ending: KVBase for /lib/KVBase.so, libc for libc.so.6.
@@ -181,48 +217,33 @@ SymbolType typeOf(DebugSession& session, DebugSession::Module& module) {
 
 }  // namespace
 
-bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Symbol64& symbol) {
-  DebugSession& session = DebugSession::instance();
-  auto const lock = session.lock();
-  session.forgetUnloaded();
-  Resolved& entry = entryOf(lookupAddress(address), session.generation());
-  if (!entry.symbolKnown) findSymbol(session, entry);
-  if (entry.name.empty()) {
-    nextLine.counter = 0;
-    return failWith(entry.symbolKnown ? kInvalidAddress : kModuleNotFound);
-  }
-  if (entry.file.empty()) {
-    nextLine.counter = 0;
-  } else {
-    noteLine(address, entry);
-  }
-  displacement = address - entry.symbolStart;
-  symbol.address = entry.symbolStart;
-  symbol.size = static_cast<ulong32>(entry.symbolSize);
-  symbol.flags = 0;
-  // The limit counts the terminator if the record is followed by exactly so many bytes, as it is when it comes from a
-  // block of the size that callers allocate.
-  if (symbol.maxNameLength == 0) return true;
-  std::size_t const size = entry.name.copy(symbol.name, symbol.maxNameLength - 1);
-  symbol.name[size] = '\0';
-  return true;
+bool symbolAt(std::uint64_t counter, std::uint64_t& displacement, debug_help::Symbol64& symbol) {
+  return withResolved(counter, [&](Resolved const& found) {
+    if (found.name.empty()) return failWith(kInvalidAddress);
+    displacement = counter - found.symbolStart;
+    symbol.address = found.symbolStart;
+    symbol.size = static_cast<ulong32>(found.symbolSize);
+    symbol.flags = 0;
+    // The limit counts the terminator if the record is followed by exactly so many bytes, as it is when it comes from a
+    // block of the size that callers allocate.
+    if (symbol.maxNameLength == 0) return true;
+    std::size_t const size = std::min<std::size_t>(found.name.size(), symbol.maxNameLength - 1);
+    memcpy(symbol.name, found.name.data(), size);
+    symbol.name[size] = '\0';
+    return true;
+  });
 }
 
-bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& line) {
-  FoundLine& found = nextLine;
-  if (address != 0 && found.counter == address) {
-    giveLine(found, displacement, line);
+bool lineAt(std::uint64_t counter, ulong32& displacement, debug_help::Line64& line) {
+  return withResolved(counter, [&](Resolved const& found) {
+    if (found.file == nullptr) return failWith(kInvalidAddress);
+    displacement = static_cast<ulong32>(counter - found.lineStart);
+    line.key = nullptr;
+    line.lineNumber = found.line;
+    line.fileName = const_cast<char*>(found.file);  // to be read only
+    line.address = found.lineStart;
     return true;
-  }
-  DebugSession& session = DebugSession::instance();
-  auto const lock = session.lock();
-  session.forgetUnloaded();
-  Resolved& entry = entryOf(lookupAddress(address), session.generation());
-  if (!entry.lineKnown) findLine(session, entry);
-  if (entry.file.empty()) return failWith(entry.lineKnown ? kInvalidAddress : kModuleNotFound);
-  noteLine(address, entry);
-  giveLine(found, displacement, line);
-  return true;
+  });
 }
 
 bool moduleInfoAt(std::uint64_t address, debug_help::ModuleInfo64& info) {

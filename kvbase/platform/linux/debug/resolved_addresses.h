@@ -20,7 +20,7 @@ constexpr std::size_t kResolvedTextCapacity = 1024;
 // The symbol at an address, as debug_help::SymGetSymFromAddr64 gives it. False, with the last error set, if there is
 // none.
 bool symbolAt(std::uint64_t address, std::uint64_t& displacement, debug_help::Symbol64& symbol);
-// The source line. The name of the file is valid until the next call on this thread.
+// The source line. The name of the file stays as long as the library.
 bool lineAt(std::uint64_t address, ulong32& displacement, debug_help::Line64& line);
 // The module.
 bool moduleInfoAt(std::uint64_t address, debug_help::ModuleInfo64& info);

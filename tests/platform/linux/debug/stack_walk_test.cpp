@@ -267,6 +267,49 @@ TEST(LinuxStackWalk, OwnRoutineReadsTheStackAsTheDefaultDoes) {
   for (std::size_t i = 0; i < byDefault.size(); ++i) EXPECT_EQ(byRoutine[i].address, byDefault[i].address) << i;
 }
 
+// A frame is walked if its own part of the stack can be read, however little there is behind it.
+TEST(LinuxStackWalk, FramesUpToTheEndOfReadableMemoryAreFound) {
+  static std::uint64_t limit;
+  auto const read = [](void* process, std::uint64_t address, void* buffer, ulong32 size, ulong32* count) -> int {
+    return address + size <= limit && readOwn(process, address, buffer, size, count) ? 1 : 0;
+  };
+  _CONTEXT context = emptyContext();
+  platform::nativeDebug().contextCapture()(&context);
+  DebugHelp help;
+  std::size_t found = 1;
+  for (limit = context.Rsp; limit < context.Rsp + 2048; limit += 8) {
+    std::size_t const before = found;
+    found = help.walk(context, read, 200, /*describeFrames=*/false).size();
+    EXPECT_GE(found, before);
+    EXPECT_LE(found, before + 1);
+  }
+  EXPECT_GT(found, 2u);
+}
+
+// What one walk has read of its stack is nothing that another one may use.
+TEST(LinuxStackWalk, WalksThatTakeTurnsReadTheirOwnMemory) {
+  DebugHelp help;
+  auto const step = [&help](debug_help::StackFrame64& frame, _CONTEXT& context, debug_help::ReadProcessMemory64 read) {
+    return help.stackWalk64(debug_help::kMachineX64, nullptr, nullptr, &frame, &context, read, nullptr, nullptr,
+                            nullptr);
+  };
+  _CONTEXT start = emptyContext();
+  platform::nativeDebug().contextCapture()(&start);
+  std::vector<Frame> const alone = help.walk(start);
+  _CONTEXT context = start;
+  debug_help::StackFrame64 frame = {};
+  for (std::size_t i = 0; i < alone.size(); ++i) {
+    ASSERT_NE(step(frame, context, nullptr), 0);
+    EXPECT_EQ(frame.programCounter.offset, alone[i].address);
+    EXPECT_EQ(frame.returnAddress.offset, alone[i].returnAddress);
+    _CONTEXT otherContext = start;
+    debug_help::StackFrame64 other = {};
+    auto const read = [](void*, std::uint64_t, void*, ulong32, ulong32*) -> int { return 0; };
+    EXPECT_NE(step(other, otherContext, read), 0);
+    EXPECT_EQ(step(other, otherContext, read), 0);
+  }
+}
+
 TEST(LinuxStackWalk, OtherMachinesAndMissingRecordsAreRefused) {
   DebugHelp help;
   debug_help::StackFrame64 frame = {};
