@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "tests/support/narrow_text.h"
-#include "tests/support/stored_setting.h"
+#include "tests/support/user_setting.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -66,26 +66,26 @@ class SettingsApiTest : public ::testing::Test {
 };
 
 TEST_F(SettingsApiTest, StoredTextIsRead) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(read(), "deu");
   EXPECT_EQ(read(), "deu") << "again from the same key";
 }
 
 TEST_F(SettingsApiTest, ShorterTextIsRead) {
-  StoredSetting const setting(program_, "de");
+  UserSetting const setting(program_, "de");
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(read(), "de");
 }
 
 TEST_F(SettingsApiTest, EmptyTextIsRead) {
-  StoredSetting const setting(program_, "");
+  UserSetting const setting(program_, "");
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(read(), "");
 }
 
 TEST_F(SettingsApiTest, TextLongerThanTheRoomIsNotRead) {
-  StoredSetting const setting(program_, "fran");
+  UserSetting const setting(program_, "fran");
   ASSERT_TRUE(openAll(program_));
   std::array<wchar, 5> data;
   data.fill(KVW('#'));
@@ -99,7 +99,7 @@ TEST_F(SettingsApiTest, TextLongerThanTheRoomIsNotRead) {
 }
 
 TEST_F(SettingsApiTest, MissingValueIsNotRead) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(read(KVW("Language")), "none");
   closeLast();
@@ -108,18 +108,18 @@ TEST_F(SettingsApiTest, MissingValueIsNotRead) {
 
 TEST_F(SettingsApiTest, MissingKeyIsNotOpened) {
   EXPECT_FALSE(openAll(program_));
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   EXPECT_EQ(settings().openKey(settings().currentUser(), widen(program_).c_str()), nullptr);
 }
 
 TEST_F(SettingsApiTest, ValueIsNoKey) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(settings().openKey(keys_.back(), KVW("GUILanguage")), nullptr);
 }
 
 TEST_F(SettingsApiTest, KeyOutlivesItsParents) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   std::rotate(keys_.begin(), keys_.end() - 1, keys_.end());
   while (keys_.size() > 1) closeLast();
@@ -127,7 +127,7 @@ TEST_F(SettingsApiTest, KeyOutlivesItsParents) {
 }
 
 TEST_F(SettingsApiTest, KeyIsOpenedMoreThanOnce) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   ASSERT_TRUE(openAll(program_));
   EXPECT_EQ(read(), "deu");
@@ -136,7 +136,7 @@ TEST_F(SettingsApiTest, KeyIsOpenedMoreThanOnce) {
 }
 
 TEST_F(SettingsApiTest, NameLeadsThroughSeveralKeys) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   wstring const name = KVW("Software\\VOLQ\\") + widen(program_) + KVW("\\Settings\\10.0");
   keys_.push_back(settings().openKey(settings().currentUser(), name.c_str()));
   ASSERT_NE(keys_.back(), nullptr);
@@ -144,7 +144,7 @@ TEST_F(SettingsApiTest, NameLeadsThroughSeveralKeys) {
 }
 
 TEST_F(SettingsApiTest, EmptyNameOpensTheKeyItself) {
-  StoredSetting const setting(program_, "deu");
+  UserSetting const setting(program_, "deu");
   ASSERT_TRUE(openAll(program_));
   keys_.push_back(settings().openKey(keys_.back(), KVW("")));
   ASSERT_NE(keys_.back(), nullptr);

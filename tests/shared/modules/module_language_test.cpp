@@ -15,8 +15,8 @@
 #include "tests/shared/modules/common_files.h"
 #include "tests/shared/modules/module_report.h"
 #include "tests/shared/modules/started_module.h"
-#include "tests/shared/modules/user_setting.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/user_setting.h"
 
 namespace KV_1_1 {
 namespace testing {

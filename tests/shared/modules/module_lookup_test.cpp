@@ -10,9 +10,9 @@
 
 #include "kvbase/platform/module_api.h"
 #include "tests/shared/modules/started_module.h"
-#include "tests/shared/modules/user_setting.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/thread_locale.h"
+#include "tests/support/user_setting.h"
 
 namespace KV_1_1 {
 namespace testing {

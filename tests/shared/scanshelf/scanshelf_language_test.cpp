@@ -14,9 +14,9 @@
 #include <vector>
 
 #include "tests/shared/modules/run_program.h"
-#include "tests/shared/modules/user_setting.h"
 #include "tests/support/module_files.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/user_setting.h"
 
 namespace KV_1_1 {
 namespace testing {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/shared/modules/user_setting.h"
+#include "tests/support/user_setting.h"
 
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/support/temp_folder.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/support/stored_setting.h"
+#include "tests/support/user_setting.h"
 
 #include <gtest/gtest.h>
 
@@ -9,20 +9,20 @@
 namespace KV_1_1 {
 namespace testing {
 
-struct StoredSetting::Store {
+struct UserSetting::Store {
   wstring const program;
 };
 
-StoredSetting::StoredSetting(std::string const& program, std::string const& text)
+UserSetting::UserSetting(std::string const& program, std::string const& language)
     : store_(new Store{L"Software\\VOLQ\\" + widen(program)}) {
   wstring const key = store_->program + L"\\Settings\\10.0";
-  wstring const value = widen(text);
+  wstring const value = widen(language);
   EXPECT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"GUILanguage", REG_SZ, value.c_str(),
                             static_cast<DWORD>((value.size() + 1) * sizeof(wchar))),
             0);
 }
 
-StoredSetting::~StoredSetting() {
+UserSetting::~UserSetting() {
   EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, store_->program.c_str()), 0);
 }
 
