@@ -254,41 +254,51 @@ TEST_F(LinuxFileChanges, AFileInUseIsASharingViolation) {
   EXPECT_EQ(waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
   EXPECT_EQ(fs::file_size(program), fs::file_size("/bin/cat"));
-  if (!isProtected) GTEST_SKIP() << "this kernel lets programs be written while they run";
+  KVBASE_SKIP_UNLESS(isProtected, "a kernel that does not let programs be written while they run");
   EXPECT_EQ(copy(KVW("file"), KVW("program")), kNoError);
 }
 
 TEST_F(LinuxFileChanges, WithoutRightsAccessIsDenied) {
   folder.write("open/file", "kept");
+  folder.makeFolder("open/dir");
   folder.write("closed/file");
   folder.write("secret");
-  ASSERT_EQ(chmod(folder.path("secret").c_str(), 0600), 0);
-  ASSERT_EQ(chmod(folder.path("closed").c_str(), 0700), 0);
-  bool const permitted = inChild([&] {
-    constexpr uid_t kNobody = 65534;
-    bool const mayChange = geteuid() == 0 && seteuid(kNobody) == 0;
-    if (!mayChange) return false;
+  auto const setMode = [this](char const* name, mode_t mode) { return chmod(folder.path(name).c_str(), mode); };
+  for (char const* const name : {"secret", "closed"}) ASSERT_EQ(setMode(name, 0), 0);
+  ASSERT_EQ(setMode("open/file", 0444) + setMode("open", 0555), 0);
+  inChild([&] {
+    dropRights();
     EXPECT_EQ(errorOfAttributes(KVW("closed\\file")), kAccessDenied);
+    EXPECT_EQ(setAttributes(KVW("closed\\file"), kAttributeReadOnly), kAccessDenied);
     EXPECT_EQ(open(KVW("secret"), kAccessRead), kAccessDenied);
     EXPECT_EQ(open(KVW("open\\file"), kAccessWrite), kAccessDenied);
     EXPECT_EQ(open(KVW("open\\new"), kAccessWrite, kOpenAlways), kAccessDenied);
     EXPECT_EQ(remove(KVW("open\\file")), kAccessDenied);
-    EXPECT_EQ(setAttributes(KVW("open\\file"), kAttributeReadOnly), kAccessDenied);
     EXPECT_EQ(move(KVW("open\\file"), KVW("open\\moved")), kAccessDenied);
     EXPECT_EQ(copy(KVW("open\\file"), KVW("open\\copy")), kAccessDenied);
     EXPECT_EQ(copy(KVW("secret"), KVW("open\\copy")), kAccessDenied);
-    EXPECT_EQ(makeDirectory(KVW("open\\dir")), kAccessDenied);
-    EXPECT_EQ(removeDirectory(KVW("open")), kAccessDenied);
+    EXPECT_EQ(makeDirectory(KVW("open\\new")), kAccessDenied);
+    EXPECT_EQ(removeDirectory(KVW("open\\dir")), kAccessDenied);
+  });
+  ASSERT_EQ(setMode("open", 0755) + setMode("closed", 0755), 0);
+  EXPECT_EQ(bytes("open/file"), "kept");
+}
+
+// A file of /proc is root's.
+TEST_F(LinuxFileChanges, TheAttributesOfAnothersFileAreNotChanged) {
+  bool const permitted = inChildIfPermitted([&] {
+    constexpr uid_t kNobody = 65534;
+    if (geteuid() == 0 && seteuid(kNobody) != 0) return false;
+    EXPECT_EQ(setAttributes(KVW("\\proc\\version"), kAttributeNormal), kAccessDenied);
     return true;
   });
-  if (!permitted) GTEST_SKIP() << "needs the right to change the user";
-  EXPECT_EQ(bytes("open/file"), "kept");
+  KVBASE_SKIP_UNLESS(permitted, "the right to change the user, which some containers withhold from root");
 }
 
 TEST_F(LinuxFileChanges, AFileSystemMayBeWriteProtected) {
   folder.makeFolder("mount");
   folder.write("file");
-  bool const permitted = inChild([&] {
+  bool const permitted = inChildIfPermitted([&] {
     if (!mountPrivately(folder.path("mount"), "size=1m")) return false;
     folder.write("mount/file", "kept");
     folder.makeFolder("mount/dir");
@@ -305,7 +315,7 @@ TEST_F(LinuxFileChanges, AFileSystemMayBeWriteProtected) {
     EXPECT_EQ(bytes("mount/file"), "kept");
     return true;
   });
-  if (!permitted) GTEST_SKIP() << "needs the right to mount";
+  KVBASE_SKIP_UNLESS(permitted, KVBASE_MOUNT_RIGHT);
 }
 
 TEST_F(LinuxFileChanges, TheNumberOfOpenFilesIsLimited) {
@@ -320,7 +330,7 @@ TEST_F(LinuxFileChanges, TheNumberOfOpenFilesIsLimited) {
     rlimit previous;
     getrlimit(RLIMIT_NOFILE, &previous);
     rlimit const none = {0, previous.rlim_max};
-    if (setrlimit(RLIMIT_NOFILE, &none) != 0) return false;
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     FileHandle const file = api.openFile(path.c_str(), kAccessRead, 0, kOpenExisting, 0);
     ulong32 const errorOfOpening = errors.lastError();
     bool const isCopied = api.copyFile(path.c_str(), target.c_str(), nullptr, nullptr, 0);
@@ -331,7 +341,6 @@ TEST_F(LinuxFileChanges, TheNumberOfOpenFilesIsLimited) {
     EXPECT_FALSE(isCopied);
     EXPECT_EQ(errorOfCopying, kTooManyOpenFiles);
     EXPECT_FALSE(has("copy"));
-    return true;
   });
 }
 

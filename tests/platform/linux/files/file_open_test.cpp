@@ -49,7 +49,6 @@ TEST_F(LinuxOpenFiles, AFileMadeHasTheRightsThatTheProcessGives) {
     umask(027);
     EXPECT_EQ(open(KVW("made"), kAccessWrite, kOpenAlways), kNoError);
     EXPECT_EQ(mode("made"), 0640u);
-    return true;
   });
 }
 
@@ -68,7 +67,6 @@ TEST_F(LinuxOpenFiles, APipeDoesNotBlock) {
       open(KVW("fifo"), access);
       open(KVW("fifo"), access, kOpenAlways);
     }
-    return true;
   });
   EXPECT_TRUE(S_ISFIFO(status("fifo").st_mode));
 }
@@ -81,7 +79,6 @@ TEST_F(LinuxOpenFiles, TheFirstDescriptorIsAFileToo) {
     EXPECT_EQ(open(KVW("file"), kAccessRead), kNoError);
     EXPECT_EQ(copy(KVW("file"), KVW("copy")), kNoError);
     EXPECT_EQ(bytes("copy"), "1");
-    return true;
   });
 }
 
@@ -163,7 +160,7 @@ TEST_F(LinuxOpenFiles, WithoutBirthTheOlderOfWriteAndChangeStandsForIt) {
   ASSERT_TRUE(files().getInfo(KVW("\\proc\\version"), info));
   struct statx found;
   ASSERT_EQ(statx(AT_FDCWD, "/proc/version", 0, STATX_BTIME | STATX_BASIC_STATS, &found), 0);
-  if ((found.stx_mask & STATX_BTIME) != 0) GTEST_SKIP() << "process files have a birth here";
+  ASSERT_EQ(found.stx_mask & STATX_BTIME, 0u);
   EXPECT_NE(info.creationTime, 0u);
   EXPECT_LE(info.creationTime, info.lastWriteTime);
 }
@@ -243,7 +240,6 @@ TEST_F(LinuxOpenFiles, ADescriptorOfAPipeDoesNotBlock) {
       int const descriptor = files().openDescriptor(at(KVW("fifo")).c_str(), flags, kDescriptorShareAll, 0);
       if (descriptor >= 0) files().closeDescriptor(descriptor);
     }
-    return true;
   });
 }
 

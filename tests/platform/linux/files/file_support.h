@@ -5,11 +5,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sched.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,6 +26,7 @@
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <type_traits>
 #include <vector>
 
 #include "kvbase/platform/error_api.h"
@@ -31,6 +34,7 @@
 #include "kvbase/platform/file_api.h"
 #include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/narrow_text.h"
+#include "tests/support/skip.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -38,6 +42,9 @@ namespace testing {
 
 // A last error that no call sets.
 constexpr ulong32 kUntouched = 0xA1B2C3;
+
+// Whoever may make user namespaces has this right too.
+#define KVBASE_MOUNT_RIGHT "the right to mount, which most containers withhold even from root"
 
 // The last error of a call that fails, kNoError of one that succeeds. Also checks that no descriptor stays open.
 template <class Call>
@@ -59,7 +66,7 @@ ulong32 errorOf(Call call) {
 // Runs `body` in a child process with its own limits, rights and mounts, which is killed if it hangs. Failed
 // expectations in it count here. False if the body returns false, because it lacks the permissions that it needs.
 template <class Body>
-bool inChild(Body body) {
+[[nodiscard]] bool inChildIfPermitted(Body body) {
   constexpr int kFailed = 1, kNotPermitted = 2;
   std::fflush(nullptr);
   pid_t const child = fork();
@@ -85,9 +92,39 @@ bool inChild(Body body) {
   return WEXITSTATUS(status) != kNotPermitted;
 }
 
+// The same with a body that needs no permission.
+template <class Body>
+void inChild(Body body) {
+  static_assert(std::is_void_v<decltype(body())>, "what is not permitted must be skipped");
+  static_cast<void>(inChildIfPermitted([&] {
+    body();
+    return true;
+  }));
+}
+
+// Drops the rights of root to go past the modes of files; to be used in a child. Everybody may do that.
+inline void dropRights() {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+  EXPECT_EQ(syscall(SYS_capset, &header, none), 0);
+}
+
+// Makes this process root in a user namespace of its own; to be used in a child. False where the system does not allow it.
+inline bool becomeRootOfNamespace() {
+  std::string const users = "0 " + std::to_string(geteuid()) + " 1";
+  std::string const groups = "0 " + std::to_string(getegid()) + " 1";
+  if (unshare(CLONE_NEWUSER) != 0) return false;
+  auto const written = [](char const* file, std::string const& text) {
+    return static_cast<bool>(std::ofstream(file) << text << std::flush);
+  };
+  return written("/proc/self/setgroups", "deny") && written("/proc/self/uid_map", users) &&
+         written("/proc/self/gid_map", groups);
+}
+
 // Mounts an empty file system in memory that only this process sees; to be used in a child. False without permission.
 inline bool mountPrivately(std::filesystem::path const& at, char const* options, unsigned long flags = 0) {
-  return unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+  bool const isPrivate = unshare(CLONE_NEWNS) == 0 || (becomeRootOfNamespace() && unshare(CLONE_NEWNS) == 0);
+  return isPrivate && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
          mount("none", at.c_str(), "tmpfs", flags, options) == 0;
 }
 
