@@ -212,24 +212,9 @@ TEST(ProductIdentity, ExceptionsReleaseTheResource) {
 TEST(ProductIdentity, AFailingAllocationReleasesEverything) {
   LanguageWorld world;
   world.setProduct();
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
-    world.modules.log = Texts();
-    world.shell.log = Texts();
-    bool threw = false;
-    AllocationFailure scope(n);
-    try {
-      GetProductCommonFolder(world.tool(), true);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    world.modules.log = Texts();
-    world.shell.log = Texts();
-    scope.end();
-    EXPECT_EQ(threw, scope.failed());
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
-    if (!scope.failed()) break;
+  for (AllocationSweep sweep; sweep.next();) {
+    sweep.run([&] { GetProductCommonFolder(world.tool(), true); });
+    world.clearLogs();
   }
 }
 
@@ -357,16 +342,11 @@ TEST(ProductIdentity, WithoutMemoryThereIsNoVersion) {
   LanguageWorld world;
   world.setVersion(KVW("a.dll"), 0x00010002, 0x00030004);
   wstring const path = KVW("a.dll");
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
-    world.modules.log = Texts();
-    AllocationFailure scope(n);
-    FileVersionQuad const quad = GetFileVersionQuad(path);
-    world.modules.log = Texts();
-    scope.end();
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(textOf(quad), scope.failed() ? "0.0.0.0" : "1.2.3.4");
-    if (!scope.failed()) break;
+  for (AllocationSweep sweep; sweep.next();) {
+    FileVersionQuad quad = {};
+    sweep.runReporting([&] { quad = GetFileVersionQuad(path); });
+    EXPECT_EQ(textOf(quad), sweep.failed() ? "0.0.0.0" : "1.2.3.4");
+    world.clearLogs();
   }
 }
 

@@ -302,29 +302,14 @@ TEST(Translation, AFailingAllocationRecordsOnlyWhatWasFound) {
   world.setProduct();
   world.locales.userUi = kGerman;
   HINSTANCE const german = world.addTranslation(KVW("C:\\app\\toolDEU.dll"));
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
+  for (AllocationSweep sweep; sweep.next();) {
     LanguageWorld::forget();
-    world.clearLogs();
     HINSTANCE result = nullptr;
-    bool threw = false;
-    AllocationFailure scope(n);
-    try {
-      result = world.load();
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    std::size_t const entries = moduleLanguages().size();
+    sweep.runRecovering([&] { result = world.load(); });
+    // A version that cannot be read for want of memory is no version, so the translation does not fit.
+    if (!sweep.threw()) EXPECT_EQ(result, moduleLanguages().size() == 1 ? german : world.tool());
     world.clearLogs();
     LanguageWorld::forget();
-    scope.end();
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
-    // A version that cannot be read for want of memory is no version, so the translation does not fit.
-    if (!threw) {
-      EXPECT_EQ(result, entries == 1 ? german : world.tool());
-    }
-    if (!scope.failed()) break;
   }
   EXPECT_EQ(world.load(), german);
 }
@@ -402,24 +387,11 @@ TEST(Translation, AFailureOfAnyCallGivesNoHelpFile) {
 TEST(Translation, AFailingAllocationLeavesNothingOfAHelpFile) {
   LanguageWorld world;
   world.modules.files = {KVW("C:\\app\\tool.pdf")};
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
-    world.clearLogs();
-    bool threw = false;
+  for (AllocationSweep sweep; sweep.next();) {
     bool isFound = false;
-    AllocationFailure scope(n);
-    try {
-      isFound = !LocateHelpFile(world.tool(), kNoLanguage, true).empty();
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
+    sweep.run([&] { isFound = !LocateHelpFile(world.tool(), kNoLanguage, true).empty(); });
+    EXPECT_EQ(isFound, !sweep.failed());
     world.clearLogs();
-    scope.end();
-    EXPECT_EQ(threw, scope.failed());
-    EXPECT_EQ(isFound, !threw);
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
-    if (!scope.failed()) break;
   }
 }
 

@@ -207,25 +207,11 @@ std::string manyDefinitions(int count) {
 }
 
 void sweepParsing(Table kind, std::string const& text) {
-  for (int failAt = 1;; ++failAt) {
+  for (AllocationSweep sweep; sweep.next();) {
     SymbolTable table = made(kind);
     std::istringstream stream(text);
-    bool threw = false;
-    bool isWhole = false;
-    AllocationFailure scope(failAt);
-    try {
-      table.parseHeaderFile(stream);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    isWhole = symbolsByName(table).size() == symbolsByValue(table).size();
-    table = SymbolTable();
-    scope.end();
-    ASSERT_EQ(threw, scope.failed()) << failAt;
-    ASSERT_TRUE(isWhole) << failAt;
-    ASSERT_EQ(scope.mismatched(), 0);
-    if (kind == Table::kEmpty) ASSERT_EQ(scope.live(), 0) << failAt;
-    if (!scope.failed()) return;
+    sweep.run([&] { table.parseHeaderFile(stream); });
+    EXPECT_EQ(symbolsByName(table).size(), symbolsByValue(table).size());
   }
 }
 
@@ -235,54 +221,20 @@ TEST(SymbolHeader, ParsingSurvivesExhaustedMemory) {
 
 TEST(SymbolHeader, CopyingSurvivesExhaustedMemory) {
   SymbolTable const source = tableOf("#define A 1\n#define B 2\n#define C 1\n");
-  for (int failAt = 1;; ++failAt) {
+  for (AllocationSweep sweep; sweep.next();) {
     SymbolTable target = tableOf("#define OLD 9\n");
-    bool threw = false;
-    AllocationFailure scope(failAt);
-    try {
-      target = source;
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    scope.end();
-    ASSERT_EQ(threw, scope.failed());
-    ASSERT_EQ(shown(target), threw ? "OLD=9" : "A=1 B=2 C=1");
-    if (!threw) break;
+    sweep.run([&] { target = source; });
+    EXPECT_EQ(shown(target), sweep.failed() ? "OLD=9" : "A=1 B=2 C=1");
   }
-  for (int failAt = 1;; ++failAt) {
-    bool threw = false;
-    AllocationFailure scope(failAt);
-    try {
-      SymbolTable const copy(source);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    scope.end();
-    ASSERT_EQ(threw, scope.failed());
-    ASSERT_EQ(scope.live(), 0);
-    if (!threw) break;
-  }
+  for (AllocationSweep sweep; sweep.next();) sweep.run([&] { SymbolTable const copy(source); });
   EXPECT_EQ(shown(source), "A=1 B=2 C=1");
 }
 
 TEST(SymbolHeader, LookingUpNamesSurvivesExhaustedMemory) {
   SymbolTable const table = tableOf("#define A 1\n#define B 2\n#define C 1\n");
-  for (int failAt = 1;; ++failAt) {
-    bool threw = false;
-    std::size_t count = 0;
-    AllocationFailure scope(failAt);
-    try {
-      count = table.lookupValue(1).size();
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    scope.end();
-    ASSERT_EQ(threw, scope.failed());
-    ASSERT_EQ(scope.live(), 0);
-    if (threw) continue;
-    ASSERT_EQ(count, 2u);
-    return;
-  }
+  std::size_t count = 0;
+  for (AllocationSweep sweep; sweep.next();) sweep.run([&] { count = table.lookupValue(1).size(); });
+  EXPECT_EQ(count, 2u);
 }
 
 TEST(SymbolHeader, LookingUpANumberAllocatesNothing) {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 #include "kvbase/platform/text_api.h"
@@ -19,49 +18,18 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-// A text without allocating.
-struct Snapshot {
-  explicit Snapshot(String const& string) : nil(isNil(string)), length(string.length()) {
-    if (length < kRoom) std::memcpy(units, static_cast<wchar const*>(string), bytes());
-  }
-  bool operator==(Snapshot const& other) const {
-    return nil == other.nil && length == other.length && std::memcmp(units, other.units, bytes()) == 0;
-  }
-  std::size_t bytes() const { return static_cast<std::size_t>(length) * sizeof(wchar); }
-
-  static constexpr int kRoom = 256;
-  bool nil;
-  int length;
-  wchar units[kRoom];
-};
-
 // Runs the operation with every allocation failing once. Gives the number of allocations.
 int sweep(StringOperation const& operation, String const& text, bool isShared) {
-  for (int failAt = 1;; ++failAt) {
-    SCOPED_TRACE(failAt);
-    String receiver = isShared ? text : stringOf(unitsOf(text));
-    Snapshot const before(receiver);
-    bool threw = false;
-    bool isKept = false;
-
-    AllocationFailure scope(failAt);
-    try {
-      operation.run(receiver);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-      isKept = before == Snapshot(receiver);
-    }
-    receiver = String::NIL;
-    scope.end();
-
-    EXPECT_EQ(threw, scope.failed());
-    EXPECT_TRUE(!threw || isKept);
-    // A narrow copy made before the failure belongs to the payload, which a shared receiver does not take along.
-    if (!isShared) EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
-    EXPECT_TRUE(before == Snapshot(text));
-    if (!scope.failed() || ::testing::Test::HasFailure()) return failAt - 1;
+  AllocationSweep sweep(0);
+  while (sweep.next()) {
+    // A narrow copy made before the failure belongs to the payload, so a shared payload does not last longer than the run.
+    String const original = stringOf(unitsOf(text));
+    String receiver = isShared ? original : stringOf(unitsOf(text));
+    sweep.run([&] { operation.run(receiver); });
+    if (sweep.failed()) EXPECT_EQ(state(receiver), state(text));
+    EXPECT_EQ(state(original), state(text));
   }
+  return sweep.failures();
 }
 
 TEST(StringAllocation, EveryOperationSurvivesExhaustedMemory) {

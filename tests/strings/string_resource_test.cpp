@@ -176,21 +176,13 @@ TEST_F(StringResourceTest, AssigningItToItselfKeepsTheText) {
 TEST_F(StringResourceTest, AfterExhaustedMemoryTheNextReadLoads) {
   StringResource const resource(1, owner.module());
   modules.strings[modules.translation][1] = wstring(100, KVW('x'));
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
+  for (AllocationSweep sweep; sweep.next();) {
     StringResource const attempt(resource);
     int length = -1;
-    AllocationFailure scope(n);
-    try {
-      length = static_cast<String const&>(attempt).length();
-    } catch (std::bad_alloc const&) {
-    }
-    modules.log = ScriptedModules::Log();
-    scope.end();
-    EXPECT_EQ(scope.mismatched(), 0);
-    EXPECT_EQ(length, scope.failed() ? -1 : 100);
+    sweep.run([&] { length = static_cast<String const&>(attempt).length(); });
+    EXPECT_EQ(length, sweep.failed() ? -1 : 100);
     EXPECT_EQ(static_cast<String const&>(attempt).length(), 100);
-    if (!scope.failed()) break;
+    modules.log = ScriptedModules::Log();
   }
 }
 

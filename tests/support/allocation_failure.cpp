@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <string>
 
 #include "kvbase/strings/internal/allocation.h"
 
@@ -29,9 +30,10 @@ struct AllocationFailure::Entry {
 struct AllocationHooks {
   static void* allocate(Kind kind, std::size_t bytes) {
     AllocationFailure* const scope = current;
-    if (scope != nullptr && ++scope->allocations_ == scope->failAt_) return nullptr;
+    if (scope == nullptr || !scope->isAllocating_) return std::malloc(bytes);
+    if (++scope->allocations_ == scope->failAt_) return nullptr;
     void* const block = std::malloc(bytes);
-    if (scope != nullptr && block != nullptr) enter(*scope, block, kind);
+    if (block != nullptr) enter(*scope, block, kind);
     return block;
   }
 
@@ -82,6 +84,52 @@ void AllocationFailure::end() {
   current = nullptr;
   strings::blockAllocator = {&std::malloc, &std::free};
   std::free(entries_);
+}
+
+bool AllocationSweep::next() {
+  if (trace_.has_value() && !judge()) return false;
+  scope_.reset();
+  trace_.reset();
+  trace_.emplace(__FILE__, __LINE__, "allocation " + std::to_string(failures_ + 1));
+  return true;
+}
+
+bool AllocationSweep::judge() {
+  constexpr int kMostFailures = 2000;
+  if (!scope_.has_value()) {
+    ADD_FAILURE() << "nothing has been run";
+    return false;
+  }
+  scope_->end();
+  EXPECT_EQ(scope_->live(), 0) << "blocks have not been released";
+  EXPECT_EQ(scope_->mismatched(), 0) << "blocks have been released in a way that does not fit";
+  if (!failed()) EXPECT_GE(failures_, leastFailures_) << "fewer allocations than expected";
+  EXPECT_LT(failures_, kMostFailures) << "there is no end of allocations";
+  return failed() && failures_ < kMostFailures && !::testing::Test::HasFailure();
+}
+
+void AllocationSweep::runRecovering(std::function<void()> const& operation) {
+  EXPECT_FALSE(scope_.has_value()) << "one run has been made already";
+  threw_ = false;
+  scope_.emplace(failures_ + 1);
+  try {
+    operation();
+  } catch (std::bad_alloc const&) {
+    threw_ = true;
+  }
+  scope_->stopAllocations();
+  failures_ += failed() ? 1 : 0;
+  EXPECT_LE(threw_, failed()) << "std::bad_alloc without a reason";
+}
+
+void AllocationSweep::run(std::function<void()> const& operation) {
+  runRecovering(operation);
+  EXPECT_GE(threw_, failed()) << "std::bad_alloc did not come out";
+}
+
+void AllocationSweep::runReporting(std::function<void()> const& operation) {
+  runRecovering(operation);
+  EXPECT_FALSE(threw_) << "std::bad_alloc came out";
 }
 
 }  // namespace testing

@@ -9,7 +9,6 @@
 #pragma once
 
 #include <cstring>
-#include <list>
 #include <map>
 #include <new>
 #include <set>
@@ -46,10 +45,10 @@ class ScriptedSettings final : public platform::SettingsApi {
     std::string const& above = *static_cast<std::string*>(parent);
     std::string const path = above.empty() ? narrow(name) : above + '\\' + narrow(name);
     log.push_back("open " + path);
-    if (keys.count(path) == 0 || isFailing()) return nullptr;
-    opened_.push_back(path);
+    auto const found = keys.find(path);
+    if (found == keys.end() || isFailing()) return nullptr;
     ++openKeys;
-    return &opened_.back();
+    return const_cast<std::string*>(&*found);
   }
   bool readValue(platform::SettingsKey key, wchar const* name, ulong32& type, void* data, ulong32& size) override {
     std::string const path = *static_cast<std::string*>(key) + '|' + narrow(name);
@@ -75,7 +74,6 @@ class ScriptedSettings final : public platform::SettingsApi {
   bool isFailing() const { return log.size() == static_cast<std::size_t>(failAt); }
 
   std::string root_;
-  std::list<std::string> opened_;
 };
 
 }  // namespace testing

@@ -212,29 +212,15 @@ TEST(LinuxFileApiTest, NothingLeaksWithoutMemory) {
   for (int i = 0; i < 100; ++i) folder.write("the name of a file, number " + std::to_string(i));
   wstring const pattern = folder.text(wstring(600, KVW('a')) + KVW("\\..\\*"));
   constexpr std::size_t kSearches = 20;
-  for (int n = 1;; ++n) {
+  for (AllocationSweep sweep(kSearches); sweep.next();) {
     platform::SearchHandle searches[kSearches];
     std::size_t started = 0;
-    bool threw = false;
-    AllocationFailure scope(n);
-    try {
+    sweep.run([&] {
       FindData data;
       for (; started < kSearches; ++started) searches[started] = files().findFirst(pattern.c_str(), data);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    std::size_t closed = 0;
-    while (closed < started && files().findClose(searches[closed])) ++closed;
-    scope.end();
-    ASSERT_EQ(scope.live(), 0) << n;
-    ASSERT_EQ(scope.mismatched(), 0) << n;
-    ASSERT_EQ(closed, started) << n;
-    ASSERT_EQ(threw, scope.failed()) << n;
-    if (!threw) {
-      EXPECT_EQ(started, kSearches);
-      EXPECT_GT(n, 20);
-      break;
-    }
+    });
+    EXPECT_TRUE(std::all_of(searches, searches + started, [](auto search) { return files().findClose(search); }));
+    EXPECT_EQ(started < kSearches, sweep.failed());
   }
 }
 

@@ -108,22 +108,11 @@ TEST_F(LinuxLocaleApiTest, IdsWithoutAnAbbreviationOfTheirOwnAreUnknown) {
 
 TEST_F(LinuxLocaleApiTest, FailedAllocationsOfTheCommandLineLeaveTheArguments) {
   std::size_t const descriptors = openDescriptors();
-  for (int n = 1;; ++n) {
+  for (AllocationSweep sweep; sweep.next();) {
     std::vector<wstring> arguments(1);
-    bool threw = false;
-    AllocationFailure scope(n);
-    try {
-      locales().commandLine(arguments);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    bool const isUnchanged = arguments.size() == 1 && arguments[0].empty();
-    scope.end();
-    EXPECT_EQ(threw, scope.failed());
+    sweep.run([&] { locales().commandLine(arguments); });
     EXPECT_EQ(openDescriptors(), descriptors);
-    if (!scope.failed()) break;
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_TRUE(isUnchanged);
+    EXPECT_EQ(arguments == std::vector<wstring>(1), sweep.failed());
   }
 }
 

@@ -264,30 +264,17 @@ TEST_F(DataModules, EveryFailingAllocationLeavesNothingBehind) {
   wstring const path = folder.text(KVW("tool.dll"));
   std::size_t const descriptors = openDescriptors();
   wstring const before = KVW("a text that is longer than a text object itself");
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
-    bool threw = false;
+  for (AllocationSweep sweep; sweep.next();) {
     wstring text = before;
-    std::string content;
-    AllocationFailure scope(n);
     HINSTANCE module = nullptr;
-    try {
+    sweep.run([&] {
       module = modules().loadAsData(path.c_str());
       HRSRC const resource = modules().findResource(module, KVW("LARGE"), kType);
       modules().resourceBytes(module, resource);
       modules().stringTableEntry(module, 100, text);
-    } catch (std::bad_alloc const&) {
-      threw = true;
-    }
-    bool const freed = module == nullptr || modules().freeLibrary(module);
-    scope.end();
-    EXPECT_EQ(threw, scope.failed());
-    EXPECT_TRUE(freed);
-    EXPECT_EQ(text, threw ? before : wstring(KVW("Hello")));
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
-    if (!scope.failed()) break;
-    ASSERT_LT(n, 100);
+    });
+    EXPECT_TRUE(module == nullptr || modules().freeLibrary(module));
+    EXPECT_EQ(text, sweep.failed() ? before : wstring(KVW("Hello")));
   }
   EXPECT_EQ(openDescriptors(), descriptors);
 }
