@@ -269,37 +269,26 @@ class StackWalkerMemory : public ScriptedWalk {
 };
 
 TEST_F(StackWalkerMemory, WhereverMemoryRunsOutNothingThrowsAndNothingLeaks) {
-  for (int n = 1;; ++n) {
-    SCOPED_TRACE(n);
+  for (AllocationSweep sweep(20); sweep.next();) {
     int result = -1;
     int entries = 0;
     int problems = 0;
-    bool threw = false;
     help.steps = 0;
     errors.error = 0;
-    AllocationFailure scope(n);
-    try {
+    sweep.runReporting([&] {
       CountingWalker walker(63, "abc");
       result = walker.ShowCallstack(GetCurrentThread(), nullptr, nullptr, nullptr);
       entries = walker.entries;
       problems = walker.problems;
-    } catch (...) {
-      threw = true;
-    }
-    scope.end();
-    EXPECT_FALSE(threw);
-    EXPECT_EQ(scope.live(), 0);
-    EXPECT_EQ(scope.mismatched(), 0);
+    });
     EXPECT_TRUE(help.allFreed());
     // Whatever fails, the walk is complete or was not started, or is not there at all without a symbol record.
     EXPECT_TRUE(entries == 3 || entries == 0) << entries;
     if (result == 0) EXPECT_EQ(errors.error, 1114u);
-    if (scope.failed()) continue;
+    if (sweep.failed()) continue;
     EXPECT_EQ(result, 1);
     EXPECT_EQ(entries, 3);
     EXPECT_EQ(problems, 0);
-    EXPECT_GT(n, 20);
-    break;
   }
 }
 
