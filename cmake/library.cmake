@@ -85,6 +85,10 @@ add_library(KVBase::KVBase ALIAS KVBase)
 target_link_libraries(KVBase PRIVATE ${kvbase_system_libraries})
 target_compile_features(KVBase PUBLIC cxx_std_17)
 target_compile_definitions(KVBase INTERFACE $<$<NOT:$<BOOL:${BUILD_SHARED_LIBS}>>:KVBASE_STATIC>)
+if(NOT WIN32)
+  # Nor can a library of its users be unloaded with such a symbol, which std::to_string is enough to bring in.
+  target_compile_options(KVBase INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
+endif()
 target_sources(KVBase PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${kvbase_public_headers})
 set_target_properties(KVBase PROPERTIES LINKER_LANGUAGE CXX)
 

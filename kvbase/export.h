@@ -4,19 +4,24 @@
 // the library asks for a compiler.
 #pragma once
 
+// KVBASE_EXPORTED and KVBASE_IMPORTED mark what a shared library exports, for the compilation of itself and of its users.
+#if defined(_WIN32)
+#define KVBASE_EXPORTED __declspec(dllexport)
+#define KVBASE_IMPORTED __declspec(dllimport)
+#else
+#define KVBASE_EXPORTED __attribute__((visibility("default")))
+#define KVBASE_IMPORTED __attribute__((visibility("default")))
+#endif
+
 // KVBASE_API marks what the shared library exports: class KVBASE_API Name.
 //   KVBASE_STATIC   the user links the library statically, or tests link its objects
 //   KVBASE_BUILD    the library itself is being compiled
 #if defined(KVBASE_STATIC)
 #define KVBASE_API
-#elif defined(_WIN32)
-#if defined(KVBASE_BUILD)
-#define KVBASE_API __declspec(dllexport)
+#elif defined(KVBASE_BUILD)
+#define KVBASE_API KVBASE_EXPORTED
 #else
-#define KVBASE_API __declspec(dllimport)
-#endif
-#else
-#define KVBASE_API __attribute__((visibility("default")))
+#define KVBASE_API KVBASE_IMPORTED
 #endif
 
 // KVBASE_LOCAL marks what each library of the family has a copy of: it is never exported or imported.

@@ -21,8 +21,8 @@ SUBJECTS = [
      'tests/filesystem/*_table.cpp'),
 ]
 
-# The registration of a class, which one macro defines for all of them.
-REGISTRATION = {'getClassType', 'Class', 'initStatics', 'clearStatics'}
+# The registration of a class, which is the same for all of them.
+REGISTRATION = {'KVBASE_DECLARE_CLASS'}
 
 COMMENT = re.compile(r'//[^\n]*|/\*.*?\*/', re.S)
 ROW = re.compile(r'[{(]\s*"(\w+)::([^"]+)"')

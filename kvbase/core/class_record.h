@@ -101,3 +101,20 @@ class KVBASE_API mZClass {
 };
 
 }  // namespace KV_1_1
+
+// Declares, in its public part, what each class below BaseNode has; client_module.h registers the class.
+//   X::Class()            its record, which is built by the first call
+//   getClassType()        the same, by the object
+//   X::initStatics(), X::clearStatics()   the hooks for start and end of its module
+//   X::ClassCreator       the type of its record, or its base
+// `Api` stands for the macro by which a library exports the class; it may be empty.
+#define KVBASE_DECLARE_CLASS(X, Api)                      \
+  ::KV_1_1::mZClass const* getClassType() const override; \
+  static ::KV_1_1::mZClass const* Class();                \
+  static void initStatics();                              \
+  static void clearStatics();                             \
+  class Api ClassCreator : public ::KV_1_1::mZClass {     \
+   public:                                                \
+    using mZClass::mZClass;                               \
+    ~ClassCreator() override;                             \
+  }

@@ -155,11 +155,7 @@ class KVBASE_API Directory : public FileSystemItem {
 
   // --- Class ---------------------------------------------------------------------------------------------------------
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(Directory, KVBASE_API);
 
  protected:
   ~Directory() override;
@@ -200,12 +196,6 @@ class KVBASE_API Directory : public FileSystemItem {
   bool absolute_ = false;
   std::vector<String> levels_;
   String root_;
-};
-
-class KVBASE_API Directory::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 }  // namespace KV_1_1

@@ -139,11 +139,7 @@ class KVBASE_API File : public FileSystemItem {
 
   // --- Class ---------------------------------------------------------------------------------------------------------
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(File, KVBASE_API);
 
  protected:
   ~File() override;
@@ -164,12 +160,6 @@ class KVBASE_API File : public FileSystemItem {
   String baseName_;
   SmartPtr<Directory const> directory_;
   String extension_;
-};
-
-class KVBASE_API File::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 }  // namespace KV_1_1

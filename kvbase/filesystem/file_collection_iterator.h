@@ -22,11 +22,7 @@ class KVBASE_API FileCollectionIterator : public FileIterator {
   // The elements in their order, then null. COMPAT: a null element comes as null, which looks like the end.
   SmartPtr<File const> getNext() override;
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(FileCollectionIterator, KVBASE_API);
 
  protected:
   FileCollectionIterator(std::vector<SmartPtr<File const>> const& files, Directory const& directory);
@@ -35,12 +31,6 @@ class KVBASE_API FileCollectionIterator : public FileIterator {
  private:
   std::vector<SmartPtr<File const>> files_;
   std::size_t given_ = 0;  // the number of elements given so far
-};
-
-class KVBASE_API FileCollectionIterator::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 }  // namespace KV_1_1

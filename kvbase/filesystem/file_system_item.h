@@ -42,8 +42,6 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
   // There are no fields to assign, and the reference count stays.
   FileSystemItem& operator=(FileSystemItem const&) { return *this; }
 
-  mZClass const* getClassType() const override;
-
   // Whether the disk has an item of this kind under this name. A file is anything but a directory.
   virtual bool exists() const = 0;
   // The path for display; a directory ends in a separator.
@@ -73,23 +71,13 @@ class KVBASE_API KVBASE_EMPTY_BASES FileSystemItem : public BaseNode, private KV
   bool getCreationTime(FILETIME* time) const;
   bool getLastWriteTime(FILETIME* time) const;
 
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
+  KVBASE_DECLARE_CLASS(FileSystemItem, KVBASE_API);
 
   // Every message of the path classes goes here. COMPAT: it does nothing, so the caller sees the result alone.
   static void reportError(String const& message);
 
-  class ClassCreator;
-
  protected:
   ~FileSystemItem() override;
-};
-
-class KVBASE_API FileSystemItem::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 }  // namespace KV_1_1

@@ -33,11 +33,7 @@ class KVBASE_API FileSystemIterator : public BaseNode {
   // too.
   SmartPtr<FileSystemItem const> getNext();
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(FileSystemIterator, KVBASE_API);
 
  protected:
   friend class Directory;
@@ -58,12 +54,6 @@ class KVBASE_API FileSystemIterator : public BaseNode {
   platform::SearchHandle findHandle_;
 };
 
-class KVBASE_API FileSystemIterator::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
-};
-
 // Directories only.
 class KVBASE_API DirectoryIterator : public FileSystemIterator {
  public:
@@ -78,22 +68,12 @@ class KVBASE_API DirectoryIterator : public FileSystemIterator {
   // The next directory; null at the end.
   SmartPtr<Directory const> getNext();
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(DirectoryIterator, KVBASE_API);
 
  private:
   friend class Directory;
 
   DirectoryIterator(Directory const& directory, String const& pattern) : FileSystemIterator(directory, pattern) {}
-};
-
-class KVBASE_API DirectoryIterator::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 // Files only; on Linux a link that leads to a directory is a file.
@@ -108,22 +88,12 @@ class KVBASE_API FileIterator : public FileSystemIterator {
   // The next file; null at the end.
   virtual SmartPtr<File const> getNext();
 
-  mZClass const* getClassType() const override;
-  static mZClass const* Class();
-  static void initStatics();
-  static void clearStatics();
-  class ClassCreator;
+  KVBASE_DECLARE_CLASS(FileIterator, KVBASE_API);
 
  protected:
   friend class Directory;
 
   FileIterator(Directory const& directory, String const& pattern) : FileSystemIterator(directory, pattern) {}
-};
-
-class KVBASE_API FileIterator::ClassCreator : public mZClass {
- public:
-  using mZClass::mZClass;
-  ~ClassCreator() override;
 };
 
 }  // namespace KV_1_1

@@ -8,7 +8,7 @@ namespace library {
 
 bool attach(HINSTANCE instance) noexcept {
   try {
-    return moduleOwner().start(instance) && platform::framework().startExtension(instance);
+    return libraryModuleOwner().start(instance) && platform::framework().startExtension(instance);
   } catch (...) {
     // An exception that left the entry function would fail the load too, but the code that loads is not C++.
     return false;
@@ -17,7 +17,7 @@ bool attach(HINSTANCE instance) noexcept {
 
 void detach() noexcept {
   platform::framework().endExtension();
-  moduleOwner().end();
+  libraryModuleOwner().end();
 }
 
 }  // namespace library

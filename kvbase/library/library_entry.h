@@ -13,9 +13,6 @@
 namespace KV_1_1 {
 namespace library {
 
-// Owns the Module of the library; see getLibraryModule.
-KVBASE_LOCAL ModuleOwner& moduleOwner();
-
 // Starts the library's Module, so that translation, name and symbols are there for whatever follows, and then registers
 // the library with the application framework. False if either fails, or an exception comes out of the start of the
 // Module; the caller must see to it that detach is called, which is safe after a start that was only half done.

@@ -13,10 +13,8 @@
 //   5  VgStackWalker::globalStackWalker                 ends symbol handling, frees the debug-help library
 //   6  SymbolTable::EMPTY                               frees its containers
 //   7  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
-//   8  the start of the library (Entry), unless the     its end
-//      system calls an entry function of its own
-#include <utility>
-
+//   8  the start of the library, unless the system      its end
+//      calls an entry function of it
 #include "kvbase/core/lazy.h"
 #include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/filesystem/directory.h"
@@ -26,7 +24,6 @@
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/library/library_entry.h"
 #include "kvbase/modules/symbol_table.h"
-#include "kvbase/platform/module_api.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -50,19 +47,8 @@ mZClass const* mZClass::rootClass = nullptr;
 
 namespace {
 
-// Each record registers itself in the at-exit list when it is built; the first of them builds the Module before itself.
-struct ClassRecords {
-  ClassRecords() {
-    FileSystemItem::Class();
-    Directory::Class();
-    File::Class();
-    FileSystemIterator::Class();
-    DirectoryIterator::Class();
-    FileIterator::Class();
-    FileCollectionIterator::Class();
-  }
-  ~ClassRecords() { AtExitList::destroyDownTo(nullptr); }
-} const classRecords;
+ClassRecords<FileSystemItem, Directory, File, FileSystemIterator, DirectoryIterator, FileIterator,
+             FileCollectionIterator> const classRecords;
 
 }  // namespace
 
@@ -85,24 +71,8 @@ struct LazyObjects {
   AtExitList::Entry* mark_;
 } const lazyObjects;
 
-// The library of one system and a program that the library is linked into start here. A library that fails to start
-// cannot refuse to be loaded from here; it stays without a name and without translations, but usable.
-class Entry {
- public:
-  Entry() {
-    HINSTANCE const instance = platform::modules().moduleOf(this);
-    isEntry_ = !platform::modules().hasEntryFunction(instance);
-    if (isEntry_ && !library::attach(instance)) end();
-  }
-  ~Entry() { end(); }
-
- private:
-  void end() {
-    if (std::exchange(isEntry_, false)) library::detach();
-  }
-
-  bool isEntry_;
-} entry;
+// A program that the library is linked into starts it here, and on one system every library starts here.
+ModuleEntry const entry(&library::attach, &library::detach);
 
 }  // namespace
 

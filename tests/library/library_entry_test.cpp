@@ -75,11 +75,11 @@ class LibraryEntry : public ::testing::Test {
 TEST(LibraryEntryAtLoad, TheLibraryHasBeenStarted) {
   EXPECT_EQ(libraryName(), "kvbase_tests");
   // A second start is refused.
-  EXPECT_FALSE(library::moduleOwner().start(platform::nativeModules().program()));
+  EXPECT_FALSE(libraryModuleOwner().start(platform::nativeModules().program()));
 }
 
 TEST(LibraryEntryAtLoad, TheModuleOfTheEntryIsThatOfGetLibraryModule) {
-  EXPECT_EQ(&library::moduleOwner().module(), &getLibraryModule());
+  EXPECT_EQ(&libraryModuleOwner().module(), &getLibraryModule());
 }
 
 TEST_F(LibraryEntry, AttachStartsTheModuleAndThenTheExtension) {

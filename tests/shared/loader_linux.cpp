@@ -1,33 +1,59 @@
 // SPDX-License-Identifier: MIT
 #include <dlfcn.h>
+#include <malloc.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 #include "tests/shared/loader.h"
 
+// There is one where a sanitizer has replaced the allocation of memory.
+extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
+
 namespace {
 
-std::string const& libraryFile() {
-  static std::string const file = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "KVBase.so";
-  return file;
+std::string fileOf(std::string const& stem) {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / (stem + ".so");
 }
 
 }  // namespace
 
-void* loadLibrary() {
-  return dlopen(libraryFile().c_str(), RTLD_NOW | RTLD_LOCAL);
+void* loadLibrary(std::string const& stem) {
+  return dlopen(fileOf(stem).c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
 bool unloadLibrary(void* library) {
   return dlclose(library) == 0;
 }
 
-bool isLibraryLoaded() {
-  void* const library = dlopen(libraryFile().c_str(), RTLD_NOW | RTLD_NOLOAD);
+bool isLibraryLoaded(std::string const& stem) {
+  void* const library = dlopen(fileOf(stem).c_str(), RTLD_NOW | RTLD_NOLOAD);
   if (library == nullptr) {
     return false;
   }
   dlclose(library);
   return true;
+}
+
+void (*functionOf(void* library, char const* name))() {
+  return reinterpret_cast<void (*)()>(dlsym(library, name));
+}
+
+long long allocatedBytes() {
+  if (__sanitizer_get_current_allocated_bytes != nullptr) {
+    return static_cast<long long>(__sanitizer_get_current_allocated_bytes());
+  }
+  struct mallinfo2 const info = mallinfo2();
+  return static_cast<long long>(info.uordblks) + static_cast<long long>(info.hblkhd);
+}
+
+int heldObjects() {
+  std::ifstream maps("/proc/self/maps");
+  std::ptrdiff_t const lines = std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');
+  std::filesystem::directory_iterator const descriptors("/proc/self/fd");
+  return static_cast<int>(lines + std::distance(begin(descriptors), end(descriptors)));
 }

@@ -1,16 +1,66 @@
 // SPDX-License-Identifier: MIT
 #include <windows.h>
 
+#include <filesystem>
+#include <string>
+#include <vector>
+
 #include "tests/shared/loader.h"
 
-void* loadLibrary() {
-  return LoadLibraryW(L"KVBase.dll");
+namespace {
+
+std::wstring fileOf(std::string const& stem) {
+  wchar_t program[MAX_PATH] = {};
+  GetModuleFileNameW(nullptr, program, MAX_PATH);
+  return (std::filesystem::path(program).parent_path() / (stem + ".dll")).make_preferred().wstring();
+}
+
+// The system's own libraries take a second to come and go.
+void keepSystemLibraries() {
+  static bool const done = [] {
+    for (wchar_t const* name : {L"advapi32", L"comctl32", L"dbghelp", L"ole32", L"psapi", L"shell32", L"version"}) {
+      LoadLibraryW(name);
+    }
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+}  // namespace
+
+void* loadLibrary(std::string const& stem) {
+  keepSystemLibraries();
+  return LoadLibraryW(fileOf(stem).c_str());
 }
 
 bool unloadLibrary(void* library) {
   return FreeLibrary(static_cast<HMODULE>(library)) != 0;
 }
 
-bool isLibraryLoaded() {
-  return GetModuleHandleW(L"KVBase.dll") != nullptr;
+bool isLibraryLoaded(std::string const& stem) {
+  return GetModuleHandleW(fileOf(stem).c_str()) != nullptr;
+}
+
+void (*functionOf(void* library, char const* name))() {
+  return reinterpret_cast<void (*)()>(reinterpret_cast<void*>(GetProcAddress(static_cast<HMODULE>(library), name)));
+}
+
+long long allocatedBytes() {
+  std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr) + 16);
+  heaps.resize(GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data()));
+  long long bytes = 0;
+  for (HANDLE const heap : heaps) {
+    if (HeapLock(heap) == 0) continue;
+    PROCESS_HEAP_ENTRY entry = {};
+    while (HeapWalk(heap, &entry) != 0) {
+      if ((entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0) bytes += entry.cbData;
+    }
+    HeapUnlock(heap);
+  }
+  return bytes;
+}
+
+int heldObjects() {
+  DWORD handles = 0;
+  return GetProcessHandleCount(GetCurrentProcess(), &handles) != 0 ? static_cast<int>(handles) : -1;
 }

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include <utility>
+
+#include "kvbase/modules/client_module.h"
+#include "kvbase/platform/module_api.h"
+
+namespace KV_1_1 {
+
+ModuleEntry::ModuleEntry(Attach attach, Detach detach) : detach_(detach) {
+  HINSTANCE const instance = platform::modules().moduleOf(this);
+  isEntry_ = !platform::modules().hasEntryFunction(instance);
+  if (isEntry_ && !attach(instance)) end();
+}
+
+ModuleEntry::~ModuleEntry() {
+  end();
+}
+
+void ModuleEntry::end() {
+  if (std::exchange(isEntry_, false)) detach_();
+}
+
+ProgramStart::ProgramStart(ModuleOwner& owner) : owner_(owner) {
+  try {
+    owner_.start(platform::modules().program());
+  } catch (...) {
+    owner_.end();
+    throw;
+  }
+}
+
+ProgramStart::~ProgramStart() {
+  owner_.end();
+}
+
+}  // namespace KV_1_1
