@@ -10,11 +10,15 @@
 //   3  String::EMPTY                                    frees its payload
 //   4  the library's Module, then the class records     the records, newest first, then the Module
 //      from BaseNode down
-//   5  VgStackWalker::globalStackWalker                 ends symbol handling, frees the debug-help library
-//   6  SymbolTable::EMPTY                               frees its containers
-//   7  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
-//   8  the start of the library, unless the system      its end
+//   5  the table of inverse lengths                     nothing to do
+//   6  VgStackWalker::globalStackWalker                 ends symbol handling, frees the debug-help library
+//   7  SymbolTable::EMPTY                               frees its containers
+//   8  the mark in the at-exit list (LazyObjects)       the Lazy objects built since, newest first
+//   9  the start of the library, unless the system      its end
 //      calls an entry function of it
+//
+// The other exported data is constant-initialised: ScanPtColor<...>::nullReference and KVBoundingBoxTraits<...> stand with
+// their classes, and have their values before the first of these.
 #include "kvbase/core/lazy.h"
 #include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/filesystem/directory.h"
@@ -24,6 +28,9 @@
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/library/library_entry.h"
 #include "kvbase/modules/symbol_table.h"
+#include "kvbase/records/info_string_map.h"
+#include "kvbase/records/internal/inverse_length_table.h"
+#include "kvbase/records/observer_info.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -48,9 +55,13 @@ mZClass const* mZClass::rootClass = nullptr;
 namespace {
 
 ClassRecords<FileSystemItem, Directory, File, FileSystemIterator, DirectoryIterator, FileIterator,
-             FileCollectionIterator> const classRecords;
+             FileCollectionIterator, ObserverInfo, InfoStringMap> const classRecords;
 
 }  // namespace
+
+namespace records {
+InverseLengthTable const inverseLengthTable;
+}  // namespace records
 
 }  // namespace KV_1_1
 

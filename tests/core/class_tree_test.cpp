@@ -239,7 +239,7 @@ constexpr bool recordsAddNoField() {
   return ((sizeof(typename Classes::ClassCreator) == sizeof(mZClass)) && ...);
 }
 static_assert(recordsAddNoField<FileSystemItem, Directory, File, FileSystemIterator, DirectoryIterator, FileIterator,
-                                FileCollectionIterator>(),
+                                FileCollectionIterator, ObserverInfo, InfoStringMap>(),
               "the record of a class is a plain mZClass");
 
 struct LibraryClassRow {
@@ -257,6 +257,8 @@ LibraryClassRow const kLibraryClasses[] = {
     {"DirectoryIterator", &DirectoryIterator::Class, &FileSystemIterator::Class},
     {"FileIterator", &FileIterator::Class, &FileSystemIterator::Class},
     {"FileCollectionIterator", &FileCollectionIterator::Class, &FileIterator::Class},
+    {"ObserverInfo", &ObserverInfo::Class, &BaseNode::Class},
+    {"InfoStringMap", &InfoStringMap::Class, &ObserverInfo::Class},
 };
 
 TEST(ClassTreeOfLibrary, EachClassHasItsNameParentModuleAndVersion) {
@@ -284,8 +286,9 @@ TEST(ClassTreeOfLibrary, StandsFromTheLoadOnInTheOrderOfTheLoad) {
   EXPECT_EQ(childClasses(*FileSystemItem::Class()), Names({"File", "Directory"}));
   EXPECT_EQ(childClasses(*FileSystemIterator::Class()), Names({"FileIterator", "DirectoryIterator"}));
   Names const children = childClasses(*BaseNode::Class());
-  ASSERT_GE(children.size(), 2u);
-  EXPECT_EQ(Names(children.end() - 2, children.end()), Names({"FileSystemIterator", "FileSystemItem"}));
+  ASSERT_GE(children.size(), 3u);
+  EXPECT_EQ(Names(children.end() - 3, children.end()), Names({"ObserverInfo", "FileSystemIterator", "FileSystemItem"}));
+  EXPECT_EQ(childClasses(*ObserverInfo::Class()), Names({"InfoStringMap"}));
 }
 
 TEST(ClassTreeOfLibrary, LeavesOfFileSystemItemAreFileThenDirectory) {

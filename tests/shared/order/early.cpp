@@ -11,6 +11,7 @@
 #include "kvbase/kvbase.h"
 #include "kvbase/modules/client_module.h"
 #include "kvbase/platform/framework_api.h"
+#include "kvbase/records/internal/inverse_length_table.h"
 #include "tests/support/intercepted_modules.h"
 #include "tests/support/scripted_debug.h"
 
@@ -43,13 +44,14 @@ bool isBuilt(T const& object) {
 std::string state() {
   int modules = 0;
   for (auto module = Module::begin(); module != Module::end(); ++module) ++modules;
-  int records = 0;
-  for (mZClass const* record = nullptr; mZClass::iterateAllClasses(record);) ++records;
+  int classes = 0;
+  for (mZClass const* record = nullptr; mZClass::iterateAllClasses(record);) ++classes;
   bool const hasEmpty = emptyText != nullptr ? emptyText->inqRefCount() > 1 : isBuilt(String::EMPTY);
   bool const hasSymbols = planted != nullptr ? planted->inqRefCount() > 1 : isBuilt(SymbolTable::EMPTY);
   bool const hasWalker = isBuilt(VgStackWalker::globalStackWalker) && !isWalkerGone;
   return std::string(hasEmpty ? " EMPTY" : "") + " modules=" + std::to_string(modules) +
-         " records=" + std::to_string(records) + (hasWalker ? " walker" : "") + (hasSymbols ? " symbols" : "");
+         " records=" + std::to_string(classes) + (isBuilt(records::inverseLengthTable) ? " table" : "") +
+         (hasWalker ? " walker" : "") + (hasSymbols ? " symbols" : "");
 }
 
 // Tells the first call of each kind only.
