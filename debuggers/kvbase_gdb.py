@@ -5,8 +5,16 @@ String, StringVal   "text", with inner NULs if its length is known; NIL
 Directory           its full name                               "C:\\a\\"
 File                its full name; NIL without a base name       "C:\\a\\b.txt"
 SmartPtr            null, or the object and the number of its owners
+Module              its name and state, its symbols
+SymbolTable         the number of its symbols, and each with its number
+mZClass             the class, its module and its base; all classes below it
+ObserverInfo        whether it expires
+InfoStringMap       the same, and each entry
+Vec3d               (x, y, z)
+ScanPtColor         its fields; ScanPtColorExt too
 
-`set print elements` limits the length of a text, and `print/r` shows the fields.
+`print *KV_1_1::BaseNode::Class()` shows the class tree. `set print elements` limits the length of a text and the number of
+items, and `print/r` shows the fields.
 """
 
 import gdb
@@ -56,6 +64,12 @@ def payload_text(payload):
     return data.decode("utf-16-le", "surrogatepass"), is_cut
 
 
+def unit_text(pointer):
+    """The text at a pointer to units; empty for null."""
+    address = int(pointer)
+    return find_terminator(address, element_limit()).decode("utf-16-le", "surrogatepass") if address else ""
+
+
 def string_text(string):
     """The text of a String; None for NIL."""
     payload = string["payload_"]
@@ -83,6 +97,53 @@ def vector_items(vector):
     while item != end:
         yield item.dereference()
         item += 1
+
+
+def aligned(address, alignment):
+    return (address + alignment - 1) // alignment * alignment
+
+
+def map_items(tree):
+    """Keys and values of a std::map or std::multimap, in order. The nodes are not asked for by their type, because a program
+    may have no debug data of it: an item stands behind the links of its node."""
+    key_type, value_type = tree.type.strip_typedefs().template_argument(0), tree.type.strip_typedefs().template_argument(1)
+    header = tree["_M_t"]["_M_impl"]["_M_header"]
+    node = header["_M_left"]
+    while int(node) != int(header.address):
+        key = aligned(int(node) + header.type.sizeof, max(key_type.alignof, value_type.alignof))
+        value = aligned(key + key_type.sizeof, value_type.alignof)
+        yield tuple(gdb.Value(place).cast(kind.pointer()).dereference()
+                    for place, kind in ((key, key_type), (value, value_type)))
+        node = next_node(node)
+
+
+def next_node(node):
+    if int(node["_M_right"]):
+        node = node["_M_right"]
+        while int(node["_M_left"]):
+            node = node["_M_left"]
+        return node
+    parent = node["_M_parent"]
+    while int(node) == int(parent["_M_right"]):
+        node, parent = parent, parent["_M_parent"]
+    # Behind the last node of a tree whose root has no right child, the loop has gone round: root and header are each other's
+    # parents.
+    return parent if int(node["_M_right"]) != int(parent) else node
+
+
+def map_size(tree):
+    return int(tree["_M_t"]["_M_impl"]["_M_node_count"])
+
+
+def map_children(tree):
+    """What a printer with the hint "map" gives: key and value in turns."""
+    for number, pair in enumerate(map_items(tree)):
+        for part, item in enumerate(pair):
+            yield "[%d]" % (2 * number + part), item
+
+
+def counted(number, word, words):
+    return "1 %s" % word if number == 1 else "%d %s" % (number, words)
 
 
 def directory_text(directory):
@@ -146,10 +207,112 @@ class SmartPtrPrinter:
         pointer = self.pointer.cast(self.pointer.dynamic_type)
         target = pointer.dereference()
         count = int(target["references_"]["word_"]["_M_i"])
-        owners = "1 owner" if count == 1 else "%d owners" % count
+        owners = counted(count, "owner", "owners")
         printer = gdb.default_visualizer(target)
         what = printer.to_string() if printer else "%s at %#x" % (target.type.unqualified(), int(pointer))
         return "%s, %s" % (what, owners)
+
+
+class ModulePrinter:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        name = self.value["moduleName_"]
+        text = "module " + (quoted(string_text(name.dereference()) or "") if int(name) else "without name")
+        if not self.value["initialised_"]:
+            return text + (", ended" if int(name) else ", not started")
+        is_translated = int(self.value["resourceModule_"]) != int(self.value["codeModule_"])
+        return text + (", translated" if is_translated else "")
+
+    def children(self):
+        symbols = self.value["resourceSymbols_"]
+        if int(symbols):
+            yield "symbols", symbols.dereference()
+
+
+class SymbolTablePrinter:
+    def __init__(self, value):
+        self.symbols = value["symbolToValue"]
+
+    def to_string(self):
+        return counted(map_size(self.symbols), "symbol", "symbols")
+
+    def children(self):
+        return map_children(self.symbols)
+
+    def display_hint(self):
+        return "map"
+
+
+class ClassRecordPrinter:
+    """A record without the libraries' own part of it: ClassCreators add no field."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        text = "class " + quoted(unit_text(self.value["name_"]))
+        name = self.value["module_"].dereference()["moduleName_"]
+        if int(name):
+            text += " of module " + quoted(string_text(name.dereference()) or "")
+        parent = self.value["parent_"]
+        if int(parent):
+            text += ", derived from " + quoted(unit_text(parent.dereference()["name_"]))
+        version = int(self.value["version_"]["value"])
+        return text + (", version %d" % version if version else "")
+
+    def children(self):
+        child = self.value["firstChild_"]
+        while int(child):
+            yield unit_text(child.dereference()["name_"]), child.dereference()
+            child = child.dereference()["nextSibling_"]
+
+
+def expiry(info):
+    return "expires" if info["expire_"] else "stays"
+
+
+class ObserverInfoPrinter:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return expiry(self.value)
+
+
+class InfoStringMapPrinter:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return "%s, %s" % (counted(map_size(self.value["infos_"]), "entry", "entries"), expiry(self.value))
+
+    def children(self):
+        return map_children(self.value["infos_"])
+
+    def display_hint(self):
+        return "map"
+
+
+class VectorPrinter:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return "(%s)" % ", ".join(self.value[name].format_string() for name in "xyz")
+
+
+class ScanPointPrinter:
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        components = self.value["color"]["_M_elems"]
+        color = " ".join(str(int(components[i])) for i in range(4))
+        text = "%s, value %d, color %s" % (self.value["position"].format_string(), int(self.value["value"]), color)
+        has_extra = any(field.name == "extra" for field in self.value.type.strip_typedefs().fields())
+        return text + (", extra %d" % int(self.value["extra"]) if has_extra else "")
 
 
 def build_printer():
@@ -160,6 +323,13 @@ def build_printer():
         ("Directory", "^KV_1_1::Directory$", DirectoryPrinter),
         ("File", "^KV_1_1::File$", FilePrinter),
         ("SmartPtr", "^KV_1_1::SmartPtr<.*>$", SmartPtrPrinter),
+        ("Module", "^KV_1_1::Module$", ModulePrinter),
+        ("SymbolTable", "^KV_1_1::SymbolTable$", SymbolTablePrinter),
+        ("mZClass", "^KV_1_1::mZClass$|::ClassCreator$", ClassRecordPrinter),
+        ("ObserverInfo", "^KV_1_1::ObserverInfo$", ObserverInfoPrinter),
+        ("InfoStringMap", "^KV_1_1::InfoStringMap$", InfoStringMapPrinter),
+        ("Vec3d", "^KV_1_1::Vec3d<.*>$", VectorPrinter),
+        ("ScanPtColor", "^KV_1_1::ScanPtColor(Ext)?<.*>$", ScanPointPrinter),
     ):
         printers.add_printer(name, pattern, printer)
     return printers
