@@ -5,7 +5,7 @@
 // reverse order.
 //
 //      construction                                     destruction
-//   1  the choice of text kernels                       nothing to do
+//   1  the choice of text kernels (RunTime)             releases what the run time of C++ holds
 //   2  String::NIL                                      nothing to do: its pointer is null
 //   3  String::EMPTY                                    frees its payload
 //   4  the library's Module, then the class records     the records, newest first, then the Module
@@ -28,6 +28,7 @@
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/library/library_entry.h"
 #include "kvbase/modules/symbol_table.h"
+#include "kvbase/platform/internal/run_time.h"
 #include "kvbase/records/info_string_map.h"
 #include "kvbase/records/internal/inverse_length_table.h"
 #include "kvbase/records/observer_info.h"
@@ -37,9 +38,10 @@ namespace KV_1_1 {
 
 namespace {
 
-struct KernelChoice {
-  KernelChoice() { strings::chooseKernels(); }
-} const kernelChoice;
+struct RunTime {
+  RunTime() { strings::chooseKernels(); }
+  ~RunTime() { platform::releaseRunTime(); }
+} const runTime;
 
 }  // namespace
 

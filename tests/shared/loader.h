@@ -19,5 +19,9 @@ void (*functionOf(void* library, char const* name))();
 // The memory that the process has allocated now, in bytes.
 long long allocatedBytes();
 
+// An upper bound of what the run time of C++ leaves behind of each library that it is linked into, in bytes. One that is
+// linked with KVBase has a run time of its own.
+long long leakOfRunTime(bool isClient);
+
 // The number of files, sections of memory and other objects of the system that the process holds now.
 int heldObjects();

@@ -51,6 +51,11 @@ long long allocatedBytes() {
   return static_cast<long long>(info.uordblks) + static_cast<long long>(info.hblkhd);
 }
 
+long long leakOfRunTime(bool) {
+  // Nothing; no block of memory is smaller than this.
+  return 16;
+}
+
 int heldObjects() {
   std::ifstream maps("/proc/self/maps");
   std::ptrdiff_t const lines = std::count(std::istreambuf_iterator<char>(maps), std::istreambuf_iterator<char>(), '\n');

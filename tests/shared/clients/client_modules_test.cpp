@@ -68,6 +68,14 @@ TEST(ClientModules, RecordsComeBeforeTheHooksAndGoWithTheirModule) {
                           {"modules: KVBase; classes:", "main returns"}})));
 }
 
+TEST(ClientModules, FindTheClassesOfKVBaseInTheOrderOfItsLoad) {
+  EXPECT_THAT(linesOf({"load=walker", "walker.tellLibraryClasses"}),
+              ElementsAreArray({"load walker",
+                                "KVBase: BaseNode ObserverInfo InfoStringMap FileSystemIterator FileIterator "
+                                "FileCollectionIterator DirectoryIterator FileSystemItem File Directory",
+                                "main returns"}));
+}
+
 TEST(ClientModules, TheOtherOrderLeavesTheOtherModule) {
   EXPECT_THAT(
       linesOf({"load=walker", "load=scanfiles", "load=shapes", "walker.tellTree", "unload=shapes", "walker.tellTree",

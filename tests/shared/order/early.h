@@ -9,6 +9,7 @@ namespace order {
 //   EMPTY      a text beside that of the program shares the empty payload
 //   modules    the number of modules in the list
 //   records    the number of class records
+//   table      whether the table of inverse lengths is built
 //   walker     whether the global walker is built and not yet destroyed
 //   symbols    whether the empty symbol table is
 void tell(char const* event);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/linux/text/code_pages.h"
 
+#include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -47,6 +48,19 @@ unsigned int resolved(unsigned int codePage) {
   return codePage == kAnsiCodePage ? currentAnsiCodePage() : codePage;
 }
 
+// Keeps ICU loaded until the process ends. It never frees the tables that it has read, so a library that is loaded, used
+// and unloaded again and again would leave them behind each time if ICU came and went with it.
+void keepIcuLoaded() {
+  static bool const done = [] {
+    Dl_info icu;
+    if (dladdr(reinterpret_cast<void const*>(&ucnv_open), &icu) != 0) {
+      dlopen(icu.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
 // One converter per call: opening one is cheap, and threads must not share one.
 class Converter {
  public:
@@ -56,6 +70,7 @@ class Converter {
     for (NamedPage const& page : kNamedPages) {
       if (page.number == codePage) strcpy(name, page.name);
     }
+    keepIcuLoaded();
     UErrorCode error = U_ZERO_ERROR;
     converter_ = ucnv_open(name, &error);
     if (converter_ == nullptr) return;

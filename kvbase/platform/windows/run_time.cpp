@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "kvbase/platform/internal/run_time.h"
+
+#include <exception>  // tells which C++ library this is
+
+#include "kvbase/platform/types.h"
+
+#if defined(__GLIBCXX__)
+#include <pthread.h>
+
+// Functions of the libraries of mingw, which are linked into this one. The first frees the memory that is reserved for
+// exceptions; the second gives the record of a thread, which is the thread's value in the slot of the threads library.
+namespace __gnu_cxx {
+void __freeres();
+}
+extern "C" void* __pth_gpointer_locked(pthread_t thread);
+#endif
+
+namespace KV_1_1 {
+namespace platform {
+
+// Without this each load would cost 73 KB and one of the 1088 slots of the process; without a free one the next library of
+// mingw that is loaded ends the process.
+void releaseRunTime() noexcept {
+#if defined(__GLIBCXX__)
+  __gnu_cxx::__freeres();
+
+  constexpr DWORD kSlots = 1088;
+  void const* const record = __pth_gpointer_locked(pthread_self());
+  for (DWORD slot = 0; record != nullptr && slot < kSlots; ++slot) {
+    if (TlsGetValue(slot) != record) continue;
+    TlsFree(slot);
+    return;
+  }
+#endif
+}
+
+}  // namespace platform
+}  // namespace KV_1_1
