@@ -42,10 +42,20 @@ class ModuleLanguageFiles : public ::testing::Test {
     all.insert(all.end(), arguments.begin(), arguments.end());
     return factsOfReport(program, all);
   }
-  // The text 100 of the tool when it starts here.
+  // The text 100 of the tool when it starts here. Its language would be that of the first start here.
   std::string greeting() const {
     StartedModule module(folder.path(moduleFile("tool")));
     return textOf(module.module(), 100);
+  }
+  // What the translation is that the tool, once started here, gives for a language.
+  std::string translationFor(unsigned short language) const {
+    StartedModule module(folder.path(moduleFile("tool")));
+    return greetingOfTranslation(module.instance(), language);
+  }
+  static std::string usedLanguages() {
+    std::string used;
+    for (wstring const& abbreviation : GetUsedLangAbbrevs()) used += (used.empty() ? "" : " ") + narrow(abbreviation);
+    return used;
   }
 
   TempFolder folder;
@@ -57,51 +67,42 @@ class UserLanguageFiles : public ModuleLanguageFiles {};
 // --- Command line ---
 
 TEST_F(ModuleLanguageFiles, TheCommandLineForcesALanguage) {
-  Facts const unforced = facts({});
   struct Row {
     std::vector<std::string> arguments;
-    char const* greeting;  // null: as without arguments
+    char const* greeting;
     char const* language;
     char const* used;
   };
   Row const rows[] = {
       {{"-lang=deu"}, "Guten Tag", "1031", "deu"},
-      {{"-LANG=deu"}, "Guten Tag", "1031", "deu"},
-      {{"/lang=deu"}, "Guten Tag", "1031", "deu"},
-      {{"/LanG=DeU"}, "Guten Tag", "1031", "DeU"},
-      {{"-lang=abc"}, "Hallo", "65535", "abc"},
-      {{"other", "-lang=abc", "-lang=deu"}, "Hallo", "65535", "abc"},
-      {{"-lang=fran", "/lang=deu"}, "Guten Tag", "1031", "deu"},
-      {{"-lang=", "-lang=deu"}, nullptr, nullptr, nullptr},
-      {{"-lang=fran"}, nullptr, nullptr, nullptr},
-      {{"lang=deu"}, nullptr, nullptr, nullptr},
-      {{"--lang=deu"}, nullptr, nullptr, nullptr},
-      {{"-lang:deu"}, nullptr, nullptr, nullptr},
-      {{"-lang"}, nullptr, nullptr, nullptr},
-      // Known or not, without a file there is no other choice.
+      {{"other", "/LanG=aBc", "-lang=deu"}, "Hallo", "65535", "aBc"},
+      // Without a file there is no other choice.
       {{"-lang=fra"}, "Hello", "65535", "fra"},
-      {{"-lang=xyz"}, "Hello", "65535", "xyz"},
-      {{"-lang=de"}, "Hello", "65535", "de"},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(::testing::PrintToString(row.arguments));
-    Facts const forced = facts(row.arguments);
-    if (row.greeting == nullptr) {
-      EXPECT_EQ(forced, unforced);
-      continue;
-    }
-    Facts expected = {{"text 100", row.greeting}, {"language", row.language}, {"used languages", row.used}};
-    for (auto const& fact : expected)
-      EXPECT_EQ(forced.count(fact.first) != 0 ? forced.at(fact.first) : "", fact.second);
+    Facts forced = facts(row.arguments);
+    EXPECT_EQ(forced["text 100"], row.greeting);
+    EXPECT_EQ(forced["language"], row.language);
+    EXPECT_EQ(forced["used languages"], row.used);
   }
+}
+
+TEST_F(ModuleLanguageFiles, AnOptionOfFourLettersForcesNothing) {
+  Facts unforced = facts({"-lang=fran"});
+  EXPECT_EQ(unforced["text 100"], greeting());
+  EXPECT_EQ(unforced["used languages"], usedLanguages());
 }
 
 TEST_F(ModuleLanguageFiles, AForcedLanguageIsUsedAsTyped) {
   // Where the system tells cases apart, the exact name comes first.
   fs::remove(folder.path("tooldeu.dll"));
   copyTranslation(folder, "toolabc", "toolDEU");
-  EXPECT_EQ(facts({"-lang=DEU"})["text 100"], "Hallo");
-  EXPECT_EQ(facts({"-lang=deu"})["text 100"], "Hallo");
+  for (char const* typed : {"DEU", "deu"}) {
+    UserSetting const setting(kProgram, typed);
+    EXPECT_EQ(greeting(), "Hallo") << typed;
+    EXPECT_EQ(usedLanguages(), typed);
+  }
 }
 
 TEST_F(ModuleLanguageFiles, TheProgramSpeaksItToo) {
@@ -137,22 +138,23 @@ TEST_F(ModuleLanguageFiles, TheSettingsForceALanguage) {
 
 TEST_F(ModuleLanguageFiles, TheCommandLineComesBeforeTheSettings) {
   UserSetting const setting(kProgram, "deu");
+  EXPECT_EQ(greeting(), "Guten Tag");
   EXPECT_EQ(facts({"-lang=abc"})["text 100"], "Hallo");
-  EXPECT_EQ(facts({"-lang="})["text 100"], "Guten Tag");
   EXPECT_EQ(facts({"-lang=xyz"})["text 100"], "Hello");
 }
 
 TEST_F(ModuleLanguageFiles, AValueOfFourLettersOrNoneForcesNothing) {
-  Facts const unforced = facts({});
+  std::string const unforcedGreeting = greeting();
+  std::string const unforcedLanguages = usedLanguages();
   for (char const* value : {"", "deut", "a longer text than any abbreviation"}) {
     SCOPED_TRACE(value);
     UserSetting const setting(kProgram, value);
-    EXPECT_EQ(facts({}), unforced);
+    EXPECT_EQ(greeting(), unforcedGreeting);
+    EXPECT_EQ(usedLanguages(), unforcedLanguages);
   }
 }
 
 TEST_F(ModuleLanguageFiles, TheSettingsAreThoseOfTheProgramsName) {
-  Facts const unforced = facts({});
   struct Row {
     char const* file;
     char const* name;
@@ -163,13 +165,11 @@ TEST_F(ModuleLanguageFiles, TheSettingsAreThoseOfTheProgramsName) {
     SCOPED_TRACE(row.file);
     fs::path const program = folder.path(row.file);
     fs::copy_file(programFile(), program);
-    {
-      UserSetting const setting(row.name, "deu");
-      EXPECT_EQ(facts({}, program)["text 100"], "Guten Tag");
-    }
-    UserSetting const setting(std::string(row.name) + "-other", "deu");
-    EXPECT_EQ(facts({}, program), unforced);
+    UserSetting const setting(row.name, "deu");
+    EXPECT_EQ(facts({}, program)["text 100"], "Guten Tag");
   }
+  UserSetting const setting("kvbase-plain-other", "abc");
+  EXPECT_EQ(facts({}, folder.path("kvbase-plain"))["text 100"], greeting());
 }
 
 // --- The user's and the system's languages ---
@@ -196,10 +196,7 @@ TEST_F(UserLanguageFiles, UsedLanguagesAreThoseOfUserAndSystem) {
   for (unsigned short const language : languagesInUse()) {
     expected += (expected.empty() ? "" : " ") + abbreviationOf(language);
   }
-  EXPECT_EQ(facts({})["used languages"], expected);
-  std::string used;
-  for (wstring const& abbreviation : GetUsedLangAbbrevs()) used += (used.empty() ? "" : " ") + narrow(abbreviation);
-  EXPECT_EQ(used, expected);
+  EXPECT_EQ(usedLanguages(), expected);
 }
 
 // Each language before English has its file in turn; it is taken where no language before it has one.
@@ -211,11 +208,16 @@ TEST_F(UserLanguageFiles, TheFirstOfThemThatHasAFileIsTaken) {
     std::string const file = "tool" + abbreviationOf(language);
     SCOPED_TRACE(file);
     copyTranslation(folder, "toolabc", file);
-    Facts found = facts({});
-    EXPECT_EQ(found["text 100"], behindEnglish ? "Hello" : "Hallo");
-    EXPECT_EQ(found["language"], behindEnglish ? "65535" : std::to_string(language));
+    EXPECT_EQ(greeting(), behindEnglish ? "Hello" : "Hallo");
     fs::remove(folder.path(file + ".dll"));
   }
+}
+
+TEST_F(UserLanguageFiles, TheLanguageIsThatOfTheFile) {
+  fs::remove(folder.path("tooldeu.dll"));
+  unsigned short const language = languagesInUse().front();
+  copyTranslation(folder, "toolabc", "tool" + abbreviationOf(language));
+  EXPECT_EQ(facts({})["language"], language == 1033 ? "65535" : std::to_string(language));
 }
 
 TEST_F(UserLanguageFiles, ThePrimaryLanguageIsTakenWhereTheExactOneHasNoFile) {
@@ -246,17 +248,22 @@ TEST_F(UserLanguageFiles, TheFirstLanguageRecordedStays) {
 
 TEST_F(ModuleLanguageFiles, ALanguageOfAnotherCountryTakesThePrimaryOne) {
   // German of Austria is DEA, and German alone is DEU.
-  EXPECT_EQ(facts({"-language=3079"})["translation for 3079"], "Guten Tag");
+  EXPECT_EQ(translationFor(3079), "Guten Tag");
 }
 
 TEST_F(UserLanguageFiles, EnglishHasNoFile) {
   copyTranslation(folder, "toolabc", "toolenu");
-  EXPECT_EQ(facts({"-language=1033"})["translation for 1033"], "the module");
+  EXPECT_EQ(translationFor(1033), "the module");
 }
 
 TEST_F(UserLanguageFiles, AForcedLanguageComesBeforeThatOfTheCaller) {
-  EXPECT_EQ(facts({"-language=1031", "-lang=abc"})["translation for 1031"], "Hallo");
-  EXPECT_EQ(facts({"-language=1031", "-lang=xyz"})["translation for 1031"], "the module");
+  EXPECT_EQ(translationFor(1031), "Guten Tag");
+  {
+    UserSetting const setting(kProgram, "abc");
+    EXPECT_EQ(translationFor(1031), "Hallo");
+  }
+  UserSetting const setting(kProgram, "xyz");
+  EXPECT_EQ(translationFor(1031), "the module");
 }
 
 TEST_F(ModuleLanguageFiles, AnotherBuildIsNotRecorded) {

@@ -94,34 +94,29 @@ bool startsWith(std::string const& text, std::string const& start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
-// Asks for the translation in a language of the caller's choice.
-std::string reportOfTranslation(HINSTANCE instance, unsigned short language) {
-  std::ostringstream out;
-  out << "translation for " << language << ": ";
-  HINSTANCE const translation = LoadTranslationDLL(instance, language);
-  wstring text;
-  if (translation == nullptr) {
-    out << "none\n";
-  } else if (translation == instance) {
-    out << "the module\n";
-  } else {
-    out << (modules().stringTableEntry(translation, 100, text) ? narrow(text) : "no text") << '\n';
-    modules().freeLibrary(translation);
-  }
-  return out.str();
-}
-
 // The reports of a module in the order in which the arguments ask for them.
 std::string reportOf(Module const& module, HINSTANCE instance, std::vector<std::string> const& arguments) {
   std::string report;
   for (std::string const& argument : arguments) {
     if (!startsWith(argument, "-language=")) continue;
-    report += reportOfTranslation(instance, static_cast<unsigned short>(std::stoi(argument.substr(10))));
+    std::string const language = argument.substr(10);
+    std::string const greeting = greetingOfTranslation(instance, static_cast<unsigned short>(std::stoi(language)));
+    report += "translation for " + language + ": " + greeting + '\n';
   }
   return report + reportOfModule(module);
 }
 
 }  // namespace
+
+std::string greetingOfTranslation(HINSTANCE module, unsigned short language) {
+  HINSTANCE const translation = LoadTranslationDLL(module, language);
+  if (translation == nullptr) return "none";
+  if (translation == module) return "the module";
+  wstring text;
+  bool const hasText = modules().stringTableEntry(translation, 100, text);
+  EXPECT_TRUE(modules().freeLibrary(translation));
+  return hasText ? narrow(text) : "no text";
+}
 
 std::string reportOfModule(Module const& module) {
   std::ostringstream out;

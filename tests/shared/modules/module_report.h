@@ -21,6 +21,9 @@ std::string reportOfProcess();
 std::string reportOfModule(Module const& module);
 std::string reportOfVersion(std::string const& file);
 
+// The text 100 of the translation for a language of the caller's choice; "the module" or "none" without one.
+std::string greetingOfTranslation(HINSTANCE module, unsigned short language);
+
 // What the program does if its arguments are
 //   --report FILE MODULE [-version=FILE] [-controls] [-language=1031]... [-lang=xxx]...
 // It starts the module, or for "-" the program itself, and writes the reports to the file. For each -language it asks for the
