@@ -90,7 +90,7 @@ bool AllocationSweep::next() {
   if (trace_.has_value() && !judge()) return false;
   scope_.reset();
   trace_.reset();
-  trace_.emplace(__FILE__, __LINE__, "allocation " + std::to_string(failures_ + 1));
+  trace_.emplace(__FILE__, __LINE__, "allocation " + std::to_string(failingNow()));
   return true;
 }
 
@@ -111,7 +111,7 @@ bool AllocationSweep::judge() {
 void AllocationSweep::runRecovering(std::function<void()> const& operation) {
   EXPECT_FALSE(scope_.has_value()) << "one run has been made already";
   threw_ = false;
-  scope_.emplace(failures_ + 1);
+  scope_.emplace(failingNow());
   try {
     operation();
   } catch (std::bad_alloc const&) {

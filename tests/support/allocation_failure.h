@@ -63,8 +63,9 @@ class AllocationFailure {
 // fits, by the end of the loop's body. The sweep ends after the first run in which the test fails.
 class AllocationSweep {
  public:
-  // The test fails if the sweep ends after fewer failed allocations. 0: the operation may do without any.
-  explicit AllocationSweep(int leastFailures = 1) : leastFailures_(leastFailures) {}
+  // The test fails if the sweep ends after fewer failed allocations. 0: the operation may do without any. With a step above
+  // 1, only the first of so many allocations is made to fail.
+  explicit AllocationSweep(int leastFailures = 1, int step = 1) : leastFailures_(leastFailures), step_(step) {}
 
   // Judges the run before, and tells whether there is another.
   bool next();
@@ -85,9 +86,11 @@ class AllocationSweep {
   int failures() const { return failures_; }
 
  private:
+  int failingNow() const { return failures_ * step_ + 1; }
   bool judge();
 
   int leastFailures_;
+  int step_;
   int failures_ = 0;
   bool threw_ = false;
   std::optional<::testing::ScopedTrace> trace_;
