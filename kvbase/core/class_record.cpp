@@ -27,16 +27,21 @@ void mZClass::initClassStatics() const {}
 
 void mZClass::clearClassStatics() const {}
 
-mZClass const* mZClass::nextInWalk(mZClass const* top) const {
-  if (firstChild_ != nullptr) return firstChild_;
-  for (mZClass const* record = this; record != top; record = record->parent_) {
-    if (record->nextSibling_ != nullptr) return record->nextSibling_;
+// Not exported, as members of the class are.
+struct KVBASE_LOCAL mZClass::Walk {
+  // The record behind this one in a depth-first walk of the records below `top`; null at the end. A null top stands for all
+  // trees.
+  static mZClass const* next(mZClass const* record, mZClass const* top) {
+    if (record->firstChild_ != nullptr) return record->firstChild_;
+    for (; record != top; record = record->parent_) {
+      if (record->nextSibling_ != nullptr) return record->nextSibling_;
+    }
+    return nullptr;
   }
-  return nullptr;
-}
+};
 
 bool mZClass::iterateAllClasses(mZClass const*& cursor) {
-  cursor = cursor == nullptr ? rootClass : cursor->nextInWalk(nullptr);
+  cursor = cursor == nullptr ? rootClass : Walk::next(cursor, nullptr);
   return cursor != nullptr;
 }
 
@@ -56,7 +61,7 @@ bool mZClass::iterateChildClasses(mZClass const*& cursor) const {
 }
 
 bool mZClass::iterateDerivedClasses(mZClass const*& cursor) const {
-  cursor = (cursor == nullptr ? this : cursor)->nextInWalk(this);
+  cursor = Walk::next(cursor == nullptr ? this : cursor, this);
   return cursor != nullptr;
 }
 

@@ -86,8 +86,7 @@ class KVBASE_API mZClass {
   bool iterateLeafClasses(mZClass const*& cursor) const;
 
  private:
-  // The next record in a depth-first walk of the records below `top`; null at the end. A null top stands for all trees.
-  mZClass const* nextInWalk(mZClass const* top) const;
+  struct Walk;
 
   static mZClass const* rootClass;
 

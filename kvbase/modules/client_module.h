@@ -104,8 +104,6 @@ class KVBASE_API ModuleEntry {
   ModuleEntry& operator=(ModuleEntry const&) = delete;
 
  private:
-  void end();
-
   Detach detach_;
   bool isEntry_;
 };

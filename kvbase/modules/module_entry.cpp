@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <utility>
-
 #include "kvbase/modules/client_module.h"
 #include "kvbase/platform/module_api.h"
 
@@ -9,15 +7,13 @@ namespace KV_1_1 {
 ModuleEntry::ModuleEntry(Attach attach, Detach detach) : detach_(detach) {
   HINSTANCE const instance = platform::modules().moduleOf(this);
   isEntry_ = !platform::modules().hasEntryFunction(instance);
-  if (isEntry_ && !attach(instance)) end();
+  if (!isEntry_ || attach(instance)) return;
+  isEntry_ = false;
+  detach_();
 }
 
 ModuleEntry::~ModuleEntry() {
-  end();
-}
-
-void ModuleEntry::end() {
-  if (std::exchange(isEntry_, false)) detach_();
+  if (isEntry_) detach_();
 }
 
 ProgramStart::ProgramStart(ModuleOwner& owner) : owner_(owner) {

@@ -36,30 +36,43 @@ bool readLines(std::istream& stream, Take take) {
 
 }  // namespace
 
+// What works on the containers of a table; not exported, as members of the class are.
+struct KVBASE_LOCAL SymbolTable::Contents {
+  static void swap(SymbolTable& a, SymbolTable& b) noexcept {
+    a.symbolToValue.swap(b.symbolToValue);
+    a.valueToSymbols.swap(b.valueToSymbols);
+  }
+  // Adds one definition; false if the table has the name.
+  static bool add(SymbolTable& table, String const& name, unsigned int value);
+  // Takes a whole text into an empty table.
+  static bool fill(SymbolTable& table, std::istream& stream);
+};
+
 SymbolTable::SymbolTable() = default;
 
 SymbolTable::SymbolTable(SymbolTable const& other) = default;
 
 // Not the move of the containers, which need not leave their source empty.
 SymbolTable::SymbolTable(SymbolTable&& other) noexcept {
-  swap(other);
+  Contents::swap(*this, other);
 }
 
 SymbolTable::~SymbolTable() = default;
 
 SymbolTable& SymbolTable::operator=(SymbolTable const& other) {
-  if (this != &other) SymbolTable(other).swap(*this);
+  if (this != &other) {
+    SymbolTable copy(other);
+    Contents::swap(copy, *this);
+  }
   return *this;
 }
 
 SymbolTable& SymbolTable::operator=(SymbolTable&& other) noexcept {
-  if (this != &other) SymbolTable(std::move(other)).swap(*this);
+  if (this != &other) {
+    SymbolTable taken(std::move(other));
+    Contents::swap(taken, *this);
+  }
   return *this;
-}
-
-void SymbolTable::swap(SymbolTable& other) noexcept {
-  symbolToValue.swap(other.symbolToValue);
-  valueToSymbols.swap(other.valueToSymbols);
 }
 
 unsigned int SymbolTable::lookupSymbol(String const& name) const {
@@ -75,10 +88,13 @@ std::set<String, StringLess2> SymbolTable::lookupValue(unsigned int value) const
 }
 
 bool SymbolTable::parseHeaderFile(std::basic_istream<char>& stream) {
-  return symbolToValue.empty() ? fill(stream) : addTo(stream);
+  if (symbolToValue.empty()) return Contents::fill(*this, stream);
+  return readLines(stream, [this](char const* bytes) {
+    return parseLineHeaderFile(String(CodePageInterface(bytes, platform::kAnsiCodePage)));
+  });
 }
 
-bool SymbolTable::fill(std::basic_istream<char>& stream) {
+bool SymbolTable::Contents::fill(SymbolTable& table, std::istream& stream) {
   LineDecoder decoder;
   SymbolBatch batch;
   bool isFaultless = false;
@@ -95,17 +111,11 @@ bool SymbolTable::fill(std::basic_istream<char>& stream) {
     throw;
   } catch (...) {
     // The stream was told to throw when it fails, as it does at its end.
-    batch.moveInto(symbolToValue, valueToSymbols);
+    batch.moveInto(table.symbolToValue, table.valueToSymbols);
     throw;
   }
-  batch.moveInto(symbolToValue, valueToSymbols);
+  batch.moveInto(table.symbolToValue, table.valueToSymbols);
   return isFaultless;
-}
-
-bool SymbolTable::addTo(std::basic_istream<char>& stream) {
-  return readLines(stream, [this](char const* bytes) {
-    return parseLineHeaderFile(String(CodePageInterface(bytes, platform::kAnsiCodePage)));
-  });
 }
 
 bool SymbolTable::parseLineHeaderFile(String const& text) {
@@ -115,16 +125,16 @@ bool SymbolTable::parseLineHeaderFile(String const& text) {
     line.kind = line.number != kNotFound ? HeaderLine::kNumber : HeaderLine::kFaulty;
   }
   if (line.kind != HeaderLine::kNumber) return line.kind == HeaderLine::kNothing;
-  return add(String(line.name.data(), lengthOf(line.name)), line.number);
+  return Contents::add(*this, String(line.name.data(), lengthOf(line.name)), line.number);
 }
 
-bool SymbolTable::add(String const& name, unsigned int value) {
-  auto const [symbol, isNew] = symbolToValue.try_emplace(name, value);
+bool SymbolTable::Contents::add(SymbolTable& table, String const& name, unsigned int value) {
+  auto const [symbol, isNew] = table.symbolToValue.try_emplace(name, value);
   if (!isNew) return false;
   try {
-    valueToSymbols.emplace(value, name);
+    table.valueToSymbols.emplace(value, name);
   } catch (...) {
-    symbolToValue.erase(symbol);
+    table.symbolToValue.erase(symbol);
     throw;
   }
   return true;

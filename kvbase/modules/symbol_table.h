@@ -78,12 +78,8 @@ class KVBASE_API SymbolTable {
  private:
   // Takes one line of such a text; false if it is faulty.
   bool parseLineHeaderFile(String const& line);
-  // Take a whole text, the first one into an empty table.
-  bool fill(std::basic_istream<char>& stream);
-  bool addTo(std::basic_istream<char>& stream);
-  // Adds one definition; false if the table has the name.
-  bool add(String const& name, unsigned int value);
-  void swap(SymbolTable& other) noexcept;
+  // Not exported.
+  struct Contents;
 
   std::map<String, unsigned int, StringLess2> symbolToValue;
   // Names of one number stand in the order of their definition.

@@ -11,6 +11,6 @@
 
 namespace KV_1_1 {
 
-extern KVBASE_API void (*errorSink)(String const& message);
+extern KVBASE_LOCAL void (*errorSink)(String const& message);
 
 }  // namespace KV_1_1

@@ -165,13 +165,13 @@ TEST(LibraryEnd, ALibraryThatCannotBeStartedFailsTheLoad) {
 
 // --- KVBase at the end of a process and of its use ------------------------------------------------------------------------
 
+// Windows takes long to read the debug information of all modules, and its debug-help library is a part of it.
 TEST(LibraryEnd, NothingPinsTheLibraryThatHasBeenUsed) {
-  Lines const gone = {"unload walker", "walker is not loaded", "KVBase is not loaded"};
-  EXPECT_THAT(
-      linesOf({"load=walker", "walker.useLibrary", "walker.walkStack", "unload=walker", "loaded=walker",
-               "loaded=KVBase", "load=walker", "walker.useLibrary", "unload=walker", "loaded=walker", "loaded=KVBase"}),
-      ElementsAreArray(
-          joined({{"load walker", "used", "walked"}, gone, {"load walker", "used"}, gone, {"main returns"}})));
+  Lines const use = kCanRefuseItsLoad ? Lines{"walker.useLibrary"} : Lines{"walker.useLibrary", "walker.walkStack"};
+  Lines const used = kCanRefuseItsLoad ? Lines{"used"} : Lines{"used", "walked"};
+  Lines const arguments = joined({{"load=walker"}, use, {"unload=walker", "loaded=walker", "loaded=KVBase"}});
+  Lines const once = joined({{"load walker"}, used, {"unload walker", "walker is not loaded", "KVBase is not loaded"}});
+  EXPECT_THAT(linesOf(joined({arguments, arguments})), ElementsAreArray(joined({once, once, {"main returns"}})));
 }
 
 // What was loaded last ends first.
