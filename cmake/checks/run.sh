@@ -91,14 +91,26 @@ exports() {
   return 1
 }
 
-# Only library_globals may run code before the entry function: anywhere else the order would be the linker's.
+# Whether an object runs code at load or enters a destructor in the at-exit list of the process.
+runs_at_load() {
+  local tools=$1 object=$2
+  "${tools}objdump" -h "$object" | grep -qE ' \.((pre)?init_array|fini_array|ctors|dtors)' ||
+    "${tools}nm" "$object" | grep -qE ' U (__cxa_|__cxa_thread_)?atexit$'
+}
+
+# Only library_globals may run code before the entry function: anywhere else the order would be the linker's. Nor may anything
+# else enter the at-exit list, as a static with a destructor in a function does.
 initialisers() {
-  local build=$1 tool=$2 object count=0 faults=0
+  local build=$1 tools=$2 compiler=$3 object code count=0 faults=0
+  for code in 'struct S { S(); }; S s;' 'struct S { ~S(); }; void f() { static S s; }' 'thread_local struct S { ~S(); int i; } s;
+    int f() { return s.i; }'; do
+    "$compiler" -std=c++17 -x c++ -c -o "$build/runs_at_load.o" - <<<"$code" || return
+    runs_at_load "$tools" "$build/runs_at_load.o" || { echo "error: this check does not find: $code"; ((++faults)); }
+  done
   while IFS= read -r -d '' object; do
     ((++count))
-    if "$tool" -h "$object" | grep -qE ' \.(init_array|ctors)'; then
-      [[ $object == */library/library_globals.cpp.* ]] || { echo "error: dynamic initialiser in $object"; ((++faults)); }
-    fi
+    [[ $object != */library/library_globals.cpp.* ]] || continue
+    ! runs_at_load "$tools" "$object" || { echo "error: $object runs code at load or registers a destructor"; ((++faults)); }
   done < <(find "$build/CMakeFiles/kvbase_objects.dir" \( -name '*.o' -o -name '*.obj' \) -print0)
   echo "$count objects"
   ((count > 0 && faults == 0))
@@ -138,8 +150,8 @@ check "warnings and headers, g++" compile linux-release
 check "warnings and headers, mingw g++" compile windows-release
 check "warnings and headers, clang++" compile linux-asan
 check "Windows sources, clang++" windows_clang
-check "initialisers, Linux" initialisers build/linux-release objdump
-check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32-objdump
+check "initialisers, Linux" initialisers build/linux-release '' g++
+check "initialisers, Windows" initialisers build/windows-release x86_64-w64-mingw32- x86_64-w64-mingw32-g++-posix
 check "exported names, Linux" exports linux
 check "exported names, Windows" exports windows
 check "packages" ./kv package
