@@ -18,6 +18,8 @@
 
 #include "benchmarks/fresh_processes.h"
 #include "benchmarks/support.h"
+#include "kvbase/diagnostics/output_debug_parentheses_scope.h"
+#include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/platform/debug_api.h"
 #include "kvbase/platform/debug_help.h"
 
@@ -62,42 +64,86 @@ class DebugHelp {
     get(line_, "SymGetLineFromAddr64");
     get(functionTable_, "SymFunctionTableAccess64");
     get(moduleBase_, "SymGetModuleBase64");
+    get(moduleInfo_, "SymGetModuleInfo64");
+    get(undecorate_, "UnDecorateSymbolName");
   }
 
   int capture(Addresses& addresses) const {
-    _CONTEXT context;
-    context.ContextFlags = debug_help::kContextFull;
-    debug().contextCapture()(&context);
-    debug_help::StackFrame64 frame = {};
-    frame.programCounter = {context.Rip, 0, debug_help::kFlatAddress};
     int count = 0;
-    while (count < kFrames && step_(debug_help::kMachineX64, process_, thread_, &frame, &context, &read, functionTable_,
-                                    moduleBase_, nullptr) != 0) {
-      addresses[static_cast<std::size_t>(count++)] = frame.programCounter.offset;
-    }
+    walk([&](std::uint64_t address) {
+      addresses[static_cast<std::size_t>(count++)] = address;
+      return count < kFrames;
+    });
+    return count;
+  }
+
+  // The calls that a walk to the end makes for each frame.
+  int depth() const {
+    SymbolBlock symbol;
+    int count = 0;
+    walk([&](std::uint64_t address) {
+      char text[1024];
+      std::uint64_t distance = 0;
+      if (symbol_(process_, address, &distance, symbol.get()) != 0) {
+        undecorate_(symbol.get()->name, text, sizeof text, debug_help::kUndecorateNameOnly);
+        undecorate_(symbol.get()->name, text, sizeof text, debug_help::kUndecorateComplete);
+      }
+      lineNumber(address);
+      debug_help::ModuleInfo64 module;
+      module.sizeOfStruct = sizeof module;
+      moduleInfo_(process_, address, &module);
+      ++count;
+      return true;
+    });
     return count;
   }
 
   std::string lines(Addresses const& addresses) const {
-    alignas(debug_help::Symbol64) char block[1056];
-    auto* const symbol = reinterpret_cast<debug_help::Symbol64*>(block);
-    symbol->sizeOfStruct = sizeof *symbol;
-    symbol->maxNameLength = 1024;
-    debug_help::Line64 line = {};
-    line.sizeOfStruct = sizeof line;
+    SymbolBlock symbol;
     std::string result;
     for (std::uint64_t const address : addresses) {
       std::uint64_t distance = 0;
-      ulong32 lineDistance = 0;
-      symbol_(nullptr, address, &distance, symbol);
-      benchmark::DoNotOptimize(block);
-      bool const found = line_(nullptr, address, &lineDistance, &line) != 0;
-      result += static_cast<char>('0' + (found ? line.lineNumber % 10 : 0));
+      symbol_(nullptr, address, &distance, symbol.get());
+      benchmark::DoNotOptimize(symbol);
+      result += static_cast<char>('0' + lineNumber(address) % 10);
     }
     return result;
   }
 
  private:
+  class SymbolBlock {
+   public:
+    SymbolBlock() {
+      get()->sizeOfStruct = sizeof(debug_help::Symbol64);
+      get()->maxNameLength = 1024;
+    }
+    debug_help::Symbol64* get() { return reinterpret_cast<debug_help::Symbol64*>(block_); }
+
+   private:
+    alignas(debug_help::Symbol64) char block_[1056];
+  };
+
+  // Calls `visit` with each program counter until it returns false.
+  template <class Visit>
+  void walk(Visit visit) const {
+    _CONTEXT context;
+    context.ContextFlags = debug_help::kContextFull;
+    debug().contextCapture()(&context);
+    debug_help::StackFrame64 frame = {};
+    frame.programCounter = {context.Rip, 0, debug_help::kFlatAddress};
+    while (step_(debug_help::kMachineX64, process_, thread_, &frame, &context, &read, functionTable_, moduleBase_,
+                 nullptr) != 0) {
+      if (!visit(frame.programCounter.offset) || frame.returnAddress.offset == 0) return;
+    }
+  }
+
+  unsigned lineNumber(std::uint64_t address) const {
+    debug_help::Line64 line = {};
+    line.sizeOfStruct = sizeof line;
+    ulong32 distance = 0;
+    return line_(nullptr, address, &distance, &line) != 0 ? line.lineNumber : 0;
+  }
+
   static platform::DebugApi& debug() { return platform::nativeDebug(); }
   static int read(void* process, std::uint64_t address, void* buffer, ulong32 size, ulong32* bytesRead) {
     std::size_t count = 0;
@@ -119,6 +165,8 @@ class DebugHelp {
   debug_help::SymGetLineFromAddr64 line_;
   debug_help::SymFunctionTableAccess64 functionTable_;
   debug_help::SymGetModuleBase64 moduleBase_;
+  debug_help::SymGetModuleInfo64 moduleInfo_;
+  debug_help::UnDecorateSymbolName undecorate_;
 };
 
 // libdwfl as its examples use it.
@@ -239,6 +287,17 @@ void addDiagnostics() {
         void* frames[kFrames];
         return deeply<kFrames>([&] { return unwind(frames, kFrames); });
       });
+
+  // A walk that only counts frames still makes all calls that a walk makes.
+  Row("call stack: a scope of debug output")
+      .add("KVBase",
+           [] {
+             return deeply<kFrames>([] {
+               OutputDebugParenthesesScope const scope;
+               return VgStackWalker::initialCallStackDepth > kFrames ? 1 : 0;
+             });
+           })
+      .add("its calls", [] { return deeply<kFrames>([] { return help.depth() > kFrames ? 1 : 0; }); });
 
   Row("call stack: function and line of 20 frames, first time")
       .addOnce("KVBase", processes, 0)

@@ -73,7 +73,12 @@ class StackReader {
   std::uint64_t const* words(std::uint64_t address, std::size_t count) const {
     std::uint64_t const distance = address - stack_->start;
     bool const isThere = stack_->walk == walk_ && distance <= (kWindowWords - count) * 8 && distance % 8 == 0;
-    if (isThere) return stack_->words + distance / 8;
+    return isThere ? stack_->words + distance / 8 : readWindow(address, count);
+  }
+
+ private:
+  // Not inlined, so that the way that most steps take stays short.
+  [[gnu::noinline]] std::uint64_t const* readWindow(std::uint64_t address, std::size_t count) const {
     // The window may reach beyond what can be read.
     bool const isWhole = read(address, stack_->words, sizeof stack_->words);
     stack_->walk = isWhole ? walk_ : 0;
@@ -81,7 +86,6 @@ class StackReader {
     return isWhole || read(address, stack_->words, count * 8) ? stack_->words : nullptr;
   }
 
- private:
   void* process_;
   debug_help::ReadProcessMemory64 routine_;
   std::uint64_t walk_;
@@ -185,7 +189,11 @@ void restoreAll(FrameRule const& rule, std::uint64_t const* end, _CONTEXT& conte
 
 StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
   std::uint64_t end = context.*kRegisters[rule.base()] + rule.offset();
-  if (rule.isIndirect() && !reader.read(end, &end, sizeof end)) return StepResult::kFailed;
+  if (rule.isIndirect()) {
+    std::uint64_t const* const word = reader.words(end, 1);
+    if (word == nullptr) return StepResult::kFailed;
+    end = *word;
+  }
   if (end <= context.Rsp) return StepResult::kFailed;
   if (rule.savedWords() == 0) return restoreOneByOne(rule, end, context, reader);
   std::uint64_t const* const words = reader.words(end - rule.savedWords() * 8, rule.savedWords());

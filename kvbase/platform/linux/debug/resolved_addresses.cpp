@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstring>
 #include <deque>
-#include <functional>
+#include <memory>
 #include <set>
 #include <string_view>
 #include <unordered_map>
@@ -24,10 +24,14 @@ namespace platform {
 
 namespace {
 
+enum SymbolType { kNoSymbols = 0, kExported = 4, kDeferred = 5, kSymbols = 6, kDebugData = 7 };
+
 // What has been found out about an address.
 struct Resolved {
   std::uint64_t address = 0;  // as looked up
-  std::string name;           // empty if there is no symbol
+  DebugSession::Module const* module = nullptr;
+  SymbolType type = kDeferred;
+  std::string name;  // empty if there is no symbol
   std::uint64_t symbolStart = 0;
   std::uint64_t symbolSize = 0;
   char const* file = nullptr;  // null if there is no line; stays as long as the library
@@ -35,10 +39,11 @@ struct Resolved {
   std::uint64_t lineStart = 0;
 };
 
+// The forms of a name that have been asked for; the others are empty.
 struct Undecorated {
   std::string name;
-  bool nameOnly = false;
-  std::string text;
+  std::string complete;
+  std::string nameOnly;
 };
 
 // The addresses in modules that are never unloaded. What is in the table is neither changed nor moved, so that readers
@@ -73,7 +78,7 @@ class PermanentAddresses {
 };
 
 constexpr std::size_t kMostAddresses = 2048;
-constexpr std::size_t kNames = 1024;
+constexpr std::size_t kMostNames = 2048;
 
 // All but the look-up in `permanent` happens under the lock of the session.
 struct Tables {
@@ -83,8 +88,8 @@ struct Tables {
   std::uint32_t generation = 0;
   // The names of source files. There are only as many as there are files, so they stay.
   std::set<std::string, std::less<>> files;
-  // An entry gives way to the next one that belongs in its place.
-  std::array<Undecorated, kNames> names;
+  // Until there are too many.
+  std::unordered_map<std::string_view, std::unique_ptr<Undecorated>> names;
 };
 
 Tables& tables() {
@@ -154,21 +159,35 @@ void open(LibdwFunctions const& libdw, DebugSession::Module& module) {
   module.isOpen = true;
 }
 
+// The kind of symbols of a module. Its file is not opened to find out.
+SymbolType typeOf(LibdwFunctions const& libdw, DebugSession::Module const& module) {
+  if (!module.isOpen || module.handle == nullptr) return kDeferred;
+  Dwarf_Addr bias = 0;
+  if (libdw.debugData != nullptr && libdw.debugData(module.handle, &bias) != nullptr) return kDebugData;
+  if (libdw.symbolCount == nullptr) return kSymbols;
+  return libdw.symbolCount(module.handle) > 1 ? kSymbols : kNoSymbols;
+}
+
 // What is known about an address in a module that is loaded now; null if there is none. Valid until the next call.
 Resolved const* resolve(DebugSession& session, std::uint64_t address) {
   DebugSession::Module* const module = session.moduleAt(address);
   if (module == nullptr) return nullptr;
   Tables& all = tables();
+  // Another thread may have been faster.
+  Resolved const* const permanent = all.permanent.find(address);
+  if (permanent != nullptr) return permanent;
   if (all.generation != session.generation() || all.others.size() >= kMostAddresses) all.others.clear();
   all.generation = session.generation();
   auto const known = all.others.find(address);
   if (known != all.others.end()) return &known->second;
   Resolved result;
   result.address = address;
+  result.module = module;
   if (module->handle != nullptr) {
     open(session.libdw(), *module);
     findSymbol(session.libdw(), *module, result);
     findLine(session.libdw(), module->handle, result);
+    result.type = typeOf(session.libdw(), *module);
   }
   Resolved const* const added = module->loaded.isPermanent ? all.permanent.add(result) : nullptr;
   return added != nullptr ? added : &(all.others[address] = std::move(result));
@@ -203,16 +222,15 @@ std::string_view shortName(std::string_view path) {
   return end == std::string_view::npos || end == 0 ? file : file.substr(0, end);
 }
 
-enum SymbolType { kNoSymbols = 0, kExported = 4, kDeferred = 5, kSymbols = 6, kDebugData = 7 };
-
-// The kind of symbols of a module. Its file is not opened to find out.
-SymbolType typeOf(DebugSession& session, DebugSession::Module& module) {
-  LibdwFunctions const& libdw = session.libdw();
-  if (!module.isOpen || module.handle == nullptr) return kDeferred;
-  Dwarf_Addr bias = 0;
-  if (libdw.debugData != nullptr && libdw.debugData(module.handle, &bias) != nullptr) return kDebugData;
-  if (libdw.symbolCount == nullptr) return kSymbols;
-  return libdw.symbolCount(module.handle) > 1 ? kSymbols : kNoSymbols;
+void fill(debug_help::ModuleInfo64& info, LoadedModule const& module, SymbolType type) {
+  info = debug_help::ModuleInfo64();
+  info.sizeOfStruct = sizeof info;
+  info.baseOfImage = module.start;
+  info.imageSize = static_cast<ulong32>(module.end - module.start);
+  info.symbolType = type;
+  shortName(module.path).copy(info.moduleName, sizeof info.moduleName - 1);
+  module.path.copy(info.imageName, sizeof info.imageName - 1);
+  module.path.copy(info.loadedImageName, sizeof info.loadedImageName - 1);
 }
 
 }  // namespace
@@ -246,35 +264,37 @@ bool lineAt(std::uint64_t counter, ulong32& displacement, debug_help::Line64& li
   });
 }
 
-bool moduleInfoAt(std::uint64_t address, debug_help::ModuleInfo64& info) {
+bool moduleInfoAt(std::uint64_t counter, debug_help::ModuleInfo64& info) {
+  std::uint64_t const address = lookupAddress(counter);
+  Resolved const* const permanent = tables().permanent.find(address);
+  if (permanent != nullptr) {
+    fill(info, permanent->module->loaded, permanent->type);
+    return true;
+  }
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
-  DebugSession::Module* const module = session.moduleAt(lookupAddress(address));
+  DebugSession::Module const* const module = session.moduleAt(address);
   if (module == nullptr) return failWith(kModuleNotFound);
-  info = debug_help::ModuleInfo64();
-  info.sizeOfStruct = sizeof info;
-  info.baseOfImage = module->loaded.start;
-  info.imageSize = static_cast<ulong32>(module->loaded.end - module->loaded.start);
-  info.symbolType = typeOf(session, *module);
-  shortName(module->loaded.path).copy(info.moduleName, sizeof info.moduleName - 1);
-  module->loaded.path.copy(info.imageName, sizeof info.imageName - 1);
-  module->loaded.path.copy(info.loadedImageName, sizeof info.loadedImageName - 1);
+  fill(info, module->loaded, typeOf(session.libdw(), *module));
   return true;
 }
 
 ulong32 undecorate(char const* name, char* output, ulong32 capacity, bool nameOnly) {
   if (capacity == 0) return 0;
-  std::string_view const key = name;
   auto const lock = DebugSession::instance().lock();
-  std::size_t const hash = std::hash<std::string_view>()(key) + (nameOnly ? 1 : 0);
-  Undecorated& entry = tables().names[hash % tables().names.size()];
-  if (entry.nameOnly != nameOnly || entry.name != key || entry.text.empty()) {
-    entry.text.clear();
-    entry.name = key;
-    entry.nameOnly = nameOnly;
-    entry.text = nameOnly ? demangledNameOnly(name) : demangledName(name);
+  auto& names = tables().names;
+  auto known = names.find(name);
+  if (known == names.end()) {
+    if (names.size() >= kMostNames) names.clear();
+    auto added = std::make_unique<Undecorated>();
+    added->name = name;
+    std::string_view const key = added->name;
+    known = names.emplace(key, std::move(added)).first;
   }
-  std::size_t const size = entry.text.copy(output, capacity - 1);
+  Undecorated& entry = *known->second;
+  std::string& text = nameOnly ? entry.nameOnly : entry.complete;
+  if (text.empty()) text = nameOnly ? demangledNameOnly(name) : demangledName(name);
+  std::size_t const size = text.copy(output, capacity - 1);
   output[size] = '\0';
   return static_cast<ulong32>(size);
 }

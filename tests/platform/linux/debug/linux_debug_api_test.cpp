@@ -20,6 +20,7 @@
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/module_api.h"
+#include "kvbase/platform/pointer_text.h"
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/support/current_path.h"
 #include "tests/support/module_files.h"
@@ -247,6 +248,15 @@ TEST(LinuxDebugProcess, FileWithoutVersion) {
 }
 
 // There may be no log; that a text gets lost then is no failure.
+TEST(LinuxPointerText, IsThatOfThePrintFunctions) {
+  for (std::uint64_t const value :
+       {std::uint64_t{0}, std::uint64_t{1}, std::uint64_t{0xABCDEF0123}, ~std::uint64_t{0}}) {
+    char expected[32];
+    snprintf(expected, sizeof expected, "%p", reinterpret_cast<void*>(value));
+    EXPECT_STREQ(platform::PointerText(value).get(), expected);
+  }
+}
+
 TEST(LinuxDebugChannel, TakesAnyText) {
   debugApi().output("percent %s%n\n");
   debugApi().output(static_cast<char const*>(nullptr));
