@@ -35,6 +35,7 @@ bool SymbolIndex::canRead(LibdwFunctions const& libdw) {
 void SymbolIndex::read(LibdwFunctions const& libdw, Dwfl_Module* module) {
   std::vector<Entry> entries;
   int const count = libdw.symbolCount(module);
+  if (count > 0) entries.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
     GElf_Sym symbol = {};
     GElf_Addr start = 0;
