@@ -13,8 +13,8 @@ InfoStringMap       the same, and each entry
 Vec3d               (x, y, z)
 ScanPtColor         its fields; ScanPtColorExt too
 
-`print *KV_1_1::BaseNode::Class()` shows the class tree. `set print elements` limits the length of a text and the number of
-items, and `print/r` shows the fields.
+`print *KV_1_1::BaseNode::Class()` shows the class tree. `set print elements` limits the length of a text and the number
+of items, and `print/r` shows the fields.
 """
 
 import gdb
@@ -104,16 +104,17 @@ def aligned(address, alignment):
 
 
 def map_items(tree):
-    """Keys and values of a std::map or std::multimap, in order. The nodes are not asked for by their type, because a program
-    may have no debug data of it: an item stands behind the links of its node."""
-    key_type, value_type = tree.type.strip_typedefs().template_argument(0), tree.type.strip_typedefs().template_argument(1)
+    """Keys and values of a std::map or std::multimap, in order. The nodes are not asked for by their type, because a
+    program may have no debug data of it: an item stands behind the links of its node."""
+    kind = tree.type.strip_typedefs()
+    key_type, value_type = kind.template_argument(0), kind.template_argument(1)
     header = tree["_M_t"]["_M_impl"]["_M_header"]
     node = header["_M_left"]
     while int(node) != int(header.address):
         key = aligned(int(node) + header.type.sizeof, max(key_type.alignof, value_type.alignof))
         value = aligned(key + key_type.sizeof, value_type.alignof)
-        yield tuple(gdb.Value(place).cast(kind.pointer()).dereference()
-                    for place, kind in ((key, key_type), (value, value_type)))
+        yield (gdb.Value(key).cast(key_type.pointer()).dereference(),
+               gdb.Value(value).cast(value_type.pointer()).dereference())
         node = next_node(node)
 
 
@@ -126,8 +127,8 @@ def next_node(node):
     parent = node["_M_parent"]
     while int(node) == int(parent["_M_right"]):
         node, parent = parent, parent["_M_parent"]
-    # Behind the last node of a tree whose root has no right child, the loop has gone round: root and header are each other's
-    # parents.
+    # Behind the last node of a tree whose root has no right child, the loop has gone round: root and header are each
+    # other's parents.
     return parent if int(node["_M_right"]) != int(parent) else node
 
 
@@ -246,7 +247,7 @@ class SymbolTablePrinter:
 
 
 class ClassRecordPrinter:
-    """A record without the libraries' own part of it: ClassCreators add no field."""
+    """The record of a class. The classes derived from mZClass add no field."""
 
     def __init__(self, value):
         self.value = value

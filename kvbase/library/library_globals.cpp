@@ -17,8 +17,8 @@
 //   9  the start of the library, unless the system      its end
 //      calls an entry function of it
 //
-// The other exported data is constant-initialised: ScanPtColor<...>::nullReference and KVBoundingBoxTraits<...> stand with
-// their classes, and have their values before the first of these.
+// The other exported data is constant-initialised: ScanPtColor<...>::nullReference and KVBoundingBoxTraits<...> stand
+// with their classes, and have their values before the first of these.
 #include "kvbase/core/lazy.h"
 #include "kvbase/diagnostics/vg_stack_walker.h"
 #include "kvbase/filesystem/directory.h"

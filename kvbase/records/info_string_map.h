@@ -18,8 +18,8 @@ namespace KV_1_1 {
 //   info->addInfo<String>(KVW("COLOUR"), KVW("blue"));   // still one entry, whose key is Colour
 //   show(info->getInfoByKey(KVW("colour")));             // blue
 //
-// Keys compare by StringLess2, so the case of A to Z does not matter. NIL is a key like any other; it stands first and is not
-// the same as EMPTY. Values may be NIL.
+// Keys compare by StringLess2, so the case of A to Z does not matter. NIL is a key like any other; it stands first and
+// is not the same as EMPTY. Values may be NIL.
 // Lifetime: keys and values share their texts with the Strings that they were copied from.
 // Thread rule: several threads may read a map while none writes to it.
 class KVBASE_API InfoStringMap : public ObserverInfo {
@@ -38,14 +38,14 @@ class KVBASE_API InfoStringMap : public ObserverInfo {
   InfoStringMap& operator=(InfoStringMap const& other);
   ~InfoStringMap() override;
 
-  // Gives a key this value, and adds the entry if there is none. An entry keeps its key as it was first spelt. There is a
-  // form for String only: addInfo<String>.
+  // Gives a key this value, and adds the entry if there is none. An entry keeps its key as it was first spelt. There is
+  // a form for String only: addInfo<String>.
   // Failure: std::bad_alloc; the map is then what it was.
   template <class Value>
   void addInfo(String const& key, Value const& value) = delete;
 
-  // The value itself, not a copy; it is valid until its entry is removed or replaced. The object String::NIL if there is no
-  // such key, which looks like a stored NIL; getInfos can tell the two apart.
+  // The value itself, not a copy; it is valid until its entry is removed or replaced. The object String::NIL if there
+  // is no such key, which looks like a stored NIL; getInfos can tell the two apart.
   String const& getInfoByKey(String const& key) const;
 
   Infos const& getInfos() const;

@@ -6,8 +6,8 @@
 
 namespace KV_1_1 {
 
-// The base of the small records that are handed to observers. It knows whether the record expires; what that means is up to
-// the applications. No code of the library makes such records.
+// The base of the small records that are handed to observers. It knows whether the record expires; what that means is
+// up to the applications. No code of the library makes such records.
 //
 // Ownership: as BaseNode. Thread rule: the count is atomic, the rest belongs to one thread at a time.
 class KVBASE_API ObserverInfo : public BaseNode {

@@ -21,8 +21,8 @@ struct Vec3d {
   T z{};
 };
 
-// A point with a colour. P is Vec3d<float>, Vec3d<double>, double or int. The library only carries the fields; what they
-// mean, and in which order the components of the colour stand, is up to the applications. All of them start as 0.
+// A point with a colour. P is Vec3d<float>, Vec3d<double>, double or int. The library only carries the fields; what
+// they mean, and in which order the components of the colour stand, is up to the applications. All of them start as 0.
 template <class P>
 struct ScanPtColor {
   P position{};
@@ -33,8 +33,8 @@ struct ScanPtColor {
   static ScanPtColor const nullReference;
 };
 
-// A point with a colour and a second value. P is Vec3d<float> or Vec3d<double>. It is another type than ScanPtColor, and
-// neither converts to the other.
+// A point with a colour and a second value. P is Vec3d<float> or Vec3d<double>. It is another type than ScanPtColor,
+// and neither converts to the other.
 template <class P>
 struct ScanPtColorExt {
   P position{};
@@ -52,9 +52,9 @@ KVBASE_API ScanPtColor<double> const ScanPtColor<double>::nullReference;
 template <>
 KVBASE_API ScanPtColor<int> const ScanPtColor<int>::nullReference;
 
-// The same point with a position of the given type, Vec3d<float> or Vec3d<double>: scanpt_cast<Vec3d<float>>(point). The kind
-// of the record stays, and so do value, colour and extra, bit for bit. Doubles are rounded to the nearest float; beyond the
-// range of float they become infinities. Each of the eight forms stands below; there are no others.
+// The same point with a position of the given type, Vec3d<float> or Vec3d<double>: scanpt_cast<Vec3d<float>>(point).
+// The kind of the record stays, and so do value, colour and extra, bit for bit. Doubles are rounded to the nearest
+// float; beyond the range of float they become infinities. Each of the eight forms stands below; there are no others.
 template <class P>
 ScanPtColor<P> scanpt_cast(ScanPtColor<Vec3d<float>> const& source) = delete;
 template <class P>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The records as a program sees them in the shipped library: every exported name is used once, and the exported data is one
-// object for all its users.
+// The records as a program sees them in the shipped library: every exported name is used once, and the exported data is
+// one object for all its users.
 #include <gtest/gtest.h>
 
 #include <algorithm>
