@@ -3,7 +3,6 @@
 // Assertion reports of a process on a terminal, with the system's own question and break.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <pty.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -15,7 +14,7 @@
 #include <string>
 
 #include "kvbase/diagnostics/assertion.h"
-#include "kvbase/platform/linux/files/descriptor.h"
+#include "tests/platform/linux/debug/terminal.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -28,7 +27,7 @@ using ::testing::HasSubstr;
 constexpr char kPrompt[] = "[i]gnore? ";
 
 // A process that runs `work` with a new terminal for its input, its output and its errors.
-class TerminalProcess {
+class TerminalProcess : public Terminal {
  public:
   template <class Work>
   explicit TerminalProcess(Work work) {
@@ -53,24 +52,6 @@ class TerminalProcess {
   TerminalProcess(TerminalProcess const&) = delete;
   TerminalProcess& operator=(TerminalProcess const&) = delete;
 
-  // What the process writes up to and with `end`, and the echo of what was typed.
-  std::string readUpTo(std::string const& end) {
-    std::string text;
-    pollfd request{terminal_.get(), POLLIN, 0};
-    char byte;
-    while (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) {
-      if (poll(&request, 1, 10000) != 1 || read(terminal_.get(), &byte, 1) != 1) {
-        ADD_FAILURE() << "only this is there: " << text;
-        kill(process_, SIGKILL);
-        break;
-      }
-      text += byte;
-    }
-    return text;
-  }
-  void type(std::string const& text) {
-    EXPECT_EQ(write(terminal_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  }
   int wait() {
     int status = 0;
     waitpid(process_, &status, 0);
@@ -80,7 +61,6 @@ class TerminalProcess {
 
  private:
   pid_t process_;
-  platform::Descriptor terminal_;
 };
 
 void say(char const* text) {

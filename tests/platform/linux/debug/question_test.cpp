@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
@@ -13,7 +12,7 @@
 #include <string>
 
 #include "kvbase/platform/debug_api.h"
-#include "kvbase/platform/linux/files/descriptor.h"
+#include "tests/platform/linux/debug/terminal.h"
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/platform/linux/shell/fake_desktop.h"
 
@@ -35,7 +34,7 @@ int ask() {
 }
 
 // A process of its own, which `ask`s in a session of its own: without a terminal, or with a new one.
-class Asker {
+class Asker : public Terminal {
  public:
   explicit Asker(bool hasTerminal) {
     if (hasTerminal) {
@@ -49,6 +48,8 @@ class Asker {
     setsid();
     // Opened by the leader of a session, a terminal becomes that of the session.
     if (name != nullptr && open(name, O_RDWR) < 0) _exit(99);
+    // So that the terminal is lost when the test closes it.
+    terminal_ = platform::Descriptor();
     _exit(ask());
   }
   ~Asker() {
@@ -59,24 +60,6 @@ class Asker {
   Asker(Asker const&) = delete;
   Asker& operator=(Asker const&) = delete;
 
-  // Reads what the process has written up to and with `end`.
-  std::string readUpTo(std::string const& end) {
-    std::string text;
-    pollfd request{terminal_.get(), POLLIN, 0};
-    char byte;
-    while (text.size() < end.size() || text.compare(text.size() - end.size(), end.size(), end) != 0) {
-      if (poll(&request, 1, 10000) != 1 || read(terminal_.get(), &byte, 1) != 1) {
-        ADD_FAILURE() << "only this is there: " << text;
-        break;
-      }
-      text += byte;
-    }
-    return text;
-  }
-  void type(std::string const& text) {
-    EXPECT_EQ(write(terminal_.get(), text.data(), text.size()), static_cast<ssize_t>(text.size()));
-  }
-
   // The answer that the process has got; negative if it was ended by a signal.
   int answer() {
     int status = 0;
@@ -86,7 +69,6 @@ class Asker {
   }
 
  private:
-  platform::Descriptor terminal_;
   pid_t process_ = 0;
 };
 
