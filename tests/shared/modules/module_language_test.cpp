@@ -24,8 +24,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string const kProgram = "kvbase_module_tests";
-
 // The tool in German and in a language that no system knows. The user's languages may be any.
 class ModuleLanguageFiles : public ::testing::Test {
  protected:

@@ -21,7 +21,6 @@ namespace {
 using platform::resourceId;
 
 wchar const* const kMetadata = KVW("METADATA");
-std::string const kProgram = "kvbase_module_tests";
 
 // The tool with a translation that the user's settings force.
 class ModuleLookupFiles : public ::testing::Test {

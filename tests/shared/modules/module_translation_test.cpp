@@ -22,7 +22,6 @@ namespace fs = std::filesystem;
 using platform::modules;
 
 constexpr unsigned short kNone = 0xFFFF;
-std::string const kProgram = "kvbase_module_tests";
 
 // A module that is loaded but not started, with the language "abc" forced.
 class TranslationFiles : public ::testing::Test {

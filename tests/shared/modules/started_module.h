@@ -12,6 +12,9 @@
 namespace KV_1_1 {
 namespace testing {
 
+// The stem of this program, under which its settings stand.
+inline std::string const kProgram = "kvbase_module_tests";
+
 // A library that is loaded, and started as a module of the family, for a scope. Its own code does not take part.
 class StartedModule {
  public:

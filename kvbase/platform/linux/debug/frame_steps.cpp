@@ -30,9 +30,9 @@ constexpr std::uint64_t kMostSignalFrames = 100;
 constexpr std::uint64_t kUnknownAddress = ~std::uint64_t{0};
 
 // By the numbers of DWARF; the last one is the program counter.
-constexpr int kRegisterCount = 17;
+constexpr int kStepRegisters = 17;
 constexpr int kProgramCounter = 16;
-constexpr std::uint64_t _CONTEXT::*kRegisters[kRegisterCount] = {
+constexpr std::uint64_t _CONTEXT::*kRegisters[kStepRegisters] = {
     &_CONTEXT::Rax, &_CONTEXT::Rdx, &_CONTEXT::Rcx, &_CONTEXT::Rbx, &_CONTEXT::Rsi, &_CONTEXT::Rdi,
     &_CONTEXT::Rbp, &_CONTEXT::Rsp, &_CONTEXT::R8,  &_CONTEXT::R9,  &_CONTEXT::R10, &_CONTEXT::R11,
     &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
@@ -120,11 +120,11 @@ bool readWord(Dwfl*, Dwarf_Addr address, Dwarf_Word* word, void*) {
 }
 
 bool setRegisters(Dwfl_Thread* thread, void*) {
-  Dwarf_Word values[kRegisterCount];
-  for (int i = 0; i < kRegisterCount; ++i) values[i] = currentStep->start->*kRegisters[i];
+  Dwarf_Word values[kStepRegisters];
+  for (int i = 0; i < kStepRegisters; ++i) values[i] = currentStep->start->*kRegisters[i];
   // libdw takes the first frame's counter for an exact one.
   if (currentStep->isReturnAddress) --values[kProgramCounter];
-  return currentStep->libdw->setRegisters(thread, 0, kRegisterCount, values);
+  return currentStep->libdw->setRegisters(thread, 0, kStepRegisters, values);
 }
 
 int visitFrame(Dwfl_Frame* frame, void*) {

@@ -240,12 +240,12 @@ bool nativeDirectoryOfDrive(char letter, NativePath& below) {
   link.push('\0');
   std::unique_ptr<char, void (*)(void*)> const root(realpath(link.data(), nullptr), &free);
   if (root == nullptr) return false;
-  NativePath current;
-  if (!nativeCurrentDirectory(current)) return true;
+  NativePath folder;
+  if (!nativeCurrentDirectory(folder)) return true;
   std::size_t const size = strcmp(root.get(), "/") == 0 ? 0 : strlen(root.get());
   bool const isBelow =
-      strncmp(current.data(), root.get(), size) == 0 && current[size] == '/' && current[size + 1] != '\0';
-  if (isBelow) appendText(current.data() + size, below);
+      strncmp(folder.data(), root.get(), size) == 0 && folder[size] == '/' && folder[size + 1] != '\0';
+  if (isBelow) appendText(folder.data() + size, below);
   return true;
 }
 

@@ -14,7 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint16_t kAmericanEnglish = 0x0409;
 constexpr std::size_t kLongestFile = 65536;
 
 // The value of a variable; null if it is empty.

@@ -17,8 +17,6 @@ namespace {
 // No name that a system installs comes near it.
 constexpr std::size_t kLongestName = 127;
 
-constexpr std::uint16_t kAmericanEnglish = 0x0409;
-
 bool isLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }

@@ -14,6 +14,7 @@ namespace KV_1_1 {
 namespace platform {
 
 constexpr std::uint16_t kNoLanguage = 0;
+constexpr std::uint16_t kAmericanEnglish = 0x0409;
 
 // Whether the name, `size` bytes, is that of the locale which programs start in, with any character set.
 bool isPortableLocale(char const* name, std::size_t size);
