@@ -66,7 +66,7 @@ windows_clang() {
     -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
 }
 
-tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-asan "^$PWD/kvbase/"; }
+tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-asan "^$PWD/(build/linux-asan/CMakeFiles/kvbase_objects.dir|kvbase)/"; }
 
 # --- Products -----------------------------------------------------------------------------------------------------------
 

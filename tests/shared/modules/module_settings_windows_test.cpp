@@ -43,7 +43,7 @@ TEST(ModuleSettingsWindows, TypesAndLengthsOfTheValue) {
     std::vector<std::wstring> const used = GetUsedLangAbbrevs();
     if (row.forces) {
       ASSERT_EQ(used.size(), 1u);
-      EXPECT_EQ(narrow(used[0]), narrow(row.data.substr(0, 4).c_str()));
+      EXPECT_EQ(narrow(used[0]), narrow(std::wstring(row.data.substr(0, 4).c_str())));
     } else {
       EXPECT_EQ(used, unforced);
     }
