@@ -189,7 +189,8 @@ ulong32 suspendOtherThread(void* thread) {
     record->state.store(StoppedThread::kFree);
     return failure(kInvalidHandle);
   }
-  if (!waitUntilStopped(*record)) return failure(kAccessDenied);
+  // A thread that is about to end may still take the signal.
+  if (!waitUntilStopped(*record)) return failure(hasEnded(id) ? kInvalidHandle : kAccessDenied);
   return record->count++;
 }
 

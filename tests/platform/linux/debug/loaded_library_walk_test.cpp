@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "kvbase/platform/linux/debug/frame_rules.h"
 #include "kvbase/platform/linux/files/descriptor.h"
 #include "tests/platform/linux/debug/debug_help.h"
 #include "tests/platform/linux/environment_variable.h"
@@ -173,6 +174,39 @@ TEST(LinuxLoadedLibraryWalk, UnloadedLibraryIsForgotten) {
   WalkedLibrary const library(folder.path("same.so"));
   EXPECT_EQ(indexOf(library.walk().frames, kInner), -1);
   EXPECT_EQ(indexOf(library.walk().frames, "walkedOuter"), 2);
+}
+
+using platform::FrameRule;
+using platform::ruleOfFrame;
+
+TEST(LinuxFrameRules, RuleOfAnUnloadedLibraryIsForgotten) {
+  DebugHelp const help;
+  WalkedLibrary library(fixtureFolder() / "walked.so");
+  std::uint64_t const start = library.addressOf("walkedOuter");
+  for (int round = 0; round < 2; ++round) {
+    std::uint64_t isChecked = 0;
+    EXPECT_EQ(ruleOfFrame(start, false, isChecked).kind(), FrameRule::Kind::kSimple) << round;
+  }
+  library.unload();
+  std::uint64_t isChecked = 0;
+  EXPECT_EQ(ruleOfFrame(start, false, isChecked).kind(), FrameRule::Kind::kUnknown);
+}
+
+// The function may have ended with the call.
+TEST(LinuxFrameRules, RuleOfAReturnAddressIsThatOfTheCall) {
+  DebugHelp const help;
+  WalkedLibrary const library(fixtureFolder() / "walked.so");
+  std::uint64_t const start = library.addressOf("walkedOuter");
+  int different = 0;
+  for (std::uint64_t counter = start + 1; counter < start + 16; ++counter) {
+    std::uint64_t isChecked = 0;
+    FrameRule const returned = ruleOfFrame(counter, true, isChecked);
+    FrameRule const before = ruleOfFrame(counter - 1, false, isChecked);
+    EXPECT_EQ(returned.low(), before.low());
+    EXPECT_EQ(returned.high(), before.high());
+    if (returned.low() != ruleOfFrame(counter, false, isChecked).low()) ++different;
+  }
+  EXPECT_GT(different, 0);
 }
 
 TEST(LinuxLoadedLibraryWalk, LoadingAndUnloadingAgainStaysRight) {

@@ -131,6 +131,32 @@ TEST(LinuxStackWalk, GoesOnThroughAHandlerOfASignal) {
   EXPECT_TRUE(walked::endsInOrder);
 }
 
+// A stack of nothing but frames of signals, each of which interrupts the return from the one before.
+TEST(LinuxStackWalk, SignalFramesThatRunInACircleEndWithAFailure) {
+  struct sigaction action = {};
+  struct sigaction previous = {};
+  action.sa_handler = walked::onSignal;
+  ASSERT_EQ(sigaction(SIGUSR1, &action, &previous), 0);
+  raise(SIGUSR1);
+  sigaction(SIGUSR1, &previous, nullptr);
+  int const handler = indexOf(walked::frames, "KV_1_1::testing::walked::onSignal");
+  ASSERT_GE(handler, 0);
+  static std::uint64_t restorer;
+  restorer = walked::frames[static_cast<std::size_t>(handler) + 1].address;
+  auto const read = [](void*, std::uint64_t, void* buffer, ulong32 size, ulong32* bytesRead) -> int {
+    for (ulong32 i = 0; i + 8 <= size; i += 8) memcpy(static_cast<char*>(buffer) + i, &restorer, 8);
+    *bytesRead = size;
+    return 1;
+  };
+  _CONTEXT context = walked::captured;
+  context.Rip = restorer;
+  DebugHelp help;
+  std::vector<Frame> const frames = help.walk(context, read, 1000, /*describeFrames=*/false);
+  EXPECT_GT(frames.size(), 10u);
+  EXPECT_LT(frames.size(), 1000u);
+  EXPECT_FALSE(help.endsInOrder);
+}
+
 // A call through a wrong pointer: the return address is all that there is.
 TEST(LinuxStackWalk, FindsTheCallerOfCodeThatIsNotThere) {
   static std::uint64_t returnAddress;
@@ -250,6 +276,63 @@ TEST(LinuxStackWalk, AnyRegistersAndMemoryLeadToAnEnd) {
     std::vector<Frame> const frames = help.walk(context, read, 10000, /*describeFrames=*/false);
     ASSERT_LT(frames.size(), 10000u) << i;
   }
+}
+
+// Memory whose bytes follow from their addresses: the words look like parts of a stack, as above, and some lie askew.
+class InventedStack {
+ public:
+  static void use(std::uint64_t seed, std::vector<std::uint64_t> const& counters) {
+    seed_ = seed;
+    counters_ = &counters;
+  }
+  static int read(void*, std::uint64_t address, void* buffer, ulong32 size, ulong32* bytesRead) {
+    for (ulong32 i = 0; i < size; ++i) {
+      std::uint64_t const at = address + i;
+      static_cast<unsigned char*>(buffer)[i] = static_cast<unsigned char>(wordAt(at & ~std::uint64_t{7}) >> at % 8 * 8);
+    }
+    *bytesRead = size;
+    return 1;
+  }
+  // Only what a single frame needs.
+  static int readLittle(void* process, std::uint64_t address, void* buffer, ulong32 size, ulong32* bytesRead) {
+    return size > 200 ? 0 : read(process, address, buffer, size, bytesRead);
+  }
+
+ private:
+  static std::uint64_t wordAt(std::uint64_t address) {
+    std::uint64_t mixed = (address ^ seed_) * 0x9E3779B97F4A7C15;
+    mixed = (mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9;
+    mixed ^= mixed >> 32;
+    return mixed % 2 == 0 ? (*counters_)[mixed / 2 % counters_->size()] : walked::captured.Rsp + mixed / 2 % 4096;
+  }
+
+  static std::uint64_t seed_;
+  static std::vector<std::uint64_t> const* counters_;
+};
+std::uint64_t InventedStack::seed_;
+std::vector<std::uint64_t> const* InventedStack::counters_;
+
+TEST(LinuxStackWalk, HowMuchIsReadAtOnceMakesNoDifference) {
+  walked::outer(4);
+  std::vector<std::uint64_t> counters;
+  for (Frame const& frame : walked::frames) counters.push_back(frame.address);
+  DebugHelp help;
+  std::size_t longest = 0;
+  for (std::uint64_t seed = 1; seed <= 5000; ++seed) {
+    InventedStack::use(seed, counters);
+    _CONTEXT context = walked::captured;
+    context.Rip = counters[seed % counters.size()];
+    context.Rbp = context.Rsp + seed % 512;
+    std::vector<Frame> const much = help.walk(context, &InventedStack::read, 1000, /*describeFrames=*/false);
+    std::vector<Frame> const little = help.walk(context, &InventedStack::readLittle, 1000, /*describeFrames=*/false);
+    ASSERT_EQ(much.size(), little.size()) << seed;
+    for (std::size_t i = 0; i < much.size(); ++i) {
+      ASSERT_EQ(much[i].address, little[i].address) << seed << ' ' << i;
+      ASSERT_EQ(much[i].returnAddress, little[i].returnAddress) << seed << ' ' << i;
+    }
+    longest = std::max(longest, much.size());
+  }
+  EXPECT_GT(longest, 4u);
 }
 
 TEST(LinuxStackWalk, OwnRoutineReadsTheStackAsTheDefaultDoes) {

@@ -71,7 +71,10 @@ class Worker {
 
   void end() {
     worked::shallEnd = true;
-    if (thread_.joinable()) thread_.join();
+    if (!thread_.joinable()) return;
+    thread_.join();
+    // The system takes the thread from its table a moment later.
+    while (syscall(SYS_tgkill, getpid(), id_.load(), 0) == 0) std::this_thread::yield();
   }
   void* handle() const { return reinterpret_cast<void*>(static_cast<std::intptr_t>(id_)); }
 
