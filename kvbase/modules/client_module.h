@@ -201,7 +201,7 @@ class KVBASE_LOCAL CreatableRecord : public HookedRecord<X> {
 // needed.
 //
 // If the Module cannot be started (see ModuleOwner::start), or a hook throws, the load of the library fails on Windows.
-// Elsewhere the library stays loaded, but the Module has neither name nor translation.
+// Elsewhere the library stays loaded, with a Module that has not been started or has been ended.
 //
 // With KVBase linked statically the program and KVBase are one module: the classes belong to the Module of KVBase, and
 // initStatics of each is called as soon as all of them have their records.
@@ -223,7 +223,8 @@ class KVBASE_LOCAL CreatableRecord : public HookedRecord<X> {
   }
 
 // Defines what KVBASE_DECLARE_CLASS declares, in the namespace of the class. No hook is called and no object can be made by
-// the record. A class that KVBASE_MODULE does not list is registered at its first use, and no hook of it is called.
+// the record. A class that KVBASE_MODULE does not list is registered at its first use; if it has hooks, only that for the
+// end is called then.
 #define KVBASE_REGISTER_CLASS(X, Parent)               \
   KVBASE_REGISTER_CLASS_AS(X, Parent, X::ClassCreator) \
   void X::initStatics() {}                             \

@@ -11,9 +11,6 @@
 
 #include "tests/shared/loader.h"
 
-// There is one where a sanitizer has replaced the allocation of memory.
-extern "C" __attribute__((weak)) std::size_t __sanitizer_get_current_allocated_bytes();
-
 namespace {
 
 std::string fileOf(std::string const& stem) {
@@ -44,9 +41,6 @@ void (*functionOf(void* library, char const* name))() {
 }
 
 long long allocatedBytes() {
-  if (__sanitizer_get_current_allocated_bytes != nullptr) {
-    return static_cast<long long>(__sanitizer_get_current_allocated_bytes());
-  }
   struct mallinfo2 const info = mallinfo2();
   return static_cast<long long>(info.uordblks) + static_cast<long long>(info.hblkhd);
 }

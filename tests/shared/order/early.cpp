@@ -108,15 +108,19 @@ class ToldDebug final : public testing::ScriptedDebug {
   Calls calls_;
 };
 
-// Never destroyed, as they are called to the end.
+// Holds what is never destroyed, as it is called to the end.
 struct Early {
   Early() {
     tell("first");
-    platform::current.modules = new ToldModules;
-    platform::current.framework = new ToldFramework;
-    platform::current.debug = new ToldDebug;
+    platform::current.modules = modules = new ToldModules;
+    platform::current.framework = framework = new ToldFramework;
+    platform::current.debug = debug = new ToldDebug;
   }
   ~Early() { tell("last"); }
+
+  ToldModules* modules;
+  ToldFramework* framework;
+  ToldDebug* debug;
 } const early;
 
 struct Watched {
