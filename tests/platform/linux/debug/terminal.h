@@ -15,8 +15,8 @@ namespace testing {
 // The side of a terminal on which the user sits. The base of a process that has the other side.
 class Terminal {
  public:
-  // What the process writes up to and with `end`, and the echo of what was typed. If that does not come, the test fails,
-  // and the process loses its terminal, which ends it.
+  // What the process writes up to and with `end`, and the echo of what was typed. If that does not come, the test
+  // fails, and the process loses its terminal, which ends it.
   std::string readUpTo(std::string const& end) {
     std::string text;
     pollfd request{terminal_.get(), POLLIN, 0};
