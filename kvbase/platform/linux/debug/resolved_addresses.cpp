@@ -154,7 +154,7 @@ void findLine(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& result
   }
 }
 
-void open(LibdwFunctions const& libdw, DebugSession::Module& module) {
+void openSymbols(LibdwFunctions const& libdw, DebugSession::Module& module) {
   if (!module.isOpen && SymbolIndex::canRead(libdw)) module.symbols.read(libdw, module.handle);
   module.isOpen = true;
 }
@@ -184,7 +184,7 @@ Resolved const* resolve(DebugSession& session, std::uint64_t address) {
   result.address = address;
   result.module = module;
   if (module->handle != nullptr) {
-    open(session.libdw(), *module);
+    openSymbols(session.libdw(), *module);
     findSymbol(session.libdw(), *module, result);
     findLine(session.libdw(), module->handle, result);
     result.type = typeOf(session.libdw(), *module);
@@ -222,7 +222,7 @@ std::string_view shortName(std::string_view path) {
   return end == std::string_view::npos || end == 0 ? file : file.substr(0, end);
 }
 
-void fill(debug_help::ModuleInfo64& info, LoadedModule const& module, SymbolType type) {
+void fillRecord(debug_help::ModuleInfo64& info, LoadedModule const& module, SymbolType type) {
   info = debug_help::ModuleInfo64();
   info.sizeOfStruct = sizeof info;
   info.baseOfImage = module.start;
@@ -268,14 +268,14 @@ bool moduleInfoAt(std::uint64_t counter, debug_help::ModuleInfo64& info) {
   std::uint64_t const address = lookupAddress(counter);
   Resolved const* const permanent = tables().permanent.find(address);
   if (permanent != nullptr) {
-    fill(info, permanent->module->loaded, permanent->type);
+    fillRecord(info, permanent->module->loaded, permanent->type);
     return true;
   }
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   DebugSession::Module const* const module = session.moduleAt(address);
   if (module == nullptr) return failWith(kModuleNotFound);
-  fill(info, module->loaded, typeOf(session.libdw(), *module));
+  fillRecord(info, module->loaded, typeOf(session.libdw(), *module));
   return true;
 }
 
