@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "kvbase/languages/internal/language_search.h"
-#include "kvbase/languages/internal/module_path.h"
+#include "kvbase/modules/internal/module_path.h"
 #include "kvbase/platform/locale_api.h"
 #include "kvbase/platform/scoped_handle.h"
 #include "kvbase/platform/settings_api.h"

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "kvbase/core/lazy.h"
-#include "kvbase/languages/internal/module_path.h"
 #include "kvbase/languages/internal/product_identity.h"
+#include "kvbase/modules/internal/module_path.h"
 #include "kvbase/platform/locale_api.h"
 #include "kvbase/strings/internal/character_class.h"
 

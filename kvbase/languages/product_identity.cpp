@@ -4,7 +4,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "kvbase/languages/internal/module_path.h"
+#include "kvbase/modules/internal/module_path.h"
 #include "kvbase/platform/module_api.h"
 #include "kvbase/platform/shell_api.h"
 

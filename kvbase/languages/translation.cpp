@@ -2,8 +2,8 @@
 #include "kvbase/languages/translation.h"
 
 #include "kvbase/languages/internal/language_search.h"
-#include "kvbase/languages/internal/module_path.h"
 #include "kvbase/languages/internal/product_identity.h"
+#include "kvbase/modules/internal/module_path.h"
 #include "kvbase/platform/locale_api.h"
 #include "kvbase/strings/kv_string.h"
 

@@ -4,6 +4,7 @@
 
 #include "kvbase/core/class_record.h"
 #include "kvbase/languages/translation.h"
+#include "kvbase/modules/internal/module_path.h"
 #include "kvbase/modules/module.h"
 #include "kvbase/modules/symbol_table.h"
 #include "kvbase/platform/module_api.h"
@@ -26,10 +27,8 @@ using Translation = platform::ScopedHandle<TranslationTraits>;
 wstring nameOf(HINSTANCE instance) {
   wstring path;
   platform::modules().modulePath(instance, path);
-  wstring longPath;
-  if (platform::modules().longPath(path.c_str(), longPath) && !longPath.empty()) path = longPath;
-  wstring const file = path.substr(path.rfind(KVW('\\')) + 1);
-  return file.substr(0, file.rfind(KVW('.')));
+  wstring longPath = path;
+  return stemOf(makeLongPath(longPath) && !longPath.empty() ? longPath : path);
 }
 
 // The symbols of the module; null if it has none or a faulty header.
