@@ -20,7 +20,7 @@ struct Held {
 void loadAndUnload(std::string const& stem, char const* function) {
   void* const library = loadLibrary(stem);
   // One that cannot be started may refuse.
-  ASSERT_TRUE(library != nullptr || stem == "faulty");
+  ASSERT_TRUE(library != nullptr || stem == "unstartable");
   if (library == nullptr) return;
   if (function != nullptr) functionOf(library, function)();
   ASSERT_TRUE(unloadLibrary(library));
@@ -60,7 +60,7 @@ constexpr CyclesRow kCycles[] = {
     {"TheLibrary", "stripped/KVBase", nullptr, 1000, false},
     {"TheLibraryInUse", "walker", "useLibrary", 30, true},
     {"AClientModule", "shapes", "useShapes", 30, true},
-    {"ALibraryThatCannotBeStarted", "faulty", nullptr, 30, false},
+    {"ALibraryThatCannotBeStarted", "unstartable", nullptr, 30, false},
 };
 INSTANTIATE_TEST_SUITE_P(Of, LibraryLoadCycles, ::testing::ValuesIn(kCycles),
                          [](auto const& row) { return std::string(row.param.name); });

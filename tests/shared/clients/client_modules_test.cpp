@@ -152,13 +152,19 @@ TEST(ClientModules, AHookThatThrowsFailsTheLoad) {
 // The same of KVBase itself: a copy of it whose version data has no table of translations. Where it stays loaded it has no
 // name, but works, and can be unloaded.
 TEST(LibraryEnd, ALibraryThatCannotBeStartedFailsTheLoad) {
-  Lines const arguments = {"load=faulty",       "loaded=faulty", "load=walker",   "walker.tellTree",
-                           "walker.useStrings", "unload=walker", "unload=faulty", "loaded=faulty"};
-  Lines const refused = {
-      "load faulty failed", "faulty is not loaded", "load walker", "modules: KVBase; classes:", "strings work",
-      "unload walker",      "unload faulty",        "failed",      "faulty is not loaded"};
-  Lines const inert = {"load faulty",  "faulty is loaded", "load walker",   "modules: ; classes:",
-                       "strings work", "unload walker",    "unload faulty", "faulty is not loaded"};
+  Lines const arguments = {"load=unstartable",  "loaded=unstartable", "load=walker",        "walker.tellTree",
+                           "walker.useStrings", "unload=walker",      "unload=unstartable", "loaded=unstartable"};
+  Lines const refused = {"load unstartable failed",
+                         "unstartable is not loaded",
+                         "load walker",
+                         "modules: KVBase; classes:",
+                         "strings work",
+                         "unload walker",
+                         "unload unstartable",
+                         "failed",
+                         "unstartable is not loaded"};
+  Lines const inert = {"load unstartable", "unstartable is loaded", "load walker",        "modules: ; classes:",
+                       "strings work",     "unload walker",         "unload unstartable", "unstartable is not loaded"};
   Lines const once = kCanRefuseItsLoad ? refused : inert;
   EXPECT_THAT(linesOf(joined({arguments, arguments})), ElementsAreArray(joined({once, once, {"main returns"}})));
 }

@@ -243,8 +243,7 @@ bool nativeDirectoryOfDrive(char letter, NativePath& below) {
   NativePath folder;
   if (!nativeCurrentDirectory(folder)) return true;
   std::size_t const size = strcmp(root.get(), "/") == 0 ? 0 : strlen(root.get());
-  bool const isBelow =
-      strncmp(folder.data(), root.get(), size) == 0 && folder[size] == '/' && folder[size + 1] != '\0';
+  bool const isBelow = strncmp(folder.data(), root.get(), size) == 0 && folder[size] == '/' && folder[size + 1] != '\0';
   if (isBelow) appendText(folder.data() + size, below);
   return true;
 }
