@@ -1,0 +1,2 @@
+// SPDX-License-Identifier: MIT
+#define IDS_SCAN_IN 4100
