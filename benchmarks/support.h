@@ -42,6 +42,7 @@ void addPaths();
 void addObjects();
 void addDisk();
 void addDiskChanges();
+void addModules();
 void addSymbols();
 void addDiagnostics();
 

@@ -164,7 +164,6 @@ check "exported names, Windows" exports windows
 check "packages" ./kv package
 check "one translation for both systems" translation
 check "clang-tidy" tidy
-check "fuzzers" ./kv fuzz all 5
 
 echo "$failures checks failed"
 ((failures == 0))

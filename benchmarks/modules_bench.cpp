@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+//
+// Resources of a module, found again and again.
+#include <QResource>
+#include <utility>
+
+#include "benchmarks/support.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+namespace {
+
+struct Bytes {
+  void const* data;
+  std::size_t size;
+};
+
+u16string plain(Bytes const& bytes) {
+  char const* const text = static_cast<char const*>(bytes.data);
+  return u16string(text, text + bytes.size);
+}
+
+Module const& libraryModule() {
+  return *Module::begin();
+}
+
+}  // namespace
+
+void addModules() {
+  // The header that the library carries, and the same file in Qt's own form, both in memory that is mapped at load.
+  Row("modules: find a resource of 65 definitions")
+      .add("KVBase",
+           [name = String(KVW("RESOURCE.H"))] {
+             auto const found = libraryModule().getResource(name, KVW("METADATA"), /*localized=*/false, nullptr);
+             return Bytes{found.first, found.second};
+           })
+      .add("QResource", [name = QString(":/resource.h")] {
+        QResource const found(name);
+        return Bytes{found.data(), static_cast<std::size_t>(found.size())};
+      });
+}
+
+}  // namespace bench
+}  // namespace KV_1_1
