@@ -13,7 +13,7 @@ namespace {
 
 class ScanshelfArgumentsTest : public ScanshelfTest {};
 
-struct Row {
+struct ArgumentsRow {
   char const* name;
   std::vector<String> words;
   String folder;
@@ -30,7 +30,7 @@ std::string flagsOf(Arguments const& arguments) {
 
 TEST_F(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
   String const all = KVW("*");
-  Row const rows[] = {
+  ArgumentsRow const rows[] = {
       {"nothing", {}, String::NIL, all, ""},
       {"folder", {KVW("scans")}, KVW("scans"), all, ""},
       {"folder and pattern", {KVW("scans"), KVW("*.dat")}, KVW("scans"), KVW("*.dat"), ""},
@@ -59,7 +59,7 @@ TEST_F(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
       {"language behind the end of options", {KVW("--"), KVW("-lang=deu")}, KVW("-lang=deu"), all, ""},
       {"empty folder", {String::EMPTY}, String::EMPTY, all, ""},
   };
-  for (Row const& row : rows) {
+  for (ArgumentsRow const& row : rows) {
     SCOPED_TRACE(row.name);
     Arguments const arguments = readArguments(row.words);
     EXPECT_TRUE(arguments.folder == row.folder);
