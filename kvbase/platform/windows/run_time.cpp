@@ -5,7 +5,9 @@
 
 #include "kvbase/platform/types.h"
 
-#if defined(__GLIBCXX__)
+// A static library has the run time of the program, which others may still use and which ends with the process.
+#if defined(__GLIBCXX__) && !defined(KVBASE_STATIC)
+#define KVBASE_OWN_RUN_TIME
 #include <pthread.h>
 
 // Functions of the libraries of mingw, which are linked into this one. The first frees the memory that is reserved for
@@ -22,7 +24,7 @@ namespace platform {
 // Without this each load would cost 73 KB and one of the 1088 slots of the process; without a free one the next library of
 // mingw that is loaded ends the process.
 void releaseRunTime() noexcept {
-#if defined(__GLIBCXX__)
+#if defined(KVBASE_OWN_RUN_TIME)
   __gnu_cxx::__freeres();
 
   constexpr DWORD kSlots = 1088;
