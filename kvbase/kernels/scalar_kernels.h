@@ -4,6 +4,7 @@
 // internal linkage: each source that includes this is compiled for another processor.
 #pragma once
 
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/kernels/utf8_character.h"
 #include "kvbase/text_unit.h"
 
@@ -108,6 +109,32 @@ inline int fromUtf8Scalar(char const* bytes, int n, wchar* units) {
     i += character.bytes;
   }
   return static_cast<int>(end - units);
+}
+
+// --- Pages with one byte a character ---------------------------------------------------------------------------------
+
+inline int findBeyondLatin1Scalar(wchar const* units, int n) {
+  int i = 0;
+  while (i < n && units[i] <= 0xFF) ++i;
+  return i;
+}
+
+inline bool isIn(ByteRange range, unsigned int number) {
+  return number >= range.low && number <= range.high;
+}
+
+inline int widenScalar(char const* bytes, int n, ByteRange except, wchar* units) {
+  int i = 0;
+  for (; i < n && !isIn(except, static_cast<unsigned char>(bytes[i])); ++i) {
+    units[i] = static_cast<unsigned char>(bytes[i]);
+  }
+  return i;
+}
+
+inline int narrowScalar(wchar const* units, int n, ByteRange except, char* bytes) {
+  int i = 0;
+  for (; i < n && units[i] <= 0xFF && !isIn(except, units[i]); ++i) bytes[i] = static_cast<char>(units[i]);
+  return i;
 }
 
 }  // namespace

@@ -63,6 +63,20 @@ struct Sse2Vector {
     return _mm_cvtsi128_si32(sums);
   }
   static unsigned int mask(Register a) { return static_cast<unsigned int>(_mm_movemask_epi8(a)); }
+
+  // A register of twice as many bytes.
+  static Register loadBytes(char const* bytes) { return _mm_loadu_si128(reinterpret_cast<__m128i const*>(bytes)); }
+  static void storeBytes(char* bytes, Register value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), value); }
+  static Register bytesOf(int byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
+  static Register addBytes(Register a, Register b) { return _mm_add_epi8(a, b); }
+  // Compares signed numbers.
+  static Register greaterBytes(Register a, Register b) { return _mm_cmpgt_epi8(a, b); }
+  // REQUIRES: no unit is beyond 0xFF.
+  static Register narrowed(Register front, Register back) { return _mm_packus_epi16(front, back); }
+  static void storeWidened(wchar* units, Register bytes) {
+    store(units, _mm_unpacklo_epi8(bytes, zero()));
+    store(units + kUnits, _mm_unpackhi_epi8(bytes, zero()));
+  }
 };
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace strings {
 TextKernels const kScalarKernels = {
     &lengthScalar,    &mismatchScalar,  &mismatchIgnoringCaseScalar, &findUnitScalar, &findLastUnitScalar,
     &findTextScalar,  &findRangeScalar, &replaceUnitScalar,          &utf8SizeScalar, &toUtf8Scalar,
-    &utf16SizeScalar, &fromUtf8Scalar,
+    &utf16SizeScalar, &fromUtf8Scalar,  &findBeyondLatin1Scalar,     &widenScalar,    &narrowScalar,
 };
 
 TextKernels const* activeKernels = &kSse2Kernels;

@@ -12,6 +12,12 @@
 namespace KV_1_1 {
 namespace strings {
 
+// The bytes from low to high, which is not below low.
+struct ByteRange {
+  unsigned char low;
+  unsigned char high;
+};
+
 struct TextKernels {
   // Units before the first NUL.
   int (*length)(wchar const* text);
@@ -43,6 +49,14 @@ struct TextKernels {
   int (*utf16Size)(char const* bytes, int n);
   // Decodes n bytes of UTF-8 and returns the units written; there is room for utf16Size of them.
   int (*fromUtf8)(char const* bytes, int n, wchar* units);
+
+  // First index below n that holds a unit beyond U+00FF; n if there is none.
+  int (*findBeyondLatin1)(wchar const* units, int n);
+  // Copies n bytes as units of the same number, up to the first byte of the range; returns how many. There is room for n.
+  int (*widen)(char const* bytes, int n, ByteRange except, wchar* units);
+  // Copies n units as bytes of the same number, up to the first one beyond U+00FF or of the range; returns how many.
+  // There is room for n.
+  int (*narrow)(wchar const* units, int n, ByteRange except, char* bytes);
 };
 
 extern TextKernels const kScalarKernels;

@@ -4,7 +4,7 @@
 #include <immintrin.h>
 
 #include "kvbase/kernels/sse2_vector.h"
-#include "kvbase/kernels/vector_kernels.h"
+#include "kvbase/kernels/vector_kernel_table.h"
 
 namespace KV_1_1 {
 namespace strings {
@@ -180,6 +180,19 @@ struct Avx2Vector {
     return _mm_cvtsi128_si32(half);
   }
   static unsigned int mask(Register a) { return static_cast<unsigned int>(_mm256_movemask_epi8(a)); }
+
+  static Register loadBytes(char const* bytes) { return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(bytes)); }
+  static void storeBytes(char* bytes, Register value) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(bytes), value); }
+  static Register bytesOf(int byte) { return _mm256_set1_epi8(static_cast<char>(byte)); }
+  static Register addBytes(Register a, Register b) { return _mm256_add_epi8(a, b); }
+  static Register greaterBytes(Register a, Register b) { return _mm256_cmpgt_epi8(a, b); }
+  static Register narrowed(Register front, Register back) {
+    return _mm256_permute4x64_epi64(_mm256_packus_epi16(front, back), 0xD8);
+  }
+  static void storeWidened(wchar* units, Register bytes) {
+    store(units, _mm256_cvtepu8_epi16(_mm256_castsi256_si128(bytes)));
+    store(units + kUnits, _mm256_cvtepu8_epi16(_mm256_extracti128_si256(bytes, 1)));
+  }
 };
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/kernels/sse2_vector.h"
-#include "kvbase/kernels/vector_kernels.h"
+#include "kvbase/kernels/vector_kernel_table.h"
 
 namespace KV_1_1 {
 namespace strings {

@@ -13,12 +13,13 @@ bool isUtf8(TextApi& text, unsigned int codePage) {
   return (codePage == kAnsiCodePage ? text.ansiCodePage() : codePage) == kUtf8CodePage;
 }
 
+int measureNarrow(char const* bytes) {
+  std::size_t const size = std::strlen(bytes) + 1;
+  return size <= INT_MAX ? static_cast<int>(size) : 0;
+}
+
 int decodeNarrow(TextApi& text, unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
-  if (size == -1) {
-    std::size_t const measured = std::strlen(bytes) + 1;
-    if (measured > INT_MAX) return 0;
-    size = static_cast<int>(measured);
-  }
+  if (size == -1) size = measureNarrow(bytes);
   return isUtf8(text, codePage) ? strings::decodeUtf8(bytes, size, units, capacity)
                                 : text.decode(codePage, bytes, size, units, capacity);
 }

@@ -4,7 +4,7 @@
 // library's own kernels, alike on both systems, and every other page by the text backend; this is the only place that
 // tells the two apart.
 //
-// Both functions work in two steps: capacity 0 asks for the size, a second call with that size converts.
+// Decoding and encoding work in two steps: capacity 0 asks for the size, a second call with that size converts.
 #pragma once
 
 #include "kvbase/platform/text_api.h"
@@ -18,6 +18,9 @@ constexpr unsigned int kUtf8CodePage = 65001;
 
 // Whether the code page is UTF-8, be it as the ANSI code page.
 bool isUtf8(TextApi& text, unsigned int codePage);
+
+// The size of a narrow text with its terminator; 0 if that is beyond the range of int.
+int measureNarrow(char const* bytes);
 
 // Decodes `size` bytes (-1: up to the terminator, which is converted too). Returns the number of units, 0 on failure:
 // nothing to convert, a code page that the system does not have, too little room, a result beyond the range of int.

@@ -83,14 +83,15 @@ StringVal* StringVal::constructUsingCodepage(CodePageInterface text, int length,
 
 StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   if (length >= 1 && text.data()[length - 1] == 0) --length;
-  int const size = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, nullptr, 0);
+  int const bytes = length != -1 ? length : platform::measureNarrow(text.data());
+  int const size = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), bytes, nullptr, 0);
   if (size == 0) return nullptr;
   if (capacity == -1) capacity = size;
   StringVal* const payload = allocate(capacity);
   // The length rule below may write no terminator; this one keeps readers inside the block.
   payload->str()[capacity] = 0;
   int const converted =
-      platform::decodeNarrow(platform::text(), text.codePage(), text.data(), length, payload->str(), size);
+      platform::decodeNarrow(platform::text(), text.codePage(), text.data(), bytes, payload->str(), size);
   if (converted == 0) {
     payload->unref();
     return nullptr;

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/platform/linux/text/code_pages.h"
 
-#include <dlfcn.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
-#include <unicode/ucnv.h>
 
 #include <algorithm>
 #include <atomic>
-#include <iterator>
+#include <memory>
+#include <new>
+#include <utility>
 
-#include "kvbase/platform/linux/small_buffer.h"
+#include "kvbase/core/lazy.h"
+#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/platform/linux/text/code_page_converter.h"
 #include "kvbase/platform/narrow_text.h"
 
 namespace KV_1_1 {
@@ -19,111 +19,193 @@ namespace platform {
 
 namespace {
 
-// Code pages that ICU does not have as "windows-<number>".
-struct NamedPage {
-  unsigned int number;
-  char const* name;
-};
-constexpr NamedPage kNamedPages[] = {
-    {37, "cp37"},           {500, "cp500"},         {860, "cp860"},
-    {863, "cp863"},         {864, "cp864"},         {865, "cp865"},
-    {870, "cp870"},         {875, "cp875"},         {1026, "cp1026"},
-    {1047, "cp1047"},       {1140, "cp1140"},       {1141, "cp1141"},
-    {1142, "cp1142"},       {1143, "cp1143"},       {1144, "cp1144"},
-    {1145, "cp1145"},       {1146, "cp1146"},       {1147, "cp1147"},
-    {1148, "cp1148"},       {1149, "cp1149"},       {20273, "ibm-273"},
-    {20277, "ibm-277"},     {20278, "ibm-278"},     {20280, "ibm-280"},
-    {20284, "ibm-284"},     {20285, "ibm-285"},     {20290, "ibm-290"},
-    {20297, "ibm-297"},     {20420, "ibm-420"},     {20424, "ibm-424"},
+using strings::kernels;
 
-    {20838, "ibm-838"},     {20871, "ibm-871"},     {20924, "ibm-1047"},
-    {20932, "EUC-JP"},      {20936, "GB2312"},      {20949, "KS_C_5601-1987"},
-    {21025, "ibm-1025"},    {28591, "ISO-8859-1"},  {38598, "ISO-8859-8-I"},
-    {50220, "ISO-2022-JP"}, {50221, "ISO-2022-JP"}, {50222, "ISO-2022-JP"},
-    {50225, "ISO-2022-KR"}, {51932, "EUC-JP"},      {51936, "GB2312"},
-    {52936, "HZ-GB-2312"},  {65000, "UTF-7"},
+// Pages are kept for later calls in memory from malloc: what a caller counts or limits by operator new is its own.
+struct KeptDeleter {
+  template <class T>
+  void operator()(T* kept) const {
+    kept->~T();
+    free(kept);
+  }
 };
+template <class T>
+using Kept = std::unique_ptr<T, KeptDeleter>;
 
-unsigned int resolved(unsigned int codePage) {
-  return codePage == kAnsiCodePage ? currentAnsiCodePage() : codePage;
+// Null if there is no memory.
+template <class T, class... Arguments>
+Kept<T> makeKept(Arguments&&... arguments) {
+  void* const place = malloc(sizeof(T));
+  return Kept<T>(place != nullptr ? new (place) T(std::forward<Arguments>(arguments)...) : nullptr);
 }
 
-// Keeps ICU loaded until the process ends. It never frees the tables that it has read, so a library that is loaded, used
-// and unloaded again and again would leave them behind each time if ICU came and went with it.
-void keepIcuLoaded() {
-  static bool const done = [] {
-    Dl_info icu;
-    if (dladdr(reinterpret_cast<void const*>(&ucnv_open), &icu) != 0) {
-      dlopen(icu.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
-    }
-    return true;
-  }();
-  static_cast<void>(done);
-}
-
-// One converter per call: opening one is cheap, and threads must not share one.
-class Converter {
+// What a page with one byte a character does, as tables that the converter filled.
+class OneByteTables {
  public:
-  explicit Converter(unsigned int codePage) {
-    char name[24];
-    snprintf(name, sizeof name, "windows-%u", codePage);
-    for (NamedPage const& page : kNamedPages) {
-      if (page.number == codePage) strcpy(name, page.name);
-    }
-    keepIcuLoaded();
-    UErrorCode error = U_ZERO_ERROR;
-    converter_ = ucnv_open(name, &error);
-    if (converter_ == nullptr) return;
-    constexpr UChar substitute[] = {'?'};
-    ucnv_setSubstString(converter_, substitute, 1, &error);
-    ucnv_setFallback(converter_, true);
-    if (U_SUCCESS(error) && !usesUtf16()) return;
-    ucnv_close(converter_);
-    converter_ = nullptr;
-  }
-  ~Converter() { ucnv_close(converter_); }
-  Converter(Converter const&) = delete;
-  Converter& operator=(Converter const&) = delete;
+  // Null if some bytes or characters of the page do not convert one to one, or there is no memory.
+  static Kept<OneByteTables> madeBy(CodePageConverter& converter);
 
-  bool isOpen() const { return converter_ != nullptr; }
-
-  // ICU's tables of IBM origin exchange three control characters; Windows does not.
-  bool rotatesControls() {
-    UErrorCode error = U_ZERO_ERROR;
-    UChar unit = 0;
-    ucnv_toUChars(converter_, &unit, 1, "\x1A", 1, &error);
-    return unit == 0x1C;
-  }
-
-  int decode(char const* bytes, int size, wchar* units, int capacity) {
-    UErrorCode error = U_ZERO_ERROR;
-    int const n = ucnv_toUChars(converter_, units, capacity, bytes, size, &error);
-    return isDone(error, capacity) ? n : 0;
-  }
-  int encode(wchar const* units, int size, char* bytes, int capacity) {
-    UErrorCode error = U_ZERO_ERROR;
-    int const n = ucnv_fromUChars(converter_, bytes, capacity, units, size, &error);
-    return isDone(error, capacity) ? n : 0;
-  }
+  int decode(char const* bytes, int size, wchar* units) const;
+  // Both are false if there is a unit that the tables do not know.
+  bool encode(wchar const* units, int size, char* bytes) const;
+  bool knows(wchar const* units, int size) const;
 
  private:
-  static bool isDone(UErrorCode error, int capacity) {
-    return U_SUCCESS(error) || (error == U_BUFFER_OVERFLOW_ERROR && capacity == 0);
-  }
-  bool usesUtf16() const {
-    UConverterType const type = ucnv_getType(converter_);
-    return type == UCNV_UTF16_BigEndian || type == UCNV_UTF16_LittleEndian || type == UCNV_UTF16;
-  }
+  static constexpr int kBytes = 256;
+  static constexpr int kUnits = 0x10000;
+  // So many characters are converted by tables before the next run of others is looked for.
+  static constexpr int kRun = 32;
 
-  UConverter* converter_;
+  bool readFrom(CodePageConverter& converter);
+  bool isKnown(wchar unit) const { return bytes_[unit] != 0 || unit == 0; }
+
+  wchar units_[kBytes];
+  unsigned char bytes_[kUnits] = {};  // 0 for a unit that is not known
+  // Outside this range units and bytes are the same numbers.
+  strings::ByteRange others_ = {0xFF, 0xFF};
+  bool knowsLatin1_ = false;
 };
 
-wchar rotatedBack(wchar unit) {
-  return unit == 0x1C ? 0x1A : unit == 0x7F ? 0x1C : unit == 0x1A ? 0x7F : unit;
+Kept<OneByteTables> OneByteTables::madeBy(CodePageConverter& converter) {
+  if (!converter.isOneByte()) return nullptr;
+  Kept<OneByteTables> tables = makeKept<OneByteTables>();
+  if (tables != nullptr && !tables->readFrom(converter)) tables.reset();
+  return tables;
 }
 
-wchar rotated(wchar unit) {
-  return unit == 0x1A ? 0x1C : unit == 0x1C ? 0x7F : unit == 0x7F ? 0x1A : unit;
+bool OneByteTables::readFrom(CodePageConverter& converter) {
+  unsigned char numbers[kBytes];
+  wchar latin1[kBytes];
+  for (int i = 0; i < kBytes; ++i) {
+    numbers[i] = static_cast<unsigned char>(i);
+    latin1[i] = static_cast<wchar>(i);
+  }
+  unsigned char back[kBytes];
+  auto const encodes = [&](wchar const* units) {
+    if (converter.encode(units, kBytes, reinterpret_cast<char*>(back), kBytes) != kBytes) return false;
+    for (int i = 0; i < kBytes; ++i) bytes_[units[i]] = back[i];
+    return true;
+  };
+  // The converter drops some characters that the page does not have, so Latin-1 may become fewer bytes.
+  knowsLatin1_ = encodes(latin1);
+  if (converter.decode(reinterpret_cast<char const*>(numbers), kBytes, units_, kBytes) != kBytes) return false;
+  if (!encodes(units_) || units_[0] != 0 || bytes_[0] != 0) return false;
+  auto const isOther = [this](int i) { return units_[i] != i || bytes_[i] != i; };
+  for (int i = kBytes - 2; i >= 0; --i) {
+    if (isOther(i)) others_.low = static_cast<unsigned char>(i);
+  }
+  while (others_.high > others_.low && !isOther(others_.high)) --others_.high;
+  return true;
+}
+
+int OneByteTables::decode(char const* bytes, int size, wchar* units) const {
+  for (int i = 0; i < size;) {
+    i += kernels().widen(bytes + i, size - i, others_, units + i);
+    for (int const stop = std::min(i + kRun, size); i < stop; ++i) {
+      units[i] = units_[static_cast<unsigned char>(bytes[i])];
+    }
+  }
+  return size;
+}
+
+bool OneByteTables::encode(wchar const* units, int size, char* bytes) const {
+  for (int i = 0; i < size;) {
+    i += kernels().narrow(units + i, size - i, others_, bytes + i);
+    for (int const stop = std::min(i + kRun, size); i < stop; ++i) {
+      if (!isKnown(units[i])) return false;
+      bytes[i] = static_cast<char>(bytes_[units[i]]);
+    }
+  }
+  return true;
+}
+
+bool OneByteTables::knows(wchar const* units, int size) const {
+  int i = knowsLatin1_ ? kernels().findBeyondLatin1(units, size) : 0;
+  while (i < size && isKnown(units[i])) ++i;
+  return i == size;
+}
+
+// A code page that ICU has, with everything that is kept for its next conversion.
+class CodePage {
+ public:
+  CodePage(unsigned int number, Kept<CodePageConverter> converter)
+      : number_(number), tables_(OneByteTables::madeBy(*converter)), spare_(converter.release()) {}
+  ~CodePage() { Kept<CodePageConverter> const last(spare_.load(std::memory_order_relaxed)); }
+
+  unsigned int number() const { return number_; }
+
+  int decode(char const* bytes, int size, wchar* units, int capacity);
+  int encode(wchar const* units, int size, char* bytes, int capacity);
+
+  CodePage* older = nullptr;
+
+ private:
+  template <class Work>
+  int convert(Work work);
+
+  unsigned int const number_;
+  Kept<OneByteTables> const tables_;
+  std::atomic<CodePageConverter*> spare_;
+};
+
+// Threads must not share a converter: one takes the spare one, others that come meanwhile open their own.
+template <class Work>
+int CodePage::convert(Work work) {
+  // Acquire and release: the next owner sees the converter as this one has left it.
+  Kept<CodePageConverter> converter(spare_.exchange(nullptr, std::memory_order_acquire));
+  if (converter == nullptr) converter = makeKept<CodePageConverter>(number_);
+  if (converter == nullptr || !converter->isOpen()) return 0;
+  int const n = work(*converter);
+  converter.reset(spare_.exchange(converter.release(), std::memory_order_acq_rel));
+  return n;
+}
+
+int CodePage::decode(char const* bytes, int size, wchar* units, int capacity) {
+  if (tables_ != nullptr) return capacity == 0 ? size : capacity < size ? 0 : tables_->decode(bytes, size, units);
+  return convert([=](CodePageConverter& converter) { return converter.decode(bytes, size, units, capacity); });
+}
+
+int CodePage::encode(wchar const* units, int size, char* bytes, int capacity) {
+  bool const isDone = tables_ != nullptr && (capacity == 0 ? tables_->knows(units, size)
+                                                           : capacity >= size && tables_->encode(units, size, bytes));
+  if (isDone) return size;
+  return convert([=](CodePageConverter& converter) { return converter.encode(units, size, bytes, capacity); });
+}
+
+// The pages used so far. The list has no constructor and no destructor, so it may be used at any time.
+std::atomic<CodePage*> newestPage{nullptr};
+
+struct PagesOwner {
+  ~PagesOwner() {
+    for (CodePage* page = newestPage.exchange(nullptr, std::memory_order_acquire); page != nullptr;) {
+      Kept<CodePage> const last(page);
+      page = page->older;
+    }
+  }
+};
+
+// Null if ICU does not have the page or there is no memory. Threads that ask for a new page at the same time may each add
+// it.
+CodePage* addPage(unsigned int number) {
+  static Lazy<PagesOwner> owner;
+  Kept<CodePageConverter> converter = makeKept<CodePageConverter>(number);
+  if (converter == nullptr || !converter->isOpen()) return nullptr;
+  CodePage* const page = makeKept<CodePage>(number, std::move(converter)).release();
+  if (page == nullptr) return nullptr;
+  page->older = newestPage.load(std::memory_order_relaxed);
+  // Release: whoever finds the page sees it complete.
+  while (!newestPage.compare_exchange_weak(page->older, page, std::memory_order_release, std::memory_order_relaxed)) {
+  }
+  return page;
+}
+
+// The page of a number, 0 included; null if there is none.
+inline CodePage* pageOf(unsigned int number) {
+  if (number == kAnsiCodePage) number = currentAnsiCodePage();
+  for (CodePage* page = newestPage.load(std::memory_order_acquire); page != nullptr; page = page->older) {
+    if (page->number() == number) return page;
+  }
+  return addPage(number);
 }
 
 unsigned int ansiCodePageOfEnvironment() {
@@ -149,22 +231,14 @@ unsigned int currentAnsiCodePage() {
 
 int decodeCodePage(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
-  Converter converter(resolved(codePage));
-  if (!converter.isOpen()) return 0;
-  int const n = converter.decode(bytes, size, units, capacity);
-  if (capacity != 0 && converter.rotatesControls()) std::transform(units, units + n, units, rotatedBack);
-  return n;
+  CodePage* const page = pageOf(codePage);
+  return page != nullptr ? page->decode(bytes, size, units, capacity) : 0;
 }
 
 int encodeCodePage(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
-  Converter converter(resolved(codePage));
-  if (!converter.isOpen()) return 0;
-  if (!converter.rotatesControls()) return converter.encode(units, size, bytes, capacity);
-  SmallBuffer<wchar, 256> copy;
-  copy.resize(static_cast<std::size_t>(size));
-  std::transform(units, units + size, copy.data(), rotated);
-  return converter.encode(copy.data(), size, bytes, capacity);
+  CodePage* const page = pageOf(codePage);
+  return page != nullptr ? page->encode(units, size, bytes, capacity) : 0;
 }
 
 }  // namespace platform
