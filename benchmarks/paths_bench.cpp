@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Path operations that do not access the disk. Of the peers only Poco::Path stores the parts of a path, as File and
-// Directory do; the others store one text.
+// Path operations that do not access the disk. Of the peers only Poco::Path stores the parts of a path; the others store
+// one text, as Directory does.
 #include <Poco/Path.h>
 
 #include <QDir>

@@ -92,13 +92,6 @@ def quoted(text, is_cut=False):
     return '"' + "".join(shown) + '"' + ("..." if is_cut else "")
 
 
-def vector_items(vector):
-    item, end = vector["_M_impl"]["_M_start"], vector["_M_impl"]["_M_finish"]
-    while item != end:
-        yield item.dereference()
-        item += 1
-
-
 def aligned(address, alignment):
     return (address + alignment - 1) // alignment * alignment
 
@@ -148,12 +141,7 @@ def counted(number, word, words):
 
 
 def directory_text(directory):
-    text = string_text(directory["root_"]) or ""
-    if directory["absolute_"]:
-        text += "\\"
-    for level in vector_items(directory["levels_"]):
-        text += (string_text(level) or "") + "\\"
-    return text or ".\\"
+    return string_text(directory["path_"]) or ".\\"
 
 
 class StringValPrinter:

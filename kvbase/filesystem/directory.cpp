@@ -7,17 +7,16 @@
 
 namespace KV_1_1 {
 
-Directory::Directory(bool absolute, String root, std::vector<String> levels)
-    : absolute_(absolute), levels_(std::move(levels)), root_(std::move(root)) {}
+Directory::Directory(bool absolute, int rootUnits, String path)
+    : absolute_(absolute), rootUnits_(rootUnits), path_(std::move(path)) {}
 
 Directory::Directory(Directory const& other)
-    : FileSystemItem(other), absolute_(other.absolute_), levels_(other.levels_), root_(other.root_) {}
+    : FileSystemItem(other), absolute_(other.absolute_), rootUnits_(other.rootUnits_), path_(other.path_) {}
 
 Directory& Directory::operator=(Directory const& other) {
-  // The levels first: nothing has changed if there is no memory for them.
-  levels_ = std::vector<String>(other.levels_);
   absolute_ = other.absolute_;
-  root_ = other.root_;
+  rootUnits_ = other.rootUnits_;
+  path_ = other.path_;
   return *this;
 }
 

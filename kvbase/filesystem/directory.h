@@ -18,8 +18,8 @@ class FileIterator;
 class FileSystemIterator;
 class KVFileProgressInterface;
 
-// A directory path: a root, whether it starts there, and the levels below. See FileSystemItem for ownership, threads
-// and failure.
+// A directory path: a root, whether it starts there, and the levels below, kept as one text. The names and texts that it
+// gives are new Strings. See FileSystemItem for ownership, threads and failure.
 //
 //   text                      absolute   root           levels     full name
 //   C:\a\b                    yes        C:             a, b       C:\a\b\ .
@@ -33,7 +33,7 @@ class KVBASE_API Directory : public FileSystemItem {
  public:
   // The relative path to the current directory: ".\".
   Directory() {}
-  // Shares the texts of the levels; the new object is unowned.
+  // Shares the text; the new object is unowned.
   Directory(Directory const& other);
   Directory& operator=(Directory const& other);
 
@@ -66,7 +66,7 @@ class KVBASE_API Directory : public FileSystemItem {
   // --- Algebra (path_algebra.cpp) ------------------------------------------------------------------------------------
 
   // "C:", "\\srv\share" or NIL.
-  String getRoot() const { return root_; }
+  String getRoot() const;
   bool isAbsolute() const { return absolute_; }
   // The path without its last level; null if there are no levels. COMPAT: the level is cut whatever it is, so the
   // parent of "a\.." is "a".
@@ -166,7 +166,8 @@ class KVBASE_API Directory : public FileSystemItem {
   // The forms of the full name: getFullName, getFullNameUnicode, getFullNameUnix.
   enum class Form { kPlain, kLong, kUnix };
 
-  Directory(bool absolute, String root, std::vector<String> levels);
+  // REQUIRES: the text is as path_ is; the root is its first units.
+  Directory(bool absolute, int rootUnits, String path);
 
   // fromString without a copy of the text.
   // REQUIRES (all three): no NUL in the text.
@@ -176,6 +177,9 @@ class KVBASE_API Directory : public FileSystemItem {
   static SmartPtr<Directory> fromStringLocal(std::basic_string_view<wchar> text);
   static SmartPtr<Directory> fromStringUNC(std::basic_string_view<wchar> text, wchar const* behind);
 
+  // The root with the separator behind it, and the levels, each with a separator behind it.
+  std::basic_string_view<wchar> front() const;
+  std::basic_string_view<wchar> levels() const;
   // The full name in a form, followed by the name of a file.
   String text(Form form, String const& baseName, String const& extension) const;
   // Resolves "." and ".." in place. False, with a message, for ".." beyond the first level; there are no levels then.
@@ -194,8 +198,8 @@ class KVBASE_API Directory : public FileSystemItem {
   void collectFilesInternal(std::vector<SmartPtr<File const>>& output, String const& pattern, bool recursive) const;
 
   bool absolute_ = false;
-  std::vector<String> levels_;
-  String root_;
+  int rootUnits_ = 0;
+  String path_;  // front and levels: the full name, but NIL or empty for that of the default path
 };
 
 }  // namespace KV_1_1

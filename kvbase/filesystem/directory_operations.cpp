@@ -36,8 +36,8 @@ bool Directory::create() const {
     return absolute != nullptr && absolute->create();
   }
   if (exists()) return true;
-  if (levels_.empty()) {
-    report(KVW("The drive or network share '%ls' does not exist or is inaccessible."), root_);
+  if (levels().empty()) {
+    report(KVW("The drive or network share '%ls' does not exist or is inaccessible."), getRoot());
     return false;
   }
   if (!getParent()->create()) return false;

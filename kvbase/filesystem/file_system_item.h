@@ -11,8 +11,8 @@ namespace KV_1_1 {
 // A mix-in without data and operations.
 class KVMessages {};
 
-// What a Directory and a File have in common: a path held as fields, whose texts are built on demand. Nothing but the
-// operations that say so reaches the disk.
+// What a Directory and a File have in common: a parsed path, whose texts are built on demand. Nothing but the operations
+// that say so reaches the disk.
 //
 // The notation is that of Windows on every system: "C:\a\b.txt", "\\server\share\x", "\a" (from the root of the current
 // drive; on Linux the native root), relative paths with or without a drive. What stands on the disk of another system

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Paths made from others, and comparison.
-#include <utility>
+#include <algorithm>
 
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
@@ -9,6 +9,7 @@
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/strings/internal/text_builder.h"
 
 namespace KV_1_1 {
 
@@ -24,18 +25,29 @@ bool equalIgnoringCase(String const& a, String const& b) {
   return isSamePayload(a, b) || a.compareIgnoreCase(b) == 0;
 }
 
-// The same for levels, which are never NIL and hold no NUL, so that texts of different lengths differ.
-bool equalLevels(String const& a, String const& b) {
-  if (isSamePayload(a, b)) return true;
-  int const length = a.length();
-  return length == b.length() && strings::kernels().mismatchIgnoringCase(a, b, length) == length;
+// The same for paths, where NIL is as good as empty and no text holds a NUL.
+bool equalPaths(TextView a, TextView b) {
+  int const units = lengthOf(a);
+  return a.size() == b.size() && strings::kernels().mismatchIgnoringCase(a.data(), b.data(), units) == units;
+}
+
+// The units of the levels that both paths begin with.
+std::size_t commonLevels(TextView a, TextView b) {
+  int const units = lengthOf(a.size() < b.size() ? a : b);
+  int const same = strings::kernels().mismatchIgnoringCase(a.data(), b.data(), units);
+  return a.substr(0, static_cast<std::size_t>(same)).rfind(KVW('\\')) + 1;  // not found is -1
 }
 
 }  // namespace
 
+String Directory::getRoot() const {
+  return rootUnits_ > 0 ? path_.substr(0, rootUnits_) : String::NIL;
+}
+
 SmartPtr<Directory const> Directory::getParent() const {
-  if (levels_.empty()) return nullptr;
-  return new Directory(absolute_, root_, std::vector<String>(levels_.begin(), levels_.end() - 1));
+  TextView const all = levels();
+  if (all.empty()) return nullptr;
+  return new Directory(absolute_, rootUnits_, path_.substr(0, path_.length() - lengthOf(lastLevelOf(all)) - 1));
 }
 
 SmartPtr<Directory const> Directory::appendLevel(String const& level) const {
@@ -43,19 +55,13 @@ SmartPtr<Directory const> Directory::appendLevel(String const& level) const {
     reportInvalidName(level);
     return nullptr;
   }
-  std::vector<String> levels;
-  levels.reserve(levels_.size() + 1);
-  levels.insert(levels.end(), levels_.begin(), levels_.end());
-  levels.push_back(level);
-  return new Directory(absolute_, root_, std::move(levels));
+  return new Directory(absolute_, rootUnits_, withLevel(viewOf(path_), viewOf(level)));
 }
 
 SmartPtr<Directory> Directory::withLevelsOf(Directory const& path) const {
-  std::vector<String> levels;
-  levels.reserve(levels_.size() + path.levels_.size());
-  levels.insert(levels.end(), levels_.begin(), levels_.end());
-  levels.insert(levels.end(), path.levels_.begin(), path.levels_.end());
-  return new Directory(absolute_, root_, std::move(levels));
+  TextView const more = path.levels();
+  TextBuilder sum(path_.length() + static_cast<long long>(more.size()));
+  return new Directory(absolute_, rootUnits_, sum.append(viewOf(path_)).append(more).finish());
 }
 
 SmartPtr<Directory const> Directory::appendPath(Directory const& path) const {
@@ -106,17 +112,15 @@ SmartPtr<Directory const> Directory::makeRelative(SmartPtr<Directory const> cons
   }
   if (path->getDriveLetter() != from->getDriveLetter()) return path;
 
-  std::size_t const ownSize = path->levels_.size();
-  std::size_t const fromSize = from->levels_.size();
-  std::size_t common = 0;
-  while (common < ownSize && common < fromSize && equalLevels(path->levels_[common], from->levels_[common])) {
-    ++common;
-  }
-  std::vector<String> levels;
-  levels.reserve(fromSize - common + ownSize - common);
-  if (common < fromSize) levels.insert(levels.end(), fromSize - common, String(KVW("..")));
-  levels.insert(levels.end(), path->levels_.begin() + static_cast<std::ptrdiff_t>(common), path->levels_.end());
-  return new Directory(false, String::NIL, std::move(levels));
+  TextView const levels = path->levels();
+  TextView const fromLevels = from->levels();
+  std::size_t const common = commonLevels(levels, fromLevels);
+  TextView const down = levels.substr(common);
+  TextView const up = fromLevels.substr(common);
+  auto const steps = std::count(up.begin(), up.end(), KVW('\\'));
+  TextBuilder relative(3ll * steps + static_cast<long long>(down.size()));
+  for (auto i = steps; i > 0; --i) relative.append(KVW("..\\"));
+  return new Directory(false, 0, relative.append(down).finish());
 }
 
 bool Directory::contains(FileSystemItem const& item) const {
@@ -128,12 +132,8 @@ FileSystemItem::ComparisonResult Directory::equals(SmartPtr<Directory const> con
   if (absolute_ != other->absolute_) {
     return absolute_ ? equals(other->makeAbsolute()) : other->equals(makeAbsolute());
   }
-  if (!equalIgnoringCase(root_, other->root_)) return Different;
-  if (levels_.size() != other->levels_.size()) return Different;
-  for (std::size_t i = 0; i < levels_.size(); ++i) {
-    if (!equalLevels(levels_[i], other->levels_[i])) return Different;
-  }
-  return Equal;
+  bool const equal = rootUnits_ == other->rootUnits_ && equalPaths(viewOf(path_), viewOf(other->path_));
+  return equal ? Equal : Different;
 }
 
 SmartPtr<File const> File::replaceExtension(String const& extension) const {

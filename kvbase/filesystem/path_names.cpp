@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/filesystem/internal/path_names.h"
 
+#include "kvbase/strings/internal/text_builder.h"
+
 namespace KV_1_1 {
 
 namespace {
@@ -27,6 +29,11 @@ bool isValidFileName(TextView name) {
 
 bool isValidSearchPattern(String const& pattern) {
   return isFreeOf(kReserved, viewOf(pattern));
+}
+
+String withLevel(TextView path, TextView level) {
+  TextBuilder text(static_cast<long long>(path.size() + level.size()) + 1);
+  return text.append(path).append(level).append(KVW('\\')).finish();
 }
 
 }  // namespace KV_1_1

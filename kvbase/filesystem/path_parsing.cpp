@@ -45,44 +45,17 @@ String shown(TextView text) {
   return copy;
 }
 
-// Cuts the first level of a text, and the separators in front of it; empty if there is none.
-TextView cutLevel(TextView& text) {
-  std::size_t begin = 0;
-  while (begin < text.size() && isSeparator(text[begin])) ++begin;
-  std::size_t end = begin;
-  while (end < text.size() && !isSeparator(text[end])) ++end;
-  TextView const level = text.substr(begin, end - begin);
-  text.remove_prefix(end);
-  return level;
-}
+enum class Levels { kValid, kInvalid, kBeyondRoot };
 
-// How many levels remain when "." and ".." are resolved.
-struct Resolution {
-  std::size_t kept = 0;
+// Appends the levels of a text, each with a separator behind it; with `resolve`, "." and ".." are resolved. Nothing is
+// appended if a level is no valid name or ".." leads beyond the first level.
+// REQUIRES: there is room for one unit more than the text has.
+Levels appendLevels(TextView text, bool resolve, TextBuilder& output) {
+  wchar* const begin = output.extend(0);
+  wchar* end = begin;
   bool isBeyondRoot = false;
-
-  void add(int dots) {
-    if (dots == 0) {
-      ++kept;
-    } else if (dots == 2 && kept > 0) {
-      --kept;
-    } else if (dots == 2) {
-      isBeyondRoot = true;
-    }
-  }
-};
-
-// The result of one scan of the levels of a text.
-struct Scan {
-  bool isValid = true;  // whether all levels are valid names; if not, the rest has no meaning
-  std::size_t levels = 0;
-  Resolution resolution;
-};
-
-Scan scan(TextView text) {
-  Scan result;
-  for (std::size_t at = 0; at < text.size() && result.isValid; ++at) {
-    std::size_t const begin = at;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    wchar* const level = end;
     unsigned int inside = 0;
     unsigned int last = 0;
     for (; at < text.size(); ++at) {
@@ -90,46 +63,28 @@ Scan scan(TextView text) {
       if ((classes & kSeparator) != 0) break;
       inside |= classes;
       last = classes;
+      *end++ = text[at];
     }
-    if (at == begin) continue;
-    int const dots = dotsIn(text.substr(begin, at - begin));
-    result.isValid = dots != 0 || ((inside & (kReserved | kWildcard)) == 0 && (last & kBadAtEnd) == 0);
-    result.resolution.add(dots);
-    ++result.levels;
+    if (end == level) continue;
+    int const dots = dotsIn(TextView(level, static_cast<std::size_t>(end - level)));
+    bool const isValid = dots != 0 || ((inside & (kReserved | kWildcard)) == 0 && (last & kBadAtEnd) == 0);
+    if (!isValid) return Levels::kInvalid;
+    if (!resolve || dots == 0) {
+      *end++ = KVW('\\');
+      continue;
+    }
+    end = level;
+    if (dots == 2 && end == begin) isBeyondRoot = true;
+    if (dots == 2 && end != begin)
+      end -= lastLevelOf(TextView(begin, static_cast<std::size_t>(end - begin))).size() + 1;
   }
-  return result;
+  if (isBeyondRoot) return Levels::kBeyondRoot;
+  output.extend(static_cast<int>(end - begin));
+  return Levels::kValid;
 }
 
-// The last `count` levels of a text, counted with `resolve` after "." and ".." are resolved. The text is read
-// backwards, so that no String is made of a level that a later ".." takes away.
-// REQUIRES: there are `count` such levels.
-std::vector<String> levelsOf(TextView text, std::size_t count, bool resolve) {
-  std::vector<String> levels(count);
-  std::size_t end = text.size();
-  for (std::size_t skip = 0; count > 0;) {
-    KVBASE_ASSERT(end > 0);
-    while (isSeparator(text[end - 1])) --end;
-    std::size_t begin = end;
-    while (begin > 0 && !isSeparator(text[begin - 1])) --begin;
-    TextView const level = text.substr(begin, end - begin);
-    int const dots = resolve ? dotsIn(level) : 0;
-    if (dots == 2) {
-      ++skip;
-    } else if (dots == 0 && skip > 0) {
-      --skip;
-    } else if (dots == 0) {
-      levels[--count] = String(level.data(), static_cast<int>(level.size()));
-    }
-    end = begin;
-  }
-  return levels;
-}
-
-// "\\server\share".
-String shareRoot(TextView server, TextView share) {
-  TextBuilder root(static_cast<long long>(server.size() + share.size()) + 3);
-  root.append(KVW('\\')).append(KVW('\\')).append(server);
-  return root.append(KVW('\\')).append(share).finish();
+void reportBeyondRoot(String const& path) {
+  report(KVW("Invalid path '%ls': parent references go beyond root."), path);
 }
 
 }  // namespace
@@ -155,73 +110,68 @@ SmartPtr<Directory> Directory::fromText(std::basic_string_view<wchar> text) {
 }
 
 SmartPtr<Directory> Directory::fromStringLocal(std::basic_string_view<wchar> text) {
+  // A drive, a separator behind it or at the beginning, and one at the end.
+  TextBuilder path(static_cast<long long>(text.size()) + 1);
   TextView rest = text;
-  String root;
+  int rootUnits = 0;
   if (text.size() > 1 && text[1] == KVW(':') && text[0] != KVW(':')) {
     wchar const letter = strings::foldCase(text[0]);
     if (letter < KVW('a') || letter > KVW('z')) {
       report(KVW("Invalid drive letter in path '%ls'."), shown(text));
       return nullptr;
     }
-    wchar const drive[] = {static_cast<wchar>(letter - KVW('a') + KVW('A')), KVW(':')};
-    root = String(drive, 2);
+    path.append(static_cast<wchar>(letter - KVW('a') + KVW('A'))).append(KVW(':'));
+    rootUnits = 2;
     rest.remove_prefix(2);
   }
   bool const absolute = !rest.empty() && isSeparator(rest[0]);
-
-  Scan const found = scan(rest);
-  if (!found.isValid) {
+  if (absolute) {
+    path.append(KVW('\\'));
+    rest.remove_prefix(1);
+  }
+  Levels const levels = appendLevels(rest, absolute, path);
+  if (levels == Levels::kInvalid) {
     reportInvalidName(shown(text));
     return nullptr;
   }
-  bool const resolve = absolute && !found.resolution.isBeyondRoot;
-  std::size_t const count = resolve ? found.resolution.kept : found.levels;
-  SmartPtr<Directory> directory(new Directory(absolute, std::move(root), levelsOf(rest, count, resolve)));
-  // A path that leads beyond the root is left to normalize, whose message shows the path as it was written.
-  if (absolute && !resolve && !directory->normalize()) return nullptr;
-  return directory;
+  if (levels == Levels::kBeyondRoot) {
+    appendLevels(rest, false, path);
+    reportBeyondRoot(path.finish());
+    return nullptr;
+  }
+  return new Directory(absolute, rootUnits, path.finish());
 }
 
 SmartPtr<Directory> Directory::fromStringUNC(std::basic_string_view<wchar> text, wchar const* behind) {
-  Scan const found = scan(text);
-  if (!found.isValid) {
+  TextBuilder path(static_cast<long long>(text.size()) + 3);
+  wchar const* const begin = path.extend(0);
+  path.append(KVW("\\\\"));
+  if (appendLevels(text, false, path) != Levels::kValid) {
     reportInvalidName(shown(text) + behind);
     return nullptr;
   }
-  if (found.levels < 2) {
+  TextView const written(begin, static_cast<std::size_t>(path.extend(0) - begin));
+  std::size_t const server = written.find(KVW('\\'), 2);
+  std::size_t const root = server == TextView::npos ? server : written.find(KVW('\\'), server + 1);
+  if (root == TextView::npos) {
     report(KVW("The network path '%ls' is missing the server and/or share name."), shown(text) + behind);
     return nullptr;
   }
-  TextView const server = cutLevel(text);
-  TextView const share = cutLevel(text);
-  return new Directory(true, shareRoot(server, share), levelsOf(text, found.levels - 2, false));
+  return new Directory(true, static_cast<int>(root), path.finish());
 }
 
 bool Directory::normalize() {
-  Resolution resolution;
-  for (String const& level : levels_) resolution.add(dotsIn(viewOf(level)));
-  if (resolution.isBeyondRoot) {
-    report(KVW("Invalid path '%ls': parent references go beyond root."), getFullName());
-    levels_.clear();
-    return false;
-  }
-  if (resolution.kept == levels_.size()) return true;
-
-  auto end = levels_.begin();
-  for (String& level : levels_) {
-    int const dots = dotsIn(viewOf(level));
-    if (dots == 0) {
-      *end++ = std::move(level);
-    } else if (dots == 2) {
-      --end;
-    }
-  }
-  levels_.erase(end, levels_.end());
-  return true;
+  // One unit more than the path has, as appendLevels requires.
+  TextBuilder path(path_.length() + 1ll);
+  path.append(front());
+  bool const isInside = appendLevels(levels(), true, path) == Levels::kValid;
+  if (!isInside) reportBeyondRoot(getFullName());
+  path_ = path.finish();
+  return isInside;
 }
 
 wchar Directory::getDriveLetter() const {
-  return root_.find(KVW(':')) == 1 ? static_cast<wchar const*>(root_)[0] : wchar(0);
+  return rootUnits_ == 2 ? static_cast<wchar const*>(path_)[0] : wchar(0);
 }
 
 SmartPtr<File> File::fromString(Directory const& directory, String const& name) {

@@ -6,38 +6,37 @@
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/path_names.h"
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/text_builder.h"
 
 namespace KV_1_1 {
 
+TextView Directory::front() const {
+  return viewOf(path_).substr(0, static_cast<std::size_t>(rootUnits_) + (absolute_ ? 1 : 0));
+}
+
+TextView Directory::levels() const {
+  return viewOf(path_).substr(front().size());
+}
+
 String Directory::text(Form form, String const& baseName, String const& extension) const {
-  wchar const separator = form == Form::kUnix ? KVW('/') : KVW('\\');
+  TextView path = viewOf(path_);
+  if (path.empty()) path = KVW(".\\");
   bool const isLong = form == Form::kLong && absolute_;
   // COMPAT: the name of a file in a root is not checked, and one that begins with a backslash makes the path a share.
-  wchar const* const second = root_.length() > 0 ? root_ : levels_.empty() ? baseName : nullptr;
-  bool const isShare = isLong && second != nullptr && *second == KVW('\\');
-
+  wchar const* const second = path.size() > 1 ? &path[1] : static_cast<wchar const*>(baseName);
+  bool const isShare = isLong && path[0] == KVW('\\') && *second == KVW('\\');
   // The prefix of a share replaces the first of its two separators.
   TextView const prefix = !isLong ? TextView() : isShare ? KVW("\\\\?\\UNC") : KVW("\\\\?\\");
-  TextView root = viewOf(root_);
-  bool separatorBehindRoot = absolute_;
-  if (isShare && root.empty()) separatorBehindRoot = false;
-  if (isShare && !root.empty()) root.remove_prefix(1);
+  if (isShare) path.remove_prefix(1);
 
-  bool const isHere = root.empty() && !absolute_ && levels_.empty();
-  long long units = static_cast<long long>(prefix.size() + root.size()) + (separatorBehindRoot ? 1 : 0);
-  for (String const& level : levels_) units += level.length() + 1ll;
-  if (isHere) units = 2;
-  units += baseName.length();
   bool const hasExtension = extension.length() > 0;
-  if (hasExtension) units += extension.length() + 1ll;
-
-  TextBuilder builder(units);
+  TextBuilder builder(static_cast<long long>(prefix.size() + path.size()) + baseName.length() +
+                      (hasExtension ? extension.length() + 1ll : 0));
   builder.append(prefix);
-  for (wchar const unit : root) builder.append(unit == KVW('\\') ? separator : unit);
-  if (separatorBehindRoot) builder.append(separator);
-  for (String const& level : levels_) builder.append(viewOf(level)).append(separator);
-  if (isHere) builder.append(KVW('.')).append(separator);
+  wchar* const place = builder.extend(0);
+  builder.append(path);
+  if (form == Form::kUnix) strings::kernels().replaceUnit(place, lengthOf(path), KVW('\\'), KVW('/'));
   builder.append(viewOf(baseName));
   if (hasExtension) builder.append(KVW('.')).append(viewOf(extension));
   return builder.finish();
@@ -56,11 +55,16 @@ String const Directory::getFullNameUnix() const {
 }
 
 String const Directory::getName() const {
-  return levels_.empty() ? String(KVW(".")) : levels_.back();
+  TextView const all = levels();
+  TextView const name = all.empty() ? KVW(".") : lastLevelOf(all);
+  return String(name.data(), lengthOf(name));
 }
 
 void Directory::setName(String const& name) {
-  if (isValidItemName(name) && !levels_.empty()) levels_.back() = name;
+  TextView const all = levels();
+  if (all.empty() || !isValidItemName(name)) return;
+  TextView const path = viewOf(path_);
+  path_ = withLevel(path.substr(0, path.size() - lastLevelOf(all).size() - 1), viewOf(name));
 }
 
 String const File::getFullName() const {

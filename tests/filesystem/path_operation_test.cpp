@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <new>
 #include <string>
 #include <vector>
@@ -146,6 +147,53 @@ TEST(PathAllocation, AReceiverIsAsBeforeWhereMemoryRanOut) {
     EXPECT_EQ(described(target), done < 2 ? "abs \\\\s\\t [x]" : described(directory));
     EXPECT_EQ(described(file), done < 3 ? "abs C: [a] | b | txt" : "abs C: [a] | new | ext");
   }
+}
+
+// How many blocks a path and its texts take, whatever the number of levels.
+TEST(PathAllocation, APathIsAnObjectAndOneText) {
+  struct Row {
+    char const* name;
+    int expected;
+    std::function<void()> work;
+  };
+  String const text(KVW("C:\\a\\b\\c\\d\\..\\e\\f\\g\\h")), level(KVW("x"));
+  SmartPtr<Directory const> const directory = directoryAt(text);
+  SmartPtr<Directory> const changed = Directory::fromString(text);
+  SmartPtr<Directory const> const other = directoryAt(KVW("C:\\a\\x"));
+  Row const rows[] = {
+      {"fromString", 2, [&] { Directory::fromString(text); }},
+      {"copy", 1, [&] { SmartPtr<Directory>(new Directory(*directory)); }},
+      {"assignment", 0, [&] { *changed = *directory; }},
+      {"setName", 1, [&] { changed->setName(level); }},
+      {"getParent", 2, [&] { directory->getParent(); }},
+      {"appendLevel", 2, [&] { directory->appendLevel(level); }},
+      {"makeRelative", 2, [&] { directory->makeRelative(other); }},
+      {"equals", 0, [&] { directory->equals(other); }},
+      {"getFullName", 1, [&] { directory->getFullName(); }},
+      {"getFullNameUnicode", 1, [&] { directory->getFullNameUnicode(); }},
+      {"getFullNameUnix", 1, [&] { directory->getFullNameUnix(); }},
+      {"getName", 1, [&] { directory->getName(); }},
+      {"getRoot", 1, [&] { directory->getRoot(); }},
+  };
+  for (Row const& row : rows) {
+    AllocationFailure counter(0);
+    row.work();
+    counter.end();
+    EXPECT_EQ(counter.allocations(), row.expected) << row.name;
+  }
+}
+
+// Each thread gets texts of its own, so each may ask for the narrow copies that a text caches.
+TEST(PathConcurrency, EachThreadGetsTextsOfItsOwn) {
+  SmartPtr<Directory const> const directory = directoryAt(KVW("C:\\a\\b"));
+  std::vector<Texts> results(kThreads);
+  onThreads([&](int thread) {
+    for (int round = 0; round < 200; ++round) {
+      results[static_cast<std::size_t>(thread)] = {directory->getFullName().stringUTF8(),
+                                                   directory->getName().stringUTF8()};
+    }
+  });
+  for (Texts const& result : results) EXPECT_EQ(result, Texts({"C:\\a\\b\\", "b"}));
 }
 
 TEST(PathConcurrency, OnePathServesSeveralThreads) {

@@ -171,6 +171,25 @@ TEST(PathText, SetNameOfAFileSplitsAtTheLastDotAndChecksNothing) {
   EXPECT_EQ(messages.take(), Texts());
 }
 
+TEST(PathText, TextsOutliveTheirPath) {
+  SmartPtr<Directory const> directory = directoryAt(KVW(R"(\\s\t\x)"));
+  String const texts[] = {directory->getFullName(), directory->getName(), directory->getRoot()};
+  directory = nullptr;
+  EXPECT_EQ(shown(texts[0]), R"(\\s\t\x\)");
+  EXPECT_EQ(shown(texts[1]), "x");
+  EXPECT_EQ(shown(texts[2]), R"(\\s\t)");
+}
+
+TEST(PathText, WritingToATextLeavesThePathAlone) {
+  SmartPtr<Directory const> const drive = directoryAt(KVW("C:"));
+  String root = drive->getRoot();
+  root[0] = KVW('D');
+  String name = drive->getFullName();
+  name[0] = KVW('E');
+  EXPECT_EQ(described(drive), "rel C:");
+  EXPECT_EQ(fullName(drive), "C:");
+}
+
 TEST(PathText, CopiesShareNothingThatChanges) {
   SmartPtr<Directory> const directory = Directory::fromString(String(KVW(R"(C:\a\b)")));
   SmartPtr<Directory> const copy(new Directory(*directory));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The rules for names. Texts are read by their length, so an inner NUL makes a name invalid like any control character.
+// The rules for names, and names in paths. Texts are read by their length, so an inner NUL makes a name invalid like any control character.
 #pragma once
 
 #include <array>
@@ -49,5 +49,14 @@ bool isValidItemName(String const& name);
 bool isValidFileName(TextView name);
 // The rule for the pattern of a search: as for a file, with * and ? allowed. NIL is invalid.
 bool isValidSearchPattern(String const& pattern);
+
+// The last of some levels, without the separator that stands behind each of them.
+// REQUIRES: there is one.
+constexpr TextView lastLevelOf(TextView levels) {
+  levels.remove_suffix(1);
+  return levels.substr(levels.rfind(KVW('\\')) + 1);  // not found is -1
+}
+// A path with one more level, and a separator behind it.
+String withLevel(TextView path, TextView level);
 
 }  // namespace KV_1_1
