@@ -24,13 +24,13 @@ inline int lengthScalar(wchar const* text) {
 
 inline int mismatchScalar(wchar const* a, wchar const* b, int n) {
   int i = 0;
-  while (i < n && a[i] == b[i]) ++i;
+  while (i < n && a[i] == b[i] && a[i] != 0) ++i;
   return i;
 }
 
 inline int mismatchIgnoringCaseScalar(wchar const* a, wchar const* b, int n) {
   int i = 0;
-  while (i < n && foldScalar(a[i]) == foldScalar(b[i])) ++i;
+  while (i < n && foldScalar(a[i]) == foldScalar(b[i]) && a[i] != 0) ++i;
   return i;
 }
 

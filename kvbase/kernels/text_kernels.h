@@ -21,7 +21,7 @@ struct ByteRange {
 struct TextKernels {
   // Units before the first NUL.
   int (*length)(wchar const* text);
-  // First index below n at which the texts differ; n if there is none. NULs are units like all others.
+  // First index below n at which the texts differ or both have a NUL; n if there is none.
   int (*mismatch)(wchar const* a, wchar const* b, int n);
   // The same with A to Z taken as a to z.
   int (*mismatchIgnoringCase)(wchar const* a, wchar const* b, int n);

@@ -62,7 +62,8 @@ struct Avx2Vector {
   using Half = Sse2Vector;
   static constexpr int kUnits = 16;
 
-  static Register load(wchar const* units) { return _mm256_loadu_si256(reinterpret_cast<__m256i const*>(units)); }
+  // Some compilers repeat an ordinary load in each instruction that uses the value.
+  static Register load(wchar const* units) { return _mm256_lddqu_si256(reinterpret_cast<__m256i const*>(units)); }
   KVBASE_READS_ALIGNED_BLOCKS static Register loadAligned(char const* block) {
     return _mm256_load_si256(reinterpret_cast<__m256i const*>(block));
   }

@@ -76,7 +76,17 @@ KVBASE_READS_ALIGNED_BLOCKS int length(wchar const* text) {
 constexpr int kFew = 4;
 
 // Index of the first of n units for which the test gives zero; n if there is none. test(V(), load) gives a vector of
-// results, where load(text) loads the units of a text that are to be tested.
+// results, where load(text) loads the units of a text that are to be tested. This one is for half a vector to a whole one.
+template <class V, class Test>
+inline int firstZeroOfFew(int n, Test test) {
+  KVBASE_ASSERT(n >= V::kUnits / 2 && n <= V::kUnits);
+  unsigned int const found = zeros<V>(test(V(), [n](wchar const* text) { return V::loadEnds(text, n); }));
+  if (found == 0) return n;
+  int const unit = firstUnit(found);
+  return unit < V::kUnits / 2 ? unit : unit + n - V::kUnits;
+}
+
+// The same for any n.
 // REQUIRES: n is at least kFew.
 template <class V, class Test>
 int firstZero(int n, Test test) {
@@ -84,12 +94,9 @@ int firstZero(int n, Test test) {
   constexpr int kUnits = V::kUnits;
   if (n < kUnits) {
     if constexpr (!kNarrowest<V>) {
-      if (n < kUnits / 2) return firstZero<typename V::Half>(n, test);
+      if (n < kUnits / 2) return firstZeroOfFew<typename V::Half>(n, test);
     }
-    unsigned int const found = zeros<V>(test(V(), [n](wchar const* text) { return V::loadEnds(text, n); }));
-    if (found == 0) return n;
-    int const unit = firstUnit(found);
-    return unit < kUnits / 2 ? unit : unit + n - kUnits;
+    return firstZeroOfFew<V>(n, test);
   }
   auto const at = [test](int i) { return test(V(), [i](wchar const* text) { return V::load(text + i); }); };
   int i = 0;
@@ -107,10 +114,12 @@ int firstZero(int n, Test test) {
   return n;
 }
 
-template <class V>
-int mismatch(wchar const* a, wchar const* b, int n) {
-  if (n < kFew) return mismatchScalar(a, b, n);
-  return firstZero<V>(n, [a, b](auto v, auto load) { return decltype(v)::equal(load(a), load(b)); });
+// Tests for firstZero. Those of two texts give zero where the units differ or both are NUL.
+inline auto differsOrEnds(wchar const* a, wchar const* b) {
+  return [a, b](auto v, auto load) {
+    auto const units = load(a);
+    return decltype(v)::bitAnd(units, decltype(v)::equal(units, load(b)));
+  };
 }
 
 template <class V>
@@ -119,24 +128,49 @@ typename V::Register folded(typename V::Register units) {
   return V::add(units, V::bitAnd(upper, V::of(32)));
 }
 
+inline auto differsOrEndsIgnoringCase(wchar const* a, wchar const* b) {
+  return [a, b](auto v, auto load) {
+    using W = decltype(v);
+    auto const units = folded<W>(load(a));
+    return W::bitAnd(units, W::equal(units, folded<W>(load(b))));
+  };
+}
+
+inline auto isUnitOrEnd(wchar const* text, wchar unit) {
+  return [text, unit](auto v, auto load) {
+    using W = decltype(v);
+    auto const units = load(text);
+    return W::min(units, W::bitXor(units, W::of(unit)));
+  };
+}
+
+// Zero for a unit of the range and for one beyond ASCII.
+inline auto isInRange(wchar const* text, wchar low, wchar high) {
+  return [text, low, high](auto v, auto load) {
+    using W = decltype(v);
+    auto const units = load(text);
+    // Moved so that the range begins at the smallest signed number.
+    auto const moved = W::add(units, W::of(0x8000 - low));
+    auto const isOutside = W::greater(moved, W::of(high - low - 0x8000));
+    return W::bitAnd(isOutside, W::equal(W::bitAnd(units, W::of(0xFF80)), W::zero()));
+  };
+}
+
+template <class V>
+int mismatch(wchar const* a, wchar const* b, int n) {
+  return n < kFew ? mismatchScalar(a, b, n) : firstZero<V>(n, differsOrEnds(a, b));
+}
+
 template <class V>
 int mismatchIgnoringCase(wchar const* a, wchar const* b, int n) {
-  if (n < kFew) return mismatchIgnoringCaseScalar(a, b, n);
-  return firstZero<V>(n, [a, b](auto v, auto load) {
-    using W = decltype(v);
-    return W::equal(folded<W>(load(a)), folded<W>(load(b)));
-  });
+  return n < kFew ? mismatchIgnoringCaseScalar(a, b, n) : firstZero<V>(n, differsOrEndsIgnoringCase(a, b));
 }
 
 template <class V>
 int findUnit(wchar const* text, wchar unit, int n) {
   if (n < kFew) return findUnitScalar(text, unit, n);
   if (unit == 0) return firstZero<V>(n, [text](auto, auto load) { return load(text); });
-  return firstZero<V>(n, [text, unit](auto v, auto load) {
-    using W = decltype(v);
-    auto const units = load(text);
-    return W::min(units, W::bitXor(units, W::of(unit)));
-  });
+  return firstZero<V>(n, isUnitOrEnd(text, unit));
 }
 
 template <class V>
@@ -200,18 +234,10 @@ int findText(wchar const* text, int n, wchar const* needle, int m) {
   return -1;
 }
 
-// Comparisons are signed: a unit beyond ASCII is either negative or above 0x7F.
 template <class V>
 int findRange(wchar const* text, int n, wchar low, wchar high) {
   KVBASE_ASSERT(low <= high && high < 0x80);
-  if (n < kFew) return findRangeScalar(text, n, low, high);
-  return firstZero<V>(n, [text, low, high](auto v, auto load) {
-    using W = decltype(v);
-    auto const units = load(text);
-    auto const beyond = W::bitOr(W::greater(W::zero(), units), W::greater(units, W::of(0x7F)));
-    auto const outside = W::bitOr(W::greater(W::of(low), units), W::greater(units, W::of(high)));
-    return W::bitAnd(outside, W::bitNot(beyond));
-  });
+  return n < kFew ? findRangeScalar(text, n, low, high) : firstZero<V>(n, isInRange(text, low, high));
 }
 
 template <class V>

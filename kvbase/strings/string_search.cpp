@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include <cstddef>
 
-#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/kernels/front_search.h"
 #include "kvbase/kernels/two_way_search.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/text_view.h"
@@ -52,7 +52,7 @@ int findClassInRange(String const& text, int from, wchar low, wchar high, Accept
   if (from < 0) return -1;
   wchar const* const units = text;
   for (int i = from; i < end; ++i) {
-    i += kernels().findRange(units + i, end - i, low, high);
+    i += strings::findRangeFromFront(units + i, end - i, low, high);
     if (i < end && accept(units[i])) return i;
   }
   return -1;
@@ -70,7 +70,7 @@ int String::find(wchar const* text, int from) const {
 int String::find(wchar ch, int from) const {
   if (from < 0 || from >= length()) return -1;
   TextView const part = terminatedViewOf(*this).substr(static_cast<std::size_t>(from));
-  int const at = kernels().findUnit(part.data(), ch, lengthOf(part));
+  int const at = strings::findUnitFromFront(part.data(), ch, lengthOf(part));
   // If the unit was not found, `at` is the index of a NUL, which is what a search for NUL finds.
   return part.data()[at] == ch ? at + from : -1;
 }

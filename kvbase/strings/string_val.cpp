@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/strings/string_val.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -9,7 +10,7 @@
 #include <utility>
 
 #include "kvbase/internal_assert.h"
-#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/kernels/front_search.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
 
@@ -23,15 +24,32 @@ namespace {
 
 constexpr char kEmptyNarrowText[] = "";
 
+// Two copies of a known size that overlap.
+template <int kUnits>
+void copyEnds(wchar* to, wchar const* from, int units) {
+  std::memcpy(to, from, kUnits * sizeof(wchar));
+  std::memcpy(to + units - kUnits, from + units - kUnits, kUnits * sizeof(wchar));
+}
+
+// Short texts are copied in place, because the call of memcpy would take longer.
 void copyUnits(wchar* to, wchar const* from, int units) {
-  if (units > 0) std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
+  if (units > 16) {
+    std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
+  } else if (units >= 8) {
+    copyEnds<8>(to, from, units);
+  } else if (units >= 4) {
+    copyEnds<4>(to, from, units);
+  } else if (units >= 1) {
+    to[units / 2] = from[units / 2];
+    copyEnds<1>(to, from, units);
+  }
 }
 
 // Memory for a payload with room for `capacity` units and a terminator: the one place that limits the length of a text.
 inline void* newBlock(long long capacity) {
   KVBASE_ASSERT(capacity >= 0);
   if (capacity > INT_MAX) throw std::bad_alloc();
-  std::size_t const units = static_cast<std::size_t>(capacity) + 1;
+  std::size_t const units = std::max(static_cast<std::size_t>(capacity) + 1, std::size_t{strings::kFrontUnits});
   void* const place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
   if (place == nullptr) throw std::bad_alloc();
   return place;
@@ -44,6 +62,7 @@ StringVal* StringVal::allocate(long long capacity) {
 }
 
 StringVal::StringVal(wchar const* text, int length, int) : references_(1), length_(length), narrow_{nullptr, nullptr} {
+  std::memset(str(), 0, strings::kFrontUnits * sizeof(wchar));
   copyUnits(str(), text, length);
   str()[length] = 0;
 }

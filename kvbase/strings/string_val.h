@@ -12,6 +12,8 @@ namespace KV_1_1 {
 // and the units with their terminator. Users of the library work with String; this class is for code that builds
 // payloads itself.
 //
+// The block has room for 8 units at least, and those behind a shorter text are defined, so that a comparison may read the
+// first vector of any payload.
 // Length: -1 while it is not known, because units may have been written; then the narrow copies are stale too. Apart
 // from counted narrow text (see construct) a payload of known length has its terminator at that index. Units behind an
 // inner NUL count towards the length, but the NUL ends the text for nearly every reader.
@@ -55,7 +57,8 @@ class KVBASE_API StringVal {
   void ref() { ++references_; }
   // Gives a reference back; true if that destroyed the payload.
   bool unref() {
-    if (references_-- != 1) return false;
+    // Nobody else can take a reference to a payload with one owner, so its end needs no atomic subtraction.
+    if (!references_.isOne() && references_-- != 1) return false;
     destruct(this);
     return true;
   }

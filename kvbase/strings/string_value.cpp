@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/kernels/front_search.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/string_access.h"
 #include "kvbase/strings/internal/text_builder.h"
@@ -16,26 +16,48 @@ namespace {
 
 constexpr wchar kEmptyText[] = KVW("");
 
-using Mismatch = int (*)(wchar const*, wchar const*, int);
+int orderOf(wchar a, wchar b) {
+  return a == b ? 0 : a < b ? -1 : 1;
+}
 
-// Where the texts first differ; any index at which both have a NUL if they do not.
-int findDifference(TextView a, TextView b, Mismatch mismatch) {
-  int const at = mismatch(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
-  if (a.data()[at] == b.data()[at]) return at;
-  // A difference counts only if the texts did not end before it.
-  return strings::kernels().findUnit(a.data(), 0, at);
+int orderIgnoringCase(wchar a, wchar b) {
+  return static_cast<int>(strings::foldCase(a)) - static_cast<int>(strings::foldCase(b));
 }
 
 int compareTexts(TextView a, TextView b) {
-  int const at = findDifference(a, b, strings::kernels().mismatch);
-  wchar const unitOfA = a.data()[at];
-  wchar const unitOfB = b.data()[at];
-  return unitOfA == unitOfB ? 0 : unitOfA < unitOfB ? -1 : 1;
+  int const at = strings::mismatchFromFront(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
+  return orderOf(a.data()[at], b.data()[at]);
 }
 
 int compareTextsIgnoringCase(TextView a, TextView b) {
-  int const at = findDifference(a, b, strings::kernels().mismatchIgnoringCase);
-  return static_cast<int>(strings::foldCase(a.data()[at])) - static_cast<int>(strings::foldCase(b.data()[at]));
+  int const at = strings::mismatchIgnoringCaseFromFront(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
+  return orderIgnoringCase(a.data()[at], b.data()[at]);
+}
+
+using Mismatch = int (*)(wchar const*, wchar const*, int);
+
+// Where two texts differ or end that have shown no difference in their first vector.
+int mismatchBehindFront(String const& a, String const& b, Mismatch mismatch) {
+  constexpr int kFront = strings::kFrontUnits;
+  TextView const first = terminatedViewOf(a);
+  TextView const second = terminatedViewOf(b);
+  int const units = std::min(lengthOf(first), lengthOf(second)) - kFront;
+  return kFront + mismatch(first.data() + kFront, second.data() + kFront, units);
+}
+
+// Texts of this length and more are compared by memcmp as long as they are equal.
+constexpr int kLong = 256;
+
+// If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
+bool equalLongTexts(TextView a, TextView b) {
+  if (a.size() != b.size()) return compareTexts(a, b) == 0;
+  constexpr std::size_t kPart = 2048;
+  for (std::size_t same = 0; same < a.size(); same += kPart) {
+    std::size_t const size = std::min(kPart, a.size() - same);
+    if (std::memcmp(a.data() + same, b.data() + same, size * sizeof(wchar)) != 0)
+      return upToNul(a.substr(0, same)).size() < same || compareTexts(a.substr(same), b.substr(same)) == 0;
+  }
+  return true;
 }
 
 }  // namespace
@@ -89,7 +111,11 @@ int String::compare(String const& other) const {
   if (payload_ == other.payload_) return 0;
   if (payload_ == nullptr) return -1;
   if (other.payload_ == nullptr) return 1;
-  return compareTexts(terminatedViewOf(*this), terminatedViewOf(other));
+  wchar const* const a = payload_->str();
+  wchar const* const b = other.payload_->str();
+  int at = strings::mismatchInFront(a, b);
+  if (at == strings::kFrontUnits) at = mismatchBehindFront(*this, other, strings::kernels().mismatch);
+  return orderOf(a[at], b[at]);
 }
 
 int String::compare(wchar const* text) const {
@@ -110,23 +136,14 @@ int String::compare(String const& other) {
 }
 
 bool String::equalsUnits(String const& other) const {
-  TextView const own = terminatedViewOf(*this);
-  TextView const others = terminatedViewOf(other);
-  if (own.size() != others.size()) return compareTexts(own, others) == 0;
-  // If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
-  constexpr int kPart = 2048;
-  wchar const* const a = own.data();
-  wchar const* const b = others.data();
-  int const units = lengthOf(own);
-  for (int from = 0; from < units;) {
-    int const size = std::min(kPart, units - from);
-    if (std::memcmp(a + from, b + from, static_cast<std::size_t>(size) * sizeof(wchar)) != 0) {
-      int const at = from + strings::kernels().mismatch(a + from, b + from, size);
-      return strings::kernels().findUnit(a, 0, at) < at;
-    }
-    from += size;
+  wchar const* const a = payload_->str();
+  wchar const* const b = other.payload_->str();
+  int at = strings::mismatchInFront(a, b);
+  if (at == strings::kFrontUnits) {
+    if (payload_->lazyLength() >= kLong) return equalLongTexts(terminatedViewOf(*this), terminatedViewOf(other));
+    at = mismatchBehindFront(*this, other, strings::kernels().mismatch);
   }
-  return true;
+  return a[at] == b[at];
 }
 
 bool String::compareEquality(String const& other) {
@@ -139,7 +156,11 @@ int String::compareIgnoreCase(String const& other) const {
   if (other.payload_ == nullptr) return payload_ == nullptr ? 0 : 1;
   if (payload_ == nullptr) return -1;
   if (payload_ == other.payload_) return 0;
-  return compareTextsIgnoringCase(terminatedViewOf(*this), terminatedViewOf(other));
+  wchar const* const a = payload_->str();
+  wchar const* const b = other.payload_->str();
+  int at = strings::mismatchIgnoringCaseInFront(a, b);
+  if (at == strings::kFrontUnits) at = mismatchBehindFront(*this, other, strings::kernels().mismatchIgnoringCase);
+  return orderIgnoringCase(a[at], b[at]);
 }
 
 int String::compareIgnoreCase(wchar const* text) const {
@@ -178,17 +199,24 @@ String String::trim(bool left, bool right) const {
 bool String::startsWith(String const& prefix) const {
   int const units = prefix.length();
   if (units > length()) return false;
-  return units == 0 || strings::kernels().mismatch(payload_->str(), prefix.payload_->str(), units) == units;
+  if (units == 0) return true;
+  wchar const* const own = payload_->str();
+  wchar const* const others = prefix.payload_->str();
+  int const at = strings::mismatchFromFront(own, others, units);
+  if (at == units) return true;
+  // Behind an inner NUL the texts are compared on.
+  return own[at] == others[at] && std::memcmp(own, others, static_cast<std::size_t>(units) * sizeof(wchar)) == 0;
 }
 
 bool String::endsWith(String const& suffix, bool ignoreCase) const {
   int const units = suffix.length();
   if (units == 0 || units > length()) return false;
   wchar const* const end = payload_->str() + payload_->length() - units;
-  auto const mismatch = ignoreCase ? strings::kernels().mismatchIgnoringCase : strings::kernels().mismatch;
-  int const at = mismatch(end, suffix, units);
+  wchar const* const wanted = suffix.payload_->str();
+  int const at = ignoreCase ? strings::mismatchIgnoringCaseFromFront(end, wanted, units)
+                            : strings::mismatchFromFront(end, wanted, units);
   // An inner NUL ends both texts.
-  return at == units || strings::kernels().findUnit(end, 0, at) < at;
+  return at == units || (end[at] == 0 && wanted[at] == 0);
 }
 
 namespace {

@@ -20,7 +20,7 @@ inline wstring lowerCase(wstring text) {
 // `a` and `b` have the same size.
 inline int mismatch(wstring const& a, wstring const& b) {
   std::size_t i = 0;
-  while (i < a.size() && a[i] == b[i]) ++i;
+  while (i < a.size() && a[i] == b[i] && a[i] != 0) ++i;
   return static_cast<int>(i);
 }
 

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+//
+// Searches that begin in place give what the scalar kernels give, and read nothing outside their range.
+#include "kvbase/kernels/front_search.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "tests/support/random_text.h"
+
+namespace KV_1_1 {
+namespace testing {
+namespace {
+
+using Units = std::vector<wchar>;
+
+// Two texts of the same length, in exact blocks, that agree but for one unit in most cases.
+struct Pair {
+  Pair(RandomText& random, int length, RandomUnits kind) {
+    wstring const text = random.text(length, kind);
+    first.assign(text.begin(), text.end());
+    second = first;
+    if (length > 0 && !random.oneIn(3)) second[static_cast<std::size_t>(random.below(length))] = random.unit(kind);
+  }
+  Units first;
+  Units second;
+};
+
+template <class Check>
+void forPairs(Check check) {
+  constexpr RandomUnits kKinds[] = {RandomUnits::kFew, RandomUnits::kAscii, RandomUnits::kAny,
+                                    RandomUnits::kAnyWithNul};
+  RandomText random(41);
+  for (int round = 0; round < 20; ++round) {
+    for (int length = 0; length <= 70; ++length) {
+      for (RandomUnits const kind : kKinds) check(random, Pair(random, length, kind), length);
+    }
+  }
+}
+
+TEST(FrontSearch, MismatchIsThatOfTheScalarKernel) {
+  forPairs([](RandomText&, Pair const& pair, int n) {
+    wchar const* const a = pair.first.data();
+    wchar const* const b = pair.second.data();
+    int const expected = strings::kScalarKernels.mismatch(a, b, n);
+    int const folded = strings::kScalarKernels.mismatchIgnoringCase(a, b, n);
+    ASSERT_EQ(strings::mismatchFromFront(a, b, n), expected) << n;
+    ASSERT_EQ(strings::mismatchIgnoringCaseFromFront(a, b, n), folded) << n;
+    if (n < strings::kFrontUnits) return;
+    ASSERT_EQ(strings::mismatchInFront(a, b), std::min(expected, strings::kFrontUnits)) << n;
+    ASSERT_EQ(strings::mismatchIgnoringCaseInFront(a, b), std::min(folded, strings::kFrontUnits)) << n;
+  });
+}
+
+TEST(FrontSearch, UnitIsThatOfTheScalarKernel) {
+  forPairs([](RandomText& random, Pair const& pair, int n) {
+    for (wchar const unit : {KVW('a'), wchar(0), wchar(0xFFFF), random.unit(RandomUnits::kAscii)})
+      ASSERT_EQ(strings::findUnitFromFront(pair.first.data(), unit, n),
+                strings::kScalarKernels.findUnit(pair.first.data(), unit, n))
+          << n;
+  });
+}
+
+TEST(FrontSearch, RangeIsThatOfTheScalarKernel) {
+  forPairs([](RandomText&, Pair const& pair, int n) {
+    ASSERT_EQ(strings::findRangeFromFront(pair.first.data(), n, KVW('0'), KVW('9')),
+              strings::kScalarKernels.findRange(pair.first.data(), n, KVW('0'), KVW('9')))
+        << n;
+    ASSERT_EQ(strings::findRangeFromFront(pair.first.data(), n, KVW('b'), 0x7F),
+              strings::kScalarKernels.findRange(pair.first.data(), n, KVW('b'), 0x7F))
+        << n;
+  });
+}
+
+TEST(FrontSearch, EveryUnitIsInItsRange) {
+  for (int value = 0; value <= 0xFFFF; ++value) {
+    Units const text(8, static_cast<wchar>(value));
+    for (wchar const low : {wchar(0), KVW('-'), KVW('0'), wchar(0x7F)})
+      ASSERT_EQ(strings::findRangeFromFront(text.data(), 8, low, std::max(low, KVW('9'))),
+                strings::kScalarKernels.findRange(text.data(), 8, low, std::max(low, KVW('9'))))
+          << value;
+  }
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace KV_1_1
