@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <clocale>
+#include <cstddef>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -32,12 +33,41 @@ int digitValue(wchar unit) {
   return -1;
 }
 
+bool isAsciiDigit(wchar unit) {
+  return unit >= KVW('0') && unit <= KVW('9');
+}
+
+// ASCII digits at the front of a text, added to `value` modulo 2^64; returns their end.
+wchar const* readAsciiDigits(wchar const* text, std::uint64_t& value) {
+  for (; isAsciiDigit(*text); ++text) value = value * 10 + static_cast<std::uint64_t>(*text - KVW('0'));
+  return text;
+}
+
 struct Magnitude {
   std::uint64_t value;
   bool negative;
   bool tooLarge;
   wchar const* end;  // null if there is no digit
+  wchar const* endOfAscii;
 };
+
+// The digits of any script, with the limit in view.
+template <std::uint64_t kLimit>
+Magnitude readAllDigits(wchar const* const digits, Magnitude number) {
+  number.value = 0;
+  wchar const* text = digits;
+  for (int digit; (digit = digitValue(*text)) >= 0; ++text) {
+    std::uint64_t const added = static_cast<std::uint64_t>(digit);
+    // The division is needed near the limit only.
+    if (number.value < kLimit / 10 || number.value <= (kLimit - added) / 10) {
+      number.value = number.value * 10 + added;
+    } else {
+      number.tooLarge = true;
+    }
+  }
+  if (text != digits) number.end = text;
+  return number;
+}
 
 // Reads sign and digits; tooLarge says that the magnitude exceeds the limit.
 template <std::uint64_t kLimit>
@@ -45,29 +75,21 @@ Magnitude readMagnitude(wchar const* text) {
   while (hasClass(*text, platform::kSpace)) ++text;
   bool const negative = *text == KVW('-');
   if (negative || *text == KVW('+')) ++text;
-  wchar const* const digits = text;
   std::uint64_t value = 0;
-  bool tooLarge = false;
-  for (int digit; (digit = digitValue(*text)) >= 0; ++text) {
-    std::uint64_t const added = static_cast<std::uint64_t>(digit);
-    // The division is needed near the limit only.
-    if (value < kLimit / 10 || value <= (kLimit - added) / 10) {
-      value = value * 10 + added;
-    } else {
-      tooLarge = true;
-    }
-  }
-  return {value, negative, tooLarge, text != digits ? text : nullptr};
+  wchar const* const end = readAsciiDigits(text, value);
+  // 19 digits do not wrap around, and no digit of another script follows an ASCII unit.
+  if (end - text <= 19 && *end < 0x80) return {value, negative, value > kLimit, end != text ? end : nullptr, end};
+  return readAllDigits<kLimit>(text, {0, negative, false, nullptr, end});
 }
 
 template <class Value>
-Value readSigned(wchar const* text) {
+Parsed<Value> readSigned(wchar const* text) {
   // A negative number saturates at the smallest value, whose magnitude is one more than that of the largest.
   constexpr Value kLargest = std::numeric_limits<Value>::max();
   Magnitude const number = readMagnitude<static_cast<std::uint64_t>(kLargest)>(text);
-  if (number.tooLarge) return number.negative ? std::numeric_limits<Value>::min() : kLargest;
+  if (number.tooLarge) return {number.negative ? std::numeric_limits<Value>::min() : kLargest, number.endOfAscii};
   Value const value = static_cast<Value>(number.value);
-  return number.negative ? static_cast<Value>(-value) : value;
+  return {number.negative ? static_cast<Value>(-value) : value, number.endOfAscii};
 }
 
 template <class Value>
@@ -78,6 +100,31 @@ Parsed<Value> readUnsigned(wchar const* text) {
   if (number.tooLarge) return {kLargest, number.end};
   Value const value = static_cast<Value>(number.value);
   return {number.negative ? static_cast<Value>(0 - value) : value, number.end};
+}
+
+// Reads digits with at most one point among them, if that is the whole number and its digits make an exact double. The
+// power of ten is exact too, so the one division rounds as the conversion has to.
+bool readShortDecimal(wchar const* text, Parsed<double>& number) {
+  constexpr int kExactDigits = 15;
+  static constexpr double kPowersOfTen[kExactDigits + 1] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  bool const negative = *text == KVW('-');
+  if (negative || *text == KVW('+')) ++text;
+  std::uint64_t digits = 0;
+  wchar const* end = readAsciiDigits(text, digits);
+  std::ptrdiff_t count = end - text;
+  std::ptrdiff_t places = 0;
+  if (*end == KVW('.')) {
+    wchar const* const fraction = end + 1;
+    end = readAsciiDigits(fraction, digits);
+    places = end - fraction;
+    count += places;
+  }
+  // A letter may go on with an exponent or with hexadecimal digits.
+  if (count == 0 || count > kExactDigits || hasClass(*end, platform::kAlpha)) return false;
+  double const value = static_cast<double>(static_cast<std::int64_t>(digits)) / kPowersOfTen[places];
+  number = {negative ? -value : value, end};
+  return true;
 }
 
 // The units that can belong to a number, as chars with a terminator. They are on the stack unless there are very many.
@@ -146,11 +193,11 @@ int printGeneral(double value, int precision, wchar* out, int capacity) {
   return written;
 }
 
-int readInt(wchar const* text) {
+Parsed<int> readInt(wchar const* text) {
   return readSigned<int>(text);
 }
 
-long long readInt64(wchar const* text) {
+Parsed<long long> readInt64(wchar const* text) {
   return readSigned<long long>(text);
 }
 
@@ -165,6 +212,9 @@ Parsed<std::uint64_t> readUnsigned64(wchar const* text) {
 Parsed<double> readDouble(wchar const* text) {
   wchar const* start = text;
   while (hasClass(*start, platform::kSpace)) ++start;
+  bool const hasPoint = *std::localeconv()->decimal_point == '.';
+  Parsed<double> brief{};
+  if (hasPoint && readShortDecimal(start, brief)) return brief;
   NarrowNumber const narrow(start);
   char const* const first = narrow.begin();
   char const* const digits = first + (*first == '+' || *first == '-' ? 1 : 0);
@@ -172,8 +222,7 @@ Parsed<double> readDouble(wchar const* text) {
   // from_chars is the faster one, but it does not accept a plus sign, the prefix of hexadecimal numbers or a locale's
   // decimal point, and it gives no value when a number is out of range. strtod does the rest.
   double value = 0;
-  bool const plain =
-      *digits != '+' && *digits != '-' && !isHexadecimal(digits) && *std::localeconv()->decimal_point == '.';
+  bool const plain = *digits != '+' && *digits != '-' && !isHexadecimal(digits) && hasPoint;
   if (plain) {
     auto const [end, error] = std::from_chars(digits, narrow.end(), value);
     if (error == std::errc::invalid_argument) return {0, text};

@@ -48,7 +48,7 @@ void stepIndex(String& text, int step) {
     return;
   }
   std::uint32_t const stepped =
-      static_cast<std::uint32_t>(strings::readInt(unitsOf(text) + start)) + static_cast<std::uint32_t>(step);
+      static_cast<std::uint32_t>(strings::readInt(unitsOf(text) + start).value) + static_cast<std::uint32_t>(step);
   DecimalText const decimal(static_cast<long long>(static_cast<std::int32_t>(stepped)));
   TextView const number(decimal.units(), static_cast<std::size_t>(decimal.length()));
   long long const newLength = static_cast<long long>(start) + decimal.length();
@@ -78,8 +78,12 @@ void extract(String& text, Value& value, Convert convert) {
 template <class Value, class Read>
 void extractSigned(String& text, Value& value, Read read) {
   extract(text, value, [&](int start) {
-    value = static_cast<Value>(read(unitsOf(text) + start));
-    int const end = text.findNonSignedDigit(start);
+    wchar const* const units = text;
+    auto const number = read(units + start);
+    value = static_cast<Value>(number.value);
+    // Its sign and its ASCII digits need no search.
+    int const searched = units[start] == KVW('+') ? start : static_cast<int>(number.end - units);
+    int const end = text.findNonSignedDigit(searched);
     if (end < 0) {
       text = String::EMPTY;
     } else {
@@ -133,7 +137,7 @@ void extractQuoted(String& text, String& token) {
 unsigned int String::getIndex() const {
   TextView const text = viewOf(*this);
   int const start = indexStart(text);
-  return start < lengthOf(text) ? static_cast<unsigned int>(strings::readInt(text.data() + start)) : 0;
+  return start < lengthOf(text) ? static_cast<unsigned int>(strings::readInt(text.data() + start).value) : 0;
 }
 
 void String::setIndex(unsigned int index) {
@@ -179,7 +183,10 @@ String& String::operator>>(int& value) {
 }
 
 String& String::operator>>(long& value) {
-  extractSigned(*this, value, [](wchar const* text) { return static_cast<std::int32_t>(strings::readInt64(text)); });
+  extractSigned(*this, value, [](wchar const* text) {
+    auto const number = strings::readInt64(text);
+    return strings::Parsed<std::int32_t>{static_cast<std::int32_t>(number.value), number.end};
+  });
   return *this;
 }
 
@@ -228,7 +235,7 @@ String& String::operator>>(bool& value) {
   extract(*this, value, [&](int start) {
     wchar const* const text = &(*this)[start];
     bool const isWord = hasClass(*text, platform::kAlpha);
-    value = isWord ? beginsWith(text, KVW("true")) : strings::readInt(text) != 0;
+    value = isWord ? beginsWith(text, KVW("true")) : strings::readInt(text).value != 0;
     if (!isWord) {
       *this = substr(start + 1, -1);
     } else if (value) {

@@ -36,17 +36,20 @@ class DecimalText {
 // REQUIRES: the value is finite.
 int printGeneral(double value, int precision, wchar* out, int capacity);
 
-// The number at the front of a text; 0 if there is none. Both saturate at the limits of their result (_wtoi, _wtoi64).
-int readInt(wchar const* text);
-long long readInt64(wchar const* text);
-
-// An unsigned number at the front of a text, and its end; 0 and the text itself if there is none. Both saturate at the
-// largest value, and a minus sign negates modulo 2^32 or 2^64 (wcstoul, _wcstoui64).
+// A number at the front of a text, and an end.
 template <class Value>
 struct Parsed {
   Value value;
   wchar const* end;
 };
+
+// The number; 0 if there is none. Both saturate at the limits of their result (_wtoi, _wtoi64). The end is that of the
+// ASCII digits behind white space and sign, of which there may be none; digits of other scripts stand further on.
+Parsed<int> readInt(wchar const* text);
+Parsed<long long> readInt64(wchar const* text);
+
+// An unsigned number and its end; 0 and the text itself if there is none. Both saturate at the largest value, and a minus
+// sign negates modulo 2^32 or 2^64 (wcstoul, _wcstoui64).
 Parsed<std::uint32_t> readUnsigned32(wchar const* text);
 Parsed<std::uint64_t> readUnsigned64(wchar const* text);
 
