@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
   KV_1_1::bench::addPaths();
   KV_1_1::bench::addObjects();
   KV_1_1::bench::addModules();
+  KV_1_1::bench::addModuleStart();
   KV_1_1::bench::addSymbols();
   KV_1_1::bench::addDiagnostics();
   KV_1_1::bench::addDisk();

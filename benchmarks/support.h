@@ -43,6 +43,7 @@ void addObjects();
 void addDisk();
 void addDiskChanges();
 void addModules();
+void addModuleStart();
 void addSymbols();
 void addDiagnostics();
 

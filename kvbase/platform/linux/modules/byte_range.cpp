@@ -50,7 +50,11 @@ FilePages::Page const* FilePages::page(std::uint64_t number) {
     return page.get();
   }
   page->number = number;
-  page->size = readAt(file_.get(), number * kPageSize, kPageSize, page->bytes);
+  std::uint64_t const offset = number * kPageSize;
+  std::uint64_t const rest = size_ > offset ? size_ - offset : 0;
+  // A read beyond the end would be one more call.
+  std::size_t const size = static_cast<std::size_t>(std::min<std::uint64_t>(rest, kPageSize));
+  page->size = readAt(file_.get(), offset, size, page->bytes);
   return page.get();
 }
 
