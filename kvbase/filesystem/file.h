@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "kvbase/core/smart_ptr.h"
 #include "kvbase/export.h"
@@ -13,6 +14,9 @@
 class IProgress;
 
 namespace KV_1_1 {
+
+class FileIterator;
+class FileSystemIterator;
 
 // A file path: a directory, a base name, and the extension behind the last dot. See FileSystemItem for ownership,
 // threads and failure.
@@ -146,16 +150,17 @@ class KVBASE_API File : public FileSystemItem {
 
  private:
   friend class Directory;
+  friend class FileIterator;
+  friend class FileSystemIterator;
 
   // Base name and extension NIL, in a default directory.
   File();
   // Base name and extension NIL, in this directory, which may be null.
   explicit File(SmartPtr<Directory const> directory);
 
-  // The two-argument fromString for a directory that may be null.
+  // The two-argument fromString for a directory that may be null; and for a name that is no String yet.
   static SmartPtr<File> inDirectory(Directory const* directory, String const& name);
-  // setName with the text from an index on.
-  void splitName(String const& text, int from);
+  static SmartPtr<File> named(SmartPtr<Directory const> directory, std::basic_string_view<wchar> name);
 
   String baseName_;
   SmartPtr<Directory const> directory_;

@@ -51,7 +51,7 @@ SmartPtr<FileSystemItem const> FileSystemIterator::getNext() {
   if (atDirectory()) {
     item = directory_->appendLevel(findData_.name);
   } else {
-    item = File::fromString(*directory_, findData_.name);
+    item = File::named(directory_, viewOf(findData_.name));
   }
   next();
   return item;
@@ -68,7 +68,7 @@ SmartPtr<Directory const> DirectoryIterator::getNext() {
 SmartPtr<File const> FileIterator::getNext() {
   while (!finished_ && atDirectory()) next();
   if (finished_) return nullptr;
-  SmartPtr<File const> item = File::fromString(*directory_, findData_.name);
+  SmartPtr<File const> item = File::named(directory_, viewOf(findData_.name));
   next();
   return item;
 }

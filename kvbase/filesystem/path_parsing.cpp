@@ -2,6 +2,7 @@
 //
 // Parses texts to paths. The caller's text is read in place, slashes as backslashes, and nothing is allocated but what
 // the path holds; only a message makes a copy with replaced slashes.
+#include <algorithm>
 #include <utility>
 
 #include "kvbase/filesystem/directory.h"
@@ -21,6 +22,10 @@ bool isSeparator(wchar unit) {
   return (nameClassesOf(unit) & kSeparator) != 0;
 }
 
+bool isInNames(wchar unit) {
+  return (nameClassesOf(unit) & (kReserved | kWildcard)) == 0;
+}
+
 // A text up to its first NUL.
 TextView untilNul(String const& text) {
   TextView const units = viewOf(text);
@@ -38,11 +43,23 @@ bool cutPrefix(TextView& text, TextView prefix) {
   return true;
 }
 
+String textOf(TextView units) {
+  return units.empty() ? String::EMPTY : String(units.data(), lengthOf(units));
+}
+
 // The text as a message shows it.
 String shown(TextView text) {
   String copy(text.data(), static_cast<int>(text.size()));
   copy.replace(KVW('/'), KVW('\\'));
   return copy;
+}
+
+// Where the last of some levels begins, each of which has a separator behind it.
+// REQUIRES: there is one.
+wchar* lastLevel(wchar* begin, wchar* end) {
+  do --end;
+  while (end != begin && end[-1] != KVW('\\'));
+  return end;
 }
 
 enum class Levels { kValid, kInvalid, kBeyondRoot };
@@ -56,27 +73,20 @@ Levels appendLevels(TextView text, bool resolve, TextBuilder& output) {
   bool isBeyondRoot = false;
   for (std::size_t at = 0; at < text.size(); ++at) {
     wchar* const level = end;
-    unsigned int inside = 0;
-    unsigned int last = 0;
-    for (; at < text.size(); ++at) {
-      unsigned int const classes = nameClassesOf(text[at]);
-      if ((classes & kSeparator) != 0) break;
-      inside |= classes;
-      last = classes;
-      *end++ = text[at];
-    }
+    for (; at < text.size() && isInNames(text[at]); ++at) *end++ = text[at];
+    if (at < text.size() && !isSeparator(text[at])) return Levels::kInvalid;
     if (end == level) continue;
-    int const dots = dotsIn(TextView(level, static_cast<std::size_t>(end - level)));
-    bool const isValid = dots != 0 || ((inside & (kReserved | kWildcard)) == 0 && (last & kBadAtEnd) == 0);
-    if (!isValid) return Levels::kInvalid;
-    if (!resolve || dots == 0) {
-      *end++ = KVW('\\');
-      continue;
+    if ((nameClassesOf(end[-1]) & kBadAtEnd) != 0) {
+      int const dots = dotsIn(TextView(level, static_cast<std::size_t>(end - level)));
+      if (dots == 0) return Levels::kInvalid;
+      if (resolve) {
+        end = level;
+        if (dots == 2 && end == begin) isBeyondRoot = true;
+        if (dots == 2 && end != begin) end = lastLevel(begin, end);
+        continue;
+      }
     }
-    end = level;
-    if (dots == 2 && end == begin) isBeyondRoot = true;
-    if (dots == 2 && end != begin)
-      end -= lastLevelOf(TextView(begin, static_cast<std::size_t>(end - begin))).size() + 1;
+    *end++ = KVW('\\');
   }
   if (isBeyondRoot) return Levels::kBeyondRoot;
   output.extend(static_cast<int>(end - begin));
@@ -185,22 +195,25 @@ SmartPtr<File> File::inDirectory(Directory const* directory, String const& name)
   return file;
 }
 
+SmartPtr<File> File::named(SmartPtr<Directory const> directory, std::basic_string_view<wchar> name) {
+  if (!isValidFileName(name)) return nullptr;
+  SmartPtr<File> file(new File(std::move(directory)));
+  std::size_t const dot = std::min(name.rfind(KVW('.')), name.size());
+  file->baseName_ = textOf(name.substr(0, dot));
+  file->extension_ = textOf(name.substr(std::min(dot + 1, name.size())));
+  return file;
+}
+
 SmartPtr<File> File::fromString(String const& text) {
   TextView const units = untilNul(text);
   std::size_t begin = units.size();
   while (begin > 0 && !isSeparator(units[begin - 1]) && units[begin - 1] != KVW(':')) --begin;
 
-  SmartPtr<Directory const> directory;
-  if (begin > 0) {
-    directory = Directory::fromText(units.substr(0, begin));
-    if (directory == nullptr) return nullptr;
-  }
+  if (begin == 0) return inDirectory(SmartPtr<Directory const>(new Directory).get(), text);
+  SmartPtr<Directory const> directory = Directory::fromText(units.substr(0, begin));
+  if (directory == nullptr) return nullptr;
   // The name is read by its length, so that a NUL makes it invalid.
-  if (!isValidFileName(viewOf(text).substr(begin))) return nullptr;
-  if (begin == 0) directory = new Directory;
-  SmartPtr<File> file(new File(std::move(directory)));
-  file->splitName(text, static_cast<int>(begin));
-  return file;
+  return named(std::move(directory), viewOf(text).substr(begin));
 }
 
 }  // namespace KV_1_1

@@ -87,14 +87,10 @@ String const File::getName() const {
 }
 
 void File::setName(String const& name) {
-  splitName(name, 0);
-}
-
-void File::splitName(String const& text, int from) {
-  int const dot = text.findLastOf(KVW('.'), from);
+  int const dot = name.findLastOf(KVW('.'), 0);
   // Without a dot the text is shared; NIL stays NIL.
-  String baseName = dot < 0 && from == 0 ? text : text.substr(from, dot);
-  String extension = dot < 0 ? String::EMPTY : text.substr(dot + 1);
+  String baseName = dot < 0 ? name : name.substr(0, dot);
+  String extension = dot < 0 ? String::EMPTY : name.substr(dot + 1);
   baseName_ = std::move(baseName);
   extension_ = std::move(extension);
 }

@@ -119,6 +119,18 @@ TEST(PathParsing, FilesOfADirectoryAndAName) {
   EXPECT_EQ(messages.take(), Texts());
 }
 
+TEST(PathParsing, AFileSharesANameWithoutADot) {
+  SmartPtr<Directory const> const directory = directoryAt(KVW("C:\\a"));
+  String const name(KVW("name"));
+  auto const unitsOf = [](String const& text) { return static_cast<wchar const*>(text); };
+  EXPECT_EQ(unitsOf(File::fromString(name)->getBaseName()), unitsOf(name));
+  EXPECT_EQ(unitsOf(File::fromString(*directory, name)->getBaseName()), unitsOf(name));
+  SmartPtr<File> const file = File::fromString(*directory, String(KVW("a.b")));
+  file->setName(name);
+  EXPECT_EQ(unitsOf(file->getName()), unitsOf(name));
+  EXPECT_EQ(unitsOf(file->getExtension()), unitsOf(String::EMPTY));
+}
+
 TEST(PathParsing, AFileSharesItsDirectory) {
   SmartPtr<Directory const> const directory = directoryAt(KVW(R"(C:\a)"));
   {

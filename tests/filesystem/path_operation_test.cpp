@@ -159,6 +159,8 @@ TEST(PathAllocation, APathIsAnObjectAndOneText) {
   String const text(KVW("C:\\a\\b\\c\\d\\..\\e\\f\\g\\h")), level(KVW("x"));
   SmartPtr<Directory const> const directory = directoryAt(text);
   SmartPtr<Directory> const changed = Directory::fromString(text);
+  String const fileText(KVW("C:\\a\\b\\..\\c.txt")), dotted(KVW("c.txt"));
+  SmartPtr<File const> const file = fileAt(fileText);
   SmartPtr<Directory const> const other = directoryAt(KVW("C:\\a\\x"));
   Row const rows[] = {
       {"fromString", 2, [&] { Directory::fromString(text); }},
@@ -174,6 +176,10 @@ TEST(PathAllocation, APathIsAnObjectAndOneText) {
       {"getFullNameUnix", 1, [&] { directory->getFullNameUnix(); }},
       {"getName", 1, [&] { directory->getName(); }},
       {"getRoot", 1, [&] { directory->getRoot(); }},
+      {"File::fromString, a path", 5, [&] { File::fromString(fileText); }},
+      {"File::fromString, a name with a dot", 3, [&] { File::fromString(*directory, dotted); }},
+      {"File::fromString, a name without a dot", 1, [&] { File::fromString(*directory, level); }},
+      {"File::getFullName", 1, [&] { file->getFullName(); }},
   };
   for (Row const& row : rows) {
     AllocationFailure counter(0);
