@@ -41,7 +41,7 @@ std::size_t commonLevels(TextView a, TextView b) {
 }  // namespace
 
 String Directory::getRoot() const {
-  return rootUnits_ > 0 ? path_.substr(0, rootUnits_) : String::NIL;
+  return rootUnits_ > 0 ? String(static_cast<wchar const*>(path_), rootUnits_) : String::NIL;
 }
 
 SmartPtr<Directory const> Directory::getParent() const {
