@@ -52,7 +52,8 @@ struct TextKernels {
 
   // First index below n that holds a unit beyond U+00FF; n if there is none.
   int (*findBeyondLatin1)(wchar const* units, int n);
-  // Copies n bytes as units of the same number, up to the first byte of the range; returns how many. There is room for n.
+  // Copies n bytes as units of the same number, up to the first byte of the range; returns how many. There is room for
+  // n.
   int (*widen)(char const* bytes, int n, ByteRange except, wchar* units);
   // Copies n units as bytes of the same number, up to the first one beyond U+00FF or of the range; returns how many.
   // There is room for n.

@@ -48,6 +48,10 @@ struct KeepTable {
 };
 constexpr KeepTable kKeep;
 
+inline __m128i ofFour(unsigned int value) {
+  return _mm_set1_epi32(static_cast<int>(value));
+}
+
 inline __m128i load128(void const* from) {
   return _mm_loadu_si128(static_cast<__m128i const*>(from));
 }
@@ -82,9 +86,15 @@ struct Avx2Vector {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), packed);
   }
 
+  static constexpr bool kConvertsRuns = true;
+  // Eight units as UTF-8, if they are all below U+0800, or all of three bytes, or all pairs; returns how many bytes that
+  // makes, 0 if they are mixed. Up to eight bytes more are written.
+  static int toUtf8(wchar const* units, char* bytes) {
+    if (int const size = toShortUtf8(units, bytes)) return size;
+    return toLongUtf8(units, bytes) ? 24 : toFourBytes(units, bytes) ? 16 : 0;
+  }
   // Eight units below U+0800 as UTF-8; returns how many bytes that makes, 0 if there is another unit among them.
   // Sixteen bytes are written.
-  static constexpr bool kConvertsRuns = true;
   static int toShortUtf8(wchar const* units, char* bytes) {
     __m128i const block = load128(units);
     if (_mm_testz_si128(block, _mm_set1_epi16(static_cast<short>(0xF800))) == 0) return 0;
@@ -111,6 +121,21 @@ struct Avx2Vector {
     sequences = _mm256_shuffle_epi8(sequences, order);
     store128(bytes, _mm256_castsi256_si128(sequences));
     store128(bytes + 12, _mm256_extracti128_si256(sequences, 1));
+    return true;
+  }
+  // Four pairs of surrogates as UTF-8, of four bytes each; false if that is not what the next eight units are.
+  static bool toFourBytes(wchar const* units, char* bytes) {
+    __m128i const pairs = load128(units);
+    __m128i const marks = _mm_and_si128(pairs, ofFour(0xFC00FC00));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(marks, ofFour(0xDC00D800))) != 0xFFFF) return false;
+    __m128i const high = _mm_slli_epi32(_mm_and_si128(pairs, ofFour(0x3FF)), 10);
+    __m128i const low = _mm_and_si128(_mm_srli_epi32(pairs, 16), ofFour(0x3FF));
+    __m128i const codes = _mm_add_epi32(_mm_or_si128(high, low), ofFour(0x10000));
+    __m128i sequences = _mm_or_si128(_mm_srli_epi32(codes, 18), ofFour(0x808080F0));
+    sequences = _mm_or_si128(sequences, _mm_and_si128(_mm_srli_epi32(codes, 4), ofFour(0x3F00)));
+    sequences = _mm_or_si128(sequences, _mm_and_si128(_mm_slli_epi32(codes, 10), ofFour(0x3F0000)));
+    sequences = _mm_or_si128(sequences, _mm_and_si128(_mm_slli_epi32(codes, 24), ofFour(0x3F000000)));
+    store128(bytes, sequences);
     return true;
   }
   // The characters of one and two bytes that begin in the next sixteen bytes, given to the sink; returns how many bytes
@@ -153,6 +178,23 @@ struct Avx2Vector {
     codes = _mm256_or_si256(codes, _mm256_srli_epi32(_mm256_and_si256(sequences, _mm256_set1_epi32(0xF0000)), 4));
     units = _mm_packus_epi32(_mm256_castsi256_si128(codes), _mm256_extracti128_si256(codes, 1));
     return haveThreeBytes(_mm_and_si128(units, _mm_set1_epi16(static_cast<short>(0xF800))));
+  }
+  // Four sequences of four bytes; false if that is not what the next sixteen bytes are.
+  static bool fromFourBytes(char const* bytes, __m128i& units) {
+    __m128i const order = _mm_setr_epi8(3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12);
+    __m128i const sequences = _mm_shuffle_epi8(load128(bytes), order);
+    __m128i const marks = _mm_and_si128(sequences, ofFour(0xF8C0C0C0));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi32(marks, ofFour(0xF0808080))) != 0xFFFF) return false;
+    __m128i codes = _mm_and_si128(sequences, ofFour(0x3F));
+    codes = _mm_or_si128(codes, _mm_and_si128(_mm_srli_epi32(sequences, 2), ofFour(0xFC0)));
+    codes = _mm_or_si128(codes, _mm_and_si128(_mm_srli_epi32(sequences, 4), ofFour(0x3F000)));
+    codes = _mm_or_si128(codes, _mm_and_si128(_mm_srli_epi32(sequences, 6), ofFour(0x1C0000)));
+    // Twenty bits, or the sequence is over-long or beyond the last character.
+    codes = _mm_sub_epi32(codes, ofFour(0x10000));
+    if (_mm_testz_si128(codes, ofFour(0xFFF00000)) == 0) return false;
+    __m128i const low = _mm_slli_epi32(_mm_and_si128(codes, ofFour(0x3FF)), 16);
+    units = _mm_or_si128(_mm_or_si128(_mm_srli_epi32(codes, 10), low), ofFour(0xDC00D800));
+    return true;
   }
   // Whether units whose upper five bits these are take three bytes: they are neither below U+0800 nor surrogates.
   static bool haveThreeBytes(__m128i upperBits) {

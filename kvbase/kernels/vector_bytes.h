@@ -13,22 +13,30 @@ namespace KV_1_1 {
 namespace strings {
 namespace {
 
-template <class V>
-bool isLatin1(typename V::Register units) {
-  return zeros<V>(V::bitAnd(units, V::of(0xFF00))) == kAllUnits<V>;
+// Whether no unit is beyond the limit, which is a power of two less one.
+template <class V, int kLimit>
+bool areWithin(typename V::Register units) {
+  return zeros<V>(V::bitAnd(units, V::of(0xFFFF - kLimit))) == kAllUnits<V>;
 }
 
-template <class V>
-int findBeyondLatin1(wchar const* units, int n) {
+// First index below n that holds a unit beyond the limit; n if there is none.
+template <class V, int kLimit>
+int findBeyond(wchar const* units, int n) {
   constexpr int kUnits = V::kUnits;
   int i = 0;
   for (; i + 4 * kUnits <= n; i += 4 * kUnits) {
     auto const front = V::bitOr(V::load(units + i), V::load(units + i + kUnits));
     auto const back = V::bitOr(V::load(units + i + 2 * kUnits), V::load(units + i + 3 * kUnits));
-    if (!isLatin1<V>(V::bitOr(front, back))) break;
+    if (!areWithin<V, kLimit>(V::bitOr(front, back))) break;
   }
-  while (i + kUnits <= n && isLatin1<V>(V::load(units + i))) i += kUnits;
-  return i + findBeyondLatin1Scalar(units + i, n - i);
+  while (i + kUnits <= n && areWithin<V, kLimit>(V::load(units + i))) i += kUnits;
+  while (i < n && units[i] <= kLimit) ++i;
+  return i;
+}
+
+template <class V>
+int findBeyondLatin1(wchar const* units, int n) {
+  return findBeyond<V, 0xFF>(units, n);
 }
 
 // A test of whether any byte of a register lies in a range. The range is moved to the lowest signed numbers, so one
@@ -48,16 +56,21 @@ class RangeTest {
   typename V::Register end_;  // the last byte of the range
 };
 
+// A rest that does not fill a vector is covered by one that overlaps the bytes before it; a text shorter than a vector is
+// left to the narrower vector.
 template <class V>
 int widen(char const* bytes, int n, ByteRange except, wchar* units) {
   constexpr int kBytes = 2 * V::kUnits;
   RangeTest<V> const hasException(except);
-  int i = 0;
-  for (; i + kBytes <= n; i += kBytes) {
+  auto const copies = [=](int i) {
     auto const block = V::loadBytes(bytes + i);
-    if (hasException(block)) break;
+    if (hasException(block)) return false;
     V::storeWidened(units + i, block);
-  }
+    return true;
+  };
+  int i = 0;
+  while (i + kBytes <= n && copies(i)) i += kBytes;
+  if (i + kBytes > n && n >= kBytes && (i == n || copies(n - kBytes))) return n;
   if constexpr (kNarrowest<V>) {
     return i + widenScalar(bytes + i, n - i, except, units + i);
   } else {
@@ -69,15 +82,18 @@ template <class V>
 int narrow(wchar const* units, int n, ByteRange except, char* bytes) {
   constexpr int kBytes = 2 * V::kUnits;
   RangeTest<V> const hasException(except);
-  int i = 0;
-  for (; i + kBytes <= n; i += kBytes) {
+  auto const copies = [=](int i) {
     auto const front = V::load(units + i);
     auto const back = V::load(units + i + V::kUnits);
-    if (!isLatin1<V>(V::bitOr(front, back))) break;
+    if (!areWithin<V, 0xFF>(V::bitOr(front, back))) return false;
     auto const block = V::narrowed(front, back);
-    if (hasException(block)) break;
+    if (hasException(block)) return false;
     V::storeBytes(bytes + i, block);
-  }
+    return true;
+  };
+  int i = 0;
+  while (i + kBytes <= n && copies(i)) i += kBytes;
+  if (i + kBytes > n && n >= kBytes && (i == n || copies(n - kBytes))) return n;
   if constexpr (kNarrowest<V>) {
     return i + narrowScalar(units + i, n - i, except, bytes + i);
   } else {

@@ -6,8 +6,12 @@
 
 #include <emmintrin.h>
 
+#include <cstring>
+
+#include "kvbase/internal_assert.h"
 #include "kvbase/kernels/scalar_kernels.h"
 #include "kvbase/kernels/utf8_character.h"
+#include "kvbase/kernels/vector_bytes.h"
 #include "kvbase/kernels/vector_kernels.h"
 #include "kvbase/text_unit.h"
 
@@ -18,11 +22,7 @@ namespace {
 // Size of UTF-16 text in UTF-8: a byte for each unit, one more from U+0080 and from U+0800 on, two less for a pair.
 template <class V>
 long long utf8Size(wchar const* units, int n) {
-  int i = 0;
-  while (i + V::kUnits <= n &&
-         V::mask(V::equal(V::bitAnd(V::load(units + i), V::of(0xFF80)), V::zero())) == kAllUnits<V>) {
-    i += V::kUnits;
-  }
+  int i = findBeyond<V, 0x7F>(units, n);
   long long size = i;  // of ASCII so far
   // One unit more than the vector is read, to see the other half of a pair.
   while (i + V::kUnits < n) {
@@ -45,57 +45,93 @@ long long utf8Size(wchar const* units, int n) {
   return size + utf8SizeScalar(units + i, n - i);
 }
 
+constexpr ByteRange kBeyondAscii = {0x80, 0xFF};
+
+// So many units or bytes may be read from any place in front of which the functions below stop.
+constexpr int kUnitsAhead = 16;
+constexpr int kBytesAhead = 40;
+
+// The last part of a text, followed by NULs that may be read ahead. They stand for themselves.
+template <class T, int kAhead>
+struct PaddedEnd {
+  T text[2 * kAhead] = {};
+
+  PaddedEnd(T const* from, int n) {
+    KVBASE_ASSERT(n < kAhead);
+    std::memcpy(text, from, static_cast<std::size_t>(n) * sizeof(T));
+  }
+};
+
+// Converts the characters that begin at i or later and in front of `stop`; returns where the next one begins. Up to eight
+// bytes more than count are written.
 template <class V>
-long long toUtf8(wchar const* units, int n, char* bytes) {
-  char* end = bytes;
-  for (int i = 0; i < n;) {
-    for (; i + V::kUnits <= n; i += V::kUnits, end += V::kUnits) {
+int toUtf8Until(int stop, wchar const* units, int i, char*& end) {
+  while (i < stop) {
+    for (; i < stop; i += V::kUnits, end += V::kUnits) {
       auto const block = V::load(units + i);
-      if (V::mask(V::bitNot(V::equal(V::bitAnd(block, V::of(0xFF80)), V::zero()))) != 0) break;
+      if (zeros<V>(V::bitAnd(block, V::of(0xFF80))) != kAllUnits<V>) break;
       V::storeNarrow(end, block);
     }
     if constexpr (V::kConvertsRuns) {
-      // Eight units at a time. More bytes are written than count; at least eight more units follow, so there is room.
-      int size = 0;
-      while (i + 16 <= n) {
-        size = V::toShortUtf8(units + i, end);
-        if (size == 0 && V::toLongUtf8(units + i, end)) size = 24;
-        if (size == 0) break;
-        i += 8;
+      // Eight units at a time, but back to ASCII behind eight of it.
+      int size = 1;
+      while (i < stop && size != 0 && size != 8) {
+        size = V::toUtf8(units + i, end);
         end += size;
-        if (size == 8) break;
+        if (size != 0) i += 8;
       }
-      if (size == 8) continue;  // back to ASCII
+      if (size == 8) continue;
     }
     // Other characters come in runs too, so the next vector is tried only behind as many of them as a vector has units.
-    for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
-      Utf16Character const character = readUtf16(units + i, n - i);
+    for (int const next = i + V::kUnits < stop ? i + V::kUnits : stop; i < next;) {
+      Utf16Character const character = readUtf16(units + i, 2);
       end = writeUtf8(character.code, end);
       i += character.units;
     }
   }
-  return end - bytes;
+  return i;
 }
 
-// Reads UTF-8 piece by piece. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a
-// time by units(block, count), and any one character by character(code).
+template <class V>
+long long toUtf8(wchar const* units, int n, char* bytes) {
+  int const ascii = narrow<V>(units, n, kBeyondAscii, bytes);
+  if (ascii == n) return n;
+  char* end = bytes + ascii;
+  int const i = toUtf8Until<V>(n - kUnitsAhead + 1, units, ascii, end);
+  if (n - i < kFew) return end - bytes + toUtf8Scalar(units + i, n - i, end);
+  PaddedEnd<wchar, kUnitsAhead> const rest(units + i, n - i);
+  char last[6 * kUnitsAhead];
+  char* lastEnd = last;
+  int const read = toUtf8Until<V>(n - i, rest.text, 0, lastEnd);
+  lastEnd -= read - (n - i);  // without the NULs
+  std::memcpy(end, last, static_cast<std::size_t>(lastEnd - last));
+  return end - bytes + (lastEnd - last);
+}
+
+// Reads the characters that begin at i or later and in front of `stop`; returns where the next one begins. A Sink takes
+// V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time by units(block, count), and any one
+// character by character(code).
 template <class V, class Sink>
-void readUtf8Text(char const* bytes, int n, Sink& sink) {
-  for (int i = 0; i < n;) {
-    for (; i + V::kUnits <= n && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
+int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
+  while (i < stop) {
+    for (; i < stop && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
     if constexpr (V::kConvertsRuns) {
       __m128i block;
-      for (; i + 28 <= n && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
-      // Blocks of fewer units are written whole. The 24 bytes behind them decode to at least eight units, so there is
+      // These two read less and write exactly what counts, so they may go on to the end of what is readable.
+      int const readable = stop - 1 + kBytesAhead;
+      for (; i + 16 <= readable && V::fromFourBytes(bytes + i, block); i += 16) sink.units(block, 8);
+      for (; i + 28 <= readable && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
+      // Blocks of fewer units are written whole. The 23 bytes behind them decode to at least eight units, so there is
       // room.
-      for (int taken = 1; i + 40 <= n && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
+      for (int taken = 1; i < stop && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
     }
-    for (int stop = i + V::kUnits < n ? i + V::kUnits : n; i < stop;) {
-      Utf8Character const character = readUtf8(bytes + i, n - i);
+    for (int const next = i + V::kUnits < stop ? i + V::kUnits : stop; i < next;) {
+      Utf8Character const character = readUtf8(bytes + i, 4);
       sink.character(character.code);
       i += character.bytes;
     }
   }
+  return i;
 }
 
 template <class V>
@@ -125,15 +161,26 @@ struct UnitWriter {
 template <class V>
 int utf16Size(char const* bytes, int n) {
   UnitCounter<V> counter;
-  readUtf8Text<V>(bytes, n, counter);
-  return counter.size;
+  int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, 0, counter);
+  PaddedEnd<char, kBytesAhead> const rest(bytes + i, n - i);
+  int const read = readUtf8Until<V>(n - i, rest.text, 0, counter);
+  return counter.size - (read - (n - i));  // without the NULs
 }
 
 template <class V>
 int fromUtf8(char const* bytes, int n, wchar* units) {
-  UnitWriter<V> writer{units};
-  readUtf8Text<V>(bytes, n, writer);
-  return static_cast<int>(writer.end - units);
+  int const ascii = widen<V>(bytes, n, kBeyondAscii, units);
+  if (ascii == n) return n;
+  UnitWriter<V> writer = {units + ascii};
+  int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, ascii, writer);
+  if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end);
+  PaddedEnd<char, kBytesAhead> const rest(bytes + i, n - i);
+  wchar last[2 * kBytesAhead];
+  UnitWriter<V> lastWriter = {last};
+  int const read = readUtf8Until<V>(n - i, rest.text, 0, lastWriter);
+  lastWriter.end -= read - (n - i);  // without the NULs
+  std::memcpy(writer.end, last, static_cast<std::size_t>(lastWriter.end - last) * sizeof(wchar));
+  return static_cast<int>(writer.end - units + (lastWriter.end - last));
 }
 
 }  // namespace

@@ -11,13 +11,14 @@
 
 #include "kvbase/internal_assert.h"
 #include "kvbase/kernels/front_search.h"
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
 
 namespace KV_1_1 {
 
 namespace strings {
-BlockAllocator blockAllocator = {&std::malloc, &std::free};
+BlockAllocator blockAllocator = {&std::malloc, &std::realloc, &std::free};
 }  // namespace strings
 
 namespace {
@@ -45,14 +46,44 @@ void copyUnits(wchar* to, wchar const* from, int units) {
   }
 }
 
+std::size_t blockSize(long long capacity) {
+  std::size_t const units = std::max(static_cast<std::size_t>(capacity) + 1, std::size_t{strings::kFrontUnits});
+  return sizeof(StringVal) + units * sizeof(wchar);
+}
+
 // Memory for a payload with room for `capacity` units and a terminator: the one place that limits the length of a text.
 inline void* newBlock(long long capacity) {
   KVBASE_ASSERT(capacity >= 0);
   if (capacity > INT_MAX) throw std::bad_alloc();
-  std::size_t const units = std::max(static_cast<std::size_t>(capacity) + 1, std::size_t{strings::kFrontUnits});
-  void* const place = strings::blockAllocator.allocate(sizeof(StringVal) + units * sizeof(wchar));
+  void* const place = strings::blockAllocator.allocate(blockSize(capacity));
   if (place == nullptr) throw std::bad_alloc();
   return place;
+}
+
+// The block of a payload, cut to a smaller capacity.
+void* cutBlock(void* block, int capacity) {
+  void* const cut = strings::blockAllocator.cut(block, blockSize(capacity));
+  return cut != nullptr ? cut : block;
+}
+
+// Units as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text is encoded
+// on the stack; a long one is taken for ASCII until another character comes.
+char* newUtf8(wchar const* units, int n) {
+  constexpr strings::ByteRange kBeyondAscii = {0x80, 0xFF};
+  char brief[256];
+  if (n <= static_cast<int>(sizeof brief) / 3) {
+    std::size_t const size = static_cast<std::size_t>(strings::kernels().toUtf8(units, n, brief));
+    return static_cast<char*>(std::memcpy(new char[size], brief, size));
+  }
+  std::unique_ptr<char[]> ascii(new char[static_cast<std::size_t>(n)]);
+  int const front = strings::kernels().narrow(units, n, kBeyondAscii, ascii.get());
+  if (front == n) return ascii.release();
+  long long const rest = strings::kernels().utf8Size(units + front, n - front);
+  if (rest > INT_MAX - front) return nullptr;
+  std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(front + rest)]);
+  std::memcpy(copy.get(), ascii.get(), static_cast<std::size_t>(front));
+  strings::kernels().toUtf8(units + front, n - front, copy.get() + front);
+  return copy.release();
 }
 
 }  // namespace
@@ -101,26 +132,35 @@ StringVal* StringVal::constructUsingCodepage(CodePageInterface text, int length,
 }
 
 StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
+  constexpr int kShort = 256;
+  // Beyond this a block of the greatest size might be too much memory.
+  constexpr int kLong = 1 << 20;
   if (length >= 1 && text.data()[length - 1] == 0) --length;
-  int const bytes = length != -1 ? length : platform::measureNarrow(text.data());
-  int const size = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), bytes, nullptr, 0);
-  if (size == 0) return nullptr;
-  if (capacity == -1) capacity = size;
-  StringVal* const payload = allocate(capacity);
-  // The length rule below may write no terminator; this one keeps readers inside the block.
-  payload->str()[capacity] = 0;
-  int const converted =
-      platform::decodeNarrow(platform::text(), text.codePage(), text.data(), bytes, payload->str(), size);
-  if (converted == 0) {
-    payload->unref();
-    return nullptr;
-  }
-  if (converted == length) {
-    payload->str()[length] = 0;
-    payload->length_ = length;
+  int const size = length != -1 ? length : platform::measureNarrow(text.data());
+  bool const isUtf8 = size > 0 && capacity == -1 && platform::isUtf8(platform::text(), text.codePage());
+  StringVal* payload = nullptr;
+  int units = 0;
+  if (isUtf8 && size <= kShort) {
+    wchar decoded[kShort];
+    units = strings::kernels().fromUtf8(text.data(), size, decoded);
+    payload = new (newBlock(units)) StringVal(decoded, units, units);
+  } else if (isUtf8 && size <= kLong) {
+    payload = allocate(size);
+    units = strings::kernels().fromUtf8(text.data(), size, payload->str());
+    if (units < size) payload = static_cast<StringVal*>(cutBlock(payload, units));
   } else {
-    payload->length_ = converted - 1;
+    int const needed = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), size, nullptr, 0);
+    if (needed == 0) return nullptr;
+    payload = allocate(capacity == -1 ? needed : capacity);
+    units = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), size, payload->str(), needed);
+    if (units == 0) {
+      payload->unref();
+      return nullptr;
+    }
   }
+  // The length rule may leave the last unit behind the length; this terminator keeps readers inside the block.
+  payload->str()[units] = 0;
+  payload->length_ = units == length ? length : units - 1;
   return payload;
 }
 
@@ -169,18 +209,11 @@ char* StringVal::newNarrow(NarrowCopy which) const {
   if (length_ == INT_MAX) return nullptr;
   unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
   int const units = length_ + 1;
-  // A short text always fits into this array in UTF-8, so its size need not be asked for first.
-  char brief[256];
-  bool const isBrief = which == kUtf8 && units <= static_cast<int>(sizeof brief) / 3;
-  int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, isBrief ? brief : nullptr,
-                                          isBrief ? static_cast<int>(sizeof brief) : 0);
+  if (platform::isUtf8(platform::text(), codePage)) return newUtf8(str(), units);
+  int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, nullptr, 0);
   if (size == 0) return nullptr;
   std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(size)]);
-  if (isBrief) {
-    std::memcpy(copy.get(), brief, static_cast<std::size_t>(size));
-  } else if (platform::encodeNarrow(platform::text(), codePage, str(), units, copy.get(), size) == 0) {
-    return nullptr;
-  }
+  if (platform::encodeNarrow(platform::text(), codePage, str(), units, copy.get(), size) == 0) return nullptr;
   return copy.release();
 }
 

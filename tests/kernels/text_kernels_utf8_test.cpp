@@ -153,6 +153,49 @@ TEST(TextKernelsUtf8, OneWrongByteInARunOfLongSequences) {
   }
 }
 
+TEST(TextKernelsUtf8, OneWrongByteInARunOfFours) {
+  std::string run;
+  for (int i = 0; i < 20; ++i) run += i % 2 == 0 ? "\xF0\x9F\x98\x80" : "\xF4\x8F\xBF\xBF";
+  for (std::size_t place = 0; place < run.size(); ++place) {
+    for (int wrong = 0; wrong <= 0xFF; wrong += wrong < 0x7F ? 0x7F : 1) {
+      std::string bytes = run;
+      bytes[place] = static_cast<char>(wrong);
+      wstring const expected = reference::fromUtf8(bytes);
+      for (Twin const& twin : twins()) ASSERT_EQ(decoded(twin, bytes), expected) << twin.name << " " << place;
+    }
+  }
+}
+
+TEST(TextKernelsUtf8, OneWrongUnitInARunOfPairs) {
+  wstring run;
+  for (int i = 0; i < 24; ++i) run += {wchar(i % 2 == 0 ? 0xD83D : 0xDBFF), wchar(i % 3 == 0 ? 0xDC00 : 0xDFFF)};
+  for (std::size_t place = 0; place < run.size(); ++place) {
+    for (int const wrong : {0, 0x41, 0x7FF, 0x800, 0xD7FF, 0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF}) {
+      wstring units = run;
+      units[place] = static_cast<wchar>(wrong);
+      std::string const expected = reference::toUtf8(units);
+      for (Twin const& twin : twins()) ASSERT_EQ(encoded(twin, units), expected) << twin.name << " " << place;
+    }
+  }
+}
+
+// A run of each kind of character, cut off at every byte: behind it nothing may be read or written.
+TEST(TextKernelsUtf8, RunsEndAtEveryByte) {
+  for (char const* const character :
+       {"a", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "a\xC3\xA4\xE2\x82\xAC", "\xE2\x82"}) {
+    std::string run;
+    while (run.size() < 150) run += character;
+    for (std::size_t size = 0; size <= run.size(); ++size) {
+      std::string const bytes = run.substr(0, size);
+      wstring const units = reference::fromUtf8(bytes);
+      for (Twin const& twin : twins()) {
+        ASSERT_EQ(decoded(twin, bytes), units) << twin.name << " " << size;
+        ASSERT_EQ(encoded(twin, units), reference::toUtf8(units)) << twin.name << " " << size;
+      }
+    }
+  }
+}
+
 TEST(TextKernelsUtf8, MalformedBytesByName) {
   struct Row {
     char const* name;

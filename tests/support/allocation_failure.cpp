@@ -43,6 +43,15 @@ struct AllocationHooks {
   }
 
   static void* allocateBlock(std::size_t bytes) { return allocate(kBlock, bytes); }
+  // No allocation of its own.
+  static void* cutBlock(void* block, std::size_t bytes) {
+    void* const cut = std::realloc(block, bytes);
+    if (current == nullptr || cut == nullptr) return cut;
+    for (int i = 0; i < current->live_; ++i) {
+      if (current->entries_[i].block == block) current->entries_[i].block = cut;
+    }
+    return cut;
+  }
   static void releaseBlock(void* block) { release(kBlock, block); }
 
  private:
@@ -70,7 +79,8 @@ struct AllocationHooks {
 
 AllocationFailure::AllocationFailure(int failAt) : failAt_(failAt) {
   if (current != nullptr) std::abort();
-  strings::blockAllocator = {&AllocationHooks::allocateBlock, &AllocationHooks::releaseBlock};
+  strings::blockAllocator = {&AllocationHooks::allocateBlock, &AllocationHooks::cutBlock,
+                             &AllocationHooks::releaseBlock};
   current = this;
 }
 
@@ -82,7 +92,7 @@ void AllocationFailure::end() {
   if (ended_) return;
   ended_ = true;
   current = nullptr;
-  strings::blockAllocator = {&std::malloc, &std::free};
+  strings::blockAllocator = {&std::malloc, &std::realloc, &std::free};
   std::free(entries_);
 }
 

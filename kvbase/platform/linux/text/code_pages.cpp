@@ -184,8 +184,8 @@ struct PagesOwner {
   }
 };
 
-// Null if ICU does not have the page or there is no memory. Threads that ask for a new page at the same time may each add
-// it.
+// Null if ICU does not have the page or there is no memory. Threads that ask for a new page at the same time may each
+// add it.
 CodePage* addPage(unsigned int number) {
   static Lazy<PagesOwner> owner;
   Kept<CodePageConverter> converter = makeKept<CodePageConverter>(number);
