@@ -24,7 +24,9 @@ void addConstruction(int size) {
   u16string const text = sampleText(size);
   addTexts(Row(sized("construct + destroy", size)), [&text](auto tag) {
     return [text] { return make<typename decltype(tag)::Type>(text); };
-  }).add("make_shared", [text] { return std::make_shared<u16string const>(text); });
+  }).add("make_shared", [text] {
+      return std::make_shared<u16string const>(text);
+    }).add("floor", [text] { return BareText(text.data(), text.size()); });
 
   Row(sized("construct from NUL-terminated", size))
       .add("KVBase", [text] { return String(text.c_str()); })
@@ -138,7 +140,8 @@ void addSubstr(int size) {
              return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(units));
            })
       .add("QString", [a = make<QString>(text), start, units] { return a.mid(start, units); })
-      .add("UnicodeString", [a = make<UnicodeString>(text), start, units] { return UnicodeString(a, start, units); });
+      .add("UnicodeString", [a = make<UnicodeString>(text), start, units] { return UnicodeString(a, start, units); })
+      .add("floor", [text, start, units] { return BareText(text.data() + start, static_cast<std::size_t>(units)); });
 }
 
 void addWholeSubstr() {
@@ -210,7 +213,8 @@ void addAppend() {
       .add("u16string exact", [text] { return appended(text, u'x'); })
       .add("u16string", [text] { return text + u'x'; })
       .add("QString", [a = make<QString>(text)] { return QString(a + QChar(u'x')); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return a + u'x'; });
+      .add("UnicodeString", [a = make<UnicodeString>(text)] { return a + u'x'; })
+      .add("floor", [text] { return BareText(text.data(), text.size(), u"x", 1); });
   // The receiver still holds the previous result, whose block is freed.
   Row("storage: append a unit to 100, receiver replaced")
       .add("KVBase", [a = make<String>(text), r = String()]() mutable { return (r = a + u'x').length(); })
@@ -236,7 +240,7 @@ void addConcatenation() {
   addTexts(Row("storage: a + b, 50 + 50"), [&first, &second](auto tag) {
     using Text = typename decltype(tag)::Type;
     return [a = make<Text>(first), b = make<Text>(second)] { return Text(a + b); };
-  });
+  }).add("floor", [first, second] { return BareText(first.data(), first.size(), second.data(), second.size()); });
 }
 
 }  // namespace

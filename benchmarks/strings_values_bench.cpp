@@ -2,7 +2,9 @@
 //
 // Strings: formatting numbers and parsing them.
 #include <algorithm>
+#include <atomic>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <random>
@@ -193,6 +195,42 @@ Value fromChars(char const* begin, char const* end) {
   return value;
 }
 
+// A count of owners that is taken and given back, as the work on a copy requires.
+class BareShare {
+ public:
+  explicit BareShare(std::atomic<unsigned int>& owners) : owners_(owners) { ++owners_; }
+  ~BareShare() { --owners_; }
+  BareShare(BareShare const&) = delete;
+  BareShare& operator=(BareShare const&) = delete;
+
+ private:
+  std::atomic<unsigned int>& owners_;
+};
+
+std::atomic<unsigned int> ownersOfText{1};
+std::atomic<unsigned int> ownersOfEmpty{1};
+
+// What an extraction has to do: share the text, convert, give it back and share the empty text for what remains.
+int bareInt(u16string const& text) {
+  BareShare const copy(ownersOfText);
+  BareShare const rest(ownersOfEmpty);
+  int value = 0;
+  for (char16_t const* unit = text.c_str(); *unit >= u'0' && *unit <= u'9'; ++unit) value = value * 10 + (*unit - u'0');
+  return value;
+}
+
+// The same, with the decimal point of the locale asked for and an empty text of its own for what remains.
+double bareDouble(u16string const& text) {
+  BareShare const copy(ownersOfText);
+  char chars[64];
+  require(*std::localeconv()->decimal_point == '.', "parse: the decimal point is a full stop");
+  std::copy(text.begin(), text.end(), chars);
+  double value = 0;
+  std::from_chars(chars, chars + text.size(), value);
+  benchmark::DoNotOptimize(BareText(u"", 0));
+  return value;
+}
+
 void addParseInt() {
   std::string const narrow = std::to_string(kNumber);
   u16string const text = widened(narrow.data(), narrow.size());
@@ -200,7 +238,8 @@ void addParseInt() {
       .add("KVBase", [a = make<String>(text)] { return extracted<int>(a); })
       .add("from_chars (8 bits)", [narrow] { return fromChars<int>(narrow.data(), narrow.data() + narrow.size()); })
       .add("QStringView", [a = make<QString>(text)] { return QStringView(a).toInt(); })
-      .add("QString", [a = make<QString>(text)] { return a.toInt(); });
+      .add("QString", [a = make<QString>(text)] { return a.toInt(); })
+      .add("floor", [text] { return bareInt(text); });
 }
 
 // The exact value of a double, to compare all of its bits.
@@ -225,7 +264,8 @@ void addParseDouble() {
       .add("from_chars (8 bits)",
            [narrow, whole] { return whole(fromChars<double>(narrow.data(), narrow.data() + narrow.size())); })
       .add("QStringView", [a = make<QString>(text), whole] { return whole(QStringView(a).toDouble()); })
-      .add("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); });
+      .add("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); })
+      .add("floor", [text, whole] { return whole(bareDouble(text)); });
 }
 
 // The int at the start of a text without leading blanks, and its length in units.

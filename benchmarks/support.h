@@ -20,6 +20,8 @@
 
 #include <QByteArray>
 #include <QString>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
@@ -97,6 +99,34 @@ template <>
 inline u16string make<u16string>(u16string const& units) {
   return units;
 }
+
+// A text in one block from malloc behind a header, as KVBase keeps it, made and dropped bare: the work of a contestant
+// called "floor".
+class BareText {
+ public:
+  BareText(char16_t const* text, std::size_t units, char16_t const* more = u"", std::size_t moreUnits = 0)
+      : block_(static_cast<Header*>(std::malloc(sizeof(Header) + (units + moreUnits + 1) * sizeof(char16_t)))) {
+    *block_ = {1, static_cast<unsigned int>(units + moreUnits), {nullptr, nullptr}};
+    std::memcpy(this->text(), text, units * sizeof(char16_t));
+    if (moreUnits != 0) std::memcpy(this->text() + units, more, moreUnits * sizeof(char16_t));
+    this->text()[units + moreUnits] = 0;
+  }
+  ~BareText() { std::free(block_); }
+  BareText(BareText const&) = delete;
+  BareText& operator=(BareText const&) = delete;
+
+  friend u16string plain(BareText const& text) { return u16string(text.text(), text.block_->units); }
+
+ private:
+  struct Header {
+    unsigned int references;
+    unsigned int units;
+    char* narrow[2];
+  };
+  char16_t* text() const { return reinterpret_cast<char16_t*>(block_ + 1); }
+
+  Header* block_;
+};
 
 class Row {
  public:

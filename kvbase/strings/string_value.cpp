@@ -36,20 +36,25 @@ int compareTextsIgnoringCase(TextView a, TextView b) {
 
 using Mismatch = int (*)(wchar const*, wchar const*, int);
 
-// Where two texts differ or end that have shown no difference in their first vector.
+// Where two texts differ or end that do neither in their first vector; counted from its end.
 int mismatchBehindFront(String const& a, String const& b, Mismatch mismatch) {
+  StringVal const& first = *StringAccess::payload(a);
+  StringVal const& second = *StringAccess::payload(b);
+  int units = std::min(first.lazyLength(), second.lazyLength());
+  // Texts of unknown length, or of one that no NUL stands at (see terminatedViewOf).
+  if (units < 0 || (first.at(units) != 0 && second.at(units) != 0))
+    units = std::min(lengthOf(terminatedViewOf(a)), lengthOf(terminatedViewOf(b)));
   constexpr int kFront = strings::kFrontUnits;
-  TextView const first = terminatedViewOf(a);
-  TextView const second = terminatedViewOf(b);
-  int const units = std::min(lengthOf(first), lengthOf(second)) - kFront;
-  return kFront + mismatch(first.data() + kFront, second.data() + kFront, units);
+  return mismatch(first.stringValue() + kFront, second.stringValue() + kFront, units - kFront);
 }
 
 // Texts of this length and more are compared by memcmp as long as they are equal.
 constexpr int kLong = 256;
 
 // If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
-bool equalLongTexts(TextView a, TextView b) {
+bool equalLongTexts(String const& first, String const& second) {
+  TextView const a = terminatedViewOf(first);
+  TextView const b = terminatedViewOf(second);
   if (a.size() != b.size()) return compareTexts(a, b) == 0;
   constexpr std::size_t kPart = 2048;
   for (std::size_t same = 0; same < a.size(); same += kPart) {
@@ -114,7 +119,7 @@ int String::compare(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) at = mismatchBehindFront(*this, other, strings::kernels().mismatch);
+  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
   return orderOf(a[at], b[at]);
 }
 
@@ -140,8 +145,8 @@ bool String::equalsUnits(String const& other) const {
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
   if (at == strings::kFrontUnits) {
-    if (payload_->lazyLength() >= kLong) return equalLongTexts(terminatedViewOf(*this), terminatedViewOf(other));
-    at = mismatchBehindFront(*this, other, strings::kernels().mismatch);
+    if (payload_->lazyLength() >= kLong) return equalLongTexts(*this, other);
+    at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
   }
   return a[at] == b[at];
 }
@@ -159,7 +164,7 @@ int String::compareIgnoreCase(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchIgnoringCaseInFront(a, b);
-  if (at == strings::kFrontUnits) at = mismatchBehindFront(*this, other, strings::kernels().mismatchIgnoringCase);
+  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatchIgnoringCase);
   return orderIgnoringCase(a[at], b[at]);
 }
 

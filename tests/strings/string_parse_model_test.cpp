@@ -149,6 +149,42 @@ TEST(StringParseModel, LongTexts) {
   compareAllNumbers(RandomText(265).text(1 << 16, RandomUnits::kAny));
 }
 
+// Numbers of every number of digits, around the limits of exact doubles and of 64 bits, with a point at any place.
+TEST(StringParseModel, DecimalsOfEveryLengthAgreeWithTheModel) {
+  static wstring const kEnds[] = {KVW(""),  KVW(" "), KVW("."),  KVW(".5"),  KVW(","),      KVW("e"),       KVW("e5"),
+                                  KVW("-"), KVW("x"), KVW("-7"), KVW("E-3"), KVW("\uFF17"), KVW("\u0664 1")};
+  RandomText random(267);
+  for (int digits = 1; digits <= 22; ++digits) {
+    for (int point = -1; point <= digits; ++point) {
+      for (wstring const& end : kEnds) {
+        wstring text = random.oneIn(3) ? KVW("-") : random.oneIn(4) ? KVW("+") : KVW("");
+        for (int i = 0; i < digits; ++i) {
+          if (i == point) text += KVW('.');
+          text += static_cast<wchar>(KVW('0') + random.below(10));
+        }
+        compareAllNumbers(text + (point == digits ? KVW(".") : KVW("")) + end);
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+TEST(StringParseModel, LimitsOfIntegersAgreeWithTheModel) {
+  static wstring const kLimits[] = {
+      KVW("2147483647"),          KVW("2147483648"),           KVW("2147483649"),           KVW("4294967295"),
+      KVW("4294967296"),          KVW("9223372036854775807"),  KVW("9223372036854775808"),  KVW("9223372036854775809"),
+      KVW("9999999999999999999"), KVW("10000000000000000000"), KVW("18446744073709551615"), KVW("18446744073709551616"),
+      KVW("9007199254740993"),    KVW("999999999999999"),      KVW("1000000000000000")};
+  for (wstring const& limit : kLimits) {
+    for (wstring const front : {KVW(""), KVW("-"), KVW("+"), KVW("0"), KVW("-000"), KVW(", ")}) {
+      compareAllNumbers(front + limit);
+      compareAllNumbers(front + limit + KVW(" 1"));
+      compareAllNumbers(front + limit + KVW("\u0664"));
+      if (HasFatalFailure()) return;
+    }
+  }
+}
+
 TEST(StringParseModel, RandomTruthValuesAgreeWithTheModel) {
   static wstring const kPieces[] = {KVW(" "),    KVW("true"),   KVW("TRUE"), KVW("FaLsE"), KVW("false"), KVW("tru"),
                                     KVW("fals"), KVW("maybe"),  KVW("0"),    KVW("10"),    KVW("-"),     KVW("+1"),
