@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, AssertionMessageTest, ::testing::ValuesIn(kMessag
 
 class AssertionReportTest : public AssertionTest {};
 
-// The order on the other two is that of the log.
+// That the debug channel comes before the question is seen in the log of AssertionDebug.
 TEST_F(AssertionReportTest, StandardErrorIsWrittenBeforeTheQuestionIsPut) {
   struct Asking : AssertionDebug {
     int ask(wchar const* message, wchar const* title, ulong32 style) override {
@@ -151,7 +151,8 @@ TEST_F(AssertionReportTest, PercentSignsAreDirectivesOnStandardErrorOnly) {
 
 // --- The standard error stream ---------------------------------------------------------------------------------------
 
-// The child has no room, or no stream at all where the system has no such device, and still puts the question.
+// The standard error stream of the child process is a full device, or closed where the system has none; the question is
+// still put.
 TEST(AssertionReportDeathTest, FullDiskBehindStandardErrorStopsNothing) {
   EXPECT_EXIT(
       {
@@ -360,7 +361,7 @@ TEST_F(AssertionReportTest, FailureWithinTheReportIsLost) {
   EXPECT_EQ(written, "Assertion outer failed.\nIn file f:1 in function g.");
 }
 
-// Counts without allocating.
+// A debugger that counts its calls and allocates nothing.
 struct CountingDebug : ScriptedDebug {
   void output(wchar const*) override { ++outputsSeen; }
   int ask(wchar const*, wchar const*, ulong32) override {

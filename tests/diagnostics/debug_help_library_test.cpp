@@ -109,8 +109,8 @@ TEST_F(DebugHelpLibrary, WithoutTheFolderOfProgramsTheToolsAreNotLookedFor) {
 TEST_F(DebugHelpLibrary, PathsOf4096UnitsAndMoreAreNotLookedFor) {
   struct {
     char const* name;
-    std::size_t program;   // units of the path of the program
-    std::size_t programs;  // of the variable
+    std::size_t program;   // length of the path of the program, in units
+    std::size_t programs;  // length of the value of the variable
     std::size_t probes;
   } const rows[] = {
       {"all fit", 100, 100, 3},

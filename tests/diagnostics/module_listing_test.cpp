@@ -197,7 +197,7 @@ TEST_F(PsapiListing, TakesFrom1To1012Handles) {
   struct {
     char const* name;
     std::size_t modules;
-    ulong32 needed;  // 0: those of the modules
+    ulong32 needed;  // in bytes, as the service tells; 0 stands for the size of the handles of all modules
     std::size_t listed;
   } const rows[] = {
       {"none", 0, 0, 0},

@@ -284,7 +284,7 @@ TEST_F(RealCallStack, ReadsTheStackByTheGivenRoutine) {
   EXPECT_EQ(walker.frames.size(), count);
 }
 
-// The first reads, where the walk begins, and then ever fewer: Windows reads many times per frame.
+// Each of the first reads fails once, later ones at growing distances: Windows reads memory many times per frame.
 TEST_F(RealCallStack, AStackThatCannotBeReadEndsWithAnErrorAtAnyPoint) {
   Reading all;
   walker.ShowCallstack(GetCurrentThread(), nullptr, &readOwnMemory, &all);

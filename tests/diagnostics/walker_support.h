@@ -90,10 +90,10 @@ class RecordingWalker : public StackWalker {
 
 class ScriptedWalk : public ::testing::Test {
  protected:
-  // What a walk or LoadModules over the script starts with.
+  // The callbacks with which a walk begins, and LoadModules, if the script says nothing else.
   static Texts started() { return {"OnSymInit path in effect|530|ann", loadedTool()}; }
   static std::string loadedTool() { return "OnLoadModule C:\\app\\tool.exe|tool.exe|4194304|8192|0|-unknown-||0"; }
-  // Behind that.
+  // Those callbacks followed by `further`.
   static Texts after(Texts const& further) {
     Texts all = started();
     all.insert(all.end(), further.begin(), further.end());

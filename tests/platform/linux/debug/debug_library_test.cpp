@@ -105,7 +105,7 @@ TEST(LinuxDebugLibrary, MissingFunctionOfLibdwIsAMissingFunction) {
   some = all;
   some.symbolOfAddress = nullptr;
   EXPECT_FALSE(some.canName());
-  // Younger than the rest: a walk does without it.
+  // Older versions of libdw do not have this function; a walk needs none.
   some = all;
   some.frameRegisterValue = nullptr;
   EXPECT_TRUE(some.canStep());

@@ -192,7 +192,7 @@ TEST(LinuxFrameRules, RuleOfAnUnloadedLibraryIsForgotten) {
   EXPECT_EQ(ruleOfFrame(start, false, isChecked).kind(), FrameRule::Kind::kUnknown);
 }
 
-// The function may have ended with the call.
+// If a call is the last instruction of a function, the return address lies in the next function.
 TEST(LinuxFrameRules, RuleOfAReturnAddressIsThatOfTheCall) {
   DebugHelp const help;
   WalkedLibrary const library(fixtureFolder() / "walked.so");

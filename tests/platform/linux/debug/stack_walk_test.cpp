@@ -157,7 +157,7 @@ TEST(LinuxStackWalk, SignalFramesThatRunInACircleEndWithAFailure) {
   EXPECT_FALSE(help.endsInOrder);
 }
 
-// A call through a wrong pointer: the return address is all that there is.
+// After a call through a wrong pointer only the return address on the stack tells who called.
 TEST(LinuxStackWalk, FindsTheCallerOfCodeThatIsNotThere) {
   static std::uint64_t returnAddress;
   static std::uint64_t place;
@@ -369,7 +369,7 @@ TEST(LinuxStackWalk, FramesUpToTheEndOfReadableMemoryAreFound) {
   EXPECT_GT(found, 3u);
 }
 
-// What one walk has read of its stack is nothing that another one may use.
+// A walk remembers the memory that it has read; another walk must not use it.
 TEST(LinuxStackWalk, WalksThatTakeTurnsReadTheirOwnMemory) {
   DebugHelp help;
   auto const step = [&help](debug_help::StackFrame64& frame, _CONTEXT& context, debug_help::ReadProcessMemory64 read) {
