@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Compares the times of KVBase with those of its peers.
 
-    report.py RESULTS.json...
+    report.py [--json] [--page FOLDER] RESULTS.json...
 
 The results are JSON files of Google Benchmark. If files of several runs are given, each time is the median over all of
 them. Rows whose name ends in "(elapsed)" are judged by elapsed time, all others by processor time.
@@ -12,18 +12,26 @@ Prints a line for each goal of goals.tsv whose row was measured:
     near   missed by at most 15 %, which is how much such measurements vary
     short  missed
 
+--json prints the same as JSON instead, --page writes performance.md and its pictures into a folder.
 Exits with status 1 if a measured row has no goal, or if a goal names a peer that its row was not measured with.
 """
+import argparse
 import collections
 import json
 import pathlib
 import statistics
 import sys
 
+import performance_page
+
 SPREAD = 1.15
 MANUAL = "/manual_time"  # the row measures the time itself, which is then reported as the elapsed one
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+# Contestants that do the required work and nothing else: no library can be as fast and give the same.
+FLOORS = ("floor", "its calls")
 Goal = collections.namedtuple("Goal", "row peer ratio slack")
+# A goal beside what was measured; `times` are those of the peers and floors, `best` is the fastest peer, if any.
+Result = collections.namedtuple("Result", "goal own times peer verdict best")
 
 
 def read_times(paths):
@@ -59,39 +67,63 @@ def verdict(own, peer, goal):
     return "ok" if own <= limit else "near" if own <= limit * SPREAD else "short"
 
 
+def compare(times, faults):
+    """A Result for each goal whose row was measured."""
+    for goal in read_goals():
+        others = dict(times.get(goal.row, {}))
+        own = others.pop("KVBase", None)
+        if own is None:
+            continue
+        peers = {name: time for name, time in others.items() if name not in FLOORS}
+        best = min(peers, key=peers.get, default=None)
+        peer = best if goal.peer == "best" else goal.peer
+        if peer not in others:
+            faults.append(f"'{goal.row}' was not measured with {peer}")
+            continue
+        yield Result(goal, own, others, peer, verdict(own, others[peer], goal), best)
+
+
 def shown(nanoseconds):
     return f"{nanoseconds:.1f}" if nanoseconds < 1000 else f"{nanoseconds:.0f}"
 
 
-def main(paths):
-    times = read_times(paths)
-    goals = list(read_goals())
-    faults = [f"no goal for the row '{row}'" for row in times.keys() - {goal.row for goal in goals}]
-    verdicts = collections.Counter()
+def print_table(results):
     print(f"{'row':<52}{'KVBase ns':>10}  {'goal':<32}{'ratio':>6}  {'':<6}  peers ns")
-    for goal in goals:
-        if "KVBase" not in times.get(goal.row, {}):
-            continue
-        peers = dict(times[goal.row])
-        own = peers.pop("KVBase")
-        name = min(peers, key=peers.get, default="none") if goal.peer == "best" else goal.peer
-        if name not in peers:
-            faults.append(f"'{goal.row}' was not measured with {name}")
-            continue
-        result = verdict(own, peers[name], goal)
-        verdicts[result] += 1
+    for goal, own, times, peer, result, _ in results:
         limit = "" if goal.ratio is None else f"{goal.ratio:.2f}" + (f" + {goal.slack} ns" if goal.slack else "")
-        others = ", ".join(f"{peer} {shown(time)}" for peer, time in sorted(peers.items(), key=lambda item: item[1]))
-        asked = f"{limit} x {name}" if limit else name
-        print(f"{goal.row:<52}{shown(own):>10}  {asked:<32}{own / peers[name]:>6.2f}  "
-              f"{result:<6}  {others}")
+        others = ", ".join(f"{name} {shown(time)}" for name, time in sorted(times.items(), key=lambda item: item[1]))
+        asked = f"{limit} x {peer}" if limit else peer
+        print(f"{goal.row:<52}{shown(own):>10}  {asked:<32}{own / times[peer]:>6.2f}  {result:<6}  {others}")
+    verdicts = collections.Counter(result.verdict for result in results)
     print(", ".join(f"{verdicts[result]} {result}" for result in ("ok", "near", "short")))
+
+
+def print_json(results):
+    rows = [
+        {"row": goal.row, "nanoseconds": {"KVBase": own, **times}, "peer": peer, "ratio": own / times[peer],
+         "goal": goal.ratio, "slack": goal.slack, "verdict": result}
+        for goal, own, times, peer, result, _ in results
+    ]
+    json.dump(rows, sys.stdout, indent=1)
+    print()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("results", nargs="+")
+    parser.add_argument("--json", action="store_true")
+    parser.add_argument("--page", metavar="FOLDER", type=pathlib.Path)
+    options = parser.parse_args()
+    times = read_times(options.results)
+    faults = [f"no goal for the row '{row}'" for row in times.keys() - {goal.row for goal in read_goals()}]
+    results = list(compare(times, faults))
+    (print_json if options.json else print_table)(results)
+    if options.page:
+        performance_page.write(options.page, results, FLOORS)
     for fault in faults:
         print(f"report.py: {fault}", file=sys.stderr)
     return 1 if faults else 0
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2:
-        sys.exit(__doc__)
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(main())
