@@ -51,17 +51,6 @@ constexpr ByteRange kBeyondAscii = {0x80, 0xFF};
 constexpr int kUnitsAhead = 16;
 constexpr int kBytesAhead = 40;
 
-// The last part of a text, followed by NULs that may be read ahead. They stand for themselves.
-template <class T, int kAhead>
-struct PaddedEnd {
-  T text[2 * kAhead] = {};
-
-  PaddedEnd(T const* from, int n) {
-    KVBASE_ASSERT(n < kAhead);
-    std::memcpy(text, from, static_cast<std::size_t>(n) * sizeof(T));
-  }
-};
-
 // Converts the characters that begin at i or later and in front of `stop`; returns where the next one begins. Up to eight
 // bytes more than count are written.
 template <class V>
@@ -94,18 +83,19 @@ int toUtf8Until(int stop, wchar const* units, int i, char*& end) {
 
 template <class V>
 long long toUtf8(wchar const* units, int n, char* bytes) {
-  int const ascii = narrow<V>(units, n, kBeyondAscii, bytes);
+  int const ascii = n > 0 && units[0] < 0x80 ? narrow<V>(units, n, kBeyondAscii, bytes) : 0;
   if (ascii == n) return n;
   char* end = bytes + ascii;
-  int const i = toUtf8Until<V>(n - kUnitsAhead + 1, units, ascii, end);
-  if (n - i < kFew) return end - bytes + toUtf8Scalar(units + i, n - i, end);
-  PaddedEnd<wchar, kUnitsAhead> const rest(units + i, n - i);
-  char last[6 * kUnitsAhead];
-  char* lastEnd = last;
-  int const read = toUtf8Until<V>(n - i, rest.text, 0, lastEnd);
-  lastEnd -= read - (n - i);  // without the NULs
-  std::memcpy(end, last, static_cast<std::size_t>(lastEnd - last));
-  return end - bytes + (lastEnd - last);
+  int i = toUtf8Until<V>(n - kUnitsAhead + 1, units, ascii, end);
+  if constexpr (V::kConvertsRuns) {
+    // More is written than counts, so the last whole block takes the way of the stack.
+    char block[32];
+    int const size = i + 8 <= n ? V::toUtf8(units + i, block) : 0;
+    std::memcpy(end, block, static_cast<std::size_t>(size));
+    end += size;
+    if (size != 0) i += 8;
+  }
+  return end - bytes + toUtf8Scalar(units + i, n - i, end);
 }
 
 // Reads the characters that begin at i or later and in front of `stop`; returns where the next one begins. A Sink takes
@@ -133,6 +123,16 @@ int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
   }
   return i;
 }
+
+// The last part of a text, followed by NULs that may be read ahead. They stand for themselves.
+struct PaddedEnd {
+  char bytes[2 * kBytesAhead] = {};
+
+  PaddedEnd(char const* from, int n) {
+    KVBASE_ASSERT(n < kBytesAhead);
+    std::memcpy(bytes, from, static_cast<std::size_t>(n));
+  }
+};
 
 template <class V>
 struct UnitCounter {
@@ -162,22 +162,22 @@ template <class V>
 int utf16Size(char const* bytes, int n) {
   UnitCounter<V> counter;
   int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, 0, counter);
-  PaddedEnd<char, kBytesAhead> const rest(bytes + i, n - i);
-  int const read = readUtf8Until<V>(n - i, rest.text, 0, counter);
+  PaddedEnd const rest(bytes + i, n - i);
+  int const read = readUtf8Until<V>(n - i, rest.bytes, 0, counter);
   return counter.size - (read - (n - i));  // without the NULs
 }
 
 template <class V>
 int fromUtf8(char const* bytes, int n, wchar* units) {
-  int const ascii = widen<V>(bytes, n, kBeyondAscii, units);
+  int const ascii = n > 0 && (bytes[0] & 0x80) == 0 ? widen<V>(bytes, n, kBeyondAscii, units) : 0;
   if (ascii == n) return n;
   UnitWriter<V> writer = {units + ascii};
   int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, ascii, writer);
   if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end);
-  PaddedEnd<char, kBytesAhead> const rest(bytes + i, n - i);
+  PaddedEnd const rest(bytes + i, n - i);
   wchar last[2 * kBytesAhead];
   UnitWriter<V> lastWriter = {last};
-  int const read = readUtf8Until<V>(n - i, rest.text, 0, lastWriter);
+  int const read = readUtf8Until<V>(n - i, rest.bytes, 0, lastWriter);
   lastWriter.end -= read - (n - i);  // without the NULs
   std::memcpy(writer.end, last, static_cast<std::size_t>(lastWriter.end - last) * sizeof(wchar));
   return static_cast<int>(writer.end - units + (lastWriter.end - last));
