@@ -25,25 +25,8 @@ namespace {
 
 constexpr char kEmptyNarrowText[] = "";
 
-// Two copies of a known size that overlap.
-template <int kUnits>
-void copyEnds(wchar* to, wchar const* from, int units) {
-  std::memcpy(to, from, kUnits * sizeof(wchar));
-  std::memcpy(to + units - kUnits, from + units - kUnits, kUnits * sizeof(wchar));
-}
-
-// Short texts are copied in place, because the call of memcpy would take longer.
 void copyUnits(wchar* to, wchar const* from, int units) {
-  if (units > 16) {
-    std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
-  } else if (units >= 8) {
-    copyEnds<8>(to, from, units);
-  } else if (units >= 4) {
-    copyEnds<4>(to, from, units);
-  } else if (units >= 1) {
-    to[units / 2] = from[units / 2];
-    copyEnds<1>(to, from, units);
-  }
+  if (units > 0) std::memcpy(to, from, static_cast<std::size_t>(units) * sizeof(wchar));
 }
 
 std::size_t blockSize(long long capacity) {

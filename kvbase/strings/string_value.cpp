@@ -48,10 +48,7 @@ int mismatchBehindFront(String const& a, String const& b, Mismatch mismatch) {
   return mismatch(first.stringValue() + kFront, second.stringValue() + kFront, units - kFront);
 }
 
-// Texts of this length and more are compared by memcmp as long as they are equal.
-constexpr int kLong = 256;
-
-// If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
+// Texts longer than a vector that begin alike are equal for the most part, and memcmp tells that fastest. If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
 bool equalLongTexts(String const& first, String const& second) {
   TextView const a = terminatedViewOf(first);
   TextView const b = terminatedViewOf(second);
@@ -141,13 +138,11 @@ int String::compare(String const& other) {
 }
 
 bool String::equalsUnits(String const& other) const {
+  if (payload_->lazyLength() > strings::kFrontUnits) return equalLongTexts(*this, other);
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) {
-    if (payload_->lazyLength() >= kLong) return equalLongTexts(*this, other);
-    at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
-  }
+  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
   return a[at] == b[at];
 }
 
