@@ -53,10 +53,6 @@ class InterlockedCounter {
   unsigned int operator+=(unsigned int value) { return word_.fetch_add(value); }
 
  private:
-  friend class StringVal;
-
-  // Whether there is one owner, who then sees what former owners did.
-  bool isOne() const { return word_.load(std::memory_order_acquire) == 1; }
   // Relaxed: a plain load promises no order; it only must not tear.
   std::uint32_t load() const { return word_.load(std::memory_order_relaxed); }
 

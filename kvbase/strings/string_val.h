@@ -57,8 +57,7 @@ class KVBASE_API StringVal {
   void ref() { ++references_; }
   // Gives a reference back; true if that destroyed the payload.
   bool unref() {
-    // Nobody else can take a reference to a payload with one owner, so its end needs no atomic subtraction.
-    if (!references_.isOne() && references_-- != 1) return false;
+    if (references_-- != 1) return false;
     destruct(this);
     return true;
   }
