@@ -50,7 +50,7 @@ void* cutBlock(void* block, int capacity) {
 }
 
 // Units as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text is encoded
-// on the stack; a long one is taken for ASCII until another character comes.
+// on the stack; a long one that begins with ASCII is taken for ASCII until another character comes.
 char* newUtf8(wchar const* units, int n) {
   constexpr strings::ByteRange kBeyondAscii = {0x80, 0xFF};
   char brief[256];
@@ -58,13 +58,17 @@ char* newUtf8(wchar const* units, int n) {
     std::size_t const size = static_cast<std::size_t>(strings::kernels().toUtf8(units, n, brief));
     return static_cast<char*>(std::memcpy(new char[size], brief, size));
   }
-  std::unique_ptr<char[]> ascii(new char[static_cast<std::size_t>(n)]);
-  int const front = strings::kernels().narrow(units, n, kBeyondAscii, ascii.get());
-  if (front == n) return ascii.release();
+  std::unique_ptr<char[]> ascii;
+  int front = 0;
+  if (units[0] < kBeyondAscii.low) {
+    ascii.reset(new char[static_cast<std::size_t>(n)]);
+    front = strings::kernels().narrow(units, n, kBeyondAscii, ascii.get());
+    if (front == n) return ascii.release();
+  }
   long long const rest = strings::kernels().utf8Size(units + front, n - front);
   if (rest > INT_MAX - front) return nullptr;
   std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(front + rest)]);
-  std::memcpy(copy.get(), ascii.get(), static_cast<std::size_t>(front));
+  std::copy_n(ascii.get(), front, copy.get());
   strings::kernels().toUtf8(units + front, n - front, copy.get() + front);
   return copy.release();
 }
