@@ -23,10 +23,11 @@ bool areWithin(typename V::Register units) {
 template <class V, int kLimit>
 int findBeyond(wchar const* units, int n) {
   constexpr int kUnits = V::kUnits;
+  constexpr int kPair = 2 * kUnits;
   int i = 0;
-  for (; i + 4 * kUnits <= n; i += 4 * kUnits) {
+  for (; i + 2 * kPair <= n; i += 2 * kPair) {
     auto const front = V::bitOr(V::load(units + i), V::load(units + i + kUnits));
-    auto const back = V::bitOr(V::load(units + i + 2 * kUnits), V::load(units + i + 3 * kUnits));
+    auto const back = V::bitOr(V::load(units + i + kPair), V::load(units + i + kPair + kUnits));
     if (!areWithin<V, kLimit>(V::bitOr(front, back))) break;
   }
   while (i + kUnits <= n && areWithin<V, kLimit>(V::load(units + i))) i += kUnits;
@@ -62,7 +63,7 @@ template <class V>
 int widen(char const* bytes, int n, ByteRange except, wchar* units) {
   constexpr int kBytes = 2 * V::kUnits;
   RangeTest<V> const hasException(except);
-  auto const copies = [=](int i) {
+  auto const copies = [&](int i) {
     auto const block = V::loadBytes(bytes + i);
     if (hasException(block)) return false;
     V::storeWidened(units + i, block);
@@ -82,7 +83,7 @@ template <class V>
 int narrow(wchar const* units, int n, ByteRange except, char* bytes) {
   constexpr int kBytes = 2 * V::kUnits;
   RangeTest<V> const hasException(except);
-  auto const copies = [=](int i) {
+  auto const copies = [&](int i) {
     auto const front = V::load(units + i);
     auto const back = V::load(units + i + V::kUnits);
     if (!areWithin<V, 0xFF>(V::bitOr(front, back))) return false;

@@ -42,13 +42,15 @@ int mismatchBehindFront(String const& a, String const& b, Mismatch mismatch) {
   StringVal const& second = *StringAccess::payload(b);
   int units = std::min(first.lazyLength(), second.lazyLength());
   // Texts of unknown length, or of one that no NUL stands at (see terminatedViewOf).
-  if (units < 0 || (first.at(units) != 0 && second.at(units) != 0))
+  if (units < 0 || (first.at(units) != 0 && second.at(units) != 0)) {
     units = std::min(lengthOf(terminatedViewOf(a)), lengthOf(terminatedViewOf(b)));
+  }
   constexpr int kFront = strings::kFrontUnits;
   return mismatch(first.stringValue() + kFront, second.stringValue() + kFront, units - kFront);
 }
 
-// Texts longer than a vector that begin alike are equal for the most part, and memcmp tells that fastest. If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
+// Texts longer than a vector that begin alike are equal for the most part, and memcmp tells that fastest. If all units
+// agree, it does not matter whether a NUL is among them. A difference is located within its part only.
 bool equalLongTexts(String const& first, String const& second) {
   TextView const a = terminatedViewOf(first);
   TextView const b = terminatedViewOf(second);
@@ -56,8 +58,9 @@ bool equalLongTexts(String const& first, String const& second) {
   constexpr std::size_t kPart = 2048;
   for (std::size_t same = 0; same < a.size(); same += kPart) {
     std::size_t const size = std::min(kPart, a.size() - same);
-    if (std::memcmp(a.data() + same, b.data() + same, size * sizeof(wchar)) != 0)
+    if (std::memcmp(a.data() + same, b.data() + same, size * sizeof(wchar)) != 0) {
       return upToNul(a.substr(0, same)).size() < same || compareTexts(a.substr(same), b.substr(same)) == 0;
+    }
   }
   return true;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The rules for names, and names in paths. Texts are read by their length, so an inner NUL makes a name invalid like any control character.
+// The rules for names, and names in paths. Texts are read by their length, so an inner NUL makes a name invalid like any
+// control character.
 #pragma once
 
 #include <array>
