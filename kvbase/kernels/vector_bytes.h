@@ -57,21 +57,28 @@ class RangeTest {
   typename V::Register end_;  // the last byte of the range
 };
 
-// A rest that does not fill a vector is covered by one that overlaps the bytes before it; a text shorter than a vector is
-// left to the narrower vector.
-template <class V>
-int widen(char const* bytes, int n, ByteRange except, wchar* units) {
+// Copies blocks of a register from the front, copies(i) the one at byte i, until one is not copied; returns how many bytes
+// were. A rest that does not fill a register is covered by one that overlaps the bytes before it.
+template <class V, class Copies>
+int copyBlocks(int n, Copies copies) {
   constexpr int kBytes = 2 * V::kUnits;
-  RangeTest<V> const hasException(except);
-  auto const copies = [&](int i) {
-    auto const block = V::loadBytes(bytes + i);
-    if (hasException(block)) return false;
-    V::storeWidened(units + i, block);
-    return true;
-  };
   int i = 0;
   while (i + kBytes <= n && copies(i)) i += kBytes;
-  if (i + kBytes > n && n >= kBytes && (i == n || copies(n - kBytes))) return n;
+  bool const isRestCopied = i < n && i > n - kBytes && n >= kBytes && copies(n - kBytes);
+  return isRestCopied ? n : i;
+}
+
+// What is left of both, a text shorter than a register too, goes to the narrower vector.
+template <class V>
+int widen(char const* bytes, int n, ByteRange except, wchar* units) {
+  RangeTest<V> const hasException(except);
+  int const i = copyBlocks<V>(n, [&](int at) {
+    auto const block = V::loadBytes(bytes + at);
+    if (hasException(block)) return false;
+    V::storeWidened(units + at, block);
+    return true;
+  });
+  if (i == n) return n;
   if constexpr (kNarrowest<V>) {
     return i + widenScalar(bytes + i, n - i, except, units + i);
   } else {
@@ -81,20 +88,17 @@ int widen(char const* bytes, int n, ByteRange except, wchar* units) {
 
 template <class V>
 int narrow(wchar const* units, int n, ByteRange except, char* bytes) {
-  constexpr int kBytes = 2 * V::kUnits;
   RangeTest<V> const hasException(except);
-  auto const copies = [&](int i) {
-    auto const front = V::load(units + i);
-    auto const back = V::load(units + i + V::kUnits);
+  int const i = copyBlocks<V>(n, [&](int at) {
+    auto const front = V::load(units + at);
+    auto const back = V::load(units + at + V::kUnits);
     if (!areWithin<V, 0xFF>(V::bitOr(front, back))) return false;
     auto const block = V::narrowed(front, back);
     if (hasException(block)) return false;
-    V::storeBytes(bytes + i, block);
+    V::storeBytes(bytes + at, block);
     return true;
-  };
-  int i = 0;
-  while (i + kBytes <= n && copies(i)) i += kBytes;
-  if (i + kBytes > n && n >= kBytes && (i == n || copies(n - kBytes))) return n;
+  });
+  if (i == n) return n;
   if constexpr (kNarrowest<V>) {
     return i + narrowScalar(units + i, n - i, except, bytes + i);
   } else {
