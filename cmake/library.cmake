@@ -75,7 +75,7 @@ endif()
 set_source_files_properties(
   ${kvbase_avx2_sources} PROPERTIES COMPILE_OPTIONS "${kvbase_avx2_options}" SKIP_PRECOMPILE_HEADERS ON)
 
-kvbase_unity_groups(kvbase_objects SIZE 10 SOURCES ${kvbase_sources} SINGLE ${kvbase_globals} ${kvbase_avx2_sources})
+kvbase_unity_groups(kvbase_objects SOURCES ${kvbase_sources} SINGLE ${kvbase_globals} ${kvbase_avx2_sources})
 
 # Builds with sanitizers are for tests only and save time here.
 if(KVBASE_SANITIZE)

@@ -11,6 +11,12 @@ if(KVBASE_SANITIZE)
   list(APPEND kvbase_test_options -fno-sanitize=undefined)
 endif()
 
+# On Linux clang++ compiles the tests of the library's objects, in 0.6 of the time of g++, which compiles the library and
+# what its users would compile.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CROSSCOMPILING)
+  set(kvbase_test_launcher "${PROJECT_SOURCE_DIR}/cmake/clang-launcher.sh")
+endif()
+
 # GoogleTest comes from Debian's packages. There is none for mingw, so a cross build compiles the sources that Debian's package
 # `googletest` installs.
 if(CMAKE_CROSSCOMPILING)
@@ -108,13 +114,4 @@ function(kvbase_add_gtest_in_language target language)
     COMMAND ${target} --gtest_filter=${arg_FILTER} --gtest_output=xml:results/${name}.xml
     WORKING_DIRECTORY "${PROJECT_BINARY_DIR}")
   set_tests_properties(${name} PROPERTIES TIMEOUT 300 RUN_SERIAL ON ENVIRONMENT_MODIFICATION "${changes}")
-endfunction()
-
-# Registers a source whose cases must not compile: see compile_fail.cmake.
-function(kvbase_add_compile_fail source)
-  cmake_path(GET source STEM stem)
-  add_test(
-    NAME compile_fail.${stem}
-    COMMAND "${CMAKE_COMMAND}" "-Dcompiler=${CMAKE_CXX_COMPILER}" "-Dinclude=${PROJECT_SOURCE_DIR}" "-Dsource=${source}"
-            -P "${PROJECT_SOURCE_DIR}/cmake/checks/compile_fail.cmake")
 endfunction()

@@ -190,7 +190,7 @@ class KVBASE_API Directory : public FileSystemItem {
   SmartPtr<Directory> withLevelsOf(Directory const& path) const;
 
   template <class Iterator>
-  SmartPtr<Iterator> find(String const& pattern) const;
+  KVBASE_LOCAL SmartPtr<Iterator> find(String const& pattern) const;
   void collectContentsInternal(std::vector<SmartPtr<FileSystemItem const>>& output, String const& pattern,
                                bool recursive) const;
   void collectDirectoriesInternal(std::vector<SmartPtr<Directory const>>& output, String const& pattern,

@@ -8,11 +8,11 @@
 
 using KV_1_1::String;
 
-struct Point {
+struct Place {
   int x;
 };
 
-void use(String text, Point* point, void (*function)()) {
+void use(String text, Place* point, void (*function)()) {
   // What is the library's own goes in, also where it could be written to.
   static KV_1_1::wchar units[] = {KVW('u'), 0};
   text += units;
@@ -65,7 +65,7 @@ void use(String text, Point* point, void (*function)()) {
 
 #ifdef CASE_POINTER_TO_MEMBER_ADDED
   // expect: deleted|no match for|no viable overloaded
-  text += &Point::x;
+  text += &Place::x;
 #endif
 
 #ifdef CASE_VOLATILE_UNITS_ADDED

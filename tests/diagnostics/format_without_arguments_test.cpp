@@ -6,8 +6,9 @@
 #include <algorithm>
 #include <memory>
 #include <random>
-#include <regex>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "tests/support/allocation_failure.h"
 
@@ -115,18 +116,54 @@ TEST(FormatWithoutArgumentsTest, NoOtherByteIsAConversion) {
   }
 }
 
-// The rule as a regular expression.
+// The rule as a slow model: all places that each part of a directive may lead to, with no decision taken early.
+using Places = std::set<std::size_t>;
+
+Places behindAny(std::string const& text, Places places, char const* units) {
+  for (std::size_t const place : Places(places)) {
+    std::size_t const end = std::min(text.find_first_not_of(units, place), text.size());
+    for (std::size_t i = place; i <= end; ++i) places.insert(i);
+  }
+  return places;
+}
+
+Places behindEach(std::string const& text, Places const& places, std::vector<std::string> const& words) {
+  Places behind;
+  for (std::size_t const place : places) {
+    for (std::string const& word : words)
+      if (text.compare(place, word.size(), word) == 0) behind.insert(place + word.size());
+  }
+  return behind;
+}
+
+Places behindNumber(std::string const& text, Places const& places) {
+  Places behind = behindEach(text, places, {"*"});
+  behind.merge(behindAny(text, places, "0123456789"));
+  return behind;
+}
+
+// The place behind the directive that begins at a percent sign, or that of the sign if none does.
+std::size_t behindDirective(std::string const& text, std::size_t sign) {
+  Places places = behindNumber(text, behindAny(text, {sign + 1}, "-+ #0"));
+  places.merge(behindNumber(text, behindEach(text, places, {"."})));
+  places.merge(behindEach(text, places, {"hh", "h", "ll", "l", "j", "z", "t", "L", "w", "I64", "I32", "I"}));
+  std::string const conversions = "diouxXcCsSpnaAeEfFgGZ";
+  for (std::size_t const place : places)
+    if (place < text.size() && conversions.find(text[place]) != std::string::npos) return place + 1;
+  return sign;
+}
+
 std::string slowFormat(std::string const& format) {
-  static std::regex const item(
-      "%%|%[-+ #0]*([0-9]*|\\*)(\\.([0-9]*|\\*))?(hh|h|ll|l|j|z|t|L|w|I64|I32|I)?[diouxXcCsSpnaAeEfFgGZ]");
   std::string text;
-  auto from = format.cbegin();
-  for (std::smatch match; from != format.cend();) {
-    if (std::regex_search(from, format.cend(), match, item, std::regex_constants::match_continuous)) {
-      if (match.str() == "%%") text += '%';
-      from = match[0].second;
+  for (std::size_t i = 0; i < format.size();) {
+    bool const isSign = format[i] == '%';
+    if (isSign && format.compare(i, 2, "%%") == 0) {
+      text += '%';
+      i += 2;
+    } else if (std::size_t const end = isSign ? behindDirective(format, i) : i; end > i) {
+      i = end;
     } else {
-      text += *from++;
+      text += format[i++];
     }
   }
   return text;

@@ -68,7 +68,7 @@ namespace {
 
 using Entry = StackWalker::CallstackEntry;
 
-struct Frame {
+struct WalkedFrame {
   Entry entry;
   StackWalker::CallstackEntryType type;
 };
@@ -77,7 +77,7 @@ class FrameWalker : public StackWalker {
  public:
   using StackWalker::StackWalker;
 
-  std::vector<Frame> frames;
+  std::vector<WalkedFrame> frames;
   std::vector<std::string> problems;
   std::string text;  // what the default callbacks print
   int modules = 0;
@@ -94,7 +94,7 @@ class FrameWalker : public StackWalker {
   }
   std::string names() const {
     std::string all;
-    for (Frame const& frame : frames) all += frame.entry.undecoratedFullName + std::string("\n");
+    for (WalkedFrame const& frame : frames) all += frame.entry.undecoratedFullName + std::string("\n");
     for (std::string const& problem : problems) all += problem + '\n';
     return all;
   }

@@ -17,7 +17,7 @@ constexpr ulong32 kFile = platform::kAttributeNormal;
 constexpr ulong32 kFolder = platform::kAttributeDirectory;
 
 template <class Items>
-Texts namesOf(Items const& items) {
+Texts fullNames(Items const& items) {
   Texts names;
   for (auto const& item : items) names.push_back(fullName(item));
   return names;
@@ -62,19 +62,19 @@ class DirectoryCollect : public ::testing::Test {
 };
 
 TEST_F(DirectoryCollect, WithoutRecursionOneLevel) {
-  EXPECT_EQ(namesOf(directory->collectContents(pattern, false)), Texts({R"(C:\d\a2\)", R"(C:\d\a.txt)"}));
+  EXPECT_EQ(fullNames(directory->collectContents(pattern, false)), Texts({R"(C:\d\a2\)", R"(C:\d\a.txt)"}));
   EXPECT_EQ(searches(), Texts({R"(C:\d\a*)", R"(C:\d\a*)"}));
-  EXPECT_EQ(namesOf(directory->collectDirectories(pattern, false)), Texts{R"(C:\d\a2\)"});
+  EXPECT_EQ(fullNames(directory->collectDirectories(pattern, false)), Texts{R"(C:\d\a2\)"});
   EXPECT_EQ(searches(), Texts{R"(C:\d\a*)"});
-  EXPECT_EQ(namesOf(directory->collectFiles(pattern, false)), Texts{R"(C:\d\a.txt)"});
+  EXPECT_EQ(fullNames(directory->collectFiles(pattern, false)), Texts{R"(C:\d\a.txt)"});
   EXPECT_EQ(searches(), Texts{R"(C:\d\a*)"});
 }
 
 TEST_F(DirectoryCollect, RecursiveWalksInPreorderThroughAllSubdirectories) {
-  EXPECT_EQ(namesOf(directory->collectContents(pattern, true)),
+  EXPECT_EQ(fullNames(directory->collectContents(pattern, true)),
             Texts({R"(C:\d\a2\)", R"(C:\d\a.txt)", R"(C:\d\x\a1\)", R"(C:\d\x\a3.txt)", R"(C:\d\x\a1\a4.txt)"}));
-  EXPECT_EQ(namesOf(directory->collectDirectories(pattern, true)), Texts({R"(C:\d\a2\)", R"(C:\d\x\a1\)"}));
-  EXPECT_EQ(namesOf(directory->collectFiles(pattern, true)),
+  EXPECT_EQ(fullNames(directory->collectDirectories(pattern, true)), Texts({R"(C:\d\a2\)", R"(C:\d\x\a1\)"}));
+  EXPECT_EQ(fullNames(directory->collectFiles(pattern, true)),
             Texts({R"(C:\d\a.txt)", R"(C:\d\x\a3.txt)", R"(C:\d\x\a1\a4.txt)"}));
 }
 
@@ -103,7 +103,7 @@ TEST_F(DirectoryCollect, EachStepIsASearchOfItsOwn) {
 }
 
 TEST_F(DirectoryCollect, AllOfATree) {
-  EXPECT_EQ(namesOf(directory->collectContents(String(KVW("*")), true)),
+  EXPECT_EQ(fullNames(directory->collectContents(String(KVW("*")), true)),
             Texts({R"(C:\d\x\)", R"(C:\d\a2\)", R"(C:\d\x1.txt)", R"(C:\d\a.txt)",  //
                    R"(C:\d\x\a1\)", R"(C:\d\x\a3.txt)", R"(C:\d\x\a1\a4.txt)"}));
 }
@@ -142,7 +142,7 @@ TEST_F(DirectoryCollect, WithoutAbsoluteFormEachStepSaysSo) {
 TEST_F(DirectoryCollect, ARefusedNameEndsItsGroup) {
   files.script.searches[KVW(R"(C:\d\a*)")] = {
       {kFile, KVW("a1")}, {kFile, KVW("a ")}, {kFile, KVW("a2")}, {kFolder, KVW("a.")}, {kFolder, KVW("a3")}};
-  EXPECT_EQ(namesOf(directory->collectContents(pattern, false)), Texts{R"(C:\d\a1)"});
+  EXPECT_EQ(fullNames(directory->collectContents(pattern, false)), Texts{R"(C:\d\a1)"});
   EXPECT_EQ(messages.take(), Texts{invalidName("a.")});
 }
 

@@ -18,22 +18,22 @@ namespace {
 constexpr ulong32 kFileEntry = platform::kAttributeNormal;
 constexpr ulong32 kFolderEntry = platform::kAttributeDirectory;
 
-enum Kind { kContents, kDirectories, kFiles };
-Kind const kKinds[] = {kContents, kDirectories, kFiles};
+enum Kind { kAllItems, kOnlyDirectories, kOnlyFiles };
+Kind const kKinds[] = {kAllItems, kOnlyDirectories, kOnlyFiles};
 char const* const kKindNames[] = {"findContents", "findDirectories", "findFiles"};
 
 // Gives the next item as text: its full name, "null" at the end.
 using Next = std::function<std::string()>;
 
 template <class Iterator>
-Next nextOf(SmartPtr<Iterator> iterator) {
+Next stepsOf(SmartPtr<Iterator> iterator) {
   if (iterator == nullptr) return nullptr;
   return [iterator] { return fullName(iterator->getNext()); };
 }
-Next search(Directory const& directory, Kind kind, String const& pattern) {
-  if (kind == kContents) return nextOf(directory.findContents(pattern));
-  if (kind == kDirectories) return nextOf(directory.findDirectories(pattern));
-  return nextOf(directory.findFiles(pattern));
+Next searchFor(Directory const& directory, Kind kind, String const& pattern) {
+  if (kind == kAllItems) return stepsOf(directory.findContents(pattern));
+  if (kind == kOnlyDirectories) return stepsOf(directory.findDirectories(pattern));
+  return stepsOf(directory.findFiles(pattern));
 }
 
 // A folder C:\d whose search for * gives what the test says.
@@ -42,7 +42,7 @@ class DirectorySearch : public ::testing::Test {
   ~DirectorySearch() override { EXPECT_EQ(files.openSearches(), 0); }
 
   void entries(std::vector<ScriptedEntry> const& list) { files.script.searches[KVW(R"(C:\d\*)")] = list; }
-  Next start(Kind kind) { return search(*directory, kind, String(KVW("*"))); }
+  Next start(Kind kind) { return searchFor(*directory, kind, String(KVW("*"))); }
   Texts itemsOf(Kind kind) {
     Texts items;
     Next next = start(kind);
@@ -69,15 +69,15 @@ TEST_F(DirectorySearch, EachKindGivesItsItemsInTheOrderOfTheSystem) {
            {kFileEntry | platform::kAttributeHidden, KVW(".hidden")},
            {kFolderEntry | platform::kAttributeReparsePoint, KVW("link")},
            {0, KVW("a")}});
-  EXPECT_EQ(itemsOf(kContents),
+  EXPECT_EQ(itemsOf(kAllItems),
             Texts({R"(C:\d\z.txt)", R"(C:\d\b\)", R"(C:\d\.hidden)", R"(C:\d\link\)", R"(C:\d\a)"}));
-  EXPECT_EQ(itemsOf(kDirectories), Texts({R"(C:\d\b\)", R"(C:\d\link\)"}));
-  EXPECT_EQ(itemsOf(kFiles), Texts({R"(C:\d\z.txt)", R"(C:\d\.hidden)", R"(C:\d\a)"}));
+  EXPECT_EQ(itemsOf(kOnlyDirectories), Texts({R"(C:\d\b\)", R"(C:\d\link\)"}));
+  EXPECT_EQ(itemsOf(kOnlyFiles), Texts({R"(C:\d\z.txt)", R"(C:\d\.hidden)", R"(C:\d\a)"}));
 }
 
 TEST_F(DirectorySearch, WorksOneEntryAhead) {
   entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}});
-  for (Kind const kind : {kContents, kFiles}) {
+  for (Kind const kind : {kAllItems, kOnlyFiles}) {
     SCOPED_TRACE(kKindNames[kind]);
     Next next = start(kind);
     EXPECT_EQ(calls(), Log{R"(findFirst C:\d\*)"});
@@ -106,9 +106,17 @@ TEST_F(DirectorySearch, PassesOverWhatIsNotOfItsKindOnlyWhenAsked) {
     Log moreCalls;
   };
   Row const rows[] = {
-      {kContents, R"(C:\d\f)", {"findNext", "findNext", "findNext"}, R"(C:\d\d\)", {"findNext"}},
-      {kDirectories, R"(C:\d\d\)", {"findNext", "findNext", "findNext", "findNext"}, "null", {"findNext", "findClose"}},
-      {kFiles, R"(C:\d\f)", {"findNext", "findNext", "findNext"}, R"(C:\d\g)", {"findNext", "findNext", "findClose"}},
+      {kAllItems, R"(C:\d\f)", {"findNext", "findNext", "findNext"}, R"(C:\d\d\)", {"findNext"}},
+      {kOnlyDirectories,
+       R"(C:\d\d\)",
+       {"findNext", "findNext", "findNext", "findNext"},
+       "null",
+       {"findNext", "findClose"}},
+      {kOnlyFiles,
+       R"(C:\d\f)",
+       {"findNext", "findNext", "findNext"},
+       R"(C:\d\g)",
+       {"findNext", "findNext", "findClose"}},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(kKindNames[row.kind]);
@@ -136,14 +144,14 @@ TEST_F(DirectorySearch, AnEmptyFolderEndsBehindItsDots) {
 
 TEST_F(DirectorySearch, NamesThatOnlyStartLikeDotsAreItems) {
   entries({{kFolderEntry, KVW("..a")}, {kFolderEntry, KVW(".b")}});
-  EXPECT_EQ(itemsOf(kContents), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
-  EXPECT_EQ(itemsOf(kDirectories), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
+  EXPECT_EQ(itemsOf(kAllItems), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
+  EXPECT_EQ(itemsOf(kOnlyDirectories), Texts({R"(C:\d\..a\)", R"(C:\d\.b\)"}));
 }
 
 TEST_F(DirectorySearch, DotsWithoutTheDirectoryBitAreStillPassedOver) {
   entries({{kFileEntry, KVW(".")}, {kFileEntry, KVW("..")}, {kFileEntry, KVW("f")}});
-  EXPECT_EQ(itemsOf(kContents), Texts{R"(C:\d\f)"});
-  EXPECT_EQ(itemsOf(kDirectories), Texts());
+  EXPECT_EQ(itemsOf(kAllItems), Texts{R"(C:\d\f)"});
+  EXPECT_EQ(itemsOf(kOnlyDirectories), Texts());
 }
 
 TEST_F(DirectorySearch, AnInvalidHandleIsTheEndAtOnce) {
@@ -161,7 +169,7 @@ TEST_F(DirectorySearch, AnInvalidHandleIsTheEndAtOnce) {
 
 TEST_F(DirectorySearch, AnIteratorThatGoesClosesItsSearch) {
   entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}, {kFileEntry, KVW("c")}});
-  Next next = start(kFiles);
+  Next next = start(kOnlyFiles);
   EXPECT_EQ(next(), R"(C:\d\a)");
   EXPECT_EQ(files.openSearches(), 1);
   calls();
@@ -174,7 +182,7 @@ TEST_F(DirectorySearch, AnErrorEndsTheSearchLikeTheLastEntry) {
   entries({{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}, {kFileEntry, KVW("c")}});
   FailingFiles failing(3, files);  // findFirst, findNext, and then the findNext that fails
   platform::ScopedBackend<platform::FileApi> const inner(failing);
-  Next next = start(kFiles);
+  Next next = start(kOnlyFiles);
   EXPECT_EQ(next(), R"(C:\d\a)");
   EXPECT_EQ(next(), R"(C:\d\b)");
   EXPECT_EQ(next(), "null");
@@ -189,7 +197,7 @@ TEST_F(DirectorySearch, ARefusedNameIsNullInItsPlaceAndTheSearchGoesOn) {
            {kFolderEntry, KVW("c.")},
            {kFolderEntry, KVW("d")},
            {kFileEntry, KVW("e")}});
-  Next contents = start(kContents);
+  Next contents = start(kAllItems);
   EXPECT_EQ(contents(), R"(C:\d\a)");
   EXPECT_EQ(contents(), "null");
   EXPECT_EQ(messages.take(), Texts());  // none for a file
@@ -199,13 +207,13 @@ TEST_F(DirectorySearch, ARefusedNameIsNullInItsPlaceAndTheSearchGoesOn) {
   EXPECT_EQ(contents(), R"(C:\d\e)");
   EXPECT_EQ(contents(), "null");
 
-  Next directories = start(kDirectories);
+  Next directories = start(kOnlyDirectories);
   EXPECT_EQ(directories(), "null");
   EXPECT_EQ(messages.take(), Texts{invalidName("c.")});
   EXPECT_EQ(directories(), R"(C:\d\d\)");
   EXPECT_EQ(directories(), "null");
 
-  Next found = start(kFiles);
+  Next found = start(kOnlyFiles);
   EXPECT_EQ(found(), R"(C:\d\a)");
   EXPECT_EQ(found(), "null");
   EXPECT_EQ(found(), R"(C:\d\e)");
@@ -234,7 +242,7 @@ TEST_F(DirectorySearch, ThePatternStandsBehindTheFullName) {
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
     for (Kind const kind : kKinds) {
-      search(*directoryAt(row.directory), kind, String(KVW("scan??.d*")));
+      searchFor(*directoryAt(row.directory), kind, String(KVW("scan??.d*")));
       EXPECT_EQ(calls(), Log{row.call});
     }
   }
@@ -261,7 +269,7 @@ TEST_F(DirectorySearch, AnInvalidPatternGivesNoIteratorAndOneMessage) {
     SCOPED_TRACE(row.name);
     for (Kind const kind : kKinds) {
       SCOPED_TRACE(kKindNames[kind]);
-      EXPECT_TRUE(search(*relative, kind, row.pattern) == nullptr);
+      EXPECT_TRUE(searchFor(*relative, kind, row.pattern) == nullptr);
       EXPECT_EQ(messages.take(), Texts{invalidPattern(row.shownPattern)});
     }
   }
@@ -271,7 +279,7 @@ TEST_F(DirectorySearch, AnInvalidPatternGivesNoIteratorAndOneMessage) {
 TEST_F(DirectorySearch, ARelativeDirectoryIsResolvedOnceWhenTheSearchStarts) {
   files.script.directory = KVW(R"(C:\d)");
   files.script.searches[KVW(R"(C:\d\sub\*)")] = {{kFileEntry, KVW("a")}, {kFileEntry, KVW("b")}};
-  Next next = search(*directoryAt(KVW("sub")), kFiles, String(KVW("*")));
+  Next next = searchFor(*directoryAt(KVW("sub")), kOnlyFiles, String(KVW("*")));
   EXPECT_EQ(calls(), Log({"currentDirectory", R"(findFirst C:\d\sub\*)"}));
   files.script.directory = KVW(R"(D:\)");
   EXPECT_EQ(next(), R"(C:\d\sub\a)");
@@ -281,7 +289,7 @@ TEST_F(DirectorySearch, ARelativeDirectoryIsResolvedOnceWhenTheSearchStarts) {
 TEST_F(DirectorySearch, WithoutAbsoluteFormThereIsNoIterator) {
   for (Kind const kind : kKinds) {
     SCOPED_TRACE(kKindNames[kind]);
-    EXPECT_TRUE(search(*directoryAt(KVW("sub")), kind, String(KVW("*"))) == nullptr);
+    EXPECT_TRUE(searchFor(*directoryAt(KVW("sub")), kind, String(KVW("*"))) == nullptr);
     EXPECT_EQ(messages.take(), Texts{kNoCurrentDirectory});
     EXPECT_EQ(calls(), Log{"currentDirectory"});
   }

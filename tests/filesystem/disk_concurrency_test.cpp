@@ -18,12 +18,12 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-constexpr int kRounds = 20;
+constexpr int kDiskRounds = 20;
 
 // A thread that finds the directory made by another one succeeds too.
 TEST(DiskConcurrency, AllMakersOfOneDirectorySucceed) {
   TempFolder folder;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kDiskRounds; ++round) {
     SmartPtr<Directory const> const directory =
         directoryAt((folder.text() + KVW("\\") + widen(std::to_string(round)) + KVW("\\a\\b\\c")).c_str());
     std::vector<char> made(kThreads);
@@ -40,13 +40,13 @@ TEST(DiskConcurrency, OneSourceIsCopiedByAllAndEachTargetIsRemoved) {
   std::vector<int> done(kThreads);
   onThreads([&](int thread) {
     SmartPtr<Directory const> const target = directoryAt(folder.text(widen("target" + std::to_string(thread))).c_str());
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kDiskRounds; ++round) {
       bool const isCopied = target->create() && source->copyContents(target, true, false, nullptr) &&
                             target->collectFiles(KVW("*"), true).size() == 12;
       if (isCopied && target->remove(true)) ++done[static_cast<std::size_t>(thread)];
     }
   });
-  EXPECT_EQ(done, std::vector<int>(kThreads, kRounds));
+  EXPECT_EQ(done, std::vector<int>(kThreads, kDiskRounds));
   EXPECT_EQ(source->collectFiles(KVW("*"), true).size(), 12u);
 }
 
@@ -59,7 +59,7 @@ TEST(DiskConcurrency, EachThreadIsToldItsOwnReason) {
   SmartPtr<File const> const missing = fileAt(folder.text(KVW("missing")).c_str());
   onThreads([&](int thread) {
     ulong32 const expected = thread % 2 == 0 ? platform::kAlreadyExists : platform::kFileNotFound;
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < kDiskRounds; ++round) {
       EXPECT_FALSE((thread % 2 == 0 ? here : missing)->move(there));
       EXPECT_EQ(platform::errors().lastError(), expected);
       EXPECT_EQ(shown(getWindowsError()), shown(getWindowsError(expected)));

@@ -31,7 +31,7 @@ SmartPtr<Item const> claiming(SmartPtr<Item const> const& item, bool there) {
   return SmartPtr<Item const>(new Claiming<Item>(item, there));
 }
 
-SmartPtr<File const> named(wchar const* path, wchar const* name) {
+SmartPtr<File const> fileNamed(wchar const* path, wchar const* name) {
   SmartPtr<File> const file = File::fromString(String(path));
   file->setName(String(name));
   return file;
@@ -142,10 +142,10 @@ TEST_F(ItemQueries, StatAsksForTheFullNameWithoutItsLastSeparator) {
       {"relative file", fileAt(KVW("b.txt")), R"(.\b.txt)"},
       {"file on a share", fileAt(KVW(R"(\\s\t\b.txt)")), R"(\\s\t\b.txt)"},
       {"file at a bare drive", fileAt(KVW("C:b.txt")), "C:b.txt"},
-      {"EMPTY file name", named(KVW(R"(C:\a\x)"), KVW("")), R"(C:\a)"},
-      {"file name that ends in a slash", named(KVW(R"(C:\a\x)"), KVW("x/")), R"(C:\a\x)"},
-      {"file name that is a backslash", named(KVW(R"(C:\a\x)"), KVW("\\")), R"(C:\a\)"},
-      {"file name of two slashes", named(KVW(R"(C:\a\x)"), KVW("//")), R"(C:\a\/)"},
+      {"EMPTY file name", fileNamed(KVW(R"(C:\a\x)"), KVW("")), R"(C:\a)"},
+      {"file name that ends in a slash", fileNamed(KVW(R"(C:\a\x)"), KVW("x/")), R"(C:\a\x)"},
+      {"file name that is a backslash", fileNamed(KVW(R"(C:\a\x)"), KVW("\\")), R"(C:\a\)"},
+      {"file name of two slashes", fileNamed(KVW(R"(C:\a\x)"), KVW("//")), R"(C:\a\/)"},
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
@@ -178,7 +178,7 @@ TEST_F(ItemQueries, StatLeavesTheStructureAloneWhereTheSystemDoes) {
 using TimeQuery = bool (FileSystemItem::*)(FILETIME*) const;
 constexpr TimeQuery kTimeQueries[] = {&FileSystemItem::getCreationTime, &FileSystemItem::getLastWriteTime};
 
-std::uint64_t timeOf(FileSystemItem const& item, TimeQuery query) {
+std::uint64_t timeBy(FileSystemItem const& item, TimeQuery query) {
   FILETIME time = {};
   EXPECT_TRUE((item.*query)(&time));
   return (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
@@ -202,10 +202,10 @@ TEST_F(ItemQueries, TimesKeepBothHalves) {
     files.script.infos[KVW(R"(\\?\C:\f)")] = {platform::kAttributeNormal, 5, row.creation, row.lastWrite};
     files.script.infos[KVW(R"(\\?\C:\d\)")] = {platform::kAttributeDirectory, 0, row.lastWrite, row.creation};
     files.clearLog();
-    EXPECT_EQ(timeOf(*file, kTimeQueries[0]), row.creation);
-    EXPECT_EQ(timeOf(*file, kTimeQueries[1]), row.lastWrite);
-    EXPECT_EQ(timeOf(*directory, kTimeQueries[0]), row.lastWrite);
-    EXPECT_EQ(timeOf(*directory, kTimeQueries[1]), row.creation);
+    EXPECT_EQ(timeBy(*file, kTimeQueries[0]), row.creation);
+    EXPECT_EQ(timeBy(*file, kTimeQueries[1]), row.lastWrite);
+    EXPECT_EQ(timeBy(*directory, kTimeQueries[0]), row.lastWrite);
+    EXPECT_EQ(timeBy(*directory, kTimeQueries[1]), row.creation);
     EXPECT_EQ(files.log(),
               (Log{R"(getInfo \\?\C:\f)", R"(getInfo \\?\C:\f)", R"(getInfo \\?\C:\d\)", R"(getInfo \\?\C:\d\)"}));
   }
@@ -259,9 +259,9 @@ TEST_F(ItemQueriesOnDisk, TimesAgreeWithTheStatusRecord) {
   for (SmartPtr<FileSystemItem const> const& item : items) {
     struct _stat64i32 status = {};
     ASSERT_TRUE(item->stat(status));
-    std::uint64_t const seconds = timeOf(*item, &FileSystemItem::getLastWriteTime) / kUnitsPerSecond - kFrom1601To1970;
+    std::uint64_t const seconds = timeBy(*item, &FileSystemItem::getLastWriteTime) / kUnitsPerSecond - kFrom1601To1970;
     EXPECT_EQ(seconds, static_cast<std::uint64_t>(status.st_mtime));
-    EXPECT_GT(timeOf(*item, &FileSystemItem::getCreationTime), kFrom1601To1970 * kUnitsPerSecond);
+    EXPECT_GT(timeBy(*item, &FileSystemItem::getCreationTime), kFrom1601To1970 * kUnitsPerSecond);
   }
 }
 
@@ -271,7 +271,7 @@ TEST_F(ItemQueriesOnDisk, TheLastWriteTimeFollowsTheFile) {
   auto const setBack = [&] {
     auto const path = folder.path("file.bin");
     std::filesystem::last_write_time(path, std::filesystem::last_write_time(path) - std::chrono::hours(1000));
-    return timeOf(*item, &FileSystemItem::getLastWriteTime);
+    return timeBy(*item, &FileSystemItem::getLastWriteTime);
   };
   std::uint64_t const once = setBack();  // not every standard library keeps the parts of a second
   EXPECT_EQ(setBack(), once - kThousandHours);

@@ -134,7 +134,7 @@ class PathDifferential : public ::testing::Test {
   PathWorld world;
 };
 
-constexpr int kRounds = 6000;
+constexpr int kPathRounds = 3000;
 
 // A random text behind a given one that gives a path; the path comes with it.
 template <class Path>
@@ -148,7 +148,7 @@ wstring validText(RandomTexts& random, SmartPtr<Path const>& path, wstring const
 
 TEST_F(PathDifferential, Names) {
   RandomTexts random(1);
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     wstring const text = random.name();
     SCOPED_TRACE(narrow(text));
     ASSERT_EQ(isValidItemName(counted(text)), reference::isValidItemName(text));
@@ -159,7 +159,7 @@ TEST_F(PathDifferential, Names) {
 TEST_F(PathDifferential, DirectoriesFromTexts) {
   RandomTexts random(2);
   int valid = 0;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     wstring const text = random.path();
     SCOPED_TRACE(narrow(text));
     SmartPtr<Directory const> const path = Directory::fromString(counted(text));
@@ -170,14 +170,14 @@ TEST_F(PathDifferential, DirectoriesFromTexts) {
     if (path != nullptr) ++valid;
   }
   // The texts are worth the effort only if both sorts come up often.
-  EXPECT_GT(valid, kRounds / 5);
-  EXPECT_LT(valid, kRounds * 4 / 5);
+  EXPECT_GT(valid, kPathRounds / 5);
+  EXPECT_LT(valid, kPathRounds * 4 / 5);
 }
 
 TEST_F(PathDifferential, FilesFromTexts) {
   RandomTexts random(3);
   int valid = 0;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     wstring const text = random.path();
     SCOPED_TRACE(narrow(text));
     SmartPtr<File const> const file = File::fromString(counted(text));
@@ -187,12 +187,12 @@ TEST_F(PathDifferential, FilesFromTexts) {
     ASSERT_NO_FATAL_FAILURE(expectSameMessages());
     if (file != nullptr) ++valid;
   }
-  EXPECT_GT(valid, kRounds / 10);
+  EXPECT_GT(valid, kPathRounds / 10);
 }
 
 TEST_F(PathDifferential, Algebra) {
   RandomTexts random(4);
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     SmartPtr<Directory const> one;
     SmartPtr<Directory const> other;
     wstring const oneText = validText(random, one);
@@ -231,7 +231,7 @@ TEST_F(PathDifferential, Algebra) {
 
 TEST_F(PathDifferential, FilesInAlgebra) {
   RandomTexts random(5);
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     SmartPtr<File const> one;
     SmartPtr<File const> other;
     SmartPtr<Directory const> directory;
@@ -261,7 +261,7 @@ TEST_F(PathDifferential, FilesInAlgebra) {
 // A full name read anew is the same path, whichever of its three texts is taken, unless levels of dots are in the way.
 TEST_F(PathDifferential, TextsLeadBackToThePath) {
   RandomTexts random(6);
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kPathRounds; ++round) {
     wstring const text = random.path();
     SCOPED_TRACE(narrow(text));
     SmartPtr<Directory const> const path = Directory::fromString(counted(text));

@@ -31,7 +31,7 @@ class PathOperations : public ::testing::Test {
   platform::ScopedBackend<platform::FileApi> scope{files};
 };
 
-SmartPtr<File const> named(wchar const* path, String const& name) {
+SmartPtr<File const> fileCalled(wchar const* path, String const& name) {
   SmartPtr<File> const file = File::fromString(String(path));
   file->setName(name);
   return file;
@@ -53,9 +53,9 @@ std::vector<PathItems> ordinaryItems() {
 std::vector<PathItems> oddItems() {
   SmartPtr<Directory const> const byDefault(new Directory), root = directoryAt(KVW(R"(C:\)")),
                                                             up = directoryAt(KVW(R"(..\..)"));
-  SmartPtr<File const> const file = fileAt(KVW("a.b")), nil = named(KVW("x"), String::NIL),
-                             empty = named(KVW(R"(\x)"), String::EMPTY),
-                             odd = named(KVW(R"(\\s\t\x)"), String(KVW(R"(..\*:?/ .)")));
+  SmartPtr<File const> const file = fileAt(KVW("a.b")), nil = fileCalled(KVW("x"), String::NIL),
+                             empty = fileCalled(KVW(R"(\x)"), String::EMPTY),
+                             odd = fileCalled(KVW(R"(\\s\t\x)"), String(KVW(R"(..\*:?/ .)")));
   String const surrogate(wchar(0xD800), 3);
   return {
       {"NIL", byDefault, byDefault, nil, nil, String::NIL, String::NIL},
@@ -64,10 +64,10 @@ std::vector<PathItems> oddItems() {
       {"beyond the root", root, up, file, odd, String(KVW(R"(C:\..)")), String(KVW(".."))},
       {"dots alone", up, up, odd, odd, String(KVW(R"(\\.\..\.)")), String(KVW("..."))},
       {"inner NUL", root, byDefault, file, file, counted(wstring(KVW("a\0\\b*"), 5)), counted(wstring(KVW("a\0b"), 3))},
-      {"percent signs", up, root, named(KVW("x"), String(KVW("%ls%n"))), nil, String(KVW("%ls%n*")),
+      {"percent signs", up, root, fileCalled(KVW("x"), String(KVW("%ls%n"))), nil, String(KVW("%ls%n*")),
        String(KVW("%s:"))},
-      {"lone surrogates", directoryAt(surrogate), directoryAt(surrogate), named(KVW("x"), surrogate), file, surrogate,
-       surrogate},
+      {"lone surrogates", directoryAt(surrogate), directoryAt(surrogate), fileCalled(KVW("x"), surrogate), file,
+       surrogate, surrogate},
   };
 }
 

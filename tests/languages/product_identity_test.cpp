@@ -287,7 +287,7 @@ TEST(ProductIdentity, ATextWithoutTerminatorEndsWithTheResource) {
 
 // --- The version of a file ----------------------------------------------------------------------------------------------
 
-std::string textOf(FileVersionQuad const& quad) {
+std::string dotted(FileVersionQuad const& quad) {
   return std::to_string(quad.major) + '.' + std::to_string(quad.minor) + '.' + std::to_string(quad.build) + '.' +
          std::to_string(quad.revision);
 }
@@ -297,15 +297,15 @@ TEST(ProductIdentity, TheFileVersionHasFourParts) {
   world.setVersion(KVW("C:\\app\\tool.dll"), 0x000A0000, 0x00002521);
   world.setVersion(KVW("C:\\app\\tooldeu.dll"), 0x00010002, 0x00030004);
   world.setVersion(KVW("max.dll"), 0xFFFFFFFF, 0xFFFFFFFF);
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("C:\\app\\tool.dll"))), "10.0.0.9505");
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("C:\\app\\tooldeu.dll"))), "1.2.3.4");
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("max.dll"))), "65535.65535.65535.65535");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("C:\\app\\tool.dll"))), "10.0.0.9505");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("C:\\app\\tooldeu.dll"))), "1.2.3.4");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("max.dll"))), "65535.65535.65535.65535");
 }
 
 TEST(ProductIdentity, TheEmptyPathHasNoVersion) {
   LanguageWorld world;
   world.setVersion(KVW(""), 0x00010002, 0x00030004);
-  EXPECT_EQ(textOf(GetFileVersionQuad(wstring())), "0.0.0.0");
+  EXPECT_EQ(dotted(GetFileVersionQuad(wstring())), "0.0.0.0");
   EXPECT_EQ(world.modules.log, Texts());
 }
 
@@ -315,17 +315,17 @@ TEST(ProductIdentity, AFailureOfAnyCallGivesNoVersion) {
     LanguageWorld world;
     world.setVersion(KVW("a.dll"), 0x00010002, 0x00030004);
     world.modules.failAt = n;
-    EXPECT_EQ(textOf(GetFileVersionQuad(KVW("a.dll"))), n < 4 ? "0.0.0.0" : "1.2.3.4");
+    EXPECT_EQ(dotted(GetFileVersionQuad(KVW("a.dll"))), n < 4 ? "0.0.0.0" : "1.2.3.4");
   }
 }
 
 TEST(ProductIdentity, AFileWithoutFixedPartHasNoVersion) {
   LanguageWorld world;
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("missing.dll"))), "0.0.0.0");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("missing.dll"))), "0.0.0.0");
   world.setTranslation(KVW("a.dll"));
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
   world.modules.versions[KVW("a.dll")].nullValues = {KVW("\\")};
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
 }
 
 TEST(ProductIdentity, AFixedPartThatIsTooShortGivesNoVersion) {
@@ -333,9 +333,9 @@ TEST(ProductIdentity, AFixedPartThatIsTooShortGivesNoVersion) {
   world.setVersion(KVW("a.dll"), 0x00010002, 0x00030004);
   std::string& fixed = world.modules.versions[KVW("a.dll")].values[KVW("\\")];
   fixed.resize(16);
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("a.dll"))), "1.2.3.4");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("a.dll"))), "1.2.3.4");
   fixed.resize(15);
-  EXPECT_EQ(textOf(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
+  EXPECT_EQ(dotted(GetFileVersionQuad(KVW("a.dll"))), "0.0.0.0");
 }
 
 TEST(ProductIdentity, WithoutMemoryThereIsNoVersion) {
@@ -345,7 +345,7 @@ TEST(ProductIdentity, WithoutMemoryThereIsNoVersion) {
   for (AllocationSweep sweep; sweep.next();) {
     FileVersionQuad quad = {};
     sweep.runReporting([&] { quad = GetFileVersionQuad(path); });
-    EXPECT_EQ(textOf(quad), sweep.failed() ? "0.0.0.0" : "1.2.3.4");
+    EXPECT_EQ(dotted(quad), sweep.failed() ? "0.0.0.0" : "1.2.3.4");
     world.clearLogs();
   }
 }
@@ -356,7 +356,7 @@ TEST(ProductIdentity, VersionsAreEqualIfAllPartsAre) {
   EXPECT_FALSE(version != FileVersionQuad({1, 2, 3, 4}));
   for (FileVersionQuad const& other : {FileVersionQuad{9, 2, 3, 4}, FileVersionQuad{1, 9, 3, 4},
                                        FileVersionQuad{1, 2, 9, 4}, FileVersionQuad{1, 2, 3, 9}}) {
-    SCOPED_TRACE(textOf(other));
+    SCOPED_TRACE(dotted(other));
     EXPECT_TRUE(version != other);
     EXPECT_FALSE(version == other);
   }

@@ -26,7 +26,7 @@ String greatestText() {
   return text;
 }
 
-struct Row {
+struct LengthRow {
   char const* name;
   void (*lengthen)(String const& greatest);
 };
@@ -36,7 +36,7 @@ void appendTo(String const& greatest, void (*append)(String&)) {
   append(copy);
 }
 
-Row const kRows[] = {
+LengthRow const kRows[] = {
     {"text and unit", [](String const& greatest) { greatest + KVW('x'); }},
     {"unit and text", [](String const& greatest) { KVW('x') + greatest; }},
     {"text and pointer", [](String const& greatest) { greatest + KVW("x"); }},
@@ -52,7 +52,7 @@ Row const kRows[] = {
 };
 
 TEST(GreatestLength, NothingIsReadOrAllocatedForALongerText) {
-  for (Row const& row : kRows) {
+  for (LengthRow const& row : kRows) {
     SCOPED_TRACE(row.name);
     String const greatest = greatestText();
     bool threw = false;

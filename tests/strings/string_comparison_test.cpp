@@ -12,10 +12,6 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-int signOf(int value) {
-  return (value > 0) - (value < 0);
-}
-
 // The same text with a length that is not known.
 String ofUnknownLength(String string) {
   static_cast<void>(string[0]);

@@ -41,7 +41,7 @@ TEST(StringConcurrency, ExactlyOneThreadDropsTheLastReference) {
 }
 
 // The answer and what becomes of a copy. An operation that keeps the payload runs on the given String itself.
-std::string outcome(StringOperation const& operation, String& text) {
+std::string outcomeOfCopy(StringOperation const& operation, String& text) {
   String copy = text;
   std::string const answer = shown(operation.run(operation.effect == StringOperation::kKeeps ? text : copy), text);
   return answer + "; " + state(copy);
@@ -52,11 +52,11 @@ TEST(StringConcurrency, EveryOperationOnOnePayload) {
     SCOPED_TRACE(operation.name);
     String text(operation.text);
     // The first call also makes the narrow copies, which threads share from then on.
-    std::string const expected = outcome(operation, text);
+    std::string const expected = outcomeOfCopy(operation, text);
     std::atomic<int> wrong{0};
     onThreads([&](int) {
       for (int i = 0; i < 20; ++i) {
-        if (outcome(operation, text) != expected) ++wrong;
+        if (outcomeOfCopy(operation, text) != expected) ++wrong;
       }
     });
     EXPECT_EQ(wrong, 0);

@@ -117,7 +117,7 @@ TEST(StringDisplay, TheBudgetOf48) {
 
 // --- Against the model -----------------------------------------------------------------------------------------------
 
-void compareWithModel(Text const& text, int limit, int head) {
+void compareDisplay(Text const& text, int limit, int head) {
   String const string = stringOf(text);
   String const result = string.shortenString(limit, head);
   Text const expected = reference::shortenString(text, limit, head);
@@ -141,7 +141,7 @@ TEST(StringDisplay, RandomTextsAgreeWithTheModel) {
     if (!random.oneIn(50)) text = random.text(random.below(90), random.oneIn(3) ? units : RandomUnits::kFew);
     for (int slashes = random.below(8); text && !text->empty() && slashes > 0; --slashes)
       (*text)[static_cast<std::size_t>(random.below(static_cast<int>(text->size())))] = KVW('/');
-    compareWithModel(text, randomBound(random), randomBound(random));
+    compareDisplay(text, randomBound(random), randomBound(random));
     if (HasFatalFailure()) return;
   }
 }
@@ -154,8 +154,8 @@ TEST(StringDisplay, ANulAtTheEndOfThePiecesIsDropped) {
 TEST(StringDisplay, SampledUnitsAgreeWithTheModel) {
   for (wchar const code : sampledUnits()) {
     wstring const unit(1, code);
-    compareWithModel(KVW("abc") + unit + KVW("defghi") + unit + KVW("jkl"), 10, 5);
-    compareWithModel(unit, 0, 1);
+    compareDisplay(KVW("abc") + unit + KVW("defghi") + unit + KVW("jkl"), 10, 5);
+    compareDisplay(unit, 0, 1);
     if (HasFatalFailure()) FAIL() << "unit " << code;
   }
 }
@@ -165,7 +165,7 @@ TEST(StringDisplay, LongTexts) {
   wstring const letters(1 << 14, KVW('a'));
   for (wstring const& text : {letters + slashes, slashes + letters}) {
     for (int const limit : {-1, 100, 1 << 14, (1 << 15) - 1})
-      for (int const head : {-1, 0, 1 << 13, INT_MAX}) compareWithModel(text, limit, head);
+      for (int const head : {-1, 0, 1 << 13, INT_MAX}) compareDisplay(text, limit, head);
   }
 }
 

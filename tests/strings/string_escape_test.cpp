@@ -168,7 +168,7 @@ TEST(StringEscape, EscapedAsciiBeforeABadEscape) {
 
 // --- Against the model -----------------------------------------------------------------------------------------------
 
-void compareWithModel(Text const& text, bool unicode) {
+void compareEscapes(Text const& text, bool unicode) {
   String const original = stringOf(text);
   String string = original;
   string.controlsToEsc(unicode);
@@ -187,7 +187,7 @@ void compareWithModel(Text const& text, bool unicode) {
 }
 
 // Controls, quotes, wide units and pieces of escapes, most of them valid.
-Text randomSource(RandomText& random, bool withNul) {
+Text randomEscapes(RandomText& random, bool withNul) {
   static wstring const kPieces[] = {KVW("\\n"),     KVW("\\r"),   KVW("\\\""),   KVW("\\\\"),    KVW("\\u00E9"),
                                     KVW("\\u20ac"), KVW("\\u12"), KVW("\\q"),    KVW("\\"),      KVW("\n"),
                                     KVW("\r"),      KVW("\""),    KVW("u"),      KVW("n"),       KVW("\u20AC"),
@@ -206,9 +206,9 @@ Text randomSource(RandomText& random, bool withNul) {
 TEST(StringEscape, RandomTextsAgreeWithTheModel) {
   RandomText random(280);
   for (int i = 0; i < kRounds; ++i) {
-    Text const text = randomSource(random, random.oneIn(2));
-    compareWithModel(text, true);
-    compareWithModel(text, false);
+    Text const text = randomEscapes(random, random.oneIn(2));
+    compareEscapes(text, true);
+    compareEscapes(text, false);
     if (HasFatalFailure()) return;
   }
 }
@@ -216,10 +216,10 @@ TEST(StringEscape, RandomTextsAgreeWithTheModel) {
 TEST(StringEscape, SampledUnitsAgreeWithTheModel) {
   for (wchar const code : sampledUnits()) {
     wstring const unit(1, code);
-    compareWithModel(unit, true);
-    compareWithModel(KVW("\\u12") + unit + KVW("4"), true);
-    compareWithModel(KVW("\\n\\") + unit, false);
-    compareWithModel(KVW("abcde") + unit, false);
+    compareEscapes(unit, true);
+    compareEscapes(KVW("\\u12") + unit + KVW("4"), true);
+    compareEscapes(KVW("\\n\\") + unit, false);
+    compareEscapes(KVW("abcde") + unit, false);
     if (HasFatalFailure()) FAIL() << "unit " << code;
   }
 }
@@ -228,13 +228,13 @@ TEST(StringEscape, LongTexts) {
   std::size_t const size = 1 << 16;
   wstring codes;
   while (codes.size() < size) codes += KVW("\\n\\u20AC");
-  compareWithModel(codes, true);
-  compareWithModel(codes + KVW("\\q"), true);
-  compareWithModel(codes + KVW("\\q"), false);
-  compareWithModel(wstring(size, 0x20AC), true);
-  compareWithModel(wstring(size, 0x20AC), false);
-  compareWithModel(wstring(size, KVW('\\')), true);
-  compareWithModel(RandomText(283).text(static_cast<int>(size), RandomUnits::kAny), true);
+  compareEscapes(codes, true);
+  compareEscapes(codes + KVW("\\q"), true);
+  compareEscapes(codes + KVW("\\q"), false);
+  compareEscapes(wstring(size, 0x20AC), true);
+  compareEscapes(wstring(size, 0x20AC), false);
+  compareEscapes(wstring(size, KVW('\\')), true);
+  compareEscapes(RandomText(283).text(static_cast<int>(size), RandomUnits::kAny), true);
 }
 
 }  // namespace

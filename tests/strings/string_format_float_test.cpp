@@ -17,7 +17,7 @@ namespace testing {
 namespace {
 
 template <class Real>
-std::string printed(Real value) {
+std::string cPrinted(Real value) {
   String added;
   added += value;
   String shifted;
@@ -52,34 +52,34 @@ TEST(StringFormatFloat, WorkedTable) {
   };
   for (Row const& row : rows) {
     SCOPED_TRACE(row.name);
-    EXPECT_EQ(printed(static_cast<float>(row.value)), row.asFloat);
-    EXPECT_EQ(printed(row.value), row.asDouble);
+    EXPECT_EQ(cPrinted(static_cast<float>(row.value)), row.asFloat);
+    EXPECT_EQ(cPrinted(row.value), row.asDouble);
   }
 }
 
 // A float of 100 has 7 significant digits, one above it has 8.
 TEST(StringFormatFloat, ExactPowersOfTenTakeTheLowerPrecision) {
-  EXPECT_EQ(printed(100.0f), "100");
-  EXPECT_EQ(printed(std::nextafter(101.0f, 200.0f)), "101.00001");
-  EXPECT_EQ(printed(1000.0f), "1000");
-  EXPECT_EQ(printed(std::nextafter(1e9, 2e9)), "1000000000.00000012") << "its logarithm is 9: 18 digits, not 19";
-  EXPECT_EQ(printed(10.000000001), "10.000000001");
-  EXPECT_EQ(printed(1.000000001), "1.000000001");
+  EXPECT_EQ(cPrinted(100.0f), "100");
+  EXPECT_EQ(cPrinted(std::nextafter(101.0f, 200.0f)), "101.00001");
+  EXPECT_EQ(cPrinted(1000.0f), "1000");
+  EXPECT_EQ(cPrinted(std::nextafter(1e9, 2e9)), "1000000000.00000012") << "its logarithm is 9: 18 digits, not 19";
+  EXPECT_EQ(cPrinted(10.000000001), "10.000000001");
+  EXPECT_EQ(cPrinted(1.000000001), "1.000000001");
 }
 
 TEST(StringFormatFloat, NoNumbers) {
-  EXPECT_EQ(printed(std::numeric_limits<float>::quiet_NaN()), "nan");
-  EXPECT_EQ(printed(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)), "nan");
-  EXPECT_EQ(printed(std::numeric_limits<double>::quiet_NaN()), "nan");
-  EXPECT_EQ(printed(std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)), "nan");
-  EXPECT_EQ(printed(std::numeric_limits<float>::infinity()), "inf");
-  EXPECT_EQ(printed(-std::numeric_limits<float>::infinity()), "-inf");
-  EXPECT_EQ(printed(std::numeric_limits<double>::infinity()), "inf");
-  EXPECT_EQ(printed(-std::numeric_limits<double>::infinity()), "-inf");
+  EXPECT_EQ(cPrinted(std::numeric_limits<float>::quiet_NaN()), "nan");
+  EXPECT_EQ(cPrinted(std::copysign(std::numeric_limits<float>::quiet_NaN(), -1.0f)), "nan");
+  EXPECT_EQ(cPrinted(std::numeric_limits<double>::quiet_NaN()), "nan");
+  EXPECT_EQ(cPrinted(std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0)), "nan");
+  EXPECT_EQ(cPrinted(std::numeric_limits<float>::infinity()), "inf");
+  EXPECT_EQ(cPrinted(-std::numeric_limits<float>::infinity()), "-inf");
+  EXPECT_EQ(cPrinted(std::numeric_limits<double>::infinity()), "inf");
+  EXPECT_EQ(cPrinted(-std::numeric_limits<double>::infinity()), "-inf");
 }
 
 template <class Real>
-void compareWithModel(Real value) {
+void compareReal(Real value) {
   String string;
   string += value;
   std::string const expected = reference::realText(value);
@@ -88,8 +88,8 @@ void compareWithModel(Real value) {
 
 template <class Real>
 void compareBothSigns(Real value) {
-  compareWithModel(value);
-  compareWithModel(-value);
+  compareReal(value);
+  compareReal(-value);
 }
 
 TEST(StringFormatFloat, LimitsAgreeWithTheModel) {
@@ -139,8 +139,8 @@ TEST(StringFormatFloat, RandomBitsAgreeWithTheModel) {
   RandomText random(252);
   for (int i = 0; i < kRounds; ++i) {
     std::uint64_t const bits = randomBits(random);
-    compareWithModel(fromBits<float>(static_cast<std::uint32_t>(bits)));
-    compareWithModel(fromBits<double>(bits));
+    compareReal(fromBits<float>(static_cast<std::uint32_t>(bits)));
+    compareReal(fromBits<double>(bits));
     if (HasFailure()) return;
   }
 }
@@ -152,8 +152,8 @@ TEST(StringFormatFloat, DecimalLookingValuesAgreeWithTheModel) {
     int const exponent = random.between(-12, 12);
     double const digits = static_cast<double>(randomBits(random) >> random.between(11, 63));
     double const value = (random.oneIn(2) ? digits : digits + 0.5) * std::pow(10.0, exponent);
-    compareWithModel(random.oneIn(2) ? value : -value);
-    compareWithModel(static_cast<float>(value));
+    compareReal(random.oneIn(2) ? value : -value);
+    compareReal(static_cast<float>(value));
     if (HasFailure()) return;
   }
 }

@@ -15,7 +15,7 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-struct Row {
+struct FormatRow {
   char const* name;
   wchar const* text;
   std::function<String&(String&)> add;
@@ -23,12 +23,12 @@ struct Row {
 };
 
 template <class T>
-Row row(char const* name, T value, wchar const* text) {
+FormatRow row(char const* name, T value, wchar const* text) {
   return {name, text, [value](String& s) -> String& { return s += value; },
           [value](String& s) -> String& { return s << value; }};
 }
 
-std::vector<Row> integerRows() {
+std::vector<FormatRow> integerRows() {
   using Limits64 = std::numeric_limits<long long>;
   return {
       row<signed char>("signed char 65 is no letter", 65, KVW("65")),
@@ -58,7 +58,7 @@ std::vector<Row> integerRows() {
   };
 }
 
-std::vector<Row> otherRows() {
+std::vector<FormatRow> otherRows() {
   static wchar const kUnits[] = {KVW('a'), 0, KVW('b'), 0};
   static wchar const kSurrogate[] = {0xD800, 0};
   static wchar kWritable[] = {KVW('w'), 0};
@@ -79,7 +79,7 @@ std::vector<Row> otherRows() {
   };
 }
 
-void expectAppended(Row const& row, String const& receiver, wstring const& before) {
+void expectAppended(FormatRow const& row, String const& receiver, wstring const& before) {
   wstring const expected = before + row.text;
   for (auto const& operation : {row.add, row.shift}) {
     String changed = receiver;
@@ -93,9 +93,9 @@ void expectAppended(Row const& row, String const& receiver, wstring const& befor
 }
 
 TEST(StringFormat, AppendsTheTextOfEveryType) {
-  std::vector<Row> rows = integerRows();
-  for (Row const& other : otherRows()) rows.push_back(other);
-  for (Row const& row : rows) {
+  std::vector<FormatRow> rows = integerRows();
+  for (FormatRow const& other : otherRows()) rows.push_back(other);
+  for (FormatRow const& row : rows) {
     SCOPED_TRACE(row.name);
     expectAppended(row, String(KVW(""), 0), wstring());
     expectAppended(row, String(KVW("before ")), KVW("before "));
@@ -149,7 +149,7 @@ TEST(StringFormat, ALongIsWholeWhateverItsWidth) {
 // --- Against the model -----------------------------------------------------------------------------------------------
 
 template <class Integer>
-void compareWithModel(RandomText& random) {
+void compareIntegers(RandomText& random) {
   for (int i = 0; i < kRounds / 5; ++i) {
     unsigned long long bits = 0;
     for (int k = 0; k < 4; ++k) bits = bits << 16 | static_cast<unsigned>(random.below(0x10000));
@@ -164,16 +164,16 @@ void compareWithModel(RandomText& random) {
 
 TEST(StringFormat, IntegersAgreeWithTheModel) {
   RandomText random(250);
-  compareWithModel<signed char>(random);
-  compareWithModel<unsigned char>(random);
-  compareWithModel<short>(random);
-  compareWithModel<unsigned short>(random);
-  compareWithModel<int>(random);
-  compareWithModel<unsigned int>(random);
-  compareWithModel<long>(random);
-  compareWithModel<unsigned long>(random);
-  compareWithModel<long long>(random);
-  compareWithModel<unsigned long long>(random);
+  compareIntegers<signed char>(random);
+  compareIntegers<unsigned char>(random);
+  compareIntegers<short>(random);
+  compareIntegers<unsigned short>(random);
+  compareIntegers<int>(random);
+  compareIntegers<unsigned int>(random);
+  compareIntegers<long>(random);
+  compareIntegers<unsigned long>(random);
+  compareIntegers<long long>(random);
+  compareIntegers<unsigned long long>(random);
 }
 
 TEST(StringFormat, LongTexts) {

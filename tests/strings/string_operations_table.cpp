@@ -15,8 +15,6 @@ namespace testing {
 
 namespace {
 
-wchar const* const kNull = nullptr;
-
 String const& argument() {
   static String const text(KVW("b"));
   return text;
@@ -24,10 +22,6 @@ String const& argument() {
 
 String const& asConst(String const& string) {
   return string;
-}
-
-int signOf(int order) {
-  return (order > 0) - (order < 0);
 }
 
 // Of an operation without result.

@@ -151,7 +151,7 @@ TEST(StringParseIndex, SetToNothingUnshares) {
 
 // --- Against the model -----------------------------------------------------------------------------------------------
 
-void compareWithModel(Text const& text, unsigned int index) {
+void compareSplit(Text const& text, unsigned int index) {
   String const original = stringOf(text);
   if (original.getIndex() != reference::indexOf(text)) FAIL() << "getIndex of " << spelled(text);
 
@@ -182,7 +182,7 @@ TEST(StringParseIndex, RandomTextsAgreeWithTheModel) {
     int const digits = random.oneIn(2) ? random.below(4) : random.below(14);
     int const kinds = random.oneIn(3) ? 7 : 3;
     for (int k = 0; text && k < digits; ++k) *text += kDigits[random.below(kinds)];
-    compareWithModel(text, static_cast<unsigned>(random.below(20) << random.below(28)));
+    compareSplit(text, static_cast<unsigned>(random.below(20) << random.below(28)));
     if (HasFatalFailure()) return;
   }
 }
@@ -190,18 +190,18 @@ TEST(StringParseIndex, RandomTextsAgreeWithTheModel) {
 TEST(StringParseIndex, SampledUnitsAgreeWithTheModel) {
   for (wchar const code : sampledUnits()) {
     wstring const unit(1, code);
-    compareWithModel(unit, 3);
-    compareWithModel(KVW("5") + unit, 0);
-    compareWithModel(unit + KVW("5"), 12);
+    compareSplit(unit, 3);
+    compareSplit(KVW("5") + unit, 0);
+    compareSplit(unit + KVW("5"), 12);
     if (HasFatalFailure()) return;
   }
 }
 
 TEST(StringParseIndex, LongTexts) {
-  compareWithModel(wstring(1 << 16, KVW('9')), 5);
-  compareWithModel(wstring(1 << 16, KVW('0')) + KVW("41"), 5);
-  compareWithModel(wstring(1 << 16, KVW('x')), 5);
-  compareWithModel(RandomText(261).text(1 << 16, RandomUnits::kAny) + KVW("099"), 5);
+  compareSplit(wstring(1 << 16, KVW('9')), 5);
+  compareSplit(wstring(1 << 16, KVW('0')) + KVW("41"), 5);
+  compareSplit(wstring(1 << 16, KVW('x')), 5);
+  compareSplit(RandomText(261).text(1 << 16, RandomUnits::kAny) + KVW("099"), 5);
 }
 
 // The index is read from the very end of the text, also behind a NUL.

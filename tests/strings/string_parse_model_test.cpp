@@ -22,7 +22,7 @@ bool same(double a, double b) {
 enum class Rest { kUnits, kText };
 
 template <class T>
-void compareWithModel(Text const& text, Rest rest = Rest::kUnits) {
+void compareParsed(Text const& text, Rest rest = Rest::kUnits) {
   String const original = stringOf(text);
   String string = original;
   T value = static_cast<T>(1);
@@ -54,22 +54,22 @@ void compareSizeFault(Text const& text) {
 }
 
 void compareAllNumbers(Text const& text) {
-  compareWithModel<signed char>(text);
-  compareWithModel<unsigned char>(text);
-  compareWithModel<short>(text);
-  compareWithModel<unsigned short>(text);
-  compareWithModel<int>(text);
-  compareWithModel<unsigned int>(text);
-  compareWithModel<long>(text);
-  compareWithModel<long long>(text);
+  compareParsed<signed char>(text);
+  compareParsed<unsigned char>(text);
+  compareParsed<short>(text);
+  compareParsed<unsigned short>(text);
+  compareParsed<int>(text);
+  compareParsed<unsigned int>(text);
+  compareParsed<long>(text);
+  compareParsed<long long>(text);
   compareSizeFault<unsigned long, std::uint32_t>(text);
   compareSizeFault<unsigned long long, std::uint64_t>(text);
-  compareWithModel<double>(text, Rest::kText);
-  compareWithModel<float>(text, Rest::kText);
+  compareParsed<double>(text, Rest::kText);
+  compareParsed<float>(text, Rest::kText);
 }
 
 // Texts that look like numbers for the greater part.
-Text randomSource(RandomText& random, bool withNul) {
+Text randomNumbers(RandomText& random, bool withNul) {
   static wstring const kPieces[] = {KVW(" "),
                                     KVW("  "),
                                     KVW("-"),
@@ -115,7 +115,7 @@ Text randomSource(RandomText& random, bool withNul) {
 TEST(StringParseModel, RandomTextsAgreeWithTheModel) {
   RandomText random(263);
   for (int i = 0; i < kRounds; ++i) {
-    compareAllNumbers(randomSource(random, random.oneIn(2)));
+    compareAllNumbers(randomNumbers(random, random.oneIn(2)));
     if (HasFatalFailure()) return;
   }
 }
@@ -126,8 +126,8 @@ TEST(StringParseModel, SampledUnitsAgreeWithTheModel) {
     compareAllNumbers(unit);
     compareAllNumbers(unit + KVW("5 ") + unit);
     compareAllNumbers(KVW("1") + unit + KVW("2"));
-    compareWithModel<bool>(unit + KVW("1"));
-    compareWithModel<bool>(KVW("tr") + unit + KVW("e"));
+    compareParsed<bool>(unit + KVW("1"));
+    compareParsed<bool>(KVW("tr") + unit + KVW("e"));
     if (HasFatalFailure()) FAIL() << "unit " << code;
   }
 }
@@ -195,8 +195,8 @@ TEST(StringParseModel, RandomTruthValuesAgreeWithTheModel) {
     for (int pieces = random.below(5); pieces > 0; --pieces)
       text += random.oneIn(6) ? wstring(1, random.unit(RandomUnits::kAny))
                               : kPieces[random.below(static_cast<int>(std::size(kPieces)))];
-    compareWithModel<bool>(text);
-    compareWithModel<wchar>(text);
+    compareParsed<bool>(text);
+    compareParsed<wchar>(text);
     if (HasFatalFailure()) return;
   }
 }

@@ -48,10 +48,6 @@ int position(RandomText& random, wstring const& text) {
   return random.between(-2, static_cast<int>(text.size()) + 2);
 }
 
-int sign(int value) {
-  return (value > 0) - (value < 0);
-}
-
 TEST(StringRandom, Search) {
   RandomText random(41);
   for (int round = 0; round < kRounds; ++round) {
@@ -77,8 +73,8 @@ TEST(StringRandom, Comparison) {
     ASSERT_EQ(stringA.compare(stringB), reference::compare(a, b)) << "round " << round;
     ASSERT_EQ(stringA.compare(b.c_str()), reference::compare(a, b)) << "round " << round;
     ASSERT_EQ(stringA.compareEquality(stringB), reference::equal(a, b)) << "round " << round;
-    ASSERT_EQ(sign(stringA.compareIgnoreCase(stringB)), reference::compareIgnoreCase(a, b)) << "round " << round;
-    ASSERT_EQ(sign(stringA.compareIgnoreCase(b.c_str())), reference::compareIgnoreCase(a, b)) << "round " << round;
+    ASSERT_EQ(signOf(stringA.compareIgnoreCase(stringB)), reference::compareIgnoreCase(a, b)) << "round " << round;
+    ASSERT_EQ(signOf(stringA.compareIgnoreCase(b.c_str())), reference::compareIgnoreCase(a, b)) << "round " << round;
 
     String merged = stringA;
     ASSERT_EQ(merged.compareEquality(stringB), reference::equal(a, b)) << "round " << round;

@@ -18,6 +18,14 @@ namespace testing {
 // All units that the length counts, or nothing for NIL.
 using reference::Text;
 
+// The null pointer as a text, for what is overloaded by type.
+constexpr wchar const* kNull = nullptr;
+
+// -1, 0 or 1, as a comparison tells the order.
+inline int signOf(int order) {
+  return (order > 0) - (order < 0);
+}
+
 inline bool isNil(String const& string) {
   return string == String::NIL;
 }

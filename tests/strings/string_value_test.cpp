@@ -12,8 +12,6 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-wchar const* const kNull = nullptr;
-
 TEST(StringValue, Construction) {
   wchar const abz[] = {KVW('a'), KVW('b'), 0};
   wchar const azb[] = {KVW('a'), 0, KVW('b')};
@@ -219,10 +217,6 @@ std::initializer_list<Pair> const kPairs = {
     {"inner NUL against a longer text", wstring({KVW('a'), wchar(0), KVW('x')}), KVW("ab"), -1, -1},
 };
 
-int sign(int value) {
-  return (value > 0) - (value < 0);
-}
-
 TEST(StringValue, Comparison) {
   for (Pair const& pair : kPairs) {
     SCOPED_TRACE(pair.name);
@@ -233,9 +227,9 @@ TEST(StringValue, Comparison) {
     EXPECT_EQ(a.compare(pair.b.c_str()), pair.order);
     EXPECT_EQ(String(a).compare(pair.b.c_str()), pair.order);
     EXPECT_EQ(String(a).compare(b), pair.order);
-    EXPECT_EQ(sign(a.compareIgnoreCase(b)), pair.foldedOrder);
-    EXPECT_EQ(sign(b.compareIgnoreCase(a)), -pair.foldedOrder);
-    EXPECT_EQ(sign(a.compareIgnoreCase(pair.b.c_str())), pair.foldedOrder);
+    EXPECT_EQ(signOf(a.compareIgnoreCase(b)), pair.foldedOrder);
+    EXPECT_EQ(signOf(b.compareIgnoreCase(a)), -pair.foldedOrder);
+    EXPECT_EQ(signOf(a.compareIgnoreCase(pair.b.c_str())), pair.foldedOrder);
     EXPECT_EQ(a < b, pair.order < 0);
     EXPECT_EQ(a > b, pair.order > 0);
     EXPECT_EQ(a <= b, pair.order <= 0);

@@ -105,7 +105,7 @@ bool AllocationSweep::next() {
 }
 
 bool AllocationSweep::judge() {
-  constexpr int kMostFailures = 2000;
+  constexpr int kMostFailures = 1000;
   if (!scope_.has_value()) {
     ADD_FAILURE() << "nothing has been run";
     return false;

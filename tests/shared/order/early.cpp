@@ -65,7 +65,7 @@ class Calls {
   std::set<std::string> told_;
 };
 
-class ToldModules final : public testing::InterceptedModules {
+class ToldModules final : public KV_1_1::testing::InterceptedModules {
  public:
   HINSTANCE moduleOf(void const* address) override {
     calls_.tellOnce("the entry asks for its module");
@@ -97,7 +97,7 @@ class ToldFramework final : public platform::FrameworkApi {
 };
 
 // Has a debug-help library without functions in it.
-class ToldDebug final : public testing::ScriptedDebug {
+class ToldDebug final : public KV_1_1::testing::ScriptedDebug {
  public:
   ulong32 currentProcessId() override {
     calls_.tellOnce("the walker is built");

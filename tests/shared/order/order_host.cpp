@@ -40,7 +40,7 @@ struct ProgramObject {
 } const programObject;
 
 // The library that the global walker has loaded is freed by its destructor.
-class LastDebug final : public testing::ScriptedDebugHelp {
+class LastDebug final : public KV_1_1::testing::ScriptedDebugHelp {
  public:
   bool freeLibrary(HINSTANCE library) override {
     if (isEnding) order::tellWalkerGoes();

@@ -77,10 +77,10 @@ Bool firstEntry(void* handle, ModuleEntry32* entry) {
 }  // namespace
 
 void (*snapshotFunction(char const* name))() {
-  using Function = void (*)();
-  if (strcmp(name, "CreateToolhelp32Snapshot") == 0) return reinterpret_cast<Function>(&createSnapshot);
-  if (strcmp(name, "Module32First") == 0) return reinterpret_cast<Function>(&firstEntry);
-  if (strcmp(name, "Module32Next") == 0) return reinterpret_cast<Function>(&nextEntry);
+  using AnyFunction = void (*)();
+  if (strcmp(name, "CreateToolhelp32Snapshot") == 0) return reinterpret_cast<AnyFunction>(&createSnapshot);
+  if (strcmp(name, "Module32First") == 0) return reinterpret_cast<AnyFunction>(&firstEntry);
+  if (strcmp(name, "Module32Next") == 0) return reinterpret_cast<AnyFunction>(&nextEntry);
   return nullptr;
 }
 

@@ -101,7 +101,7 @@ TEST(LinuxUndecorationLimits, FailingAllocationGivesNothing) {
 
 // --- Symbols, lines and modules
 
-std::uint64_t addressOf(void (*function)()) {
+std::uint64_t addressOfFunction(void (*function)()) {
   return reinterpret_cast<std::uint64_t>(function);
 }
 
@@ -115,7 +115,7 @@ TEST(LinuxSymbols, SymbolHasStartSizeAndDistance) {
   symbol->sizeOfStruct = 32;
   symbol->maxNameLength = 1024;
   std::uint64_t displacement = 99;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   ASSERT_EQ(help.symGetSymFromAddr64(DebugHelp::process(), address + 3, &displacement, symbol), 1);
   EXPECT_EQ(displacement, 3u);
   EXPECT_EQ(symbol->address, address);
@@ -132,12 +132,12 @@ TEST(LinuxSymbols, LongNameIsCutToTheLimit) {
   symbol->sizeOfStruct = 32;
   symbol->maxNameLength = 6;
   std::uint64_t displacement = 0;
-  ASSERT_EQ(help.symGetSymFromAddr64(nullptr, addressOf(&someFunction), &displacement, symbol), 1);
+  ASSERT_EQ(help.symGetSymFromAddr64(nullptr, addressOfFunction(&someFunction), &displacement, symbol), 1);
   EXPECT_STREQ(symbol->name, "_ZN6K");
   EXPECT_EQ(symbol->name[6], 'x');
   symbol->name[0] = 'y';
   symbol->maxNameLength = 0;
-  EXPECT_EQ(help.symGetSymFromAddr64(nullptr, addressOf(&someFunction), &displacement, symbol), 1);
+  EXPECT_EQ(help.symGetSymFromAddr64(nullptr, addressOfFunction(&someFunction), &displacement, symbol), 1);
   EXPECT_EQ(symbol->name[0], 'y');
 }
 
@@ -146,7 +146,7 @@ TEST(LinuxSymbols, LineHasFileAndDistance) {
   debug_help::Line64 line = {};
   line.sizeOfStruct = sizeof line;
   ulong32 displacement = 99;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   ASSERT_EQ(help.symGetLineFromAddr64(nullptr, address + 1, &displacement, &line), 1);
   EXPECT_EQ(displacement, 1u);
   EXPECT_EQ(line.lineNumber, static_cast<ulong32>(kSomeLine));
@@ -156,7 +156,7 @@ TEST(LinuxSymbols, LineHasFileAndDistance) {
 
 TEST(LinuxSymbols, LineAfterSymbolIsTheSame) {
   DebugHelp const help;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   for (int i = 0; i < 3; ++i) {
     EXPECT_THAT(help.symbolName(address), ::testing::HasSubstr("someFunction"));
     debug_help::Line64 line = {};
@@ -222,7 +222,7 @@ TEST(LinuxSymbols, AddressOutsideAllModulesIsAFailure) {
 
 TEST(LinuxSymbols, RecordsOfAnotherSizeAreRefused) {
   DebugHelp const help;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   debug_help::Symbol64 symbol = {};
   std::uint64_t distance = 0;
   EXPECT_EQ(help.symGetSymFromAddr64(nullptr, address, &distance, &symbol), 0);
@@ -240,7 +240,7 @@ TEST(LinuxSymbols, RecordsOfAnotherSizeAreRefused) {
 
 TEST(LinuxSymbols, ModuleHasNamesRangeAndKind) {
   DebugHelp const help;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   help.symbolName(address);
   debug_help::ModuleInfo64 info = {};
   info.sizeOfStruct = sizeof info;
@@ -258,7 +258,7 @@ TEST(LinuxSymbols, ModuleHasNamesRangeAndKind) {
 
 TEST(LinuxSymbols, ModuleIsRegisteredByItsLoadAddressOnly) {
   DebugHelp const help;
-  std::uint64_t const base = help.symGetModuleBase64(nullptr, addressOf(&someFunction));
+  std::uint64_t const base = help.symGetModuleBase64(nullptr, addressOfFunction(&someFunction));
   ASSERT_NE(base, 0u);
   EXPECT_EQ(help.symLoadModule64(nullptr, nullptr, "any", "any", base, 1), base);
   EXPECT_EQ(help.symLoadModule64(nullptr, nullptr, "any", "any", base + 16, 1), 0u);
@@ -268,7 +268,7 @@ TEST(LinuxSymbols, ModuleIsRegisteredByItsLoadAddressOnly) {
 
 TEST(LinuxSymbols, FunctionHasAnEntryInTheTable) {
   DebugHelp const help;
-  std::uint64_t const address = addressOf(&someFunction);
+  std::uint64_t const address = addressOfFunction(&someFunction);
   auto const* const range = static_cast<std::uint32_t const*>(help.symFunctionTableAccess64(nullptr, address));
   ASSERT_NE(range, nullptr);
   std::uint64_t const base = help.symGetModuleBase64(nullptr, address);
@@ -306,7 +306,7 @@ TEST(LinuxSymbols, CleanupLeavesOthersAtWork) {
   first.symInitialize(nullptr, nullptr, 0);
   second.symInitialize(nullptr, nullptr, 0);
   EXPECT_EQ(first.symCleanup(nullptr), 1);
-  EXPECT_THAT(second.symbolName(addressOf(&someFunction)), ::testing::HasSubstr("someFunction"));
+  EXPECT_THAT(second.symbolName(addressOfFunction(&someFunction)), ::testing::HasSubstr("someFunction"));
 }
 
 }  // namespace

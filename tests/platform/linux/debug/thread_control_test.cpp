@@ -46,10 +46,6 @@ namespace {
 
 constexpr ulong32 kFailure = 0xFFFFFFFF;
 
-platform::DebugApi& debug() {
-  return platform::nativeDebug();
-}
-
 // A thread that counts rounds until the end of the scope.
 class Worker {
  public:
@@ -112,33 +108,33 @@ bool standsStill() {
 
 TEST(LinuxThreadControl, SuspendedThreadStandsStillAndGoesOn) {
   Worker const worker;
-  EXPECT_EQ(debug().suspendThread(worker.handle()), 0u);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 0u);
   EXPECT_TRUE(standsStill());
-  EXPECT_EQ(debug().resumeThread(worker.handle()), 1u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 1u);
   EXPECT_TRUE(makesRounds());
 }
 
 TEST(LinuxThreadControl, SuspensionsAreCounted) {
   Worker const worker;
-  EXPECT_EQ(debug().suspendThread(worker.handle()), 0u);
-  EXPECT_EQ(debug().suspendThread(worker.handle()), 1u);
-  EXPECT_EQ(debug().resumeThread(worker.handle()), 2u);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 0u);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 1u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 2u);
   EXPECT_TRUE(standsStill());
-  EXPECT_EQ(debug().resumeThread(worker.handle()), 1u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 1u);
   EXPECT_TRUE(makesRounds());
-  EXPECT_EQ(debug().resumeThread(worker.handle()), 0u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 0u);
 }
 
 TEST(LinuxThreadControl, StackOfASuspendedThreadIsWalked) {
   DebugHelp help;
   Worker const worker;
   for (int i = 0; i < 5; ++i) {
-    ASSERT_EQ(debug().suspendThread(worker.handle()), 0u);
+    ASSERT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 0u);
     _CONTEXT context = emptyContext();
-    EXPECT_TRUE(debug().threadContext(worker.handle(), context));
+    EXPECT_TRUE(platform::nativeDebug().threadContext(worker.handle(), context));
     std::vector<Frame> const frames = help.walk(context);
     bool const endsInOrder = help.endsInOrder;
-    EXPECT_EQ(debug().resumeThread(worker.handle()), 1u);
+    EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 1u);
     int const spin = indexOf(frames, "KV_1_1::testing::worked::spin");
     ASSERT_GE(spin, 0);
     ASSERT_GE(static_cast<int>(frames.size()), spin + 5);
@@ -152,17 +148,17 @@ TEST(LinuxThreadControl, StackOfASuspendedThreadIsWalked) {
 TEST(LinuxThreadControl, ThreadThatHasEndedIsAFailure) {
   Worker worker;
   worker.end();
-  EXPECT_EQ(debug().suspendThread(worker.handle()), kFailure);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), kFailure);
   EXPECT_EQ(platform::nativeErrors().lastError(), platform::kInvalidHandle);
-  EXPECT_EQ(debug().resumeThread(worker.handle()), kFailure);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), kFailure);
   _CONTEXT context = emptyContext();
-  EXPECT_FALSE(debug().threadContext(worker.handle(), context));
+  EXPECT_FALSE(platform::nativeDebug().threadContext(worker.handle(), context));
 }
 
 TEST(LinuxThreadControl, ThreadThatBlocksAllSignalsIsAFailureAfterATime) {
   Worker worker(/*blocksSignals=*/true);
   ShortAnswerTime const shortTime;
-  EXPECT_EQ(debug().suspendThread(worker.handle()), kFailure);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), kFailure);
   EXPECT_EQ(platform::nativeErrors().lastError(), platform::kAccessDenied);
   EXPECT_TRUE(makesRounds());
 }
@@ -187,40 +183,40 @@ TEST(LinuxThreadControl, AnswerThatComesTooLateDoesNoHarm) {
   void* const handle = reinterpret_cast<void*>(static_cast<std::intptr_t>(id.load()));
   {
     ShortAnswerTime const shortTime;
-    EXPECT_EQ(debug().suspendThread(handle), kFailure);
+    EXPECT_EQ(platform::nativeDebug().suspendThread(handle), kFailure);
   }
   step = 2;
   while (step == 2) std::this_thread::yield();
-  EXPECT_EQ(debug().suspendThread(handle), 0u);
-  EXPECT_EQ(debug().resumeThread(handle), 1u);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(handle), 0u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(handle), 1u);
   step = 4;
   thread.join();
 }
 
 TEST(LinuxThreadControl, CallingThreadCannotStopItself) {
   void* const self = reinterpret_cast<void*>(static_cast<std::intptr_t>(syscall(SYS_gettid)));
-  EXPECT_EQ(debug().suspendThread(self), kFailure);
-  EXPECT_EQ(debug().suspendThread(debug().currentThread()), kFailure);
-  EXPECT_EQ(debug().suspendThread(nullptr), kFailure);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(self), kFailure);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(platform::nativeDebug().currentThread()), kFailure);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(nullptr), kFailure);
 }
 
 TEST(LinuxThreadControl, ResumingTheCallingThreadHasNoEffect) {
-  EXPECT_EQ(debug().resumeThread(debug().currentThread()), 0u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(platform::nativeDebug().currentThread()), 0u);
 }
 
 TEST(LinuxThreadControl, RegistersOfAThreadThatRunsAreRefused) {
   Worker const worker;
   _CONTEXT context = emptyContext();
-  EXPECT_FALSE(debug().threadContext(worker.handle(), context));
-  EXPECT_FALSE(debug().threadContext(debug().currentThread(), context));
+  EXPECT_FALSE(platform::nativeDebug().threadContext(worker.handle(), context));
+  EXPECT_FALSE(platform::nativeDebug().threadContext(platform::nativeDebug().currentThread(), context));
 }
 
 TEST(LinuxThreadControl, HandlersOfTheApplicationStay) {
   // A thread is stopped once, so that the signal is chosen.
   {
     Worker const worker;
-    debug().suspendThread(worker.handle());
-    debug().resumeThread(worker.handle());
+    platform::nativeDebug().suspendThread(worker.handle());
+    platform::nativeDebug().resumeThread(worker.handle());
   }
   static std::atomic<int> calls;
   calls = 0;
@@ -229,8 +225,8 @@ TEST(LinuxThreadControl, HandlersOfTheApplicationStay) {
   action.sa_handler = [](int) { ++calls; };
   ASSERT_EQ(sigaction(SIGRTMIN, &action, &previous), 0);
   Worker const worker;
-  EXPECT_EQ(debug().suspendThread(worker.handle()), 0u);
-  EXPECT_EQ(debug().resumeThread(worker.handle()), 1u);
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 0u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 1u);
   raise(SIGRTMIN);
   EXPECT_EQ(calls, 1);
   sigaction(SIGRTMIN, &previous, nullptr);
@@ -240,10 +236,10 @@ TEST(LinuxThreadControlConcurrency, ManyThreadsStopTheSameOne) {
   Worker const worker;
   onThreads([&](int) {
     for (int i = 0; i < 50; ++i) {
-      EXPECT_NE(debug().suspendThread(worker.handle()), kFailure);
+      EXPECT_NE(platform::nativeDebug().suspendThread(worker.handle()), kFailure);
       _CONTEXT context = emptyContext();
-      EXPECT_TRUE(debug().threadContext(worker.handle(), context));
-      EXPECT_NE(debug().resumeThread(worker.handle()), kFailure);
+      EXPECT_TRUE(platform::nativeDebug().threadContext(worker.handle(), context));
+      EXPECT_NE(platform::nativeDebug().resumeThread(worker.handle()), kFailure);
     }
   });
   EXPECT_TRUE(makesRounds());

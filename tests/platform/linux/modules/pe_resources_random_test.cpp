@@ -58,7 +58,7 @@ platform::ResourceKey keyOf(PeImage::Key const& key) {
   return platform::ResourceKey(key.isText ? key.text.c_str() : platform::resourceId(key.number));
 }
 
-std::string contentOf(platform::PeResources& resources, Place const& place) {
+std::string contentAt(platform::PeResources& resources, Place const& place) {
   platform::PeResources::Directory versions;
   if (!resources.findVersions(keyOf(std::get<0>(place)), keyOf(std::get<1>(place)), versions)) return "none";
   platform::PeResources::Version const version =
@@ -84,15 +84,15 @@ TEST(PeResourcesRandom, MemoryAndFileGiveWhatTheModelHas) {
     ASSERT_TRUE(inMemory.open(platform::ByteRange(bytes.data(), bytes.size())));
     ASSERT_TRUE(inFile.open(platform::ByteRange(pages)));
     for (auto const& resource : model.contents) {
-      EXPECT_EQ(contentOf(inMemory, resource.first), resource.second);
-      EXPECT_EQ(contentOf(inFile, resource.first), resource.second);
+      EXPECT_EQ(contentAt(inMemory, resource.first), resource.second);
+      EXPECT_EQ(contentAt(inFile, resource.first), resource.second);
     }
     for (int i = 0; i < 200; ++i) {
       Place const place(randomKey(random, 4), randomKey(random, 80), 1024 * below(random, 4) + below(random, 5));
       auto const expected = model.contents.find(place);
       std::string const content = expected == model.contents.end() ? "none" : expected->second;
-      EXPECT_EQ(contentOf(inMemory, place), content);
-      EXPECT_EQ(contentOf(inFile, place), content);
+      EXPECT_EQ(contentAt(inMemory, place), content);
+      EXPECT_EQ(contentAt(inFile, place), content);
     }
   }
 }

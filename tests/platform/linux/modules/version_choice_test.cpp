@@ -18,9 +18,9 @@ using platform::ByteRange;
 using platform::PeResources;
 using platform::ResourceKey;
 
-constexpr int kNone = -1;
+constexpr int kNoChoice = -1;
 
-// The language that is chosen among the versions of a resource; kNone for no version.
+// The language that is chosen among the versions of a resource; kNoChoice for no version.
 int chosen(std::vector<int> const& languages, std::uint16_t wanted, platform::LocaleApi& locales) {
   PeImage image;
   for (int const language : languages) image.add(KVW("T"), KVW("N"), language, std::to_string(language));
@@ -31,7 +31,7 @@ int chosen(std::vector<int> const& languages, std::uint16_t wanted, platform::Lo
   EXPECT_TRUE(resources.findVersions(ResourceKey(KVW("T")), ResourceKey(KVW("N")), versions));
   PeResources::Version const version = platform::chooseVersion(resources, versions, wanted, locales);
   ByteRange content;
-  if (version == 0 || !resources.bytesOf(version, content)) return kNone;
+  if (version == 0 || !resources.bytesOf(version, content)) return kNoChoice;
   return std::stoi(std::string(reinterpret_cast<char const*>(content.memory()), content.size()));
 }
 
@@ -75,9 +75,9 @@ TEST(VersionOfALanguage, IsThatOfItsPrimaryLanguageOrANeutralOneElse) {
   EXPECT_EQ(chosen({0, 12, 1036}, 1036, locales), 1036);
   EXPECT_EQ(chosen({0, 12, 1031}, 1036, locales), 12);
   EXPECT_EQ(chosen({0, 1031}, 1036, locales), 0);
-  EXPECT_EQ(chosen({1031, 1033}, 1036, locales), kNone) << "no default takes its place";
-  EXPECT_EQ(chosen({1033}, 1036, locales), kNone) << "not even a single version";
-  EXPECT_EQ(chosen({1031, 2055}, 7, locales), kNone) << "no sublanguage takes the place of a primary language";
+  EXPECT_EQ(chosen({1031, 1033}, 1036, locales), kNoChoice) << "no default takes its place";
+  EXPECT_EQ(chosen({1033}, 1036, locales), kNoChoice) << "not even a single version";
+  EXPECT_EQ(chosen({1031, 2055}, 7, locales), kNoChoice) << "no sublanguage takes the place of a primary language";
 }
 
 TEST(VersionOfALanguage, DefaultsStandForTheLanguagesOfTheUserAndOfTheSystem) {
