@@ -34,23 +34,18 @@ int compareTextsIgnoringCase(TextView a, TextView b) {
   return orderIgnoringCase(a.data()[at], b.data()[at]);
 }
 
-using Mismatch = int (*)(wchar const*, wchar const*, int);
-
-// Where two texts differ or end that do neither in their first vector; counted from its end.
-int mismatchBehindFront(String const& a, String const& b, Mismatch mismatch) {
+// What can be compared of two texts: the units before the end of the shorter one.
+int commonUnits(String const& a, String const& b) {
   StringVal const& first = *StringAccess::payload(a);
   StringVal const& second = *StringAccess::payload(b);
-  int units = std::min(first.lazyLength(), second.lazyLength());
+  int const units = std::min(first.lazyLength(), second.lazyLength());
+  if (units >= 0 && (first.at(units) == 0 || second.at(units) == 0)) return units;
   // Texts of unknown length, or of one that no NUL stands at (see terminatedViewOf).
-  if (units < 0 || (first.at(units) != 0 && second.at(units) != 0)) {
-    units = std::min(lengthOf(terminatedViewOf(a)), lengthOf(terminatedViewOf(b)));
-  }
-  constexpr int kFront = strings::kFrontUnits;
-  return mismatch(first.stringValue() + kFront, second.stringValue() + kFront, units - kFront);
+  return std::min(lengthOf(terminatedViewOf(a)), lengthOf(terminatedViewOf(b)));
 }
 
-// Texts longer than a vector that begin alike are equal for the most part, and memcmp tells that fastest. If all units
-// agree, it does not matter whether a NUL is among them. A difference is located within its part only.
+// Long texts that begin alike are equal for the most part, and memcmp tells that fastest. If all units agree, it does not
+// matter whether a NUL is among them. A difference is located within its part only.
 bool equalLongTexts(String const& first, String const& second) {
   TextView const a = terminatedViewOf(first);
   TextView const b = terminatedViewOf(second);
@@ -119,7 +114,7 @@ int String::compare(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
+  if (at == strings::kFrontUnits) at = strings::mismatchBehindFront(a, b, commonUnits(*this, other));
   return orderOf(a[at], b[at]);
 }
 
@@ -141,11 +136,15 @@ int String::compare(String const& other) {
 }
 
 bool String::equalsUnits(String const& other) const {
-  if (payload_->lazyLength() > strings::kFrontUnits) return equalLongTexts(*this, other);
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatch);
+  if (at == strings::kFrontUnits) {
+    if (payload_->lazyLength() > strings::kInPlaceUnits) return equalLongTexts(*this, other);
+    int const units = commonUnits(*this, other);
+    if (strings::areSameInPlace(a, b, units)) return a[units] == b[units];
+    at = strings::mismatchBehindFront(a, b, units);
+  }
   return a[at] == b[at];
 }
 
@@ -162,7 +161,7 @@ int String::compareIgnoreCase(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchIgnoringCaseInFront(a, b);
-  if (at == strings::kFrontUnits) at += mismatchBehindFront(*this, other, strings::kernels().mismatchIgnoringCase);
+  if (at == strings::kFrontUnits) at = strings::mismatchIgnoringCaseBehindFront(a, b, commonUnits(*this, other));
   return orderIgnoringCase(a[at], b[at]);
 }
 
