@@ -342,6 +342,24 @@ TEST(SymbolHeader, AgreesWithTheModelOnRandomTexts) {
   }
 }
 
+// Names are folded eight units at a time where they can be.
+TEST(SymbolHeader, OnlyLettersOfAsciiAreFoldedWhereverTheyStand) {
+  for (std::size_t length : {7u, 8u, 9u, 16u, 20u}) {
+    for (std::size_t at = 0; at < length; ++at) {
+      for (char unit = '!'; unit <= '~'; ++unit) {
+        std::string const name = std::string(at, '_') + unit + std::string(length - 1 - at, '_');
+        std::string other = name;
+        other[at] = static_cast<char>(unit ^ 0x20);
+        if (other[at] <= ' ' || other[at] > '~' || name.find("_APS") == 0) continue;
+        bool const isLetter = (unit | 0x20) >= 'a' && (unit | 0x20) <= 'z';
+        SymbolTable table;
+        ASSERT_EQ(parse(table, "#define " + name + " 1\n#define " + other + " 2\n"), !isLetter) << name;
+        ASSERT_EQ(table.lookupSymbol(String(widen(other).c_str())), isLetter ? 1u : 2u) << name;
+      }
+    }
+  }
+}
+
 // Many names, so that the tables inside grow; they share long beginnings and come again in another case.
 TEST(SymbolHeader, AgreesWithTheModelOnALongText) {
   RandomText random(4304);

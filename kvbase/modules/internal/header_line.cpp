@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "kvbase/internal_assert.h"
-#include "kvbase/kernels/text_kernels.h"
+#include "kvbase/kernels/front_search.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/character_class.h"
 
@@ -24,12 +24,30 @@ bool isGraphic(wchar unit) {
 }
 
 std::size_t skipBlanks(TextView line, std::size_t at) {
-  while (at < line.size() && !isGraphic(line[at])) ++at;
+  while (at < line.size() && !isGraphic(line[at])) {
+    TextView const rest = line.substr(at + 1);
+    // Goes on to the next graphic unit of ASCII, or to any unit beyond ASCII.
+    int const blanks = strings::findRangeFromFront(rest.data(), lengthOf(rest), KVW('!'), KVW('~'));
+    at += 1 + static_cast<std::size_t>(blanks);
+  }
   return at;
 }
 
+// Some of the graphic units of ASCII that a text begins with, all of them if it is short.
+int graphicAsciiUnits(TextView text) {
+  if (lengthOf(text) < strings::kFew) return 0;
+  auto const test = [text](auto v, auto load) {
+    using V = decltype(v);
+    auto const units = load(text.data());
+    return V::bitAnd(V::greater(units, V::of(KVW(' '))), V::greater(V::of(0x7F), units));
+  };
+  return strings::firstZeroFromFront(lengthOf(text), test, [] { return strings::kFrontUnits; });
+}
+
 std::size_t skipWord(TextView line, std::size_t at) {
-  while (at < line.size() && isGraphic(line[at])) ++at;
+  while (at < line.size() && isGraphic(line[at])) {
+    at += 1 + static_cast<std::size_t>(graphicAsciiUnits(line.substr(at + 1)));
+  }
   return at;
 }
 

@@ -2,9 +2,11 @@
 #include "kvbase/modules/internal/symbol_batch.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "kvbase/internal_assert.h"
+#include "kvbase/platform/bits.h"
 #include "kvbase/strings/internal/character_class.h"
 
 namespace KV_1_1 {
@@ -14,6 +16,23 @@ namespace {
 constexpr int kChunkBytes = 8;
 // Room for the symbols of an ordinary module.
 constexpr std::size_t kFirstSymbols = 128;
+
+// Eight units of ASCII, folded, one in each byte and the first one in the highest. False if there are others among them.
+bool foldedChunk(wchar const* units, std::uint64_t& chunk) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101u;
+  std::uint64_t halves[2];
+  std::memcpy(halves, units, sizeof halves);
+  if (((halves[0] | halves[1]) & 0xFF80FF80FF80FF80u) != 0) return false;
+  for (std::uint64_t& half : halves) {
+    half = (half | half >> 8) & 0x0000FFFF0000FFFFu;
+    half = (half | half >> 16) & 0x00000000FFFFFFFFu;
+  }
+  std::uint64_t const bytes = halves[0] | halves[1] << 32;
+  // The highest bit of each byte from A to Z; no sum reaches beyond its byte.
+  std::uint64_t const upper = (bytes + (0x80 - 'A') * kOnes) & ~(bytes + (0x80 - 'Z' - 1) * kOnes) & 0x80 * kOnes;
+  chunk = platform::reversedBytes(bytes + (upper >> 2));
+  return true;
+}
 
 bool isLastChunk(std::uint64_t chunk) {
   return (chunk & 0xFF) == 0;
@@ -27,14 +46,21 @@ bool isLastChunk(std::uint64_t chunk) {
 std::uint32_t SymbolBatch::appendKey(TextView name) {
   std::uint64_t chunk = 0;
   std::uint64_t hash = 0;
-  int room = kChunkBytes;
-  auto const put = [&](unsigned int byte) {
-    chunk = chunk << 8 | byte;
-    if (--room > 0) return;
+  auto const take = [&] {
     keys_.push_back(chunk);
     hash = (hash ^ chunk) * 0x9E3779B97F4A7C15u;
     hash ^= hash >> 29;
     chunk = 0;
+  };
+  while (lengthOf(name) >= kChunkBytes && foldedChunk(name.data(), chunk)) {
+    take();
+    name.remove_prefix(kChunkBytes);
+  }
+  int room = kChunkBytes;
+  auto const put = [&](unsigned int byte) {
+    chunk = chunk << 8 | byte;
+    if (--room > 0) return;
+    take();
     room = kChunkBytes;
   };
   for (wchar const original : name) {
@@ -50,8 +76,7 @@ std::uint32_t SymbolBatch::appendKey(TextView name) {
   }
   chunk <<= 8 * (room - 1);
   chunk <<= 8;
-  keys_.push_back(chunk);
-  hash = (hash ^ chunk) * 0x9E3779B97F4A7C15u;
+  take();
   return static_cast<std::uint32_t>(hash >> 32);
 }
 
@@ -78,7 +103,7 @@ void SymbolBatch::makeRoom() {
     symbols_.reserve(kFirstSymbols);
     keys_.reserve(4 * kFirstSymbols);
   }
-  std::vector<Slot> larger(std::max(2 * slots_.size(), 2 * kFirstSymbols));
+  std::pmr::vector<Slot> larger(std::max(2 * slots_.size(), 2 * kFirstSymbols), &memory_);
   std::size_t const mask = larger.size() - 1;
   for (Slot const& slot : slots_) {
     if (slot.symbol == 0) continue;
@@ -115,12 +140,11 @@ bool SymbolBatch::find(TextView name, unsigned int& number) {
 }
 
 // Sorts symbols whose keys agree in `depth` chunks.
-void SymbolBatch::sortByName(std::vector<Sorted>::iterator first, std::vector<Sorted>::iterator last,
-                             std::size_t depth) const {
-  for (auto each = first; each != last; ++each) each->chunk = keys_[symbols_[each->symbol].key + depth];
+void SymbolBatch::sortByName(Sorted* first, Sorted* last, std::size_t depth) const {
+  for (Sorted* each = first; each != last; ++each) each->chunk = keys_[symbols_[each->symbol].key + depth];
   std::sort(first, last, [](Sorted const& a, Sorted const& b) { return a.chunk < b.chunk; });
   while (first != last) {
-    auto end = first + 1;
+    Sorted* end = first + 1;
     while (end != last && end->chunk == first->chunk) ++end;
     // Two names with the same last chunk would be one name.
     if (end - first > 1) sortByName(first, end, depth + 1);
@@ -131,10 +155,10 @@ void SymbolBatch::sortByName(std::vector<Sorted>::iterator first, std::vector<So
 void SymbolBatch::moveInto(std::map<String, unsigned int, StringLess2>& byName,
                            std::multimap<unsigned int, String>& byNumber) {
   KVBASE_ASSERT(byName.empty() && byNumber.empty());
-  std::vector<Sorted> sorted;
+  std::pmr::vector<Sorted> sorted(&memory_);
   sorted.reserve(symbols_.size());
   for (std::uint32_t i = 0; i < symbols_.size(); ++i) sorted.push_back({0, i});
-  sortByName(sorted.begin(), sorted.end(), 0);
+  sortByName(sorted.data(), sorted.data() + sorted.size(), 0);
   std::map<String, unsigned int, StringLess2> names;
   for (Sorted const& each : sorted) {
     Symbol const& symbol = symbols_[each.symbol];
@@ -142,7 +166,7 @@ void SymbolBatch::moveInto(std::map<String, unsigned int, StringLess2>& byName,
   }
 
   // By number, and for one number in the order of definition; in a header they often stand so.
-  std::vector<std::uint64_t> order;
+  std::pmr::vector<std::uint64_t> order(&memory_);
   order.reserve(symbols_.size());
   for (std::uint32_t i = 0; i < symbols_.size(); ++i)
     order.push_back(static_cast<std::uint64_t>(symbols_[i].number) << 32 | i);

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory_resource>
 #include <vector>
 
 #include "kvbase/strings/internal/text_view.h"
@@ -53,11 +54,15 @@ class SymbolBatch {
   bool isKeyOf(Symbol const& symbol, std::size_t key) const;
   Slot& slotOf(std::uint32_t hash, std::size_t key);
   void makeRoom();
-  void sortByName(std::vector<Sorted>::iterator first, std::vector<Sorted>::iterator last, std::size_t depth) const;
+  void sortByName(Sorted* first, Sorted* last, std::size_t depth) const;
 
-  std::vector<Symbol> symbols_;
-  std::vector<std::uint64_t> keys_;
-  std::vector<Slot> slots_;  // a power of two of them, or none; half of them are free at least
+  // Room for the symbols of an ordinary module; those of a larger one go on in the heap. Blocks of this size would make the
+  // heap tidy up each time.
+  alignas(std::max_align_t) char room_[16384];
+  std::pmr::monotonic_buffer_resource memory_{room_, sizeof room_};
+  std::pmr::vector<Symbol> symbols_{&memory_};
+  std::pmr::vector<std::uint64_t> keys_{&memory_};
+  std::pmr::vector<Slot> slots_{&memory_};  // a power of two of them, or none; half of them are free at least
 };
 
 }  // namespace KV_1_1
