@@ -195,7 +195,8 @@ String String::trim(bool left, bool right) const {
   int end = length;
   while (right && end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
   if (first == 0 && end == length) return *this;
-  return substr(first, end);
+  if (first == end) return EMPTY;
+  return String(text + first, end - first);
 }
 
 bool String::startsWith(String const& prefix) const {
