@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fts.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QDirIterator>
@@ -150,9 +151,15 @@ void addExists() {
              static fs::path const file = path();
              return fs::exists(file);
            })
-      .add("QFileInfo", [] {
-        static QString const file = QString::fromStdString(path());
-        return QFileInfo::exists(file);
+      .add("QFileInfo",
+           [] {
+             static QString const file = QString::fromStdString(path());
+             return QFileInfo::exists(file);
+           })
+      .add("floor", [] {
+        static std::string const file = path();
+        struct statx status;
+        return statx(AT_FDCWD, file.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
       });
 }
 

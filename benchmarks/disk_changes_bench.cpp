@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
 // Copying and removing files and trees, on a file system in memory.
+#include <dirent.h>
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -137,6 +141,38 @@ void addLargeCopy() {
       });
 }
 
+// The calls of a removal and no more: what a folder is, whether it may change, its folders, its files; for each file whether
+// it may change, twice, since the call that removes it asks by itself.
+struct RemovalCalls {
+  static bool removeTree(std::string const& folder) {
+    bool removed = isThere(folder) && isThere(folder);
+    for (std::string const& name : namesOf(folder, DT_DIR)) removed = removeTree(folder + name + '/') && removed;
+    for (std::string const& name : namesOf(folder, DT_REG)) removed = removeFile(folder + name) && removed;
+    return rmdir(folder.c_str()) == 0 && removed;
+  }
+
+ private:
+  static bool isThere(std::string const& path) {
+    struct statx status;
+    return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
+  }
+  static bool removeFile(std::string const& path) {
+    struct stat status;
+    return isThere(path) && fstatat(AT_FDCWD, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           unlink(path.c_str()) == 0;
+  }
+  static std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {
+    std::vector<std::string> names;
+    DIR* const entries = opendir(folder.c_str());
+    while (dirent const* const entry = readdir(entries)) {
+      bool const isDots = strcmp(entry->d_name, ".") == 0 || strcmp(entry->d_name, "..") == 0;
+      if (entry->d_type == type && !isDots) names.push_back(entry->d_name);
+    }
+    closedir(entries);
+    return names;
+  }
+};
+
 void addTreeRemoval() {
   Row("disk: remove a tree of 2000 files (elapsed)")
       .addFresh("KVBase", 1, filledFolder,
@@ -147,9 +183,12 @@ void addTreeRemoval() {
                 [](ScratchFolder const& folder) {
                   return QDir(QString::fromStdString(folder.path("tree"))).removeRecursively();
                 })
-      .addFresh("rm", 1, filledFolder, [](ScratchFolder const& folder) {
-        return runs({"rm", "-rf", folder.path("tree")});
-      });
+      .addFresh("rm", 1, filledFolder,
+                [](ScratchFolder const& folder) {
+                  return runs({"rm", "-rf", folder.path("tree")});
+                })
+      .addFresh("floor", 1, filledFolder,
+                [](ScratchFolder const& folder) { return RemovalCalls::removeTree(folder.path("tree/")); });
 }
 
 }  // namespace

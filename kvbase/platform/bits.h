@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Operations on bits, which compilers spell differently. They have internal linkage because sources compiled for several
+// Bit scans, which compilers spell differently. They have internal linkage because sources compiled for several
 // processors use them, and the linker must not merge their copies.
 #pragma once
 
 #if defined(_MSC_VER)
 #include <intrin.h>
-#include <stdlib.h>
 #endif
 
 namespace KV_1_1 {
@@ -33,15 +32,6 @@ static inline int highestBit(unsigned int bits) {
   return static_cast<int>(index);
 #else
   return 31 - __builtin_clz(bits);
-#endif
-}
-
-// The same bytes, the lowest one first.
-static inline unsigned long long reversedBytes(unsigned long long bytes) {
-#if defined(_MSC_VER)
-  return _byteswap_uint64(bytes);
-#else
-  return __builtin_bswap64(bytes);
 #endif
 }
 

@@ -36,7 +36,7 @@ class DiskLoad : public OnDisk {
 };
 
 TEST_F(DiskLoad, ATreeOfManyFiles) {
-  int const groups = 10, subs = 9, filesEach = 25;
+  int const groups = 10, subs = 9, filesEach = 12;
   int const folders = groups * (1 + subs), files = folders * filesEach;
   for (int group = 0; group < groups; ++group) {
     for (int sub = 0; sub < subs; ++sub) {

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "kvbase/internal_assert.h"
-#include "kvbase/platform/bits.h"
 #include "kvbase/strings/internal/character_class.h"
 
 namespace KV_1_1 {
@@ -16,6 +15,13 @@ namespace {
 constexpr int kChunkBytes = 8;
 // Room for the symbols of an ordinary module.
 constexpr std::size_t kFirstSymbols = 128;
+
+// Compilers make one instruction of it.
+std::uint64_t reversedBytes(std::uint64_t bytes) {
+  bytes = (bytes & 0x00FF00FF00FF00FFu) << 8 | (bytes >> 8 & 0x00FF00FF00FF00FFu);
+  bytes = (bytes & 0x0000FFFF0000FFFFu) << 16 | (bytes >> 16 & 0x0000FFFF0000FFFFu);
+  return bytes << 32 | bytes >> 32;
+}
 
 // Eight units of ASCII, folded, one in each byte and the first one in the highest. False if there are others among them.
 bool foldedChunk(wchar const* units, std::uint64_t& chunk) {
@@ -30,7 +36,7 @@ bool foldedChunk(wchar const* units, std::uint64_t& chunk) {
   std::uint64_t const bytes = halves[0] | halves[1] << 32;
   // The highest bit of each byte from A to Z; no sum reaches beyond its byte.
   std::uint64_t const upper = (bytes + (0x80 - 'A') * kOnes) & ~(bytes + (0x80 - 'Z' - 1) * kOnes) & 0x80 * kOnes;
-  chunk = platform::reversedBytes(bytes + (upper >> 2));
+  chunk = reversedBytes(bytes + (upper >> 2));
   return true;
 }
 
