@@ -36,9 +36,9 @@ struct MessageRow {
   std::string title;
 };
 
-class AssertionMessageTest : public AssertionTest, public ::testing::WithParamInterface<MessageRow> {};
+class AssertionMessage : public AssertionTest, public ::testing::WithParamInterface<MessageRow> {};
 
-TEST_P(AssertionMessageTest, GoesToTheChannelThenToStandardErrorThenToTheUser) {
+TEST_P(AssertionMessage, GoesToTheChannelThenToStandardErrorThenToTheUser) {
   MessageRow const& row = GetParam();
   EXPECT_EQ(report(row.expression, row.comment, row.file, row.line, row.function),
             Log({"output " + row.message, "ask " + row.title + "|" + row.message + "|73746"}));
@@ -69,13 +69,13 @@ MessageRow const kMessageRows[] = {
      "Assertion x failed.\nIn file C:\\src\\a b\\scan.cpp:12 in function kv::Scan::read().",
      "C:\\src\\a b\\scan.cpp:12"},
 };
-INSTANTIATE_TEST_SUITE_P(Rows, AssertionMessageTest, ::testing::ValuesIn(kMessageRows),
+INSTANTIATE_TEST_SUITE_P(Rows, AssertionMessage, ::testing::ValuesIn(kMessageRows),
                          [](auto const& row) { return std::string(row.param.name); });
 
-class AssertionReportTest : public AssertionTest {};
+class AssertionReport : public AssertionTest {};
 
 // That the debug channel comes before the question is seen in the log of AssertionDebug.
-TEST_F(AssertionReportTest, StandardErrorIsWrittenBeforeTheQuestionIsPut) {
+TEST_F(AssertionReport, StandardErrorIsWrittenBeforeTheQuestionIsPut) {
   struct Asking : AssertionDebug {
     int ask(wchar const* message, wchar const* title, ulong32 style) override {
       writtenBefore = ::testing::internal::GetCapturedStderr();
@@ -97,7 +97,7 @@ TEST_F(AssertionReportTest, StandardErrorIsWrittenBeforeTheQuestionIsPut) {
   EXPECT_EQ(written, "");
 }
 
-TEST_F(AssertionReportTest, LongTextsAreComplete) {
+TEST_F(AssertionReport, LongTextsAreComplete) {
   std::string const expression(100000, 'e');
   std::string const comment(70000, 'c');
   std::string const file(5000, 'f');
@@ -110,7 +110,7 @@ TEST_F(AssertionReportTest, LongTextsAreComplete) {
 }
 
 // A report in a process whose code page is not UTF-8 has one byte for each of these letters.
-TEST_F(AssertionReportTest, TextsAreInTheAnsiCodePage) {
+TEST_F(AssertionReport, TextsAreInTheAnsiCodePage) {
   ScriptedText text;
   text.ansi = 1252;
   platform::ScopedBackend<platform::TextApi> const backend(text);
@@ -120,7 +120,7 @@ TEST_F(AssertionReportTest, TextsAreInTheAnsiCodePage) {
 }
 
 // What cannot be decoded is missing from the message; what cannot be encoded is not written to the stream.
-TEST_F(AssertionReportTest, TextThatCannotBeConvertedAddsNothing) {
+TEST_F(AssertionReport, TextThatCannotBeConvertedAddsNothing) {
   std::string const whole = "Assertion x failed.\nIn file f:1 in function g.\n\"c\"";
   int undecoded = 0;
   int unencoded = 0;
@@ -141,7 +141,7 @@ TEST_F(AssertionReportTest, TextThatCannotBeConvertedAddsNothing) {
   EXPECT_EQ(unencoded, 2);
 }
 
-TEST_F(AssertionReportTest, PercentSignsAreDirectivesOnStandardErrorOnly) {
+TEST_F(AssertionReport, PercentSignsAreDirectivesOnStandardErrorOnly) {
   std::string const message = "Assertion n%d == 50% failed.\nIn file %s.cpp:1 in function %n%%.\n\"100% done, 5 %\"";
   EXPECT_EQ(report("n%d == 50%", "100% done, 5 %", "%s.cpp", 1, "%n%%"),
             Log({"output " + message, "ask %s.cpp:1|" + message + "|73746"}));
@@ -225,7 +225,7 @@ TEST(AssertionReportDeathTest, AbortEndsWithStatus3IfTheSignalIsIgnored) {
 
 // --- Retry, and no answer --------------------------------------------------------------------------------------------
 
-TEST_F(AssertionReportTest, RetryStopsInTheDebuggerAndGoesOn) {
+TEST_F(AssertionReport, RetryStopsInTheDebuggerAndGoesOn) {
   std::string const file = freshFile();
   debug.answer = platform::kAnswerRetry;
   Log const log = report("x", nullptr, file.c_str(), 1, "g");
@@ -235,7 +235,7 @@ TEST_F(AssertionReportTest, RetryStopsInTheDebuggerAndGoesOn) {
   EXPECT_TRUE(isShown(file, 1)) << "the site is not ignored";
 }
 
-TEST_F(AssertionReportTest, AnyOtherAnswerGoesOn) {
+TEST_F(AssertionReport, AnyOtherAnswerGoesOn) {
   std::string const file = freshFile();
   for (int answer : {0, 1, 2, 6, 7, 10, 11, -1, INT_MIN, INT_MAX}) {
     debug.answer = answer;
@@ -246,7 +246,7 @@ TEST_F(AssertionReportTest, AnyOtherAnswerGoesOn) {
 
 // --- Ignore ----------------------------------------------------------------------------------------------------------
 
-TEST_F(AssertionReportTest, IgnoredSiteShowsNothingAtAll) {
+TEST_F(AssertionReport, IgnoredSiteShowsNothingAtAll) {
   std::string const a = freshFile();
   std::string const b = freshFile();
   EXPECT_TRUE(isShown(a, 7, platform::kAnswerIgnore));
@@ -256,27 +256,27 @@ TEST_F(AssertionReportTest, IgnoredSiteShowsNothingAtAll) {
   EXPECT_EQ(written, "");
 }
 
-TEST_F(AssertionReportTest, IgnoredSiteIsFileAndLineWhateverTheExpression) {
+TEST_F(AssertionReport, IgnoredSiteIsFileAndLineWhateverTheExpression) {
   std::string const file = freshFile();
   EXPECT_TRUE(isShown(file, 7, platform::kAnswerIgnore));
   EXPECT_EQ(report("another", "comment", std::string(file).c_str(), 7, "elsewhere"), Log());
 }
 
-TEST_F(AssertionReportTest, IgnoredSiteStaysIgnoredWhateverTheAnswerWouldBe) {
+TEST_F(AssertionReport, IgnoredSiteStaysIgnoredWhateverTheAnswerWouldBe) {
   std::string const file = freshFile();
   EXPECT_TRUE(isShown(file, 7, platform::kAnswerIgnore));
   for (int round = 0; round < 3; ++round) EXPECT_FALSE(isShown(file, 7, platform::kAnswerRetry));
   EXPECT_EQ(debug.breaks, 0);
 }
 
-TEST_F(AssertionReportTest, SeveralLinesOfAFileAreIgnored) {
+TEST_F(AssertionReport, SeveralLinesOfAFileAreIgnored) {
   std::string const file = freshFile();
   for (unsigned int line : {9U, 3U, 0U, UINT_MAX}) EXPECT_TRUE(isShown(file, line, platform::kAnswerIgnore)) << line;
   for (unsigned int line : {9U, 3U, 0U, UINT_MAX}) EXPECT_FALSE(isShown(file, line)) << line;
   for (unsigned int line : {1U, 4U, 10U, UINT_MAX - 1}) EXPECT_TRUE(isShown(file, line)) << line;
 }
 
-TEST_F(AssertionReportTest, FileNamesAreComparedUnitByUnit) {
+TEST_F(AssertionReport, FileNamesAreComparedUnitByUnit) {
   std::string const file = "Dir\\" + freshFile();
   EXPECT_TRUE(isShown(file, 7, platform::kAnswerIgnore));
   EXPECT_TRUE(isShown("dir" + file.substr(3), 7)) << "another case";
@@ -285,7 +285,7 @@ TEST_F(AssertionReportTest, FileNamesAreComparedUnitByUnit) {
   EXPECT_TRUE(isShown(file.substr(0, file.size() - 1), 7)) << "shorter";
 }
 
-TEST_F(AssertionReportTest, NullAndEmptyFilesAreTwoSites) {
+TEST_F(AssertionReport, NullAndEmptyFilesAreTwoSites) {
   unsigned int const line = freshLine();
   EXPECT_TRUE(isShown(nullptr, line, platform::kAnswerIgnore));
   EXPECT_FALSE(isShown(nullptr, line));
@@ -296,7 +296,7 @@ TEST_F(AssertionReportTest, NullAndEmptyFilesAreTwoSites) {
   EXPECT_TRUE(isShown(nullptr, other));
 }
 
-TEST_F(AssertionReportTest, FilesThatCannotBeConvertedAreOneSiteWithNull) {
+TEST_F(AssertionReport, FilesThatCannotBeConvertedAreOneSiteWithNull) {
   unsigned int const line = freshLine();
   std::string const file = freshFile();
   {
@@ -310,7 +310,7 @@ TEST_F(AssertionReportTest, FilesThatCannotBeConvertedAreOneSiteWithNull) {
   EXPECT_TRUE(isShown(file, line));
 }
 
-TEST_F(AssertionReportTest, SiteIgnoredOnOneThreadIsIgnoredOnAll) {
+TEST_F(AssertionReport, SiteIgnoredOnOneThreadIsIgnoredOnAll) {
   std::string const file = freshFile();
   EXPECT_TRUE(isShown(file, 7, platform::kAnswerIgnore));
   bool shown = true;
@@ -318,7 +318,7 @@ TEST_F(AssertionReportTest, SiteIgnoredOnOneThreadIsIgnoredOnAll) {
   EXPECT_FALSE(shown);
 }
 
-TEST_F(AssertionReportTest, RandomFailuresAreShownUntilTheirSiteIsIgnored) {
+TEST_F(AssertionReport, RandomFailuresAreShownUntilTheirSiteIsIgnored) {
   std::mt19937 random(2);
   std::string const prefix = freshFile();
   std::set<std::pair<std::string, unsigned int>> ignored;
@@ -342,7 +342,7 @@ TEST_F(AssertionReportTest, RandomFailuresAreShownUntilTheirSiteIsIgnored) {
 
 // --- An assertion within the report, and memory ------------------------------------------------------------------------
 
-TEST_F(AssertionReportTest, FailureWithinTheReportIsLost) {
+TEST_F(AssertionReport, FailureWithinTheReportIsLost) {
   struct Failing : AssertionDebug {
     void output(wchar const* text) override {
       AssertionDebug::output(text);
@@ -407,7 +407,7 @@ Attempt reportWithFailure(int n, char const* file, int answer) {
   return attempt;
 }
 
-TEST(AssertionAllocationTest, FailedAllocationRaisesBadAllocWithTheNestingLeftRaised) {
+TEST(AssertionAllocation, FailedAllocationRaisesBadAllocWithTheNestingLeftRaised) {
   std::string const file = freshFile();
   std::string const message = "Assertion expression failed.\nIn file " + file + ":7 in function function.\n\"comment\"";
   int withMessage = 0;
@@ -426,7 +426,7 @@ TEST(AssertionAllocationTest, FailedAllocationRaisesBadAllocWithTheNestingLeftRa
   EXPECT_GT(withMessage, 0) << "the title is built after the message has been written";
 }
 
-TEST(AssertionAllocationTest, SiteThatCouldNotBeRememberedIsShownAgain) {
+TEST(AssertionAllocation, SiteThatCouldNotBeRememberedIsShownAgain) {
   std::string const file = freshFile();
   int unremembered = 0;
   for (int n = 1;; ++n) {
@@ -443,7 +443,7 @@ TEST(AssertionAllocationTest, SiteThatCouldNotBeRememberedIsShownAgain) {
   EXPECT_EQ(reportWithFailure(0, file.c_str(), 0).questions, 0);
 }
 
-TEST(AssertionAllocationTest, FailuresAfterOneWithoutMemoryAreLost) {
+TEST(AssertionAllocation, FailuresAfterOneWithoutMemoryAreLost) {
   CountingDebug debug;
   platform::ScopedBackend<platform::DebugApi> const backend(debug);
   std::string const file = freshFile();

@@ -38,16 +38,16 @@ void fail() {
   __assert_fail_x("x", nullptr, "test.cpp", 1, "fail");
 }
 
-class AssertionEntryTest : public ::testing::Test {
+class AssertionEntry : public ::testing::Test {
  protected:
-  AssertionEntryTest() { handlerCalls = 0; }
+  AssertionEntry() { handlerCalls = 0; }
 };
 
-TEST_F(AssertionEntryTest, HandlerIsTheDefaultOneFromTheStart) {
+TEST_F(AssertionEntry, HandlerIsTheDefaultOneFromTheStart) {
   EXPECT_NE(__get_assertion_failure_handler(), nullptr);
 }
 
-TEST_F(AssertionEntryTest, HandlerCanBeReplacedAndStoredBack) {
+TEST_F(AssertionEntry, HandlerCanBeReplacedAndStoredBack) {
   AssertionFailureHandler const previous = __get_assertion_failure_handler();
   __set_assertion_failure_handler(&recordingHandler);
   EXPECT_EQ(__get_assertion_failure_handler(), &recordingHandler);
@@ -56,7 +56,7 @@ TEST_F(AssertionEntryTest, HandlerCanBeReplacedAndStoredBack) {
   EXPECT_EQ(handlerCalls, 0);
 }
 
-TEST_F(AssertionEntryTest, HandlerGetsAllFiveArgumentsAsTheyAre) {
+TEST_F(AssertionEntry, HandlerGetsAllFiveArgumentsAsTheyAre) {
   ScopedHandler const scope(&recordingHandler);
   char const texts[] = "expression\0comment\0file\0function";
   char const* const comment = texts + 11;
@@ -71,7 +71,7 @@ TEST_F(AssertionEntryTest, HandlerGetsAllFiveArgumentsAsTheyAre) {
   EXPECT_EQ(lastArguments.function, function);
 }
 
-TEST_F(AssertionEntryTest, HandlerGetsNullArgumentsAndTheGreatestLine) {
+TEST_F(AssertionEntry, HandlerGetsNullArgumentsAndTheGreatestLine) {
   ScopedHandler const scope(&recordingHandler);
   __assert_fail_x(nullptr, nullptr, nullptr, UINT_MAX, nullptr);
   EXPECT_EQ(handlerCalls, 1);
@@ -82,7 +82,7 @@ TEST_F(AssertionEntryTest, HandlerGetsNullArgumentsAndTheGreatestLine) {
   EXPECT_EQ(lastArguments.function, nullptr);
 }
 
-TEST_F(AssertionEntryTest, NullHandlerSilencesReports) {
+TEST_F(AssertionEntry, NullHandlerSilencesReports) {
   AssertionDebug debug;
   platform::ScopedBackend<platform::DebugApi> const backend(debug);
   ScopedHandler const scope(nullptr);
@@ -94,13 +94,13 @@ TEST_F(AssertionEntryTest, NullHandlerSilencesReports) {
   EXPECT_EQ(assertionNesting, 0U);
 }
 
-TEST_F(AssertionEntryTest, EveryFailureCallsTheHandlerAgain) {
+TEST_F(AssertionEntry, EveryFailureCallsTheHandlerAgain) {
   ScopedHandler const scope(&recordingHandler);
   for (int i = 0; i < 3; ++i) fail();
   EXPECT_EQ(handlerCalls, 3);
 }
 
-TEST_F(AssertionEntryTest, HandlerThatFailsItselfGetsNoSecondCall) {
+TEST_F(AssertionEntry, HandlerThatFailsItselfGetsNoSecondCall) {
   ScopedHandler const scope([](char const*, char const*, char const*, unsigned int, char const*) {
     ++handlerCalls;
     EXPECT_EQ(assertionNesting, 1U);
@@ -114,7 +114,7 @@ TEST_F(AssertionEntryTest, HandlerThatFailsItselfGetsNoSecondCall) {
   EXPECT_EQ(handlerCalls, 2);
 }
 
-TEST_F(AssertionEntryTest, HandlerCanChainToTheDefaultOne) {
+TEST_F(AssertionEntry, HandlerCanChainToTheDefaultOne) {
   static AssertionFailureHandler previous;
   previous = __get_assertion_failure_handler();
   AssertionDebug debug;
@@ -128,7 +128,7 @@ TEST_F(AssertionEntryTest, HandlerCanChainToTheDefaultOne) {
   EXPECT_EQ(debug.calls("ask"), 1);
 }
 
-TEST_F(AssertionEntryTest, HandlerThatReplacesItselfFinishesItsReport) {
+TEST_F(AssertionEntry, HandlerThatReplacesItselfFinishesItsReport) {
   ScopedHandler const scope([](char const*, char const*, char const*, unsigned int, char const*) {
     handlerCalls += 10;
     __set_assertion_failure_handler(&recordingHandler);
@@ -139,7 +139,7 @@ TEST_F(AssertionEntryTest, HandlerThatReplacesItselfFinishesItsReport) {
   EXPECT_EQ(handlerCalls, 11);
 }
 
-TEST_F(AssertionEntryTest, ExceptionOfAHandlerGoesThroughAndLaterFailuresAreLost) {
+TEST_F(AssertionEntry, ExceptionOfAHandlerGoesThroughAndLaterFailuresAreLost) {
   ScopedHandler const scope([](char const*, char const*, char const*, unsigned int, char const*) {
     ++handlerCalls;
     throw std::runtime_error("thrown");

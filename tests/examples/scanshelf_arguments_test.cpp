@@ -11,7 +11,7 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfArgumentsTest : public ScanshelfTest {};
+class ScanshelfArguments : public ScanshelfTest {};
 
 struct ArgumentsRow {
   char const* name;
@@ -28,7 +28,7 @@ std::string flagsOf(Arguments const& arguments) {
          (arguments.assertHeaders ? "e" : "") + (arguments.stack ? "t" : "");
 }
 
-TEST_F(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
+TEST_F(ScanshelfArguments, ReadsFolderPatternAndOptions) {
   String const all = KVW("*");
   ArgumentsRow const rows[] = {
       {"nothing", {}, String::NIL, all, ""},
@@ -69,7 +69,7 @@ TEST_F(ScanshelfArgumentsTest, ReadsFolderPatternAndOptions) {
   }
 }
 
-TEST_F(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
+TEST_F(ScanshelfArguments, RefusesWhatItDoesNotUnderstand) {
   struct {
     char const* name;
     std::vector<String> words;
@@ -100,7 +100,7 @@ TEST_F(ScanshelfArgumentsTest, RefusesWhatItDoesNotUnderstand) {
   }
 }
 
-TEST_F(ScanshelfArgumentsTest, HelpNamesEveryOption) {
+TEST_F(ScanshelfArguments, HelpNamesEveryOption) {
   std::string const help = utf8(helpText());
   for (Option const& option : kOptions) {
     EXPECT_NE(help.find(String(option.brief).stringUTF8() + std::string(", ") + String(option.full).stringUTF8()),

@@ -65,9 +65,9 @@ class FaultyCopies final : public InterceptedFiles {
   }
 };
 
-class ScanshelfCopyingTest : public ScanshelfTest {
+class ScanshelfCopying : public ScanshelfTest {
  protected:
-  ScanshelfCopyingTest() {
+  ScanshelfCopying() {
     source_.write("a.dat", std::string(100, 'a'));
     source_.write("empty.dat");
     source_.write(fs::u8path("\xC3\x84rzte/\xE5\xA1\x94/scan \xF0\x9F\x98\x80.dat"), "12345");
@@ -113,7 +113,7 @@ class ScanshelfCopyingTest : public ScanshelfTest {
   std::vector<Totals> progress_;
 };
 
-TEST_F(ScanshelfCopyingTest, CopiesAllFilesAndFolders) {
+TEST_F(ScanshelfCopying, CopiesAllFilesAndFolders) {
   CopyResult const result = copy();
   EXPECT_EQ(failures(result).size(), 0u);
   EXPECT_EQ(result.copied.files, 4u);
@@ -129,7 +129,7 @@ TEST_F(ScanshelfCopyingTest, CopiesAllFilesAndFolders) {
                                    Pair("sub/nothing", "(folder)"), Pair("sub/nothing/at all", "(folder)")));
 }
 
-TEST_F(ScanshelfCopyingTest, PatternChoosesFilesNotFolders) {
+TEST_F(ScanshelfCopying, PatternChoosesFilesNotFolders) {
   CopyResult const result = copy(KVW("*.TXT"));
   EXPECT_EQ(result.copied.files, 1u);
   EXPECT_EQ(result.copied.folders, 5u);
@@ -137,7 +137,7 @@ TEST_F(ScanshelfCopyingTest, PatternChoosesFilesNotFolders) {
   EXPECT_EQ(copied()["sub/notes.txt"], "note");
 }
 
-TEST_F(ScanshelfCopyingTest, KeepsExistingFilesUnlessTheyMayBeOverwritten) {
+TEST_F(ScanshelfCopying, KeepsExistingFilesUnlessTheyMayBeOverwritten) {
   target_.write("new/a.dat", "old");
   target_.write("new/sub/more.txt", "more");
   CopyResult const kept = copy();
@@ -154,7 +154,7 @@ TEST_F(ScanshelfCopyingTest, KeepsExistingFilesUnlessTheyMayBeOverwritten) {
   EXPECT_EQ(copied()["sub/more.txt"], "more");
 }
 
-TEST_F(ScanshelfCopyingTest, ReportsFailuresWithTheSystemsTextAndCopiesTheRest) {
+TEST_F(ScanshelfCopying, ReportsFailuresWithTheSystemsTextAndCopiesTheRest) {
   FaultyCopies files;
   files.errors = {{"a.dat", platform::kSharingViolation}, {"notes.txt", platform::kAccessDenied}};
   platform::ScopedBackend<platform::FileApi> const scope(files);
@@ -171,7 +171,7 @@ TEST_F(ScanshelfCopyingTest, ReportsFailuresWithTheSystemsTextAndCopiesTheRest) 
   EXPECT_EQ(progress_.back().bytes, 109u);
 }
 
-TEST_F(ScanshelfCopyingTest, StopsWhenTheDiskIsFull) {
+TEST_F(ScanshelfCopying, StopsWhenTheDiskIsFull) {
   FaultyCopies files;
   files.errors = {{".dat", platform::kDiskFull}};
   platform::ScopedBackend<platform::FileApi> const scope(files);
@@ -182,7 +182,7 @@ TEST_F(ScanshelfCopyingTest, StopsWhenTheDiskIsFull) {
   EXPECT_EQ(result.unattempted, 2u);
 }
 
-TEST_F(ScanshelfCopyingTest, ReportsDifferentSizesAsAFailure) {
+TEST_F(ScanshelfCopying, ReportsDifferentSizesAsAFailure) {
   FaultyCopies files;
   files.grows = "notes.txt";
   platform::ScopedBackend<platform::FileApi> const scope(files);
@@ -192,7 +192,7 @@ TEST_F(ScanshelfCopyingTest, ReportsDifferentSizesAsAFailure) {
   EXPECT_EQ(result.equalSizes, 3u);
 }
 
-TEST_F(ScanshelfCopyingTest, FileInPlaceOfAFolderFailsWithTheContentsOfTheFolder) {
+TEST_F(ScanshelfCopying, FileInPlaceOfAFolderFailsWithTheContentsOfTheFolder) {
   target_.write("new/sub", "in the way");
   CopyResult const result = copy();
   std::map<std::string, std::string> const failed = failures(result);
@@ -206,7 +206,7 @@ TEST_F(ScanshelfCopyingTest, FileInPlaceOfAFolderFailsWithTheContentsOfTheFolder
   EXPECT_EQ(copied()["sub"], "in the way");
 }
 
-TEST_F(ScanshelfCopyingTest, TargetThatCannotBeMadeIsAnError) {
+TEST_F(ScanshelfCopying, TargetThatCannotBeMadeIsAnError) {
   target_.write("new", "in the way");
   try {
     copy();
@@ -217,7 +217,7 @@ TEST_F(ScanshelfCopyingTest, TargetThatCannotBeMadeIsAnError) {
   }
 }
 
-TEST_F(ScanshelfCopyingTest, ProgressNeverGoesBackAndEndsWithAll) {
+TEST_F(ScanshelfCopying, ProgressNeverGoesBackAndEndsWithAll) {
   copy();
   ASSERT_FALSE(progress_.empty());
   EXPECT_TRUE(std::is_sorted(progress_.begin(), progress_.end(), [](Totals const& a, Totals const& b) {
@@ -227,7 +227,7 @@ TEST_F(ScanshelfCopyingTest, ProgressNeverGoesBackAndEndsWithAll) {
   EXPECT_EQ(progress_.back().bytes, 109u);
 }
 
-TEST_F(ScanshelfCopyingTest, ProgressMovesWithinAFile) {
+TEST_F(ScanshelfCopying, ProgressMovesWithinAFile) {
   FaultyCopies files;
   files.reports = {0, 25, 100};
   platform::ScopedBackend<platform::FileApi> const scope(files);
@@ -239,7 +239,7 @@ TEST_F(ScanshelfCopyingTest, ProgressMovesWithinAFile) {
   EXPECT_THAT(bytes, ElementsAre(0, 25, 100));
 }
 
-TEST(ScanshelfFileProgressTest, IgnoresAPartThatIsNotANumber) {
+TEST(ScanshelfFileProgress, IgnoresAPartThatIsNotANumber) {
   std::vector<std::uint64_t> bytes;
   Progress const note = [&bytes](Totals const& done) { bytes.push_back(done.bytes); };
   Totals const finished = {7, 0, 1000};
@@ -248,7 +248,7 @@ TEST(ScanshelfFileProgressTest, IgnoresAPartThatIsNotANumber) {
   EXPECT_THAT(bytes, ElementsAre(1050, 1000, 1200));
 }
 
-TEST_F(ScanshelfCopyingTest, IsWithinTheFolderItselfAndFoldersBelow) {
+TEST_F(ScanshelfCopying, IsWithinTheFolderItselfAndFoldersBelow) {
   source_.makeFolder("scans old");
   source_.makeFolder("scans/2024");
   struct {

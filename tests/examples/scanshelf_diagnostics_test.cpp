@@ -15,7 +15,7 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfDiagnosticsTest : public ScanshelfTest {};
+class ScanshelfDiagnostics : public ScanshelfTest {};
 
 namespace platform = KV_1_1::platform;
 using KV_1_1::testing::ScriptedDebug;
@@ -26,7 +26,7 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 // The tests have no debug information, without which Windows has no names; the library has it.
-TEST_F(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
+TEST_F(ScanshelfDiagnostics, StackTellsTheCallsThatHaveLedHere) {
   std::ostringstream out;
   printStack(out);
   std::string const text = out.str();
@@ -38,7 +38,7 @@ TEST_F(ScanshelfDiagnosticsTest, StackTellsTheCallsThatHaveLedHere) {
   EXPECT_THAT(text, Not(AnyOf(HasSubstr("SymInit"), HasSubstr("SymType"), HasSubstr("ERROR"))));
 }
 
-TEST_F(ScanshelfDiagnosticsTest, StackWithoutALibraryForItIsAnError) {
+TEST_F(ScanshelfDiagnostics, StackWithoutALibraryForItIsAnError) {
   ScriptedDebug debug;
   platform::ScopedBackend<platform::DebugApi> const scope(debug);
   std::ostringstream out;
@@ -56,7 +56,7 @@ String invalidIn(TempFolder const& folder) {
   return String::NIL;
 }
 
-TEST_F(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
+TEST_F(ScanshelfDiagnostics, ScansBeginWithTheirSignature) {
   TempFolder folder;
   folder.write("a.dat", "SCAN");
   folder.write("b.DAT", "SCANNER");
@@ -65,7 +65,7 @@ TEST_F(ScanshelfDiagnosticsTest, ScansBeginWithTheirSignature) {
   EXPECT_TRUE(invalidIn(folder) == String::NIL);
 }
 
-TEST_F(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
+TEST_F(ScanshelfDiagnostics, OtherDatFilesAreNoScans) {
   for (char const* const content : {"", "SCA", "scan", "xSCAN", "SC\xC3\xA4N"}) {
     TempFolder folder;
     folder.write("a.dat", "SCAN");
@@ -74,7 +74,7 @@ TEST_F(ScanshelfDiagnosticsTest, OtherDatFilesAreNoScans) {
   }
 }
 
-TEST_F(ScanshelfDiagnosticsTest, ReportOfAnInvalidHeaderNamesTheFile) {
+TEST_F(ScanshelfDiagnostics, ReportOfAnInvalidHeaderNamesTheFile) {
   ScriptedDebug debug;
   platform::ScopedBackend<platform::DebugApi> const scope(debug);
   ::testing::internal::CaptureStderr();

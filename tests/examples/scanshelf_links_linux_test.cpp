@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 using KV_1_1::testing::TempFolder;
 
-TEST(ScanshelfLinksTest, IsWithinFollowsLinks) {
+TEST(ScanshelfLinks, IsWithinFollowsLinks) {
   TempFolder source;
   TempFolder other;
   source.makeFolder("sub");
@@ -24,14 +24,14 @@ TEST(ScanshelfLinksTest, IsWithinFollowsLinks) {
   EXPECT_FALSE(isWithin(*directoryOf(other, KVW("new")), *directoryOf(source)));
 }
 
-TEST(ScanshelfLinksTest, IsWithinDistinguishesCase) {
+TEST(ScanshelfLinks, IsWithinDistinguishesCase) {
   TempFolder folder;
   folder.makeFolder("scans");
   folder.makeFolder("Scans");
   EXPECT_FALSE(isWithin(*directoryOf(folder, KVW("Scans\\new")), *directoryOf(folder, KVW("scans"))));
 }
 
-TEST(ScanshelfLinksTest, CopiesLinksAndReportsAPipeAsAFailure) {
+TEST(ScanshelfLinks, CopiesLinksAndReportsAPipeAsAFailure) {
   TempFolder source;
   TempFolder target;
   source.write("real/a.dat", "12345");

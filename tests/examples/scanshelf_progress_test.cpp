@@ -12,8 +12,8 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfProgressTest : public ScanshelfTest {};
-class ScanshelfBarTest : public ScanshelfTest {};
+class ScanshelfProgress : public ScanshelfTest {};
+class ScanshelfBar : public ScanshelfTest {};
 
 constexpr std::uint64_t kMega = 1024 * 1024;
 
@@ -43,18 +43,18 @@ std::string shown(bool isTerminal, Totals const* all, std::vector<Step> const& s
   return out.str();
 }
 
-TEST_F(ScanshelfProgressTest, LogStaysEmptyInTheFirstSecond) {
+TEST_F(ScanshelfProgress, LogStaysEmptyInTheFirstSecond) {
   Totals const all = totalsOf(9, 9);
   for (Totals const* of : {static_cast<Totals const*>(nullptr), &all}) {
     EXPECT_EQ(shown(/*isTerminal=*/false, of, {{0, totalsOf(5, 5)}, {0.999, totalsOf(5, 5)}}), "");
   }
 }
 
-TEST_F(ScanshelfProgressTest, TaskWithoutAnyCallLeavesATerminalAlone) {
+TEST_F(ScanshelfProgress, TaskWithoutAnyCallLeavesATerminalAlone) {
   EXPECT_EQ(shown(/*isTerminal=*/true, nullptr, {}), "");
 }
 
-TEST_F(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
+TEST_F(ScanshelfProgress, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
   EXPECT_EQ(shown(/*isTerminal=*/true, nullptr,
                   {{0, totalsOf(1000, 1000)}, {0.199, totalsOf(2000, 2000)}, {0.2, totalsOf(3, 3)}}),
             "\rReading: 1,000 files in 1 folder, 1000 B"
@@ -62,7 +62,7 @@ TEST_F(ScanshelfProgressTest, LineOnATerminalIsOverwrittenAndClearedAtTheEnd) {
             "\r                                 \r");
 }
 
-TEST_F(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
+TEST_F(ScanshelfProgress, CallbackClearsTheLineWhenItGoes) {
   std::ostringstream out;
   {
     Progress const progress = progressOn({out, /*isTerminal=*/true});
@@ -72,7 +72,7 @@ TEST_F(ScanshelfProgressTest, CallbackClearsTheLineWhenItGoes) {
   EXPECT_EQ(out.str(), "\rReading: 3 files in 1 folder, 3 B\r                                 \r");
 }
 
-TEST_F(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
+TEST_F(ScanshelfProgress, PlainLinesComeAtGrowingIntervals) {
   std::vector<Step> steps;
   for (unsigned tenth = 0; tenth <= 150; ++tenth) steps.push_back({tenth / 10.0, totalsOf(tenth, tenth)});
   EXPECT_EQ(shown(/*isTerminal=*/false, nullptr, steps),
@@ -82,7 +82,7 @@ TEST_F(ScanshelfProgressTest, PlainLinesComeAtGrowingIntervals) {
             "Reading: 150 files in 1 folder, 150 B\n");
 }
 
-TEST_F(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
+TEST_F(ScanshelfProgress, CopyingIsABarOnATerminal) {
   Totals const all = totalsOf(1200, 200 * kMega);
   EXPECT_EQ(shown(/*isTerminal=*/true, &all,
                   {{0, totalsOf(0, 0)}, {0.1, totalsOf(3, kMega)}, {0.2, totalsOf(900, 100 * kMega)}, {0.4, all}}),
@@ -92,7 +92,7 @@ TEST_F(ScanshelfProgressTest, CopyingIsABarOnATerminal) {
             "\r                                                                             \r");
 }
 
-TEST_F(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
+TEST_F(ScanshelfProgress, CopyingIsPlainLinesElsewhere) {
   Totals const all = totalsOf(1200, 200 * kMega);
   EXPECT_EQ(shown(/*isTerminal=*/false, &all,
                   {{1, totalsOf(1, 0)}, {2.9, totalsOf(2, kMega)}, {3, totalsOf(900, 100 * kMega)}, {7, all}}),
@@ -101,7 +101,7 @@ TEST_F(ScanshelfProgressTest, CopyingIsPlainLinesElsewhere) {
             "Copying: 1,200 of 1,200 files, 200.0 MB of 200.0 MB (100%)\n");
 }
 
-TEST_F(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
+TEST_F(ScanshelfBar, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
   Totals const rows[] = {totalsOf(0, 0),
                          totalsOf(1, 1),
                          totalsOf(1200, 1023 * 1024),
@@ -119,7 +119,7 @@ TEST_F(ScanshelfBarTest, FitsIntoALineAndKeepsItsPlacesWhateverTheNumbers) {
   }
 }
 
-TEST_F(ScanshelfBarTest, PercentIsRoundedDownAndNeverMoreThanAll) {
+TEST_F(ScanshelfBar, PercentIsRoundedDownAndNeverMoreThanAll) {
   struct {
     char const* name;
     Totals done;

@@ -23,9 +23,9 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfRunTest : public ScanshelfTest {};
-class ScanshelfSampleTest : public ScanshelfTest {};
-class ScanshelfSummaryTest : public ScanshelfTest {};
+class ScanshelfRun : public ScanshelfTest {};
+class ScanshelfSample : public ScanshelfTest {};
+class ScanshelfSummary : public ScanshelfTest {};
 
 namespace platform = KV_1_1::platform;
 using KV_1_1::testing::narrow;
@@ -49,7 +49,7 @@ Outcome outcomeOf(std::vector<wstring> const& words) {
   return {status, out.str(), err.str()};
 }
 
-TEST_F(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
+TEST_F(ScanshelfRun, ReportTellsNamesCountsAndFiles) {
   TempFolder folder;
   folder.write("a.dat", std::string(2048, 'x'));
   folder.write("sub/b.DAT", "12345");
@@ -75,7 +75,7 @@ TEST_F(ScanshelfRunTest, ReportTellsNamesCountsAndFiles) {
   EXPECT_THAT(outcome.out, HasSubstr("3 files match *, 2.0 KB in all; 3 folders searched.\n"));
 }
 
-TEST_F(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
+TEST_F(ScanshelfRun, RenumberingShowsNamesAndTouchesNone) {
   TempFolder folder;
   folder.write("scan009.dat", "1");
   folder.write("sub/notes.txt", "1");
@@ -90,27 +90,27 @@ TEST_F(ScanshelfRunTest, RenumberingShowsNamesAndTouchesNone) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() / "scan010.dat"));
 }
 
-TEST_F(ScanshelfRunTest, RenumberingTellsHowManyMore) {
+TEST_F(ScanshelfRun, RenumberingTellsHowManyMore) {
   TempFolder folder;
   for (int i = 0; i < 14; ++i) folder.write("scan" + std::to_string(i) + ".dat", "1");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("-r")}).out, HasSubstr("  (4 more)\n"));
   EXPECT_THAT(outcomeOf({folder.text(), KVW("-r"), KVW("-a")}).out, Not(HasSubstr("more)")));
 }
 
-TEST_F(ScanshelfRunTest, LongPathsAreListedWithoutTheirMiddle) {
+TEST_F(ScanshelfRun, LongPathsAreListedWithoutTheirMiddle) {
   TempFolder folder;
   folder.write("Town hall/" + std::string(60, 'f') + "/Before cleaning and measuring/scan001.dat", "1");
   EXPECT_THAT(outcomeOf({folder.text()}).out,
               HasSubstr("  1 B  Town hall\\...\\Before cleaning and measuring\\scan001.dat\n"));
 }
 
-TEST_F(ScanshelfRunTest, FilesAreListedWithSlashesOnRequest) {
+TEST_F(ScanshelfRun, FilesAreListedWithSlashesOnRequest) {
   TempFolder folder;
   folder.write("sub/b.dat", "12345");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("--unix")}).out, HasSubstr("  5 B  sub/b.dat\n"));
 }
 
-TEST_F(ScanshelfRunTest, LongListsAreCutUnlessAllAreAskedFor) {
+TEST_F(ScanshelfRun, LongListsAreCutUnlessAllAreAskedFor) {
   TempFolder folder;
   for (int i = 10; i < 30; ++i) folder.write(std::to_string(i) + "/x." + std::to_string(i), std::string(i, 'x'));
   Outcome const cut = outcomeOf({folder.text()});
@@ -122,7 +122,7 @@ TEST_F(ScanshelfRunTest, LongListsAreCutUnlessAllAreAskedFor) {
                                HasSubstr("  Size  File\n"), HasSubstr("10\\x.10")));
 }
 
-TEST_F(ScanshelfRunTest, OneFileAndNoneAreToldInPlainSentences) {
+TEST_F(ScanshelfRun, OneFileAndNoneAreToldInPlainSentences) {
   TempFolder folder;
   folder.write("a.dat");
   EXPECT_THAT(outcomeOf({folder.text(), KVW("*.dat")}).out,
@@ -130,7 +130,7 @@ TEST_F(ScanshelfRunTest, OneFileAndNoneAreToldInPlainSentences) {
   EXPECT_THAT(outcomeOf({folder.text(), KVW("*.txt")}).out, HasSubstr("No file matches *.txt; 1 folder searched.\n"));
 }
 
-TEST_F(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
+TEST_F(ScanshelfRun, ComplaintsAreSentencesWithAStatus) {
   TempFolder folder;
   folder.write("a.dat");
   struct {
@@ -163,7 +163,7 @@ TEST_F(ScanshelfRunTest, ComplaintsAreSentencesWithAStatus) {
   }
 }
 
-TEST_F(ScanshelfRunTest, RefusedPatternIsToldOnce) {
+TEST_F(ScanshelfRun, RefusedPatternIsToldOnce) {
   TempFolder folder;
   folder.makeFolder("a/b");
   Outcome const outcome = outcomeOf({folder.text(), KVW("a\\*")});
@@ -172,14 +172,14 @@ TEST_F(ScanshelfRunTest, RefusedPatternIsToldOnce) {
   EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1);
 }
 
-TEST_F(ScanshelfRunTest, StackNeedsNoFolder) {
+TEST_F(ScanshelfRun, StackNeedsNoFolder) {
   Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--stack")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_THAT(outcome.out, HasSubstr("StackWalker::ShowCallstack"));
 }
 
-TEST_F(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
+TEST_F(ScanshelfRun, FileThatIsNoScanFailsAnAssertion) {
   TempFolder folder;
   folder.write("a.dat", "SCAN 1");
   KV_1_1::testing::ScriptedDebug debug;
@@ -199,13 +199,13 @@ TEST_F(ScanshelfRunTest, FileThatIsNoScanFailsAnAssertion) {
   EXPECT_EQ(debug.calls("ask"), 1);
 }
 
-TEST_F(ScanshelfRunTest, HelpNeedsNoFolder) {
+TEST_F(ScanshelfRun, HelpNeedsNoFolder) {
   Outcome const outcome = outcomeOf({KVW("nowhere"), KVW("--help")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out, utf8(helpText()));
 }
 
-TEST_F(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
+TEST_F(ScanshelfRun, OutputThatCannotBeWrittenIsAFailure) {
   std::ostringstream out;
   std::ostringstream err;
   out.setstate(std::ios::badbit);
@@ -213,7 +213,7 @@ TEST_F(ScanshelfRunTest, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(err.str(), "scanshelf: The report could not be written.\n");
 }
 
-TEST_F(ScanshelfRunTest, CopyIsMadeAndReported) {
+TEST_F(ScanshelfRun, CopyIsMadeAndReported) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", std::string(2048, 'x'));
@@ -236,7 +236,7 @@ TEST_F(ScanshelfRunTest, CopyIsMadeAndReported) {
   EXPECT_THAT(itemsBelow(target.path("x/y")), ::testing::UnorderedElementsAre("a.dat", "empty", "sub", "sub/b.dat"));
 }
 
-TEST_F(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
+TEST_F(ScanshelfRun, CopyThatFailsInPartTellsWhatAndWhy) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", "123");
@@ -257,7 +257,7 @@ TEST_F(ScanshelfRunTest, CopyThatFailsInPartTellsWhatAndWhy) {
   EXPECT_EQ(std::filesystem::file_size(target.path("sub/b.dat")), 5u);
 }
 
-TEST_F(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
+TEST_F(ScanshelfRun, EmptyFolderIsCopiedToo) {
   TempFolder folder;
   TempFolder target;
   Outcome const outcome = outcomeOf({folder.text(), KVW("-c"), target.text(KVW("new"))});
@@ -266,7 +266,7 @@ TEST_F(ScanshelfRunTest, EmptyFolderIsCopiedToo) {
   EXPECT_TRUE(std::filesystem::is_directory(target.path("new")));
 }
 
-TEST_F(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
+TEST_F(ScanshelfRun, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) {
   TempFolder folder;
   folder.write("sub/a.dat", "1");
   for (wstring const& target : {folder.text(), folder.text(KVW("sub")), folder.text(KVW("new\\deeper"))}) {
@@ -279,21 +279,21 @@ TEST_F(ScanshelfRunTest, TargetWithinTheFolderIsRefusedBeforeAnythingIsWritten) 
   EXPECT_THAT(itemsBelow(folder.path()), ::testing::UnorderedElementsAre("sub", "sub/a.dat"));
 }
 
-TEST_F(ScanshelfRunTest, RefusedPatternMakesNoTarget) {
+TEST_F(ScanshelfRun, RefusedPatternMakesNoTarget) {
   TempFolder folder;
   TempFolder target;
   EXPECT_EQ(outcomeOf({folder.text(), KVW("a:b"), KVW("-c"), target.text(KVW("new"))}).status, 1);
   EXPECT_FALSE(std::filesystem::exists(target.path("new")));
 }
 
-TEST_F(ScanshelfRunTest, ListingWritesNothing) {
+TEST_F(ScanshelfRun, ListingWritesNothing) {
   TempFolder folder;
   folder.write("a.dat", "1");
   EXPECT_THAT(outcomeOf({folder.text()}).out, Not(HasSubstr("Copied")));
   EXPECT_THAT(itemsBelow(folder.path()), ::testing::ElementsAre("a.dat"));
 }
 
-TEST_F(ScanshelfRunTest, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
+TEST_F(ScanshelfRun, BarStandsOnATerminalAndIsClearedBeforeTheReport) {
   TempFolder folder;
   TempFolder target;
   folder.write("a.dat", "1");
@@ -316,7 +316,7 @@ std::string summaryOf(CopyResult const& result, Totals const& all, std::chrono::
   return out.str();
 }
 
-TEST_F(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
+TEST_F(ScanshelfSummary, SpeedIsToldWhereItIsMoreThanChance) {
   Totals all;
   all.files = 1200;
   all.folders = 1;
@@ -335,7 +335,7 @@ TEST_F(ScanshelfSummaryTest, SpeedIsToldWhereItIsMoreThanChance) {
   EXPECT_THAT(summaryOf(result, all, std::chrono::milliseconds(499)), HasSubstr("  Time         499 ms\n"));
 }
 
-TEST_F(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
+TEST_F(ScanshelfSummary, FullDiskIsToldWithWhatWasLeft) {
   Totals all;
   all.files = 8;
   CopyResult result;
@@ -348,7 +348,7 @@ TEST_F(ScanshelfSummaryTest, FullDiskIsToldWithWhatWasLeft) {
                                   "The disk is full. Not attempted: 7 files.\n"));
 }
 
-TEST_F(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
+TEST_F(ScanshelfSample, IsThereAsLongAsTheObject) {
   SmartPtr<Directory const> folder;
   {
     SampleTree const sample;
@@ -362,7 +362,7 @@ TEST_F(ScanshelfSampleTest, IsThereAsLongAsTheObject) {
   EXPECT_FALSE(folder->getParent()->exists());
 }
 
-TEST_F(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
+TEST_F(ScanshelfSample, WhatCannotBeRemovedIsTold) {
   SmartPtr<Directory const> folder;
   {
     SampleTree sample;
@@ -379,7 +379,7 @@ TEST_F(ScanshelfSampleTest, WhatCannotBeRemovedIsTold) {
   EXPECT_FALSE(folder->exists());
 }
 
-TEST_F(ScanshelfSampleTest, IsShownWithoutAFolder) {
+TEST_F(ScanshelfSample, IsShownWithoutAFolder) {
   Outcome const outcome = outcomeOf({KVW("-u")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
@@ -388,7 +388,7 @@ TEST_F(ScanshelfSampleTest, IsShownWithoutAFolder) {
 }
 
 // The answer may end the program, so nothing may be left to tidy up when the question is put.
-TEST_F(ScanshelfSampleTest, IsRemovedBeforeTheReportOfAnAssertion) {
+TEST_F(ScanshelfSample, IsRemovedBeforeTheReportOfAnAssertion) {
   struct Debug : KV_1_1::testing::ScriptedDebug {
     int ask(wchar const* message, wchar const*, KV_1_1::ulong32) override {
       String const text = message;
@@ -416,7 +416,7 @@ std::filesystem::path copyFolderOf(std::string const& report) {
   return std::filesystem::u8path(report.substr(begin, report.find('\n', begin) - begin));
 }
 
-TEST_F(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
+TEST_F(ScanshelfSample, IsCopiedAndRemovedWithItsCopy) {
   Outcome const outcome = outcomeOf({KVW("-u")});
   EXPECT_EQ(outcome.out.find("A sample of scans, made for this report and removed again, like its copy:\n\n"), 0u);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("  Files        14 of 14\n"), HasSubstr("  Folders      10 of 10\n"),
@@ -427,7 +427,7 @@ TEST_F(ScanshelfSampleTest, IsCopiedAndRemovedWithItsCopy) {
   EXPECT_FALSE(std::filesystem::exists(copy.parent_path()));
 }
 
-TEST_F(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
+TEST_F(ScanshelfSample, CopyToAFolderOfTheUsersStays) {
   TempFolder target;
   Outcome const outcome = outcomeOf({KVW("--copy-to"), target.text()});
   EXPECT_EQ(outcome.status, 0);
@@ -435,7 +435,7 @@ TEST_F(ScanshelfSampleTest, CopyToAFolderOfTheUsersStays) {
   EXPECT_EQ(itemsBelow(target.path()).size(), 24u);
 }
 
-TEST_F(ScanshelfSampleTest, RenumberingCopiesNothing) {
+TEST_F(ScanshelfSample, RenumberingCopiesNothing) {
   Outcome const outcome = outcomeOf({KVW("--renumber")});
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.out, AllOf(HasSubstr("scan201.dat"), Not(HasSubstr("cop"))));

@@ -11,7 +11,7 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfSurveyTest : public ScanshelfTest {};
+class ScanshelfSurvey : public ScanshelfTest {};
 
 using KV_1_1::testing::TempFolder;
 using ::testing::UnorderedElementsAre;
@@ -35,7 +35,7 @@ void fill(TempFolder const& folder) {
   folder.makeFolder("empty");
 }
 
-TEST_F(ScanshelfSurveyTest, PatternChoosesFilesNotFolders) {
+TEST_F(ScanshelfSurvey, PatternChoosesFilesNotFolders) {
   TempFolder folder;
   fill(folder);
   EXPECT_EQ(show(surveyOf(folder).all), "5 files, 5 folders, 39 bytes");
@@ -52,7 +52,7 @@ std::vector<std::string> namesBelow(TempFolder const& folder, std::vector<String
   return names;
 }
 
-TEST_F(ScanshelfSurveyTest, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
+TEST_F(ScanshelfSurvey, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
   TempFolder folder;
   fill(folder);
   Survey const found = surveyOf(folder, KVW("*.txt"));
@@ -75,7 +75,7 @@ TEST_F(ScanshelfSurveyTest, FindsFilesWithSizesAndEachFolderBeforeThoseInIt) {
   EXPECT_LT(place("x\\deep\\"), place("x\\deep\\deeper\\"));
 }
 
-TEST_F(ScanshelfSurveyTest, RefusesInvalidPatterns) {
+TEST_F(ScanshelfSurvey, RefusesInvalidPatterns) {
   TempFolder folder;
   for (wchar const* pattern : {KVW("a\\*"), KVW("*."), KVW(".."), KVW("a:b"), KVW("")}) {
     try {
@@ -87,7 +87,7 @@ TEST_F(ScanshelfSurveyTest, RefusesInvalidPatterns) {
   }
 }
 
-TEST_F(ScanshelfSurveyTest, ReportsProgressForEachFolder) {
+TEST_F(ScanshelfSurvey, ReportsProgressForEachFolder) {
   TempFolder folder;
   fill(folder);
   std::vector<std::uint64_t> files;
@@ -97,7 +97,7 @@ TEST_F(ScanshelfSurveyTest, ReportsProgressForEachFolder) {
   EXPECT_EQ(files.back(), 5u);
 }
 
-TEST_F(ScanshelfSurveyTest, ReportsProgressWithinALargeFolder) {
+TEST_F(ScanshelfSurvey, ReportsProgressWithinALargeFolder) {
   TempFolder folder;
   for (int i = 0; i < 600; ++i) folder.write(std::to_string(i));
   int calls = 0;

@@ -10,10 +10,10 @@
 namespace scanshelf {
 namespace {
 
-class ScanshelfTextTest : public ScanshelfTest {};
-class ScanshelfTableTest : public ScanshelfTest {};
+class ScanshelfText : public ScanshelfTest {};
+class ScanshelfTable : public ScanshelfTest {};
 
-TEST_F(ScanshelfTextTest, Counts) {
+TEST_F(ScanshelfText, Counts) {
   struct {
     std::uint64_t count;
     char const* text;
@@ -29,7 +29,7 @@ TEST_F(ScanshelfTextTest, Counts) {
   EXPECT_STREQ(utf8(countOf(1200, kFiles)), "1,200 files");
 }
 
-TEST_F(ScanshelfTextTest, Sizes) {
+TEST_F(ScanshelfText, Sizes) {
   constexpr std::uint64_t kKilo = 1024, kMega = kKilo * 1024, kGiga = kMega * 1024, kTera = kGiga * 1024;
   struct {
     std::uint64_t bytes;
@@ -49,7 +49,7 @@ TEST_F(ScanshelfTextTest, Sizes) {
   for (auto const& row : rows) EXPECT_STREQ(utf8(sizeText(row.bytes)), row.text) << row.bytes;
 }
 
-TEST_F(ScanshelfTextTest, Durations) {
+TEST_F(ScanshelfText, Durations) {
   struct {
     long long milliseconds;
     char const* text;
@@ -69,7 +69,7 @@ TEST_F(ScanshelfTextTest, Durations) {
   }
 }
 
-TEST_F(ScanshelfTextTest, Widths) {
+TEST_F(ScanshelfText, Widths) {
   KV_1_1::wchar const loneHigh[] = {'a', 0xD83D, 'b', 0};
   KV_1_1::wchar const highAtEnd[] = {'a', 0xD83D, 0};
   KV_1_1::wchar const low[] = {0xDE00, 'a', 0};
@@ -96,7 +96,7 @@ TEST_F(ScanshelfTextTest, Widths) {
   for (auto const& row : rows) EXPECT_EQ(displayWidth(row.text), row.width) << row.name;
 }
 
-TEST_F(ScanshelfTextTest, Shortening) {
+TEST_F(ScanshelfText, Shortening) {
   struct {
     char const* name;
     String text;
@@ -123,12 +123,12 @@ TEST_F(ScanshelfTextTest, Shortening) {
   }
 }
 
-TEST_F(ScanshelfTextTest, NilIsAnEmptyText) {
+TEST_F(ScanshelfText, NilIsAnEmptyText) {
   EXPECT_STREQ(utf8(String::NIL), "");
   EXPECT_STREQ(utf8(String::EMPTY), "");
 }
 
-TEST_F(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
+TEST_F(ScanshelfTable, ColumnsAreAsWideAsTheirWidestCell) {
   std::ostringstream out;
   printTable(out, "lr", {{KVW("Name"), KVW("N")}, {KVW("\u00C4rztehaus"), KVW("1,200")}, {KVW("\u5854"), KVW("7")}});
   EXPECT_EQ(out.str(),
@@ -137,7 +137,7 @@ TEST_F(ScanshelfTableTest, ColumnsAreAsWideAsTheirWidestCell) {
             "  \xE5\xA1\x94             7\n");
 }
 
-TEST_F(ScanshelfTableTest, LastCellIsNotPadded) {
+TEST_F(ScanshelfTable, LastCellIsNotPadded) {
   std::ostringstream out;
   printTable(out, "ll", {{KVW("Name"), KVW("x")}, {KVW("Of"), KVW("longer")}});
   EXPECT_EQ(out.str(), "  Name  x\n  Of    longer\n");

@@ -14,10 +14,10 @@ namespace {
 
 namespace platform = KV_1_1::platform;
 
-class ScanshelfTextsTest : public ScanshelfTest {
+class ScanshelfTexts : public ScanshelfTest {
  protected:
-  ScanshelfTextsTest() : german_(platform::modules().loadAsData(fixture(KVW("scanshelf_german.dll")))) {}
-  ~ScanshelfTextsTest() override { EXPECT_TRUE(platform::modules().freeLibrary(german_)); }
+  ScanshelfTexts() : german_(platform::modules().loadAsData(fixture(KVW("scanshelf_german.dll")))) {}
+  ~ScanshelfTexts() override { EXPECT_TRUE(platform::modules().freeLibrary(german_)); }
 
   // The symbols in the module's own header.
   std::vector<unsigned> numbers() {
@@ -65,7 +65,7 @@ std::vector<std::string> optionsOf(std::string const& help) {
   return options;
 }
 
-TEST_F(ScanshelfTextsTest, EachSymbolHasATextInBothLanguages) {
+TEST_F(ScanshelfTexts, EachSymbolHasATextInBothLanguages) {
   EXPECT_GT(numbers().size(), 70u);
   for (unsigned const number : numbers()) {
     EXPECT_STRNE(utf8(textOf(number)), "Error loading string resource!") << number;
@@ -73,17 +73,17 @@ TEST_F(ScanshelfTextsTest, EachSymbolHasATextInBothLanguages) {
   }
 }
 
-TEST_F(ScanshelfTextsTest, PatternsTakeTheSameValues) {
+TEST_F(ScanshelfTexts, PatternsTakeTheSameValues) {
   for (unsigned const number : numbers()) {
     EXPECT_EQ(conversionsOf(german(number)), conversionsOf(utf8(textOf(number)))) << number;
   }
 }
 
-TEST_F(ScanshelfTextsTest, NoNumberHasTwoNames) {
+TEST_F(ScanshelfTexts, NoNumberHasTwoNames) {
   for (unsigned const number : numbers()) EXPECT_EQ(module().getResourceSymbols()[number].size(), 1u) << number;
 }
 
-TEST_F(ScanshelfTextsTest, HelpHasTheSameOptionsInBothLanguages) {
+TEST_F(ScanshelfTexts, HelpHasTheSameOptionsInBothLanguages) {
   std::vector<std::string> const english = optionsOf(utf8(helpText()));
   EXPECT_EQ(optionsOf(germanHelp()), english);
   EXPECT_EQ(english.size(), 11u);

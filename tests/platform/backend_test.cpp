@@ -21,11 +21,11 @@ using platform::TextApi;
 bool const answersEarly =
     platform::files().getAttributes(KVW("\\")) != platform::kInvalidAttributes && platform::text().ansiCodePage() != 0;
 
-TEST(BackendTest, AnswersBeforeMain) {
+TEST(Backend, AnswersBeforeMain) {
   EXPECT_TRUE(answersEarly);
 }
 
-TEST(BackendTest, ScopesNest) {
+TEST(Backend, ScopesNest) {
   EXPECT_EQ(&platform::files(), &platform::nativeFiles());
   ScriptedFiles outer, inner;
   {
@@ -40,7 +40,7 @@ TEST(BackendTest, ScopesNest) {
   EXPECT_EQ(&platform::files(), &platform::nativeFiles());
 }
 
-TEST(BackendTest, ScriptAnswersAndLogs) {
+TEST(Backend, ScriptAnswersAndLogs) {
   ScriptedFiles files;
   files.script.attributes[KVW("C:\\a\\")] = platform::kAttributeDirectory;
   files.script.infos[KVW("C:\\a\\x")] = {platform::kAttributeNormal, 42};
@@ -71,7 +71,7 @@ TEST(BackendTest, ScriptAnswersAndLogs) {
                  "findNext", "findClose", "findClose", "currentDirectory", "currentDirectoryOfDrive C"}));
 }
 
-TEST(BackendTest, FailingFilesFailOneCall) {
+TEST(Backend, FailingFilesFailOneCall) {
   TempFolder folder;
   folder.write("a");
   wstring const pattern = folder.text(KVW("*"));
@@ -93,7 +93,7 @@ TEST(BackendTest, FailingFilesFailOneCall) {
   }
 }
 
-TEST(BackendTest, ScriptedTextReplacesPageZeroAndFails) {
+TEST(Backend, ScriptedTextReplacesPageZeroAndFails) {
   ScriptedText text;
   ScopedBackend<TextApi> const scope(text);
   text.ansi = 1252;

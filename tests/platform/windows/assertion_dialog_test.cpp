@@ -132,7 +132,7 @@ std::string fail(std::string const& file) {
   return ::testing::internal::GetCapturedStderr();
 }
 
-TEST(AssertionDialogTest, DialogShowsTitleMessageAndThreeButtons) {
+TEST(AssertionDialog, DialogShowsTitleMessageAndThreeButtons) {
   DebuggerEvents const events;
   DialogAnswer const answer(platform::kAnswerIgnore);
   std::string const file = freshFile();
@@ -145,7 +145,7 @@ TEST(AssertionDialogTest, DialogShowsTitleMessageAndThreeButtons) {
   EXPECT_EQ(DebuggerEvents::texts(), std::vector<std::string>{reportOf(file)});
 }
 
-TEST(AssertionDialogTest, IgnoreShowsNoDialogAgain) {
+TEST(AssertionDialog, IgnoreShowsNoDialogAgain) {
   DebuggerEvents const events;
   DialogAnswer const answer(platform::kAnswerIgnore);
   std::string const file = freshFile();
@@ -156,7 +156,7 @@ TEST(AssertionDialogTest, IgnoreShowsNoDialogAgain) {
   EXPECT_EQ(DebuggerEvents::breaks(), 0);
 }
 
-TEST(AssertionDialogTest, RetryBreaksAndGoesOn) {
+TEST(AssertionDialog, RetryBreaksAndGoesOn) {
   DebuggerEvents const events;
   DialogAnswer const answer(platform::kAnswerRetry);
   std::string const file = freshFile();

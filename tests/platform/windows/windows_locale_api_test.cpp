@@ -28,7 +28,7 @@ std::string abbreviationByWindows(ulong32 id) {
   return !isKnown || abbreviation == KVW("ZZZ") ? "none" : narrow(abbreviation);
 }
 
-TEST(WindowsLanguageTableTest, HasTheAbbreviationOfEachId) {
+TEST(WindowsLanguageTable, HasTheAbbreviationOfEachId) {
   for (ulong32 id = 0; id <= 0xFFFF; ++id) {
     if (isPlaceholder(id)) continue;
     platform::Language const* const row = platform::findLanguage(id);
@@ -36,13 +36,13 @@ TEST(WindowsLanguageTableTest, HasTheAbbreviationOfEachId) {
   }
 }
 
-TEST(WindowsLanguageTableTest, HasTheStandardLanguageOfEachNeutralId) {
+TEST(WindowsLanguageTable, HasTheStandardLanguageOfEachNeutralId) {
   for (auto const* row = platform::languagesBegin(); row != platform::languagesEnd(); ++row) {
     EXPECT_EQ(row->standard, ConvertDefaultLocale(row->id)) << std::hex << row->id;
   }
 }
 
-TEST(WindowsLanguageTableTest, HasTheLanguagesOfTheEnumeration) {
+TEST(WindowsLanguageTable, HasTheLanguagesOfTheEnumeration) {
   std::set<ulong32> expected;
   for (auto const* row = platform::languagesBegin(); row != platform::languagesEnd(); ++row) {
     if (!row->isNeutral()) expected.insert(row->id);

@@ -26,14 +26,14 @@ std::string textOf(std::filesystem::path const& belowRoot) {
   return text.str();
 }
 
-TEST(ReadmeTest, ShowsTheProgramAsItStands) {
+TEST(Readme, ShowsTheProgramAsItStands) {
   std::string const program = textOf("examples/first_steps/first_steps.cpp");
   std::string const withoutLicence = program.substr(program.find('\n') + 1);
   ASSERT_NE(withoutLicence, "");
   EXPECT_NE(textOf("README.md").find("```cpp\n" + withoutLicence + "```\n"), std::string::npos);
 }
 
-TEST(ReadmeTest, ProgramPrintsWhatItsCommentsSay) {
+TEST(Readme, ProgramPrintsWhatItsCommentsSay) {
   HostRun const run = runHost("first_steps", {});
   EXPECT_EQ(run.status, 0);
   Lines said;
@@ -46,7 +46,7 @@ TEST(ReadmeTest, ProgramPrintsWhatItsCommentsSay) {
   EXPECT_EQ(Lines(run.lines.begin(), run.lines.end() - 1), said);
 }
 
-TEST(ReadmeTest, ProgramSpeaksTheLanguageOfItsUser) {
+TEST(Readme, ProgramSpeaksTheLanguageOfItsUser) {
   EXPECT_THAT(runHost("first_steps", {}, "deu").lines, Contains("Aufnahme scan007 aus 2024"));
 }
 

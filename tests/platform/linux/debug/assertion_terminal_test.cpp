@@ -71,7 +71,7 @@ void fail(unsigned int line) {
   __assert_fail_x("n % 2 == 0", "even", "terminal.cpp", line, "halve");
 }
 
-TEST(AssertionTerminalTest, IgnoredSiteIsNotShownAgain) {
+TEST(AssertionTerminal, IgnoredSiteIsNotShownAgain) {
   TerminalProcess process([] {
     fail(1);
     say("<first>");
@@ -93,7 +93,7 @@ TEST(AssertionTerminalTest, IgnoredSiteIsNotShownAgain) {
   EXPECT_EQ(process.wait(), 0);
 }
 
-TEST(AssertionTerminalTest, RetryRaisesATrapAndGoesOn) {
+TEST(AssertionTerminal, RetryRaisesATrapAndGoesOn) {
   TerminalProcess process([] {
     signal(SIGTRAP, [](int) { say("<trap>"); });
     fail(1);
@@ -109,7 +109,7 @@ TEST(AssertionTerminalTest, RetryRaisesATrapAndGoesOn) {
   EXPECT_EQ(process.wait(), 0);
 }
 
-TEST(AssertionTerminalTest, RetryWithoutADebuggerEndsTheProcess) {
+TEST(AssertionTerminal, RetryWithoutADebuggerEndsTheProcess) {
   TerminalProcess process([] { fail(1); });
   process.readUpTo(kPrompt);
   process.type("r\n");
@@ -118,7 +118,7 @@ TEST(AssertionTerminalTest, RetryWithoutADebuggerEndsTheProcess) {
   EXPECT_EQ(WTERMSIG(status), SIGTRAP);
 }
 
-TEST(AssertionTerminalTest, AbortRaisesTheSignalOfAbort) {
+TEST(AssertionTerminal, AbortRaisesTheSignalOfAbort) {
   TerminalProcess process([] { fail(1); });
   process.readUpTo(kPrompt);
   process.type("a\n");
@@ -127,7 +127,7 @@ TEST(AssertionTerminalTest, AbortRaisesTheSignalOfAbort) {
   EXPECT_EQ(WTERMSIG(status), SIGABRT);
 }
 
-TEST(AssertionTerminalTest, EndOfTheInputGoesOnWithoutIgnoring) {
+TEST(AssertionTerminal, EndOfTheInputGoesOnWithoutIgnoring) {
   TerminalProcess process([] {
     fail(1);
     say("<first>");

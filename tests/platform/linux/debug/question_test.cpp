@@ -72,7 +72,7 @@ class Asker : public Terminal {
   pid_t process_ = 0;
 };
 
-class LinuxQuestionTest : public ::testing::Test {
+class LinuxQuestion : public ::testing::Test {
  protected:
   FakeDesktop desktop_;
   EnvironmentVariable const display_{"DISPLAY", ":7"};
@@ -86,14 +86,14 @@ struct AnswerRow {
 };
 constexpr AnswerRow kAnswers[] = {{"Abort", 0, kAnswerAbort}, {"Retry", 1, kAnswerRetry}, {"Ignore", 2, kAnswerIgnore}};
 
-TEST_F(LinuxQuestionTest, ButtonOfZenityIsTheAnswer) {
+TEST_F(LinuxQuestion, ButtonOfZenityIsTheAnswer) {
   for (AnswerRow const& row : kAnswers) {
     desktop_.install("zenity", std::string("echo ") + row.word + "\nexit 1\n");
     EXPECT_EQ(ask(), row.answer) << row.word;
   }
 }
 
-TEST_F(LinuxQuestionTest, ZenityGetsTheTextsAsTheyAre) {
+TEST_F(LinuxQuestion, ZenityGetsTheTextsAsTheyAre) {
   desktop_.install("zenity", std::string(kReport) + "echo Ignore\n");
   EXPECT_EQ(ask(), kAnswerIgnore);
   Call const call = desktop_.nextCall();
@@ -102,20 +102,20 @@ TEST_F(LinuxQuestionTest, ZenityGetsTheTextsAsTheyAre) {
   EXPECT_THAT(call, ::testing::Contains(std::string("--text=") + kNativeMessage));
 }
 
-TEST_F(LinuxQuestionTest, ClosedWindowIsNoAnswerAndEndsTheQuestion) {
+TEST_F(LinuxQuestion, ClosedWindowIsNoAnswerAndEndsTheQuestion) {
   desktop_.install("zenity", "exit 1\n");
   desktop_.install("kdialog", "exit 0\n");
   EXPECT_EQ(ask(), 0);
 }
 
-TEST_F(LinuxQuestionTest, StatusOfKdialogIsTheAnswer) {
+TEST_F(LinuxQuestion, StatusOfKdialogIsTheAnswer) {
   for (AnswerRow const& row : kAnswers) {
     desktop_.install("kdialog", "exit " + std::to_string(row.status) + '\n');
     EXPECT_EQ(ask(), row.answer) << row.word;
   }
 }
 
-TEST_F(LinuxQuestionTest, KdialogGetsNoMarkUpFromTheText) {
+TEST_F(LinuxQuestion, KdialogGetsNoMarkUpFromTheText) {
   desktop_.install("kdialog", kReport);
   EXPECT_EQ(ask(), kAnswerAbort);
   Call const call = desktop_.nextCall();
@@ -124,19 +124,19 @@ TEST_F(LinuxQuestionTest, KdialogGetsNoMarkUpFromTheText) {
             "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `x` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
 }
 
-TEST_F(LinuxQuestionTest, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
+TEST_F(LinuxQuestion, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
   desktop_.install("zenity", "exit 255\n");
   desktop_.install("kdialog", "exit 1\n");
   EXPECT_EQ(ask(), kAnswerRetry);
 }
 
-TEST_F(LinuxQuestionTest, ToolThatCrashesLeavesTheQuestionToTheNext) {
+TEST_F(LinuxQuestion, ToolThatCrashesLeavesTheQuestionToTheNext) {
   desktop_.install("zenity", "kill -SEGV $$\n");
   desktop_.install("kdialog", "exit 2\n");
   EXPECT_EQ(ask(), kAnswerIgnore);
 }
 
-TEST_F(LinuxQuestionTest, ToolMayTakeItsTime) {
+TEST_F(LinuxQuestion, ToolMayTakeItsTime) {
   desktop_.install("zenity", std::string(kReport) + kWait + "echo Retry\n");
   Asker asker(/*hasTerminal=*/false);
   EXPECT_EQ(desktop_.nextCall().front(), "zenity");
@@ -145,7 +145,7 @@ TEST_F(LinuxQuestionTest, ToolMayTakeItsTime) {
 }
 
 // The user ends a tool that shows nothing; there is no terminal to ask on.
-TEST_F(LinuxQuestionTest, HangingToolThatIsKilledIsNoAnswer) {
+TEST_F(LinuxQuestion, HangingToolThatIsKilledIsNoAnswer) {
   desktop_.install("zenity", "printf '%s\\0' $$ '' >\"${0%/*}/calls\"\n" + std::string(kWait));
   Asker asker(/*hasTerminal=*/false);
   Call const call = desktop_.nextCall();
@@ -154,26 +154,26 @@ TEST_F(LinuxQuestionTest, HangingToolThatIsKilledIsNoAnswer) {
   EXPECT_EQ(asker.answer(), 0);
 }
 
-TEST_F(LinuxQuestionTest, NoDisplayStartsNoTool) {
+TEST_F(LinuxQuestion, NoDisplayStartsNoTool) {
   EnvironmentVariable const display("DISPLAY", nullptr);
   desktop_.install("zenity", "echo Abort\n");
   Asker asker(/*hasTerminal=*/false);
   EXPECT_EQ(asker.answer(), 0);
 }
 
-TEST_F(LinuxQuestionTest, WaylandIsADisplayToo) {
+TEST_F(LinuxQuestion, WaylandIsADisplayToo) {
   EnvironmentVariable const display("DISPLAY", nullptr);
   EnvironmentVariable const wayland("WAYLAND_DISPLAY", "wayland-0");
   desktop_.install("zenity", "echo Abort\n");
   EXPECT_EQ(ask(), kAnswerAbort);
 }
 
-TEST_F(LinuxQuestionTest, OnlyOneStyleIsAsked) {
+TEST_F(LinuxQuestion, OnlyOneStyleIsAsked) {
   desktop_.install("zenity", "echo Abort\n");
   EXPECT_EQ(platform::nativeDebug().ask(kMessage, kTitle, 0), 0);
 }
 
-TEST_F(LinuxQuestionTest, ApplicationMayIgnoreTheEndOfItsChildren) {
+TEST_F(LinuxQuestion, ApplicationMayIgnoreTheEndOfItsChildren) {
   desktop_.install("zenity", "echo Retry\n");
   auto const previous = signal(SIGCHLD, SIG_IGN);
   EXPECT_EQ(ask(), kAnswerRetry);
@@ -182,7 +182,7 @@ TEST_F(LinuxQuestionTest, ApplicationMayIgnoreTheEndOfItsChildren) {
 
 constexpr char kQuestionPrompt[] = "[a]bort, [r]etry, [i]gnore? ";
 
-TEST_F(LinuxQuestionTest, TerminalAsksUntilItGetsAnAnswer) {
+TEST_F(LinuxQuestion, TerminalAsksUntilItGetsAnAnswer) {
   Asker asker(/*hasTerminal=*/true);
   std::string const text = asker.readUpTo(kQuestionPrompt);
   EXPECT_THAT(text, ::testing::HasSubstr("-scan.cpp:7"));
@@ -195,7 +195,7 @@ TEST_F(LinuxQuestionTest, TerminalAsksUntilItGetsAnAnswer) {
   EXPECT_EQ(asker.answer(), kAnswerRetry);
 }
 
-TEST_F(LinuxQuestionTest, TerminalTakesLettersOfEitherCase) {
+TEST_F(LinuxQuestion, TerminalTakesLettersOfEitherCase) {
   struct {
     char const* typed;
     int answer;
@@ -208,7 +208,7 @@ TEST_F(LinuxQuestionTest, TerminalTakesLettersOfEitherCase) {
   }
 }
 
-TEST_F(LinuxQuestionTest, TerminalGetsNoControlCharacters) {
+TEST_F(LinuxQuestion, TerminalGetsNoControlCharacters) {
   Asker asker(/*hasTerminal=*/true);
   std::string const text = asker.readUpTo(kQuestionPrompt);
   EXPECT_THAT(text, ::testing::HasSubstr("?[2J"));
@@ -217,7 +217,7 @@ TEST_F(LinuxQuestionTest, TerminalGetsNoControlCharacters) {
   EXPECT_EQ(asker.answer(), kAnswerIgnore);
 }
 
-TEST_F(LinuxQuestionTest, EndOfTheTerminalsInputIsNoAnswer) {
+TEST_F(LinuxQuestion, EndOfTheTerminalsInputIsNoAnswer) {
   Asker asker(/*hasTerminal=*/true);
   asker.readUpTo(kQuestionPrompt);
   asker.type("\x04");

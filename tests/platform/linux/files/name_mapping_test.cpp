@@ -35,7 +35,7 @@ bool isForbidden(unsigned unit) {
   return unit < 0x20 || (unit < 0x80 && std::string("\\:*?<>\"|/").find(static_cast<char>(unit)) != std::string::npos);
 }
 
-TEST(NameMappingTest, EachNameHasItsPicture) {
+TEST(NameMapping, EachNameHasItsPicture) {
   struct Row {
     char const* name;
     std::string bytes;
@@ -69,7 +69,7 @@ TEST(NameMappingTest, EachNameHasItsPicture) {
   EXPECT_EQ(narrow(fromNative("..")), "..");
 }
 
-TEST(NameMappingTest, PicturesOfNothingAreRefused) {
+TEST(NameMapping, PicturesOfNothingAreRefused) {
   struct Row {
     char const* name;
     wstring units;
@@ -101,7 +101,7 @@ TEST(NameMappingTest, PicturesOfNothingAreRefused) {
   }
 }
 
-TEST(NameMappingTest, RandomNamesComeBack) {
+TEST(NameMapping, RandomNamesComeBack) {
   std::mt19937 random(20261121);
   std::string const pieces[] = {"\xC3", "\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xEF\x80\xAE", ".", " ",
                                 "\\",   ":",    "\xED\xA0"};
@@ -126,7 +126,7 @@ TEST(NameMappingTest, RandomNamesComeBack) {
   }
 }
 
-TEST(NameMappingTest, RandomTextsMeanAtMostOneName) {
+TEST(NameMapping, RandomTextsMeanAtMostOneName) {
   std::mt19937 random(7);
   int accepted = 0;
   for (int i = 0; i < 200000; ++i) {
@@ -143,7 +143,7 @@ TEST(NameMappingTest, RandomTextsMeanAtMostOneName) {
   EXPECT_GT(accepted, 10000);
 }
 
-TEST(NameMappingTest, EveryUnitComesBackOrIsRefused) {
+TEST(NameMapping, EveryUnitComesBackOrIsRefused) {
   for (unsigned unit = 1; unit <= 0xFFFF; ++unit) {
     wstring const name{KVW('a'), static_cast<wchar>(unit), KVW('b')};
     bool const isSurrogate = unit >= 0xD800 && unit < 0xE000;

@@ -25,7 +25,7 @@ std::string mapped(wstring const& text) {
   return path.data();
 }
 
-TEST(PathMappingTest, MapsByTheText) {
+TEST(PathMapping, MapsByTheText) {
   EnvironmentVariable const drives("KVBASE_DRIVES", "/drives");
   struct Row {
     wchar const* text;
@@ -69,7 +69,7 @@ TEST(PathMappingTest, MapsByTheText) {
   for (Row const& row : rows) EXPECT_EQ(mapped(row.text), row.path) << narrow(row.text);
 }
 
-TEST(PathMappingTest, DrivesFolderComesFromTheEnvironment) {
+TEST(PathMapping, DrivesFolderComesFromTheEnvironment) {
   EnvironmentVariable const drives("KVBASE_DRIVES", nullptr);
   EnvironmentVariable const home("HOME", "/home/u");
   {
@@ -82,7 +82,7 @@ TEST(PathMappingTest, DrivesFolderComesFromTheEnvironment) {
   EXPECT_EQ(mapped(KVW("C:\\x")), "invalid");
 }
 
-TEST(PathMappingTest, LongTextsAreMappedWhole) {
+TEST(PathMapping, LongTextsAreMappedWhole) {
   wstring text;
   std::string path;
   for (int i = 0; i < 20000; ++i) {
@@ -155,7 +155,7 @@ TEST_F(DrivesTest, OfANeighbourWithALongerNameIsNotBelow) {
   EXPECT_EQ(directoryOfDrive('C'), "C:\\");
 }
 
-TEST(CurrentDirectoryTest, ThatIsGoneIsNone) {
+TEST(CurrentDirectory, ThatIsGoneIsNone) {
   TempFolder folder;
   folder.makeFolder("gone");
   CurrentPath const current(folder.path("gone"));
@@ -165,7 +165,7 @@ TEST(CurrentDirectoryTest, ThatIsGoneIsNone) {
   EXPECT_EQ(narrow(path), "unchanged");
 }
 
-TEST(CurrentDirectoryTest, ShowsEscapes) {
+TEST(CurrentDirectory, ShowsEscapes) {
   TempFolder folder;
   folder.makeFolder("a:b.");
   CurrentPath const current(folder.path("a:b."));

@@ -28,7 +28,7 @@ struct EnvironmentRow {
   unsigned int formats;
 };
 
-class EnvironmentLanguagesTest : public ::testing::TestWithParam<EnvironmentRow> {
+class EnvironmentLanguages : public ::testing::TestWithParam<EnvironmentRow> {
  protected:
   EnvironmentVariable language_{"LANGUAGE", GetParam().language};
   EnvironmentVariable all_{"LC_ALL", GetParam().all};
@@ -37,7 +37,7 @@ class EnvironmentLanguagesTest : public ::testing::TestWithParam<EnvironmentRow>
   EnvironmentVariable lang_{"LANG", GetParam().lang};
 };
 
-TEST_P(EnvironmentLanguagesTest, AreThoseOfTheUser) {
+TEST_P(EnvironmentLanguages, AreThoseOfTheUser) {
   EXPECT_EQ(platform::userUiLanguageOfEnvironment(), GetParam().ui);
   EXPECT_EQ(platform::userLanguageOfEnvironment(), GetParam().formats);
 }
@@ -74,15 +74,15 @@ EnvironmentRow const kEnvironments[] = {
      "de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de:de",
      nullptr, nullptr, nullptr, "de_DE", 1036, 1031},
 };
-INSTANTIATE_TEST_SUITE_P(Environments, EnvironmentLanguagesTest, ::testing::ValuesIn(kEnvironments),
+INSTANTIATE_TEST_SUITE_P(Environments, EnvironmentLanguages, ::testing::ValuesIn(kEnvironments),
                          [](auto const& row) { return row.param.test; });
 
-TEST(SystemLanguageTest, ComesFromTheVariableBeforeAnyFile) {
+TEST(SystemLanguage, ComesFromTheVariableBeforeAnyFile) {
   EnvironmentVariable const system("KVBASE_SYSTEM_LANG", "ja_JP.UTF-8");
   EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1041);
 }
 
-TEST(SystemLanguageTest, IsThatOfTheFilesOrEnglish) {
+TEST(SystemLanguage, IsThatOfTheFilesOrEnglish) {
   for (char const* const value : {static_cast<char const*>(nullptr), "", "garbage", "\xFF"}) {
     EnvironmentVariable const system("KVBASE_SYSTEM_LANG", value);
     unsigned int expected = platform::languageOfLocaleFile("/etc/locale.conf");
@@ -92,7 +92,7 @@ TEST(SystemLanguageTest, IsThatOfTheFilesOrEnglish) {
   }
 }
 
-TEST(SystemLanguageTest, DoesNotFollowTheUser) {
+TEST(SystemLanguage, DoesNotFollowTheUser) {
   EnvironmentVariable const system("KVBASE_SYSTEM_LANG", "fr_FR");
   EnvironmentVariable const user("LC_ALL", "de_DE");
   EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1036);
@@ -105,9 +105,9 @@ struct FileRow {
   unsigned int language;
 };
 
-class LocaleFileTest : public ::testing::TestWithParam<FileRow> {};
+class LocaleFile : public ::testing::TestWithParam<FileRow> {};
 
-TEST_P(LocaleFileTest, GivesTheLanguage) {
+TEST_P(LocaleFile, GivesTheLanguage) {
   TempFolder const folder;
   folder.write("locale", GetParam().bytes);
   EXPECT_EQ(platform::languageOfLocaleFile(folder.path("locale").c_str()), GetParam().language);
@@ -140,10 +140,10 @@ FileRow const kFiles[] = {
     {"LongestFile", std::string(65536 - 10, '\n') + "LANG=de_DE", 1031},
     {"LongerFile", std::string(65536 - 9, '\n') + "LANG=de_DE", 0},
 };
-INSTANTIATE_TEST_SUITE_P(Files, LocaleFileTest, ::testing::ValuesIn(kFiles),
+INSTANTIATE_TEST_SUITE_P(Files, LocaleFile, ::testing::ValuesIn(kFiles),
                          [](auto const& row) { return row.param.test; });
 
-TEST(LocaleFileKindTest, OnlyAPlainFileIsRead) {
+TEST(LocaleFileKind, OnlyAPlainFileIsRead) {
   TempFolder const folder;
   folder.write("locale", "LANG=de_DE");
   std::filesystem::create_symlink("locale", folder.path("link"));

@@ -11,14 +11,14 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-TEST(LanguageTableTest, IdsAscend) {
+TEST(LanguageTable, IdsAscend) {
   ASSERT_NE(platform::languagesBegin(), platform::languagesEnd());
   for (auto const* row = platform::languagesBegin() + 1; row != platform::languagesEnd(); ++row) {
     EXPECT_LT(row[-1].id, row->id);
   }
 }
 
-TEST(LanguageTableTest, EachAbbreviationHasThreeCapitals) {
+TEST(LanguageTable, EachAbbreviationHasThreeCapitals) {
   for (auto const* row = platform::languagesBegin(); row != platform::languagesEnd(); ++row) {
     EXPECT_EQ(std::strlen(row->abbreviation), 3u) << row->id;
     for (char const* c = row->abbreviation; *c != '\0'; ++c) EXPECT_TRUE(*c >= 'A' && *c <= 'Z') << row->id;
@@ -26,7 +26,7 @@ TEST(LanguageTableTest, EachAbbreviationHasThreeCapitals) {
   }
 }
 
-TEST(LanguageTableTest, EachNeutralIdStandsForALanguageOfTheSamePrimary) {
+TEST(LanguageTable, EachNeutralIdStandsForALanguageOfTheSamePrimary) {
   for (auto const* row = platform::languagesBegin(); row != platform::languagesEnd(); ++row) {
     platform::Language const* const standard = platform::findLanguage(row->standard);
     ASSERT_NE(standard, nullptr) << row->id;
@@ -35,7 +35,7 @@ TEST(LanguageTableTest, EachNeutralIdStandsForALanguageOfTheSamePrimary) {
   }
 }
 
-TEST(LanguageTableTest, FindsEachRowAndNothingElse) {
+TEST(LanguageTable, FindsEachRowAndNothingElse) {
   auto const* row = platform::languagesBegin();
   for (ulong32 id = 0; id <= 0x10000; ++id) {
     bool const isRow = row != platform::languagesEnd() && row->id == id;

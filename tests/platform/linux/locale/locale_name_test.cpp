@@ -104,13 +104,13 @@ constexpr NameRow kNames[] = {
 INSTANTIATE_TEST_SUITE_P(Names, LocaleNameTest, ::testing::ValuesIn(kNames),
                          [](auto const& row) { return row.param.test; });
 
-TEST(LocaleNameLimitTest, OverlongNamesHaveNoLanguage) {
+TEST(LocaleNameLimit, OverlongNamesHaveNoLanguage) {
   EXPECT_EQ(languageOf("de_DE." + std::string(121, 'x')), 0x0407u);
   EXPECT_EQ(languageOf("de_DE." + std::string(122, 'x')), 0u);
   EXPECT_EQ(languageOf(std::string(1 << 20, 'd')), 0u);
 }
 
-TEST(LocaleNameLimitTest, NamesEndAtTheirSizeWhateverIsBehind) {
+TEST(LocaleNameLimit, NamesEndAtTheirSizeWhateverIsBehind) {
   EXPECT_EQ(platform::languageOfLocaleName("de_AT", 2), 0x0407);
   EXPECT_EQ(platform::languageOfLocaleName("de_AT:fr", 5), 0x0C07);
   EXPECT_EQ(platform::languageOfLocaleName("C.UTF-8", 1), 0x0409);
@@ -119,11 +119,11 @@ TEST(LocaleNameLimitTest, NamesEndAtTheirSizeWhateverIsBehind) {
   EXPECT_FALSE(platform::isPortableLocale("C@x", 3));
 }
 
-TEST(LocaleNameLimitTest, InnerNulHasNoLanguage) {
+TEST(LocaleNameLimit, InnerNulHasNoLanguage) {
   EXPECT_EQ(languageOf(std::string("de\0DE", 5)), 0u);
 }
 
-TEST(LocaleNameLimitTest, AnyBytesLeadToNoneOrToALanguageOfTheTable) {
+TEST(LocaleNameLimit, AnyBytesLeadToNoneOrToALanguageOfTheTable) {
   std::mt19937 random(7);
   char const pieces[] =
       "deDEenzhHantlatinsr__..@@-- \n\xFF\x80"

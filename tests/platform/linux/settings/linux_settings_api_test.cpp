@@ -74,9 +74,9 @@ struct ValueRow {
   char const* read;
 };
 
-class LinuxSettingsValueTest : public LinuxSettingsApiTest, public ::testing::WithParamInterface<ValueRow> {};
+class LinuxSettingsValue : public LinuxSettingsApiTest, public ::testing::WithParamInterface<ValueRow> {};
 
-TEST_P(LinuxSettingsValueTest, IsTextWithATerminator) {
+TEST_P(LinuxSettingsValue, IsTextWithATerminator) {
   writeValue(GetParam().bytes);
   EXPECT_EQ(read(KVW("GUILanguage"), GetParam().room), GetParam().read);
 }
@@ -108,7 +108,7 @@ ValueRow const kValues[] = {
     {"LongerThanAnyTextThatFits", std::string(100000, 'x'), 8, "none"},
     {"LongText", std::string(1000, 'x'), 2000, "none"},
 };
-INSTANTIATE_TEST_SUITE_P(Values, LinuxSettingsValueTest, ::testing::ValuesIn(kValues),
+INSTANTIATE_TEST_SUITE_P(Values, LinuxSettingsValue, ::testing::ValuesIn(kValues),
                          [](auto const& row) { return row.param.test; });
 
 TEST_F(LinuxSettingsApiTest, LongTextsAreReadWhole) {

@@ -21,7 +21,7 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
-class ChildProcessTest : public ::testing::Test {
+class ChildProcess : public ::testing::Test {
  protected:
   FakeDesktop desktop_;
   char const* const command_[3] = {"tool", "x", nullptr};
@@ -38,13 +38,13 @@ class SignalMask {
   sigset_t previous_;
 };
 
-TEST_F(ChildProcessTest, TellsWhyAToolDoesNotRun) {
+TEST_F(ChildProcess, TellsWhyAToolDoesNotRun) {
   EXPECT_EQ(platform::startTool(command_), ENOENT);
   EXPECT_FALSE(platform::toolAnswers(command_, 10000));
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ChildProcessTest, ToolIsTheFirstExecutableOnThePath) {
+TEST_F(ChildProcess, ToolIsTheFirstExecutableOnThePath) {
   desktop_.install("tool", kReport);
   TempFolder other;
   other.makeFolder("folder/tool");
@@ -62,14 +62,14 @@ TEST_F(ChildProcessTest, ToolIsTheFirstExecutableOnThePath) {
   EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
 }
 
-TEST_F(ChildProcessTest, AnEmptyEntryOfThePathIsTheCurrentFolder) {
+TEST_F(ChildProcess, AnEmptyEntryOfThePathIsTheCurrentFolder) {
   desktop_.install("tool", "echo here\n");
   CurrentPath const current(getenv("PATH"));
   EnvironmentVariable const path("PATH", ":/none");
   EXPECT_TRUE(platform::toolAnswers(command_, 10000));
 }
 
-TEST_F(ChildProcessTest, MaskStays) {
+TEST_F(ChildProcess, MaskStays) {
   desktop_.install("tool", kReport);
   sigset_t mask;
   sigemptyset(&mask);
@@ -83,7 +83,7 @@ TEST_F(ChildProcessTest, MaskStays) {
   EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
 }
 
-TEST_F(ChildProcessTest, ToolHasNoSignalBlockedOrIgnored) {
+TEST_F(ChildProcess, ToolHasNoSignalBlockedOrIgnored) {
   desktop_.install("tool", R"(
 set --
 while read -r key value; do
@@ -105,7 +105,7 @@ done </proc/self/status
   EXPECT_EQ(std::stoull(call[2], nullptr, 16) & 0x7FFFFFFF, 0u);
 }
 
-TEST_F(ChildProcessTest, ToolHasItsOwnSessionAndNoStreams) {
+TEST_F(ChildProcess, ToolHasItsOwnSessionAndNoStreams) {
   desktop_.install("tool", R"(
 read -r pid name state parent group session rest </proc/self/stat
 [ "$pid" = "$session" ] && set -- "$@" "own session"
@@ -117,14 +117,14 @@ done
   EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x", "own session", "no 0", "no 1", "no 2"}));
 }
 
-TEST_F(ChildProcessTest, AnswerIsWhatTheToolSays) {
+TEST_F(ChildProcess, AnswerIsWhatTheToolSays) {
   desktop_.install("tool", "echo here\n");
   EXPECT_TRUE(platform::toolAnswers(command_, 10000));
   desktop_.install("tool", "echo 'not here' >&2\n");
   EXPECT_FALSE(platform::toolAnswers(command_, 10000));
 }
 
-TEST_F(ChildProcessTest, AnswerIsNotAwaitedForEver) {
+TEST_F(ChildProcess, AnswerIsNotAwaitedForEver) {
   desktop_.install("tool", std::string(kReport) + kWait + kReportEnd);
   std::size_t const descriptors = openDescriptors();
   EXPECT_FALSE(platform::toolAnswers(command_, 20));
@@ -135,7 +135,7 @@ TEST_F(ChildProcessTest, AnswerIsNotAwaitedForEver) {
 }
 
 // The library's descriptors may then have the numbers of the standard streams.
-TEST_F(ChildProcessTest, ApplicationMayHaveClosedItsStreams) {
+TEST_F(ChildProcess, ApplicationMayHaveClosedItsStreams) {
   desktop_.install("tool", "[ /proc/self/fd/0 -ef /dev/null ] && [ /proc/self/fd/2 -ef /dev/null ] && echo here\n");
   for (int closed = 1; closed < 8; ++closed) {
     pid_t const application = fork();

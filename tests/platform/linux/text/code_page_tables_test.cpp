@@ -58,7 +58,7 @@ wstring unitsOf(CodePageConverter& converter) {
   return units;
 }
 
-TEST(CodePageTablesTest, EveryByteDecodesAsByTheConverter) {
+TEST(CodePageTables, EveryByteDecodesAsByTheConverter) {
   for (unsigned int page : kOneBytePages) {
     SCOPED_TRACE(page);
     CodePageConverter converter(page);
@@ -81,7 +81,7 @@ TEST(CodePageTablesTest, EveryByteDecodesAsByTheConverter) {
 }
 
 // All units that a page has and those near ASCII; of the others each page takes another eighth.
-TEST(CodePageTablesTest, UnitsEncodeAsByTheConverter) {
+TEST(CodePageTables, UnitsEncodeAsByTheConverter) {
   std::vector<bool> isOfAPage(0x10000);
   for (unsigned int page : kOneBytePages) {
     CodePageConverter converter(page);
@@ -107,7 +107,7 @@ TEST(CodePageTablesTest, UnitsEncodeAsByTheConverter) {
 }
 
 // Whatever stands before a character of the page, it becomes the same byte.
-TEST(CodePageTablesTest, EveryTwoCharactersOfAPageEncodeAsByTheConverter) {
+TEST(CodePageTables, EveryTwoCharactersOfAPageEncodeAsByTheConverter) {
   for (unsigned int page : kOneBytePages) {
     CodePageConverter converter(page);
     wstring const units = unitsOf(converter);
@@ -120,7 +120,7 @@ TEST(CodePageTablesTest, EveryTwoCharactersOfAPageEncodeAsByTheConverter) {
 }
 
 // Characters of the page, pairs and lone surrogates, and what the page does not have, in texts of every length.
-TEST(CodePageTablesTest, RandomTextsEncodeAsByTheConverter) {
+TEST(CodePageTables, RandomTextsEncodeAsByTheConverter) {
   RandomText random(61);
   for (unsigned int page : kOneBytePages) {
     CodePageConverter converter(page);
@@ -138,7 +138,7 @@ TEST(CodePageTablesTest, RandomTextsEncodeAsByTheConverter) {
 }
 
 // Ten thousand units in a row take the vectors, the tables and the way from one to the other.
-TEST(CodePageTablesTest, LongTextsGoThereAndBack) {
+TEST(CodePageTables, LongTextsGoThereAndBack) {
   RandomText random(62);
   for (unsigned int page : {437u, 1251u, 1252u, 28591u, 37u}) {
     SCOPED_TRACE(page);
@@ -157,7 +157,7 @@ TEST(CodePageTablesTest, LongTextsGoThereAndBack) {
   }
 }
 
-TEST(CodePageTablesTest, ManyThreadsConvertAtOnce) {
+TEST(CodePageTables, ManyThreadsConvertAtOnce) {
   for (unsigned int page : {855u, 949u}) {
     SCOPED_TRACE(page);
     std::atomic<int> wrong{0};

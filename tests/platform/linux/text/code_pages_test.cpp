@@ -30,7 +30,7 @@ TEST(AnsiCodePageDeathTest, ComesFromTheEnvironment) {
 }
 
 // The code pages of Windows that ICU has a table for.
-TEST(CodePagesTest, AreKnownByTheirWindowsNumbers) {
+TEST(CodePages, AreKnownByTheirWindowsNumbers) {
   for (unsigned int page :
        {37u,    437u,   500u,   720u,   737u,   775u,   850u,   852u,   855u,   857u,   858u,   860u,   861u,   862u,
         863u,   864u,   865u,   866u,   869u,   870u,   874u,   875u,   932u,   936u,   949u,   950u,   1026u,  1047u,
@@ -49,13 +49,13 @@ TEST(CodePagesTest, AreKnownByTheirWindowsNumbers) {
   }
 }
 
-TEST(CodePagesTest, OtherUnicodeFormsAreNoCodePages) {
+TEST(CodePages, OtherUnicodeFormsAreNoCodePages) {
   for (unsigned int page : {1200u, 1201u, 1202u, 1208u, 12000u, 12001u}) {
     EXPECT_EQ(platform::decodeCodePage(page, "ab", 2, nullptr, 0), 0) << page;
   }
 }
 
-TEST(CodePagesTest, ReplacementIsAQuestionMarkOfThePage) {
+TEST(CodePages, ReplacementIsAQuestionMarkOfThePage) {
   char bytes[4];
   ASSERT_EQ(platform::encodeCodePage(37, KVW("\u3042"), 1, bytes, 4), 1);
   EXPECT_EQ(bytes[0], '\x6F') << "of the old mainframe's page";
@@ -64,7 +64,7 @@ TEST(CodePagesTest, ReplacementIsAQuestionMarkOfThePage) {
   EXPECT_EQ(bytes[0], '?');
 }
 
-TEST(CodePagesTest, MeasuringWritesNothingAndAgreesWithWriting) {
+TEST(CodePages, MeasuringWritesNothingAndAgreesWithWriting) {
   std::string const bytes =
       "\x93\xFA\x96\x7B"
       "abc"

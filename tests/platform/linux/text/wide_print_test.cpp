@@ -32,7 +32,7 @@ Printed print(std::size_t capacity, wchar const* format, ...) {
   return {n, wstring(out.get(), n < 0 ? capacity : static_cast<std::size_t>(n))};
 }
 
-TEST(WidePrintTest, WrongFormatsEndAndLeaveWhatWasWritten) {
+TEST(WidePrint, WrongFormatsEndAndLeaveWhatWasWritten) {
   int stored = 7;
   for (wchar const* format : {KVW("ab%n"), KVW("ab%"), KVW("ab%y"), KVW("ab%5"), KVW("ab%-"), KVW("ab%l"), KVW("ab%I6"),
                               KVW("ab%.3"), KVW("ab%5%"), KVW("ab%99999999999d"), KVW("ab%.99999999999d")}) {
@@ -43,7 +43,7 @@ TEST(WidePrintTest, WrongFormatsEndAndLeaveWhatWasWritten) {
   EXPECT_EQ(stored, 7) << "%n stores nothing";
 }
 
-TEST(WidePrintTest, HugeWidthsAreCut) {
+TEST(WidePrint, HugeWidthsAreCut) {
   EXPECT_EQ(print(4, KVW("%2147483647d"), 1).result, -1);
   EXPECT_EQ(print(4, KVW("%-2147483647d"), 1).units, KVW("1   "));
   EXPECT_EQ(print(4, KVW("%.2147483647d"), 1).units, KVW("0000"));
@@ -53,7 +53,7 @@ TEST(WidePrintTest, HugeWidthsAreCut) {
   EXPECT_EQ(print(0, KVW("")).result, 0);
 }
 
-TEST(WidePrintTest, LongFloatsAreExact) {
+TEST(WidePrint, LongFloatsAreExact) {
   Printed const printed = print(3000, KVW("%.2000f"), 0.1);
   ASSERT_EQ(printed.result, 2002);
   std::vector<char> expected(3000);
@@ -62,7 +62,7 @@ TEST(WidePrintTest, LongFloatsAreExact) {
   EXPECT_EQ(narrow(print(8, KVW("%Lg"), 2.5L).units), "2.5");
 }
 
-TEST(WidePrintTest, TextsWithPrecisionNeedNoTerminator) {
+TEST(WidePrint, TextsWithPrecisionNeedNoTerminator) {
   wchar const wide[] = {'a', 'b', 'c'};
   EXPECT_EQ(narrow(print(16, KVW("%.3ls|"), static_cast<wchar const*>(wide)).units), "abc|");
   std::unique_ptr<char[]> const bytes(new char[3]{'x', 'y', 'z'});
@@ -76,14 +76,14 @@ TEST(WidePrintTest, TextsWithPrecisionNeedNoTerminator) {
   EXPECT_EQ(narrow(print(16, KVW("%.2ls"), static_cast<wchar const*>(nullptr)).units), "(n");
 }
 
-TEST(WidePrintTest, SmallIntegersAreCutToTheirSize) {
+TEST(WidePrint, SmallIntegersAreCutToTheirSize) {
   EXPECT_EQ(narrow(print(16, KVW("%hhd %hhu"), 255, 257).units), "-1 1");
   EXPECT_EQ(narrow(print(16, KVW("%05ls"), KVW("ab")).units), "000ab");
   EXPECT_EQ(narrow(print(16, KVW("%05g"), 1.0 / 0.0).units), "  inf");
 }
 
 // Integers and floating point numbers are compared with snprintf, which has the same rules for these.
-TEST(WidePrintTest, AgreesWithTheRuntimeOnNumbers) {
+TEST(WidePrint, AgreesWithTheRuntimeOnNumbers) {
   std::mt19937_64 random(11);
   char const* const flags[] = {"", "-", "+", " ", "#", "0", "-#", "+0", "#0", " 0", "+-", "#+"};
   char const* const sizes[] = {"", "4", "12", "30"};
@@ -118,7 +118,7 @@ TEST(WidePrintTest, AgreesWithTheRuntimeOnNumbers) {
   }
 }
 
-TEST(WidePrintTest, RandomFormatsStayInBounds) {
+TEST(WidePrint, RandomFormatsStayInBounds) {
   std::mt19937 random(5);
   std::string const alphabet = "%%%%dluxXohgeIi64.*-+ #05c32zjthwC";
   for (int i = 0; i < 100000; ++i) {
