@@ -62,7 +62,7 @@ inline int mismatchIgnoringCaseBehindFront(wchar const* a, wchar const* b, int n
 }
 
 // Whether n units are the same, NULs among them or not. No vector waits for the one before it.
-// REQUIRES: n is from kFrontUnits to kInPlaceUnits.
+// REQUIRES: n is at least kFrontUnits.
 inline bool areSameInPlace(wchar const* a, wchar const* b, int n) {
   auto const sameAt = [=](int i) { return Sse2Vector::equal(Sse2Vector::load(a + i), Sse2Vector::load(b + i)); };
   auto same = sameAt(n - kFrontUnits);

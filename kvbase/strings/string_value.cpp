@@ -142,7 +142,7 @@ bool String::equalsUnits(String const& other) const {
   if (at == strings::kFrontUnits) {
     if (payload_->lazyLength() > strings::kInPlaceUnits) return equalLongTexts(*this, other);
     int const units = commonUnits(*this, other);
-    if (strings::areSameInPlace(a, b, units)) return a[units] == b[units];
+    if (a[units] == b[units] && strings::areSameInPlace(a, b, units)) return true;
     at = strings::mismatchBehindFront(a, b, units);
   }
   return a[at] == b[at];

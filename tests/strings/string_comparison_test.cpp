@@ -56,6 +56,24 @@ TEST(StringComparison, EqualTextsOfEveryLength) {
   for (std::size_t length = 0; length <= 70; ++length) compareAll(wstring(length, KVW('m')), wstring(length, KVW('m')));
 }
 
+// COMPAT: counted double-byte text is one unit longer than its length says, so no NUL stands there.
+TEST(StringComparison, ANulEndsTextsWithAUnitBehindTheirLength) {
+  for (int tail : {1, 8, 30, 100}) {
+    std::string const front =
+        "sixteen letters" + std::string(1, '\0') + std::string(static_cast<std::size_t>(tail), 'x');
+    std::string const bytes = front + "\x93\xFA";
+    String const longer = StringAccess::adopt(
+        StringVal::constructUsingCodepage(CodePageInterface(bytes.c_str(), 932), static_cast<int>(bytes.size()), -1));
+    String const text = stringOf(wstring(front.begin(), front.end()));
+    ASSERT_EQ(StringAccess::payload(longer)->lazyLength(), text.length());
+    ASSERT_NE(StringAccess::payload(longer)->at(text.length()), 0);
+    EXPECT_TRUE(text.compareEquality(longer)) << tail;
+    EXPECT_TRUE(longer.compareEquality(text)) << tail;
+    EXPECT_EQ(text.compare(longer), 0) << tail;
+    EXPECT_EQ(text.compareIgnoreCase(longer), 0) << tail;
+  }
+}
+
 TEST(StringComparison, EveryPlaceOfShortTexts) {
   for (std::size_t length = 1; length <= 40; ++length) {
     for (std::size_t place = 0; place < length; ++place) {

@@ -202,7 +202,7 @@ TEST(StringVal, CodePagesDecideOnTheText) {
   }
 }
 
-// COMPAT: where the count of bytes differs from the number of decoded unitsOf, the length is one short and the last unit lies
+// COMPAT: where the count of bytes differs from the number of decoded units, the length is one short and the last unit lies
 // behind it.
 TEST(StringVal, CountedDoubleByteTextComesOutOneShort) {
   struct Row {
