@@ -164,6 +164,7 @@ struct RemovalCalls {
   static std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {
     std::vector<std::string> names;
     DIR* const entries = opendir(folder.c_str());
+    require(entries != nullptr, "the folder can be read");
     while (dirent const* const entry = readdir(entries)) {
       bool const isDots = strcmp(entry->d_name, ".") == 0 || strcmp(entry->d_name, "..") == 0;
       if (entry->d_type == type && !isDots) names.push_back(entry->d_name);
