@@ -181,18 +181,6 @@ void DecimalText::write(unsigned long long magnitude, bool negative) {
   if (negative) units_[--start_] = KVW('-');
 }
 
-int printGeneral(double value, int precision, wchar* out, int capacity) {
-  char narrow[512];
-  char* const end = std::to_chars(narrow, narrow + sizeof narrow, value, std::chars_format::general, precision).ptr;
-  char const* const point = std::localeconv()->decimal_point;
-  int written = 0;
-  for (char const* p = narrow; p < end && written < capacity; ++p) {
-    out[written++] =
-        static_cast<wchar>(*p == '.' ? static_cast<unsigned char>(*point) : static_cast<unsigned char>(*p));
-  }
-  return written;
-}
-
 Parsed<int> readInt(wchar const* text) {
   return readSigned<int>(text);
 }
