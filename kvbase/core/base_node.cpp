@@ -11,8 +11,6 @@ static_assert(std::is_base_of<VisitorCore, BaseNode>::value, "VisitorCore is the
 static_assert(!std::is_copy_assignable<BaseNode>::value && !std::is_destructible<BaseNode>::value,
               "only derived classes assign and destroy their base");
 
-BaseNode::~BaseNode() = default;
-
 mZClass const* BaseNode::getClassType() const {
   return Class();
 }

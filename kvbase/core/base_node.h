@@ -53,7 +53,7 @@ class KVBASE_API BaseNode : public VisitorCore {
   BaseNode(BaseNode const&) : VisitorCore() {}
   // Leaves both counts as they are.
   BaseNode& operator=(BaseNode const&) { return *this; }
-  virtual ~BaseNode();
+  virtual ~BaseNode() = default;
 
  private:
   static constexpr unsigned int kDeadMark = 0xF000DEAD;

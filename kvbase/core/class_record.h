@@ -64,9 +64,10 @@ class KVBASE_API mZClass {
 
   // Whether `other` is this record or one of its ancestors; false for null.
   bool isDerivedFrom(mZClass const* other) const {
-    mZClass const* record = this;
-    while (record != nullptr && record != other) record = record->parent_;
-    return record != nullptr;
+    for (mZClass const* record = this; record != nullptr; record = record->parent_) {
+      if (record == other) return true;
+    }
+    return false;
   }
 
   // Walks. The caller sets the cursor to null and calls until the result is false. The cursor is then null again, so a
