@@ -60,6 +60,15 @@ bool equalLongTexts(String const& first, String const& second) {
   return true;
 }
 
+// Equality of texts whose first vectors are the same and hold no NUL.
+bool equalBehindFront(String const& first, String const& second) {
+  if (StringAccess::payload(first)->lazyLength() > strings::kInPlaceUnits) return equalLongTexts(first, second);
+  wchar const* const a = first;
+  wchar const* const b = second;
+  int const at = strings::mismatchBehindFront(a, b, commonUnits(first, second));
+  return a[at] == b[at];
+}
+
 }  // namespace
 
 wchar const* String::emptyText() {
@@ -138,14 +147,15 @@ int String::compare(String const& other) {
 bool String::equalsUnits(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
-  int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) {
-    if (payload_->lazyLength() > strings::kInPlaceUnits) return equalLongTexts(*this, other);
-    int const units = commonUnits(*this, other);
-    if (a[units] == b[units] && strings::areSameInPlace(a, b, units)) return true;
-    at = strings::mismatchBehindFront(a, b, units);
+  int const at = strings::mismatchInFront(a, b);
+  if (at < strings::kFrontUnits) return a[at] == b[at];
+  // Most texts that come here are short and the same.
+  int const units = payload_->lazyLength();
+  if (units >= strings::kFrontUnits && units <= strings::kInPlaceUnits && units == other.payload_->lazyLength() &&
+      strings::areSameInPlace(a, b, units) && a[units] == 0 && b[units] == 0) {
+    return true;
   }
-  return a[at] == b[at];
+  return equalBehindFront(*this, other);
 }
 
 bool String::compareEquality(String const& other) {
