@@ -57,6 +57,11 @@ class RangeTest {
   typename V::Register end_;  // the last byte of the range
 };
 
+// Where nothing but ASCII is to be copied, one test a block does.
+constexpr bool isBeyondAscii(ByteRange range) {
+  return range.low == 0x80 && range.high == 0xFF;
+}
+
 // Copies blocks of a register from the front, copies(i) the one at byte i, until one is not copied; returns how many bytes
 // were. A rest that does not fill a register is covered by one that overlaps the bytes before it.
 template <class V, class Copies>
@@ -89,12 +94,14 @@ int widen(char const* bytes, int n, ByteRange except, wchar* units) {
 template <class V>
 int narrow(wchar const* units, int n, ByteRange except, char* bytes) {
   RangeTest<V> const hasException(except);
+  bool const isAsciiWanted = isBeyondAscii(except);
   int const i = copyBlocks<V>(n, [&](int at) {
     auto const front = V::load(units + at);
     auto const back = V::load(units + at + V::kUnits);
-    if (!areWithin<V, 0xFF>(V::bitOr(front, back))) return false;
+    auto const both = V::bitOr(front, back);
+    if (isAsciiWanted ? !areWithin<V, 0x7F>(both) : !areWithin<V, 0xFF>(both)) return false;
     auto const block = V::narrowed(front, back);
-    if (hasException(block)) return false;
+    if (!isAsciiWanted && hasException(block)) return false;
     V::storeBytes(bytes + at, block);
     return true;
   });
