@@ -24,6 +24,18 @@ int orderIgnoringCase(wchar a, wchar b) {
   return static_cast<int>(strings::foldCase(a)) - static_cast<int>(strings::foldCase(b));
 }
 
+int spacesInFront(wchar const* text, int length) {
+  int count = 0;
+  while (count < length && strings::hasClass(text[count], platform::kSpace)) ++count;
+  return count;
+}
+
+int spacesAtEnd(wchar const* text, int first, int length) {
+  int end = length;
+  while (end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
+  return length - end;
+}
+
 int compareTexts(TextView a, TextView b) {
   int const at = strings::mismatchFromFront(a.data(), b.data(), std::min(lengthOf(a), lengthOf(b)));
   return orderOf(a.data()[at], b.data()[at]);
@@ -200,13 +212,10 @@ String String::trim(bool left, bool right) const {
   if (payload_ == nullptr || payload_->str()[0] == 0) return *this;
   int const length = payload_->length();
   wchar const* const text = payload_->str();
-  int first = 0;
-  while (left && first < length && strings::hasClass(text[first], platform::kSpace)) ++first;
-  int end = length;
-  while (right && end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
-  if (first == 0 && end == length) return *this;
-  if (first == end) return EMPTY;
-  return String(text + first, end - first);
+  int const first = left ? spacesInFront(text, length) : 0;
+  int const end = right ? length - spacesAtEnd(text, first, length) : length;
+  if (end - first == length) return *this;
+  return first < end ? String(text + first, end - first) : EMPTY;
 }
 
 bool String::startsWith(String const& prefix) const {
