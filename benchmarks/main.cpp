@@ -2,9 +2,6 @@
 //
 // Times KVBase and its peers. The repetitions of all rows run in random order, so that a slow phase of the machine
 // affects all contestants alike. The options of Google Benchmark on the command line override the defaults set here.
-#include <malloc.h>
-#include <sched.h>
-
 #include <future>
 #include <thread>
 #include <vector>
@@ -12,20 +9,6 @@
 #include "benchmarks/support.h"
 
 namespace {
-
-// A move to another processor would change caches and clock frequency during a measurement.
-void stayOnOneProcessor() {
-  cpu_set_t processors;
-  CPU_ZERO(&processors);
-  CPU_SET(sched_getcpu(), &processors);
-  sched_setaffinity(0, sizeof processors, &processors);
-}
-
-// Keeps freed memory in the process. Otherwise the time of a batch would depend on whether the batch before it returned
-// its memory to the system.
-void keepMemory() {
-  mallopt(M_TRIM_THRESHOLD, 1 << 30);
-}
 
 // The standard library counts references without atomic operations while the process has a single thread. Applications
 // have several threads, so a second one exists during the measurements.
@@ -54,8 +37,7 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&count, arguments.data());
   if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
 
-  keepMemory();
-  stayOnOneProcessor();
+  KV_1_1::bench::steadyProcess();
   SecondThread const second;
   KV_1_1::bench::addStringStorage();
   KV_1_1::bench::addStringSearch();
@@ -66,7 +48,8 @@ int main(int argc, char** argv) {
   KV_1_1::bench::addModules();
   KV_1_1::bench::addModuleStart();
   KV_1_1::bench::addSymbols();
-  KV_1_1::bench::addDiagnostics();
+  KV_1_1::bench::addCallStack();
+  PEER(KV_1_1::bench::addDiagnostics());
   KV_1_1::bench::addDisk();
   KV_1_1::bench::addDiskChanges();
   benchmark::RunSpecifiedBenchmarks();

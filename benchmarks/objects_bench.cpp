@@ -1,14 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
 // Reference counting, and tests for the class of an object.
-#include <QExplicitlySharedDataPointer>
-#include <QFile>
-#include <QSharedData>
-#include <QSharedPointer>
-#include <QTemporaryFile>
-#include <QTimer>
-#include <boost/smart_ptr/intrusive_ptr.hpp>
-#include <boost/smart_ptr/intrusive_ref_counter.hpp>
 #include <memory>
 #include <vector>
 
@@ -27,12 +19,15 @@ class Node : public BaseNode {
  public:
   int value = 7;
 };
-struct CountedByBoost : boost::intrusive_ref_counter<CountedByBoost, boost::thread_safe_counter> {
-  virtual ~CountedByBoost() = default;
+// The count is in a base of the pointer's library, which in Boost knows the class of the object.
+template <template <class, class> class Base, class Policy>
+struct CountedAsKnown : Base<CountedAsKnown<Base, Policy>, Policy> {
+  virtual ~CountedAsKnown() = default;
   int value = 7;
 };
-struct CountedByQt : QSharedData {
-  virtual ~CountedByQt() = default;
+template <class Base>
+struct Counted : Base {
+  virtual ~Counted() = default;
   int value = 7;
 };
 struct Uncounted {
@@ -46,9 +41,15 @@ template <class MakeWork>
 void addPointers(char const* name, MakeWork makeWork) {
   Row(name)
       .add("KVBase", makeWork([] { return SmartPtr<Node>(new Node); }))
-      .add("intrusive_ptr", makeWork([] { return boost::intrusive_ptr<CountedByBoost>(new CountedByBoost); }))
-      .add("QExplicitly...", makeWork([] { return QExplicitlySharedDataPointer<CountedByQt>(new CountedByQt); }))
-      .add("QSharedPointer", makeWork([] { return QSharedPointer<Uncounted>::create(); }))
+      .add(PEER("intrusive_ptr", makeWork([] {
+                  using Object = CountedAsKnown<boost::intrusive_ref_counter, boost::thread_safe_counter>;
+                  return boost::intrusive_ptr<Object>(new Object);
+                })))
+      .add(PEER("QExplicitly...", makeWork([] {
+                  using Object = Counted<QSharedData>;
+                  return QExplicitlySharedDataPointer<Object>(new Object);
+                })))
+      .add(PEER("QSharedPointer", makeWork([] { return QSharedPointer<Uncounted>::create(); })))
       .add("shared_ptr", makeWork([] { return std::make_shared<Uncounted>(); }));
 }
 
@@ -129,27 +130,29 @@ class Stranger : public Level<1> {
 
 // Qt's chain has five classes: QTemporaryFile - QFile - QFileDevice - QIODevice - QObject. So has that of Level<4>
 // without BaseNode. The search for an unrelated class goes through all of a chain and starts at Level<3> for that reason.
-template <class Asked, class Object = Level<4>>
-void addKind(char const* name, QMetaObject const& qtAsked) {
+template <class Asked, class QtAsked, class Object = Level<4>>
+void addKind(char const* name) {
   SmartPtr<BaseNode const> const object(new Object);
   Row(name)
       .add("KVBase", [object, asked = Asked::Class()] { return object->isKindOf(asked); })
       .add("dynamic_cast", [object] { return dynamic_cast<Asked const*>(object.get()) != nullptr; })
-      .add("QMetaObject", [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile),
-                           asked = &qtAsked] { return qtObject->metaObject()->inherits(asked); })
-      .add("QObject::inherits", [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile), asked = &qtAsked] {
-        return qtObject->inherits(asked->className());
-      });
+      .add(
+          PEER("QMetaObject", [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile),
+                               asked = &QtAsked::staticMetaObject] { return qtObject->metaObject()->inherits(asked); }))
+      .add(PEER("QObject::inherits",
+                [qtObject = std::shared_ptr<QObject const>(new QTemporaryFile), asked = &QtAsked::staticMetaObject] {
+                  return qtObject->inherits(asked->className());
+                }));
 }
 
 }  // namespace
 
 void addObjects() {
   addOwnership();
-  addKind<Level<4>>("objects: isKindOf, own class", QTemporaryFile::staticMetaObject);
-  addKind<Level<3>>("objects: isKindOf, 1 up", QFile::staticMetaObject);
-  addKind<Level<0>>("objects: isKindOf, 4 up", QObject::staticMetaObject);
-  addKind<Stranger, Level<3>>("objects: isKindOf, unrelated", QTimer::staticMetaObject);
+  addKind<Level<4>, QTemporaryFile>("objects: isKindOf, own class");
+  addKind<Level<3>, QFile>("objects: isKindOf, 1 up");
+  addKind<Level<0>, QObject>("objects: isKindOf, 4 up");
+  addKind<Stranger, QTimer, Level<3>>("objects: isKindOf, unrelated");
 }
 
 }  // namespace bench

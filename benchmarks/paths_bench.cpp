@@ -2,10 +2,6 @@
 //
 // Path operations that do not access the disk. Of the peers only Poco::Path stores the parts of a path; the others store
 // one text, as Directory does.
-#include <Poco/Path.h>
-
-#include <QDir>
-#include <QFileInfo>
 #include <filesystem>
 #include <string>
 
@@ -27,30 +23,22 @@ String text(std::string const& path) {
   return String(UTF8Interface(path.c_str()));
 }
 
-// Poco returns a text of bytes. Rows that time it include its conversion to UTF-16, which the other contestants return.
-u16string pocoText(Poco::Path const& path) {
-  return bench::plain(path.toString(Poco::Path::PATH_WINDOWS));
-}
-
-Poco::Path pocoPath(std::string const& path) {
-  return Poco::Path(path, Poco::Path::PATH_WINDOWS);
-}
-
 void addParsing(char const* name, std::string const& path) {
   Row(name)
       .addPath("KVBase", [a = text(path)] { return File::fromString(a)->getFullName(); })
-      .addPath("std", [a = plain(path)] { return std::filesystem::path(a).lexically_normal().u16string(); })
-      .addPath("Poco", [path] { return pocoText(pocoPath(path)); })
-      .addPath("QDir::cleanPath", [a = QString::fromStdString(path)] { return QDir::cleanPath(a); })
-      .addPath("QFileInfo", [a = QString::fromStdString(path)] { return QFileInfo(QDir::cleanPath(a)).filePath(); });
+      .addPath("std", [a = plain(path)] { return std::filesystem::path(a).lexically_normal().string<wchar>(); })
+      .addPath(PEER("Poco", [path] { return bench::plain(pocoPath(path)); }))
+      .addPath(PEER("QDir::cleanPath", [a = QString::fromStdString(path)] { return QDir::cleanPath(a); }))
+      .addPath(
+          PEER("QFileInfo", [a = QString::fromStdString(path)] { return QFileInfo(QDir::cleanPath(a)).filePath(); }));
 }
 
 void addTexts(char const* name, std::string const& path) {
   std::filesystem::path const normal = std::filesystem::path(path).lexically_normal();
   Row(name)
       .addPath("KVBase", [file = File::fromString(text(path))] { return file->getFullName(); })
-      .addPath("std", [normal] { return normal.u16string(); })
-      .addPath("Poco", [a = pocoPath(path)] { return pocoText(a); });
+      .addPath("std", [normal] { return normal.string<wchar>(); })
+      .addPath(PEER("Poco", [a = pocoPath(path)] { return bench::plain(a); }));
 }
 
 void addRelative() {
@@ -63,11 +51,10 @@ void addRelative() {
            to = FilePtr(File::fromString(text(other + "/file.txt")))] { return to->makeRelative(from)->getFullName(); })
       .addPath("std",
                [from = std::filesystem::path(base), to = std::filesystem::path(other + "/file.txt")] {
-                 return to.lexically_relative(from).u16string();
+                 return to.lexically_relative(from).string<wchar>();
                })
-      .addPath("QDir", [from = QDir(QString::fromStdString(base)), to = QString::fromStdString(other + "/file.txt")] {
-        return from.relativeFilePath(to);
-      });
+      .addPath(PEER("QDir", [from = QDir(QString::fromStdString(base)),
+                             to = QString::fromStdString(other + "/file.txt")] { return from.relativeFilePath(to); }));
 }
 
 // The timed work returns the new object. Its text is built outside the timing, to compare the results.
@@ -80,10 +67,11 @@ u16string plain(NewPath<DirectoryPtr> const& path) {
   return text.substr(0, text.size() - 1);
 }
 u16string plain(NewPath<std::filesystem::path> const& path) {
-  return path.object.u16string();
+  return path.object.string<wchar>();
 }
-u16string plain(NewPath<Poco::Path> const& path) {
-  return pocoText(path.object);
+template <class Path>
+u16string plain(NewPath<Path> const& path) {
+  return bench::plain(path.object);
 }
 
 void addAppending() {
@@ -92,12 +80,13 @@ void addAppending() {
       .addPath("KVBase", [directory = DirectoryPtr(Directory::fromString(text(path))),
                           level = text("points")] { return NewPath<DirectoryPtr>{directory->appendLevel(level)}; })
       .addPath("std", [directory = std::filesystem::path(path),
-                       level = u16string(u"points")] { return NewPath<std::filesystem::path>{directory / level}; })
-      .addPath("Poco", [directory = pocoPath(path),
-                        level = std::string("points")] { return NewPath<Poco::Path>{Poco::Path(directory, level)}; })
-      .addPath("QDir", [directory = QDir(QString::fromStdString(path)), level = QString("points")] {
+                       level = u16string(KVW("points"))] { return NewPath<std::filesystem::path>{directory / level}; })
+      .addPath(
+          PEER("Poco", [directory = pocoPath(path),
+                        level = std::string("points")] { return NewPath<Poco::Path>{Poco::Path(directory, level)}; }))
+      .addPath(PEER("QDir", [directory = QDir(QString::fromStdString(path)), level = QString("points")] {
         return directory.filePath(level);
-      });
+      }));
 }
 
 void addEquality() {
@@ -107,12 +96,12 @@ void addEquality() {
       .add("KVBase",
            [a = DirectoryPtr(Directory::fromString(text(lower))),
             b = DirectoryPtr(Directory::fromString(text(upper)))] { return a->equals(b) == FileSystemItem::Equal; })
-      .add("QString", [a = QString::fromStdString(lower),
-                       b = QString::fromStdString(upper)] { return a.compare(b, Qt::CaseInsensitive) == 0; })
-      .add("UnicodeString",
-           [a = make<UnicodeString>(bench::plain(lower)), b = make<UnicodeString>(bench::plain(upper))] {
-             return a.caseCompare(b, U_FOLD_CASE_DEFAULT) == 0;
-           });
+      .add(PEER("QString", [a = QString::fromStdString(lower),
+                            b = QString::fromStdString(upper)] { return a.compare(b, Qt::CaseInsensitive) == 0; }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(bench::plain(lower)), b = make<UnicodeString>(bench::plain(upper))] {
+                  return a.caseCompare(b, U_FOLD_CASE_DEFAULT) == 0;
+                }));
 }
 
 }  // namespace

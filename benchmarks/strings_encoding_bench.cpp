@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Strings: conversion to and from UTF-8 and single-byte code pages.
-#include <unicode/ucnv.h>
-
 #include <algorithm>
-#include <boost/locale/encoding_utf.hpp>
 #include <cwchar>
 #include <locale>
 #include <random>
@@ -17,8 +14,6 @@ namespace KV_1_1 {
 namespace bench {
 
 namespace {
-
-using boost::locale::conv::utf_to_utf;
 
 constexpr int kSizes[] = {24, 64, 8192};
 constexpr unsigned int kWesternPage = 1252;
@@ -36,14 +31,14 @@ u16string asciiText(int length) {
 // Every third unit is a Latin-1 character outside ASCII.
 u16string latinText(int length) {
   u16string text = sampleText(length);
-  for (std::size_t i = 0; i < text.size(); i += 3) text[i] = static_cast<char16_t>(0xC0 + text[i] % 64);
+  for (std::size_t i = 0; i < text.size(); i += 3) text[i] = static_cast<wchar>(0xC0 + text[i] % 64);
   return text;
 }
 
 u16string cjkText(int length) {
   std::mt19937 random(1);
   u16string text;
-  for (int i = 0; i < length; ++i) text += static_cast<char16_t>(0x4E00 + random() % 0x5000);
+  for (int i = 0; i < length; ++i) text += static_cast<wchar>(0x4E00 + random() % 0x5000);
   return text;
 }
 
@@ -52,8 +47,8 @@ u16string emojiText(int length) {
   std::mt19937 random(1);
   u16string text;
   for (int i = 0; i < length; i += 2) {
-    text += u'\xD83D';
-    text += static_cast<char16_t>(0xDE00 + random() % 80);
+    text += KVW('\xD83D');
+    text += static_cast<wchar>(0xDE00 + random() % 80);
   }
   return text;
 }
@@ -66,27 +61,30 @@ constexpr Script kScripts[] = {{"ASCII", asciiText}, {"Latin-1", latinText}, {"C
 
 // --- UTF-8 -----------------------------------------------------------------------------------------------------------
 
+// That of wchar_t converts to the code page of the locale, whatever the size of its units.
 using Utf8Facet = std::codecvt<char16_t, char, std::mbstate_t>;
 
 std::string facetToUtf8(u16string const& text) {
   auto const& facet = std::use_facet<Utf8Facet>(std::locale::classic());
   std::string bytes(3 * text.size(), '\0');
   std::mbstate_t state = {};
+  char16_t const* const units = reinterpret_cast<char16_t const*>(text.data());
   char16_t const* next = nullptr;
   char* end = nullptr;
-  facet.out(state, text.data(), text.data() + text.size(), next, bytes.data(), bytes.data() + bytes.size(), end);
+  facet.out(state, units, units + text.size(), next, bytes.data(), bytes.data() + bytes.size(), end);
   bytes.resize(static_cast<std::size_t>(end - bytes.data()));
   return bytes;
 }
 
 u16string facetFromUtf8(std::string const& bytes) {
   auto const& facet = std::use_facet<Utf8Facet>(std::locale::classic());
-  u16string text(bytes.size(), u'\0');
+  u16string text(bytes.size(), KVW('\0'));
   std::mbstate_t state = {};
   char const* next = nullptr;
+  char16_t* const units = reinterpret_cast<char16_t*>(text.data());
   char16_t* end = nullptr;
-  facet.in(state, bytes.data(), bytes.data() + bytes.size(), next, text.data(), text.data() + text.size(), end);
-  text.resize(static_cast<std::size_t>(end - text.data()));
+  facet.in(state, bytes.data(), bytes.data() + bytes.size(), next, units, units + text.size(), end);
+  text.resize(static_cast<std::size_t>(end - units));
   return text;
 }
 
@@ -98,17 +96,17 @@ void addToUtf8(Script const& script, int size) {
   Row(sized(std::string("to UTF-8, ") + script.name, size))
       .addFresh(
           "KVBase", batch, [text] { return make<String>(text); }, [](String const& a) { return a.stringUTF8(); })
-      .addFresh(
-          "QString", batch, [text] { return make<QString>(text); }, [](QString const& a) { return a.toUtf8(); })
-      .addFresh(
+      .addFresh(PEER(
+          "QString", batch, [text] { return make<QString>(text); }, [](QString const& a) { return a.toUtf8(); }))
+      .addFresh(PEER(
           "UnicodeString", batch, [text] { return make<UnicodeString>(text); },
           [](UnicodeString const& a) {
             std::string bytes;
             a.toUTF8String(bytes);
             return bytes;
-          })
-      .addFresh(
-          "boost", batch, [text] { return text; }, [](u16string const& a) { return utf_to_utf<char>(a); })
+          }))
+      .addFresh(PEER(
+          "boost", batch, [text] { return text; }, [](u16string const& a) { return utf_to_utf<char>(a); }))
       .addFresh(
           "codecvt", batch, [text] { return text; }, facetToUtf8);
 }
@@ -118,9 +116,9 @@ void addFromUtf8(Script const& script, int size) {
   require(facetFromUtf8(bytes) == script.text(size), "UTF-8: the conversion back gives the same text");
   Row(sized(std::string("from UTF-8, ") + script.name, size))
       .add("KVBase", [bytes] { return String(UTF8Interface(bytes.c_str())); })
-      .add("QString", [bytes] { return QString::fromUtf8(bytes.c_str()); })
-      .add("UnicodeString", [bytes] { return UnicodeString::fromUTF8(bytes.c_str()); })
-      .add("boost", [bytes] { return utf_to_utf<char16_t>(bytes); })
+      .add(PEER("QString", [bytes] { return QString::fromUtf8(bytes.c_str()); }))
+      .add(PEER("UnicodeString", [bytes] { return UnicodeString::fromUTF8(bytes.c_str()); }))
+      .add(PEER("boost", [bytes] { return utf_to_utf<wchar>(bytes); }))
       .add("codecvt", [bytes] { return facetFromUtf8(bytes); });
 }
 
@@ -135,22 +133,14 @@ void addCachedCopy() {
 
 // --- A single-byte code page -----------------------------------------------------------------------------------------
 
-// A new converter; the work of the contestant owns it.
-std::shared_ptr<UConverter> westernConverter() {
-  UErrorCode error = U_ZERO_ERROR;
-  std::shared_ptr<UConverter> converter(ucnv_open("windows-1252", &error), ucnv_close);
-  require(U_SUCCESS(error), "code page: ICU has a converter");
-  return converter;
-}
-
 std::string latinBytes(u16string const& text) {
   std::string bytes;
-  for (char16_t unit : text) bytes += static_cast<char>(unit);
+  for (wchar unit : text) bytes += static_cast<char>(unit);
   return bytes;
 }
 
 u16string widened(std::string const& bytes) {
-  u16string text(bytes.size(), u'\0');
+  u16string text(bytes.size(), KVW('\0'));
   std::transform(bytes.begin(), bytes.end(), text.begin(), [](char byte) { return static_cast<unsigned char>(byte); });
   return text;
 }
@@ -160,12 +150,12 @@ void addFromPage(int size) {
   require(widened(bytes) == latinText(size), "code page: the conversion back gives the same text");
   Row(sized("from a one-byte page", size))
       .add("KVBase", [bytes] { return String(CodePageInterface(bytes.c_str(), kWesternPage)); })
-      .add("QString", [bytes] { return QString::fromLatin1(bytes.c_str()); })
+      .add(PEER("QString", [bytes] { return QString::fromLatin1(bytes.c_str()); }))
       .add("widened", [bytes] { return widened(bytes); })
-      .add("UnicodeString", [bytes, converter = westernConverter()] {
+      .add(PEER("UnicodeString", [bytes, converter = icuConverter("windows-1252")] {
         UErrorCode error = U_ZERO_ERROR;
         return UnicodeString(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
-      });
+      }));
 }
 
 // In two calls, the first for the size, as a String builds its narrow copy.
@@ -181,13 +171,13 @@ void addToPage(int size) {
   u16string const text = latinText(size);
   Row(sized("to a one-byte page", size))
       .add("KVBase", [a = make<String>(text)] { return encodedInPage(a); })
-      .add("QString", [a = make<QString>(text)] { return a.toLatin1(); })
-      .add("UnicodeString", [a = make<UnicodeString>(text), converter = westernConverter()] {
+      .add(PEER("QString", [a = make<QString>(text)] { return a.toLatin1(); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text), converter = icuConverter("windows-1252")] {
         std::string bytes(static_cast<std::size_t>(a.length()), '\0');
         UErrorCode error = U_ZERO_ERROR;
         a.extract(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
         return bytes;
-      });
+      }));
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Strings: searching and replacing.
-#include <QStringMatcher>
 #include <algorithm>
-#include <boost/algorithm/string/replace.hpp>
 #include <cwctype>
 #include <string>
 
@@ -14,7 +12,7 @@ namespace bench {
 
 namespace {
 
-constexpr char16_t kAbsentUnit = u'x';
+constexpr wchar kAbsentUnit = KVW('x');
 
 int position(std::size_t found) {
   return found == u16string::npos ? -1 : static_cast<int>(found);
@@ -30,8 +28,8 @@ void addFindUnit(char const* name, u16string const& text) {
   Row(name)
       .add("KVBase", [a = make<String>(text)] { return a.find(kAbsentUnit); })
       .add("u16string", [text] { return position(text.find(kAbsentUnit)); })
-      .add("QString", [a = make<QString>(text)] { return static_cast<int>(a.indexOf(QChar(kAbsentUnit))); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return a.indexOf(kAbsentUnit); });
+      .add(PEER("QString", [a = make<QString>(text)] { return static_cast<int>(a.indexOf(QChar(kAbsentUnit))); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return a.indexOf(kAbsentUnit); }));
 }
 
 void addFindUnits() {
@@ -49,23 +47,25 @@ void addFindText(std::string const& name, u16string const& text, u16string const
   Row("search: " + name)
       .add("KVBase", [a = make<String>(text), b = make<String>(wanted)] { return a.find(b); })
       .add("u16string", [text, wanted] { return position(text.find(wanted)); })
-      .add("QString", [a = make<QString>(text), b = make<QString>(wanted)] { return static_cast<int>(a.indexOf(b)); })
-      .add("QStringMatcher", [a = make<QString>(text),
-                              b = QStringMatcher(make<QString>(wanted))] { return static_cast<int>(b.indexIn(a)); })
-      .add("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(wanted)] { return a.indexOf(b); });
+      .add(PEER("QString",
+                [a = make<QString>(text), b = make<QString>(wanted)] { return static_cast<int>(a.indexOf(b)); }))
+      .add(PEER("QStringMatcher", [a = make<QString>(text), b = QStringMatcher(make<QString>(
+                                                                wanted))] { return static_cast<int>(b.indexIn(a)); }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), b = make<UnicodeString>(wanted)] { return a.indexOf(b); }));
 }
 
 // A text in which both units of `pair` are frequent, but the pair itself does not occur.
 u16string textWithoutPair(int length, u16string const& pair) {
   u16string text = sampleText(length);
-  for (std::size_t at = text.find(pair); at != u16string::npos; at = text.find(pair, at)) text[at] = u'a';
+  for (std::size_t at = text.find(pair); at != u16string::npos; at = text.find(pair, at)) text[at] = KVW('a');
   return text;
 }
 
 void addFindTexts() {
   // The first and the last unit are frequent in the text; q does not occur.
-  u16string const eight = u"theqnose";
-  u16string const two = u"se";
+  u16string const eight = KVW("theqnose");
+  u16string const two = KVW("se");
   auto const with = [](u16string text, std::size_t at, u16string const& part) {
     return text.replace(at, part.size(), part);
   };
@@ -82,11 +82,11 @@ void addFindTexts() {
 
 // Texts on which a naive search compares almost the whole wanted text at almost every position.
 void addHardTexts() {
-  u16string const text(20000, u'a');
-  u16string const ten(10, u'a');
-  addFindText("hard, a^20 b in a^20000", text, ten + ten + u"b");
-  addFindText("hard, b a^20 in a^20000", text, u"b" + ten + ten);
-  addFindText("hard, a^10 b a^10 in a^20000", text, ten + u"b" + ten);
+  u16string const text(20000, KVW('a'));
+  u16string const ten(10, KVW('a'));
+  addFindText("hard, a^20 b in a^20000", text, ten + ten + KVW("b"));
+  addFindText("hard, b a^20 in a^20000", text, KVW("b") + ten + ten);
+  addFindText("hard, a^10 b a^10 in a^20000", text, ten + KVW("b") + ten);
 }
 
 void addFindLast() {
@@ -94,8 +94,8 @@ void addFindLast() {
   Row("search: findLastOf unit, absent in 5000")
       .add("KVBase", [a = make<String>(text)] { return a.findLastOf(kAbsentUnit); })
       .add("u16string", [text] { return position(text.rfind(kAbsentUnit)); })
-      .add("QString", [a = make<QString>(text)] { return static_cast<int>(a.lastIndexOf(QChar(kAbsentUnit))); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return a.lastIndexOf(kAbsentUnit); });
+      .add(PEER("QString", [a = make<QString>(text)] { return static_cast<int>(a.lastIndexOf(QChar(kAbsentUnit))); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return a.lastIndexOf(kAbsentUnit); }));
 }
 
 template <class Text, class Accept>
@@ -106,19 +106,18 @@ int firstAccepted(Text const& text, Accept accept) {
 
 void addFindClass(int size) {
   u16string text = sampleText(size);
-  text.back() = u'7';
-  UnicodeString const icu = make<UnicodeString>(text);
+  text.back() = KVW('7');
   Row("search: first digit, at the end of " + std::to_string(size))
       .add("KVBase", [a = make<String>(text)] { return a.findDigit(); })
       .add("find_if",
-           [text] { return firstAccepted(text, [](char16_t unit) { return unit >= u'0' && unit <= u'9'; }); })
-      .add("iswdigit loop",
-           [text] { return firstAccepted(text, [](char16_t unit) { return std::iswdigit(unit) != 0; }); })
-      .add("QString", [a = make<QString>(text)] { return firstAccepted(a, [](QChar unit) { return unit.isDigit(); }); })
-      .add("UnicodeString", [icu] {
-        std::u16string_view const units(icu.getBuffer(), static_cast<std::size_t>(icu.length()));
-        return firstAccepted(units, [](char16_t unit) { return u_isdigit(unit) != 0; });
-      });
+           [text] { return firstAccepted(text, [](wchar unit) { return unit >= KVW('0') && unit <= KVW('9'); }); })
+      .add("iswdigit loop", [text] { return firstAccepted(text, [](wchar unit) { return std::iswdigit(unit) != 0; }); })
+      .add(PEER("QString",
+                [a = make<QString>(text)] { return firstAccepted(a, [](QChar unit) { return unit.isDigit(); }); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] {
+        std::u16string_view const units(a.getBuffer(), static_cast<std::size_t>(a.length()));
+        return firstAccepted(units, [](wchar unit) { return u_isdigit(unit) != 0; });
+      }));
 }
 
 u16string pieced(u16string const& text, u16string const& from, u16string const& to) {
@@ -140,29 +139,29 @@ void addReplaceText(char const* name, u16string const& text, u16string const& fr
              return result;
            })
       .add("u16string", [text, from, to] { return pieced(text, from, to); })
-      .add("boost", [text, from, to] { return boost::algorithm::replace_all_copy(text, from, to); })
-      .add("QString",
-           [a = make<QString>(text), b = make<QString>(from), c = make<QString>(to)] {
-             QString result(a);
-             result.replace(b, c);
-             return result;
-           })
-      .add("UnicodeString",
-           [a = make<UnicodeString>(text), b = make<UnicodeString>(from), c = make<UnicodeString>(to)] {
-             UnicodeString result(a);
-             result.findAndReplace(b, c);
-             return result;
-           });
+      .add(PEER("boost", [text, from, to] { return boost::algorithm::replace_all_copy(text, from, to); }))
+      .add(PEER("QString",
+                [a = make<QString>(text), b = make<QString>(from), c = make<QString>(to)] {
+                  QString result(a);
+                  result.replace(b, c);
+                  return result;
+                }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), b = make<UnicodeString>(from), c = make<UnicodeString>(to)] {
+                  UnicodeString result(a);
+                  result.findAndReplace(b, c);
+                  return result;
+                }));
 }
 
 void addReplaceTexts() {
-  u16string const from = u"q1q";
+  u16string const from = KVW("q1q");
   u16string const piece = sampleText(22) + from;
-  addReplaceText("replace: text, 2 matches in 50", piece + piece, from, u"other");
-  addReplaceText("replace: text, 200 matches in 5000", repeated(200, piece), from, u"other");
-  u16string const absent = u"eq";
-  addReplaceText("replace: text, no match in 50", sampleText(50), absent, u"other");
-  addReplaceText("replace: text, no match in 5000", sampleText(5000), absent, u"other");
+  addReplaceText("replace: text, 2 matches in 50", piece + piece, from, KVW("other"));
+  addReplaceText("replace: text, 200 matches in 5000", repeated(200, piece), from, KVW("other"));
+  u16string const absent = KVW("eq");
+  addReplaceText("replace: text, no match in 50", sampleText(50), absent, KVW("other"));
+  addReplaceText("replace: text, no match in 5000", sampleText(5000), absent, KVW("other"));
 }
 
 void addReplaceUnit(int size) {
@@ -171,26 +170,27 @@ void addReplaceUnit(int size) {
       .add("KVBase",
            [a = make<String>(text)] {
              String result(a);
-             result.replace(u'e', u'x');
+             result.replace(KVW('e'), KVW('x'));
              return result;
            })
       .add("u16string",
            [text] {
              u16string result(text);
-             std::replace(result.begin(), result.end(), u'e', u'x');
+             std::replace(result.begin(), result.end(), KVW('e'), KVW('x'));
              return result;
            })
-      .add("QString",
-           [a = make<QString>(text)] {
-             QString result(a);
-             result.replace(QChar(u'e'), QChar(u'x'));
-             return result;
-           })
-      .add("UnicodeString", [a = make<UnicodeString>(text), from = UnicodeString(u'e'), to = UnicodeString(u'x')] {
-        UnicodeString result(a);
-        result.findAndReplace(from, to);
-        return result;
-      });
+      .add(PEER("QString",
+                [a = make<QString>(text)] {
+                  QString result(a);
+                  result.replace(QChar(KVW('e')), QChar(KVW('x')));
+                  return result;
+                }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), from = UnicodeString(KVW('e')), to = UnicodeString(KVW('x'))] {
+                  UnicodeString result(a);
+                  result.findAndReplace(from, to);
+                  return result;
+                }));
 }
 
 }  // namespace

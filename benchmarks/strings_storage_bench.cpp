@@ -2,7 +2,6 @@
 //
 // Strings as values: construction, sharing, destruction, comparison, substrings, concatenation.
 #include <algorithm>
-#include <boost/algorithm/string/trim.hpp>
 #include <cwctype>
 #include <string>
 
@@ -14,7 +13,7 @@ namespace bench {
 namespace {
 
 constexpr int kSizes[] = {5, 50, 5000};
-constexpr char16_t kLatinLetters[] = u"\u00e4\u00f6\u00fc\u00df\u00e9";
+constexpr wchar kLatinLetters[] = KVW("\u00e4\u00f6\u00fc\u00df\u00e9");
 
 std::string sized(char const* row, int size) {
   return std::string("storage: ") + row + ", " + std::to_string(size);
@@ -31,16 +30,16 @@ void addConstruction(int size) {
   Row(sized("construct from NUL-terminated", size))
       .add("KVBase", [text] { return String(text.c_str()); })
       .add("u16string", [text] { return u16string(text.c_str()); })
-      .add("QString", [text] { return QString::fromUtf16(text.c_str()); })
-      .add("QString(QChar*)", [text] { return QString(reinterpret_cast<QChar const*>(text.c_str())); })
-      .add("UnicodeString", [text] { return UnicodeString(text.c_str()); });
+      .add(PEER("QString", [text] { return QString::fromUtf16(text.c_str()); }))
+      .add(PEER("QString(QChar*)", [text] { return QString(reinterpret_cast<QChar const*>(text.c_str())); }))
+      .add(PEER("UnicodeString", [text] { return UnicodeString(text.c_str()); }));
 
   int const batch = size <= 50 ? 1000 : 200;
   Row(sized("destroy (batch)", size))
       .addDestruction("KVBase", batch, [text] { return make<String>(text); })
       .addDestruction("u16string", batch, [text] { return make<u16string>(text); })
-      .addDestruction("QString", batch, [text] { return make<QString>(text); })
-      .addDestruction("UnicodeString", batch, [text] { return make<UnicodeString>(text); });
+      .addDestruction(PEER("QString", batch, [text] { return make<QString>(text); }))
+      .addDestruction(PEER("UnicodeString", batch, [text] { return make<UnicodeString>(text); }));
 }
 
 void addSharing() {
@@ -59,16 +58,8 @@ void addEquality(std::string const& name, u16string const& first, u16string cons
   });
 }
 
-Order order(String const& a, String const& b) {
-  return {a.compare(b)};
-}
-Order order(u16string const& a, u16string const& b) {
-  return {a.compare(b)};
-}
-Order order(QString const& a, QString const& b) {
-  return {a.compare(b)};
-}
-Order order(UnicodeString const& a, UnicodeString const& b) {
+template <class Text>
+Order order(Text const& a, Text const& b) {
   return {a.compare(b)};
 }
 
@@ -94,8 +85,8 @@ void addComparison(int size) {
 }
 
 u16string upperAscii(u16string text) {
-  for (char16_t& unit : text) {
-    if (unit >= u'a' && unit <= u'z') unit = static_cast<char16_t>(unit - 32);
+  for (wchar& unit : text) {
+    if (unit >= KVW('a') && unit <= KVW('z')) unit = static_cast<wchar>(unit - 32);
   }
   return text;
 }
@@ -113,11 +104,11 @@ void addOrderIgnoringCase(std::string const& name, u16string const& text) {
   Row(name)
       .add("KVBase", [a = make<String>(text), b = make<String>(other)] { return Order{a.compareIgnoreCase(b)}; })
       .add("towlower loop", [a = text, b = other] { return lowerOrder(a, b); })
-      .add("QString",
-           [a = make<QString>(text), b = make<QString>(other)] { return Order{a.compare(b, Qt::CaseInsensitive)}; })
-      .add("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(other)] {
+      .add(PEER("QString", [a = make<QString>(text),
+                            b = make<QString>(other)] { return Order{a.compare(b, Qt::CaseInsensitive)}; }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(other)] {
         return Order{a.caseCompare(b, U_FOLD_CASE_DEFAULT)};
-      });
+      }));
 }
 
 void addComparisonsIgnoringCase(int size) {
@@ -139,8 +130,9 @@ void addSubstr(int size) {
            [text, start, units] {
              return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(units));
            })
-      .add("QString", [a = make<QString>(text), start, units] { return a.mid(start, units); })
-      .add("UnicodeString", [a = make<UnicodeString>(text), start, units] { return UnicodeString(a, start, units); })
+      .add(PEER("QString", [a = make<QString>(text), start, units] { return a.mid(start, units); }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), start, units] { return UnicodeString(a, start, units); }))
       .add("floor", [text, start, units] { return BareText(text.data() + start, static_cast<std::size_t>(units)); });
 }
 
@@ -149,24 +141,29 @@ void addWholeSubstr() {
   Row("storage: substr, whole")
       .add("KVBase", [a = make<String>(text)] { return a.substr(0); })
       .add("u16string", [text] { return text.substr(0); })
-      .add("QString", [a = make<QString>(text)] { return a.mid(0); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a, 0); });
+      .add(PEER("QString", [a = make<QString>(text)] { return a.mid(0); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a, 0); }));
 }
 
 u16string trimmed(u16string const& text) {
-  static constexpr char16_t kSpaces[] = u" \t\n\v\f\r";
+  static constexpr wchar kSpaces[] = KVW(" \t\n\v\f\r");
   std::size_t const start = text.find_first_not_of(kSpaces);
   return start == u16string::npos ? u16string() : text.substr(start, text.find_last_not_of(kSpaces) + 1 - start);
 }
 
 void addTrim(char const* name, u16string const& text) {
-  auto const isSpace = [](char16_t unit) { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); };
   Row(name)
       .add("KVBase", [a = make<String>(text)] { return a.trim(); })
       .add("u16string", [text] { return trimmed(text); })
-      .add("boost", [text, isSpace] { return boost::algorithm::trim_copy_if(text, isSpace); })
-      .add("QString", [a = make<QString>(text)] { return a.trimmed(); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a).trim(); });
+      .add(PEER("boost",
+                [text] {
+                  auto const isSpace = [](wchar unit) {
+                    return unit == KVW(' ') || (unit >= KVW('\t') && unit <= KVW('\r'));
+                  };
+                  return boost::algorithm::trim_copy_if(text, isSpace);
+                }))
+      .add(PEER("QString", [a = make<QString>(text)] { return a.trimmed(); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a).trim(); }));
 }
 
 void addStartsAndEnds() {
@@ -177,28 +174,28 @@ void addStartsAndEnds() {
   Row("storage: startsWith, 8 of 60")
       .add("KVBase", [a = make<String>(text), b = make<String>(start)] { return a.startsWith(b); })
       .add("u16string", [text, start] { return text.compare(0, start.size(), start) == 0; })
-      .add("QString", [a = make<QString>(text), b = make<QString>(start)] { return a.startsWith(b); })
-      .add("UnicodeString",
-           [a = make<UnicodeString>(text), b = make<UnicodeString>(start)] { return a.startsWith(b) != 0; });
+      .add(PEER("QString", [a = make<QString>(text), b = make<QString>(start)] { return a.startsWith(b); }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), b = make<UnicodeString>(start)] { return a.startsWith(b) != 0; }));
   Row("storage: endsWith, 8 of 60")
       .add("KVBase", [a = make<String>(text), b = make<String>(end)] { return a.endsWith(b); })
       .add("u16string", [text, end] { return text.compare(text.size() - end.size(), end.size(), end) == 0; })
-      .add("QString", [a = make<QString>(text), b = make<QString>(end)] { return a.endsWith(b); })
-      .add("UnicodeString",
-           [a = make<UnicodeString>(text), b = make<UnicodeString>(end)] { return a.endsWith(b) != 0; });
+      .add(PEER("QString", [a = make<QString>(text), b = make<QString>(end)] { return a.endsWith(b); }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), b = make<UnicodeString>(end)] { return a.endsWith(b) != 0; }));
   Row("storage: endsWith ignoring case, 8 of 60")
       .add("KVBase", [a = make<String>(text), b = make<String>(shouted)] { return a.endsWith(b, true); })
       .add("towlower loop",
            [text, shouted] { return lowerOrder(text.substr(text.size() - shouted.size()), shouted).value == 0; })
-      .add("QString",
-           [a = make<QString>(text), b = make<QString>(shouted)] { return a.endsWith(b, Qt::CaseInsensitive); })
-      .add("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(shouted)] {
+      .add(PEER("QString",
+                [a = make<QString>(text), b = make<QString>(shouted)] { return a.endsWith(b, Qt::CaseInsensitive); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text), b = make<UnicodeString>(shouted)] {
         return a.caseCompare(a.length() - b.length(), b.length(), b, U_FOLD_CASE_DEFAULT) == 0;
-      });
+      }));
 }
 
 // The sum in a block of exactly the needed size.
-u16string appended(u16string const& text, char16_t unit) {
+u16string appended(u16string const& text, wchar unit) {
   u16string result;
   result.reserve(text.size() + 1);
   result = text;
@@ -209,29 +206,29 @@ u16string appended(u16string const& text, char16_t unit) {
 void addAppend() {
   u16string const text = sampleText(100);
   Row("storage: append a unit to 100, new block")
-      .add("KVBase", [a = make<String>(text)] { return a + u'x'; })
-      .add("u16string exact", [text] { return appended(text, u'x'); })
-      .add("u16string", [text] { return text + u'x'; })
-      .add("QString", [a = make<QString>(text)] { return QString(a + QChar(u'x')); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return a + u'x'; })
-      .add("floor", [text] { return BareText(text.data(), text.size(), u"x", 1); });
+      .add("KVBase", [a = make<String>(text)] { return a + KVW('x'); })
+      .add("u16string exact", [text] { return appended(text, KVW('x')); })
+      .add("u16string", [text] { return text + KVW('x'); })
+      .add(PEER("QString", [a = make<QString>(text)] { return QString(a + QChar(KVW('x'))); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return a + KVW('x'); }))
+      .add("floor", [text] { return BareText(text.data(), text.size(), KVW("x"), 1); });
   // The receiver still holds the previous result, whose block is freed.
   Row("storage: append a unit to 100, receiver replaced")
-      .add("KVBase", [a = make<String>(text), r = String()]() mutable { return (r = a + u'x').length(); })
+      .add("KVBase", [a = make<String>(text), r = String()]() mutable { return (r = a + KVW('x')).length(); })
       .add("u16string exact",
            [text, r = u16string()]() mutable {
-             r = appended(text, u'x');
+             r = appended(text, KVW('x'));
              return static_cast<int>(r.size());
            })
-      .add("QString",
-           [a = make<QString>(text), r = QString()]() mutable {
-             r = a + QChar(u'x');
-             return static_cast<int>(r.size());
-           })
-      .add("UnicodeString", [a = make<UnicodeString>(text), r = UnicodeString()]() mutable {
-        r = a + u'x';
+      .add(PEER("QString",
+                [a = make<QString>(text), r = QString()]() mutable {
+                  r = a + QChar(KVW('x'));
+                  return static_cast<int>(r.size());
+                }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text), r = UnicodeString()]() mutable {
+        r = a + KVW('x');
         return r.length();
-      });
+      }));
 }
 
 void addConcatenation() {
@@ -248,14 +245,14 @@ void addConcatenation() {
 void addStringStorage() {
   for (int size : kSizes) addConstruction(size);
   addSharing();
-  addEquality("storage: equality, other length", sampleText(50), sampleText(50) + u"x");
+  addEquality("storage: equality, other length", sampleText(50), sampleText(50) + KVW("x"));
   addEquality("storage: equality, early difference", sampleText(50), differingAt(sampleText(50), 0));
   for (int size : kSizes) addComparison(size);
   for (int size : kSizes) addComparisonsIgnoringCase(size);
   addSubstr(100);
   addSubstr(5000);
   addWholeSubstr();
-  addTrim("storage: trim, 3 + 3 of 50", u"   " + sampleText(44) + u"   ");
+  addTrim("storage: trim, 3 + 3 of 50", KVW("   ") + sampleText(44) + KVW("   "));
   addTrim("storage: trim, nothing to cut", sampleText(50));
   addStartsAndEnds();
   addAppend();

@@ -53,8 +53,9 @@ NarrowText narrowText(double value) {
   return text;
 }
 
-QString qtText(double value) {
-  return QString::number(value, 'g', precisionOf(value));
+template <class Text>
+Text qtText(double value) {
+  return Text::number(value, 'g', precisionOf(value));
 }
 
 // --- Formatting ------------------------------------------------------------------------------------------------------
@@ -72,7 +73,7 @@ void addFormatInt() {
              NarrowText const text = narrowText(kNumber);
              return widened(text.chars, text.size);
            })
-      .add("QString", [] { return QString::number(kNumber); });
+      .add(PEER("QString", [] { return QString::number(kNumber); }));
 }
 
 // The text followed by the number, in a block of exactly the needed size.
@@ -85,12 +86,12 @@ u16string exactSum(u16string const& text, Value value) {
   return result;
 }
 
-template <class Value>
-UnicodeString icuSum(UnicodeString const& text, Value value) {
+template <class Text, class Value>
+Text icuSum(Text const& text, Value value) {
   NarrowText const number = narrowText(value);
-  char16_t units[sizeof number.chars];
+  wchar units[sizeof number.chars];
   std::copy_n(number.chars, number.size, units);
-  return UnicodeString(text).append(units, 0, static_cast<int>(number.size));
+  return Text(text).append(units, 0, static_cast<int>(number.size));
 }
 
 template <class Value>
@@ -105,8 +106,8 @@ void addAppendInt() {
   Row("format: append int to 100")
       .add("KVBase", [a = make<String>(text)] { return kvSum(a, kNumber); })
       .add("u16string exact", [text] { return exactSum(text, kNumber); })
-      .add("QString", [a = make<QString>(text)] { return QString(a + QString::number(kNumber)); })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] { return icuSum(a, kNumber); });
+      .add(PEER("QString", [a = make<QString>(text)] { return QString(a + QString::number(kNumber)); }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return icuSum(a, kNumber); }));
 }
 
 // Returns another double on each call, so that no branch can be predicted from the previous call.
@@ -141,7 +142,8 @@ void addFormatDoubles() {
     NarrowText const number = narrowText(value);
     require(plain(kvSum(String(), value)) == widened(number.chars, number.size),
             "doubles: KVBase formats like to_chars");
-    require(plain(qtText(value)) == widened(number.chars, number.size), "doubles: QString formats like to_chars");
+    require(PEER(plain(qtText<QString>(value)) == widened(number.chars, number.size),
+                 "doubles: QString formats like to_chars"));
   }
   Row("format: double to text")
       .add("KVBase", [next = Cycle(values)]() mutable { return kvSum(String(), next()); })
@@ -150,13 +152,14 @@ void addFormatDoubles() {
              NarrowText const number = narrowText(next());
              return widened(number.chars, number.size);
            })
-      .add("QString", [next = Cycle(values)]() mutable { return qtText(next()); });
+      .add(PEER("QString", [next = Cycle(values)]() mutable { return qtText<QString>(next()); }));
   Row("format: append double to 100")
       .add("KVBase", [a = make<String>(text), next = Cycle(values)]() mutable { return kvSum(a, next()); })
       .add("u16string exact", [text, next = Cycle(values)]() mutable { return exactSum(text, next()); })
-      .add("QString", [a = make<QString>(text), next = Cycle(values)]() mutable { return QString(a + qtText(next())); })
-      .add("UnicodeString",
-           [a = make<UnicodeString>(text), next = Cycle(values)]() mutable { return icuSum(a, next()); });
+      .add(PEER("QString", [a = make<QString>(text),
+                            next = Cycle(values)]() mutable { return QString(a + qtText<QString>(next())); }))
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), next = Cycle(values)]() mutable { return icuSum(a, next()); }));
 }
 
 void addPrintf() {
@@ -166,16 +169,16 @@ void addPrintf() {
       .add("KVBase",
            [a = make<String>(name), b = make<String>(other)] {
              String result;
-             result.printf(u"%ls %ls %08x", a, b, 0xbeef);
+             result.printf(KVW("%ls %ls %08x"), a, b, 0xbeef);
              return result;
            })
-      .add("QString::asprintf",
-           [a = make<QString>(name), b = make<QString>(other)] {
-             return QString::asprintf("%ls %ls %08x", qUtf16Printable(a), qUtf16Printable(b), 0xbeefu);
-           })
-      .add("QString::arg", [a = make<QString>(name), b = make<QString>(other), format = QString("%1 %2 %3")] {
-        return format.arg(a, b, QString("%1").arg(0xbeef, 8, 16, QChar(u'0')));
-      });
+      .add(PEER("QString::asprintf",
+                [a = make<QString>(name), b = make<QString>(other)] {
+                  return QString::asprintf("%ls %ls %08x", qUtf16Printable(a), qUtf16Printable(b), 0xbeefu);
+                }))
+      .add(PEER("QString::arg", [a = make<QString>(name), b = make<QString>(other), format = QString("%1 %2 %3")] {
+        return format.arg(a, b, QString("%1").arg(0xbeef, 8, 16, QChar(KVW('0'))));
+      }));
 }
 
 // --- Parsing ---------------------------------------------------------------------------------------------------------
@@ -215,7 +218,8 @@ int bareInt(u16string const& text) {
   BareShare const copy(ownersOfText);
   BareShare const rest(ownersOfEmpty);
   int value = 0;
-  for (char16_t const* unit = text.c_str(); *unit >= u'0' && *unit <= u'9'; ++unit) value = value * 10 + (*unit - u'0');
+  for (wchar const* unit = text.c_str(); *unit >= KVW('0') && *unit <= KVW('9'); ++unit)
+    value = value * 10 + (*unit - KVW('0'));
   return value;
 }
 
@@ -227,7 +231,7 @@ double bareDouble(u16string const& text) {
   std::copy(text.begin(), text.end(), chars);
   double value = 0;
   std::from_chars(chars, chars + text.size(), value);
-  benchmark::DoNotOptimize(BareText(u"", 0));
+  benchmark::DoNotOptimize(BareText(KVW(""), 0));
   return value;
 }
 
@@ -237,8 +241,8 @@ void addParseInt() {
   Row("parse: int")
       .add("KVBase", [a = make<String>(text)] { return extracted<int>(a); })
       .add("from_chars (8 bits)", [narrow] { return fromChars<int>(narrow.data(), narrow.data() + narrow.size()); })
-      .add("QStringView", [a = make<QString>(text)] { return QStringView(a).toInt(); })
-      .add("QString", [a = make<QString>(text)] { return a.toInt(); })
+      .add(PEER("QStringView", [a = make<QString>(text)] { return QStringView(a).toInt(); }))
+      .add(PEER("QString", [a = make<QString>(text)] { return a.toInt(); }))
       .add("floor", [text] { return bareInt(text); });
 }
 
@@ -254,7 +258,7 @@ void addParseDouble() {
     double const value = fromChars<double>(narrow.data(), narrow.data() + narrow.size());
     u16string const text = widened(narrow.data(), narrow.size());
     require(bits(extracted<double>(make<String>(text))) == bits(value), "parse: KVBase parses doubles like from_chars");
-    require(bits(make<QString>(text).toDouble()) == bits(value), "parse: QString parses doubles like from_chars");
+    require(PEER(bits(make<QString>(text).toDouble()) == bits(value), "parse: QString parses doubles like from_chars"));
   }
   std::string const narrow = "1234.56789012";
   u16string const text = widened(narrow.data(), narrow.size());
@@ -263,8 +267,8 @@ void addParseDouble() {
       .add("KVBase", [a = make<String>(text), whole] { return whole(extracted<double>(a)); })
       .add("from_chars (8 bits)",
            [narrow, whole] { return whole(fromChars<double>(narrow.data(), narrow.data() + narrow.size())); })
-      .add("QStringView", [a = make<QString>(text), whole] { return whole(QStringView(a).toDouble()); })
-      .add("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); })
+      .add(PEER("QStringView", [a = make<QString>(text), whole] { return whole(QStringView(a).toDouble()); }))
+      .add(PEER("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); }))
       .add("floor", [text, whole] { return whole(bareDouble(text)); });
 }
 
@@ -274,10 +278,10 @@ struct FrontInt {
   std::size_t size;
 };
 
-FrontInt frontInt(std::u16string_view text) {
-  char digits[12];
+FrontInt frontInt(std::basic_string_view<wchar> text) {
+  char digits[12] = {};
   std::size_t size = 0;
-  while (size < text.size() && size < sizeof digits && text[size] >= u'0' && text[size] <= u'9') {
+  while (size < text.size() && size < sizeof digits && text[size] >= KVW('0') && text[size] <= KVW('9')) {
     digits[size] = static_cast<char>(text[size]);
     ++size;
   }
@@ -301,17 +305,17 @@ void addExtractInt(int size) {
              require(number.value == 12345, "extract: the value of u16string");
              return text.substr(number.size);
            })
-      .add("QString",
-           [a = make<QString>(text)] {
-             qsizetype const end = a.indexOf(QChar(u' '));
-             require(QStringView(a).left(end).toInt() == 12345, "extract: the value of QString");
-             return a.mid(end);
-           })
-      .add("UnicodeString", [a = make<UnicodeString>(text)] {
+      .add(PEER("QString",
+                [a = make<QString>(text)] {
+                  qsizetype const end = a.indexOf(QChar(KVW(' ')));
+                  require(QStringView(a).left(end).toInt() == 12345, "extract: the value of QString");
+                  return a.mid(end);
+                }))
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] {
         FrontInt const number = frontInt({a.getBuffer(), static_cast<std::size_t>(a.length())});
         require(number.value == 12345, "extract: the value of UnicodeString");
         return UnicodeString(a, static_cast<int>(number.size));
-      });
+      }));
 }
 
 }  // namespace

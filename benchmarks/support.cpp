@@ -13,20 +13,8 @@ u16string plain(String const& text) {
   return u16string(static_cast<wchar const*>(text), static_cast<std::size_t>(text.length()));
 }
 
-u16string plain(QString const& text) {
-  return text.toStdU16String();
-}
-
-u16string plain(UnicodeString const& text) {
-  return u16string(text.getBuffer(), static_cast<std::size_t>(text.length()));
-}
-
 u16string plain(std::string const& text) {
   return u16string(text.begin(), text.end());
-}
-
-u16string plain(QByteArray const& text) {
-  return plain(text.toStdString());
 }
 
 u16string plain(char const* text) {
@@ -55,13 +43,13 @@ void failPremise(char const* premise) {
 }
 
 u16string withSlashes(u16string text) {
-  std::replace(text.begin(), text.end(), u'\\', u'/');
+  std::replace(text.begin(), text.end(), KVW('\\'), KVW('/'));
   return text;
 }
 
 u16string sampleText(int length, unsigned int seed) {
-  static constexpr char16_t kLetters[] =
-      u"eeeeeeeeeeeetttttttttaaaaaaaaoooooooiiiiiiinnnnnnnsssssshhhhhhrrrrrrddddllllcccuuummmwwffggyyppbvk";
+  static constexpr wchar kLetters[] =
+      KVW("eeeeeeeeeeeetttttttttaaaaaaaaoooooooiiiiiiinnnnnnnsssssshhhhhhrrrrrrddddllllcccuuummmwwffggyyppbvk");
   std::mt19937 random(seed);
   u16string text;
   for (int i = 0; i < length; ++i) text += kLetters[random() % (sizeof kLetters / sizeof kLetters[0] - 1)];
@@ -71,22 +59,10 @@ u16string sampleText(int length, unsigned int seed) {
 void Row::expect(std::unique_ptr<u16string>& expected, u16string result, std::string const& label) {
   if (expected == nullptr) expected = std::make_unique<u16string>(result);
   if (*expected == result) return;
-  auto const shown = [](u16string const& text) { return QString::fromStdU16String(text).toStdString(); };
+  auto const shown = [](u16string const& text) { return std::string(make<String>(text).stringUTF8()); };
   std::fprintf(stderr, "%s gives \"%s\", but an earlier contestant gave \"%s\"\n", label.c_str(), shown(result).c_str(),
                shown(*expected).c_str());
   std::exit(1);
-}
-
-Row& Row::addOnce(char const* contestant, FreshProcesses const& processes, std::size_t work) {
-  auto const run = [expected = expected_, label = label(contestant), &processes, work](benchmark::State& state) {
-    for (auto _ : state) {
-      FreshProcesses::Result const result = processes.run(work);
-      state.SetIterationTime(result.seconds);
-      expect(*expected, u16string(result.text.begin(), result.text.end()), label);
-    }
-  };
-  benchmark::RegisterBenchmark(label(contestant).c_str(), run)->UseManualTime();
-  return *this;
 }
 
 }  // namespace bench

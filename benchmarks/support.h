@@ -4,8 +4,9 @@
 //
 //   Row("storage: a + b, 50 + 50")
 //       .add("KVBase", [a = String(text), b = String(text)] { return a + b; })
-//       .add("QString", [a = QString(text), b = QString(text)] { return QString(a + b); });
+//       .add(PEER("QString", [a = QString(text), b = QString(text)] { return QString(a + b); }));
 //
+// PEER is around a contestant that only Linux has; on Windows it is none.
 // Each call of add adds a contestant; the first is KVBase. Before the work of a contestant is timed, it is run once and
 // its result is converted to a text. The program ends with a message if two contestants of a row give different texts.
 //
@@ -15,26 +16,17 @@
 #pragma once
 
 #include <benchmark/benchmark.h>
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
 
-#include <QByteArray>
-#include <QString>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "benchmarks/fresh_processes.h"
-#include "kvbase/kvbase.h"
+#include "benchmarks/texts.h"
+#include "peers.h"
 
 namespace KV_1_1 {
 namespace bench {
-
-using icu::UnicodeString;
-using std::u16string;
 
 void addStringStorage();
 void addStringSearch();
@@ -47,90 +39,34 @@ void addDiskChanges();
 void addModules();
 void addModuleStart();
 void addSymbols();
-void addDiagnostics();
+void addCallStack();
+void addDiagnostics();  // on Linux only
 
-// The result of a comparison, of which only the sign is significant.
-struct Order {
-  int value;
-};
+// Called before the first measurement: what makes one measurement in this process like the next.
+void steadyProcess();
 
-// Results converted to texts, to compare them.
-u16string plain(String const& text);
-u16string plain(QString const& text);
-u16string plain(UnicodeString const& text);
-u16string plain(std::string const& text);
-u16string plain(QByteArray const& text);
-// Without this overload a pointer would convert to bool.
-u16string plain(char const* text);
-u16string plain(u16string const& text);
-u16string plain(std::shared_ptr<u16string const> const& text);
-u16string plain(Order order);
-u16string plain(long long number);
-inline u16string plain(int number) {
-  return plain(static_cast<long long>(number));
-}
-inline u16string plain(bool truth) {
-  return plain(truth ? 1LL : 0LL);
-}
+// Stands for a contestant that this system does not have: see PEER in peers.h.
+struct Absent {};
 
 [[noreturn]] void failPremise(char const* premise);
 // Ends the program with a message if an assumption of the rows does not hold.
 inline void require(bool holds, char const* premise) {
   if (!holds) failPremise(premise);
 }
+inline void require(Absent) {}
 
-// Contestants return path texts with either separator; the comparison uses slashes.
-u16string withSlashes(u16string text);
-
-// `length` random lower-case letters, about as frequent as in English; j, q, x and z never occur. The same seed gives
-// the same text.
-u16string sampleText(int length, unsigned int seed = 1);
-
-// A text of any of the four classes with these units. Texts of two calls share no storage.
-template <class Text>
-Text make(u16string const& units) {
-  return Text(units.data(), static_cast<int>(units.size()));
-}
-template <>
-inline QString make<QString>(u16string const& units) {
-  return QString(reinterpret_cast<QChar const*>(units.data()), static_cast<qsizetype>(units.size()));
-}
-template <>
-inline u16string make<u16string>(u16string const& units) {
-  return units;
-}
-
-// A text in one block from malloc behind a header, as KVBase keeps it, made and dropped bare: the work of a contestant
-// called "floor".
-class BareText {
- public:
-  BareText(char16_t const* text, std::size_t units, char16_t const* more = u"", std::size_t moreUnits = 0)
-      : block_(static_cast<Header*>(std::malloc(sizeof(Header) + (units + moreUnits + 1) * sizeof(char16_t)))) {
-    *block_ = {1, static_cast<unsigned int>(units + moreUnits), {nullptr, nullptr}};
-    std::memcpy(this->text(), text, units * sizeof(char16_t));
-    if (moreUnits != 0) std::memcpy(this->text() + units, more, moreUnits * sizeof(char16_t));
-    this->text()[units + moreUnits] = 0;
-  }
-  ~BareText() { std::free(block_); }
-  BareText(BareText const&) = delete;
-  BareText& operator=(BareText const&) = delete;
-
-  friend u16string plain(BareText const& text) { return u16string(text.text(), text.block_->units); }
-
- private:
-  struct Header {
-    unsigned int references;
-    unsigned int units;
-    char* narrow[2];
-  };
-  char16_t* text() const { return reinterpret_cast<char16_t*>(block_ + 1); }
-
-  Header* block_;
-};
+class FreshProcesses;  // on Linux only
 
 class Row {
  public:
   explicit Row(std::string name) : name_(std::move(name)) {}
+
+  // A peer that this system does not have adds nothing.
+  Row& add(Absent) { return *this; }
+  Row& addPath(Absent) { return *this; }
+  Row& addDestruction(Absent) { return *this; }
+  Row& addFresh(Absent) { return *this; }
+  Row& addOnce(Absent) { return *this; }
 
   // `work` is a function without arguments that returns the result.
   template <class Work>
@@ -226,8 +162,8 @@ template <class MakeWork>
 Row& addTexts(Row&& row, MakeWork makeWork) {
   return row.add("KVBase", makeWork(Tag<String>()))
       .add("u16string", makeWork(Tag<u16string>()))
-      .add("QString", makeWork(Tag<QString>()))
-      .add("UnicodeString", makeWork(Tag<UnicodeString>()));
+      .add(PEER("QString", makeWork(Tag<QString>())))
+      .add(PEER("UnicodeString", makeWork(Tag<UnicodeString>())));
 }
 
 }  // namespace bench

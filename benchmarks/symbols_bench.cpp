@@ -4,10 +4,6 @@
 //
 // The plain peer does what a program would write without further thought: a map by name that ignores case and a multimap by
 // number. Qt's has two hashes, by the lower-case name and by number.
-#include <dlfcn.h>
-
-#include <QHash>
-#include <QMultiHash>
 #include <algorithm>
 #include <charconv>
 #include <cwctype>
@@ -33,7 +29,7 @@ constexpr unsigned int kMissing = 0xFFFFFFFF;
 struct IgnoringCase {
   bool operator()(u16string const& a, u16string const& b) const {
     return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(),
-                                        [](char16_t x, char16_t y) { return std::towlower(x) < std::towlower(y); });
+                                        [](wchar x, wchar y) { return std::towlower(x) < std::towlower(y); });
   }
 };
 
@@ -97,6 +93,8 @@ class PlainTable {
   std::multimap<unsigned int, u16string> valueToSymbols_;
 };
 
+// Of Qt's text, hash and hash with several values for a key.
+template <class Text, class Numbers, class Names>
 class QtTable {
  public:
   void parse(std::istream& stream) {
@@ -104,16 +102,16 @@ class QtTable {
     while (std::getline(stream, line)) {
       Definition const definition = definitionOf(line);
       if (definition.name.empty() || definition.name.substr(0, 4) == "_APS") continue;
-      QString const name = textOf(definition.name);
+      Text const name = textOf(definition.name);
       unsigned int number = 0;
       if (!isNumber(definition.value, number)) number = lookup(textOf(definition.value));
-      QString const key = name.toLower();
+      Text const key = name.toLower();
       if (symbolToValue_.contains(key)) continue;
       symbolToValue_.insert(key, number);
       valueToSymbols_.insert(number, name);
     }
   }
-  unsigned int lookup(QString const& name) const { return symbolToValue_.value(name.toLower(), kMissing); }
+  unsigned int lookup(Text const& name) const { return symbolToValue_.value(name.toLower(), kMissing); }
   std::set<u16string, IgnoringCase> namesOf(unsigned int number) const {
     std::set<u16string, IgnoringCase> names;
     auto const range = valueToSymbols_.equal_range(number);
@@ -122,12 +120,10 @@ class QtTable {
   }
 
  private:
-  static QString textOf(std::string_view text) {
-    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
-  }
+  static Text textOf(std::string_view text) { return Text::fromLatin1(text.data(), static_cast<int>(text.size())); }
 
-  QHash<QString, unsigned int> symbolToValue_;
-  QMultiHash<unsigned int, QString> valueToSymbols_;
+  Numbers symbolToValue_;
+  Names valueToSymbols_;
 };
 
 // --- Texts ---------------------------------------------------------------------------------------------------------------
@@ -188,8 +184,8 @@ u16string answers(Table const& table, std::vector<Name> const& names) {
   u16string text;
   for (std::size_t i = 0; i < names.size(); i += 1 + names.size() / 100) {
     unsigned int const number = table.lookup(names[i]);
-    text += plain(static_cast<long long>(number)) + u':';
-    for (auto const& name : table.namesOf(number)) text += plain(name) + u' ';
+    text += plain(static_cast<long long>(number)) + KVW(':');
+    for (auto const& name : table.namesOf(number)) text += plain(name) + KVW(' ');
   }
   return text;
 }
@@ -227,7 +223,9 @@ void addParsing(std::string const& name, std::string const& text, std::vector<st
   Row(name)
       .add("KVBase", parsing<KvTable, String>(text, names))
       .add("std::map", parsing<PlainTable, u16string>(text, names))
-      .add("QHash", parsing<QtTable, QString>(text, names));
+      .add(PEER("QHash",
+                parsing<QtTable<QString, QHash<QString, unsigned int>, QMultiHash<unsigned int, QString>>, QString>(
+                    text, names)));
 }
 
 template <class Table, class Name>
@@ -244,15 +242,15 @@ void addLookup(std::string const& name, std::string const& text, std::vector<std
   Row(name)
       .add("KVBase", lookingUp<KvTable, String>(text, names))
       .add("std::map", lookingUp<PlainTable, u16string>(text, names))
-      .add("QHash", lookingUp<QtTable, QString>(text, names));
+      .add(PEER("QHash",
+                lookingUp<QtTable<QString, QHash<QString, unsigned int>, QMultiHash<unsigned int, QString>>, QString>(
+                    text, names)));
 }
 
 // The text of the library's own header.
 std::string stockHeader() {
-  Dl_info library = {};
-  dladdr(reinterpret_cast<void const*>(&BaseNode::Class), &library);
-  HINSTANCE const module = static_cast<HINSTANCE>(library.dli_fbase);
-  HRSRC const resource = platform::modules().findResource(module, u"RESOURCE.H", u"METADATA");
+  HINSTANCE const module = platform::modules().moduleOf(reinterpret_cast<void const*>(&BaseNode::Class));
+  HRSRC const resource = platform::modules().findResource(module, KVW("RESOURCE.H"), KVW("METADATA"));
   require(resource != nullptr, "symbols: the library has its header");
   platform::ResourceBytes const bytes = platform::modules().resourceBytes(module, resource);
   return std::string(static_cast<char const*>(bytes.data), bytes.size);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "benchmarks/fresh_processes.h"
+#include "fresh_processes.h"
 
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -66,6 +66,18 @@ FreshProcesses::Result FreshProcesses::run(std::size_t work) const {
   require(send(socket_, &work, sizeof work, MSG_NOSIGNAL) == sizeof work, "the work can be asked for");
   require(recv(socket_, &message, sizeof message, 0) == sizeof message, "the work has been done");
   return {message.seconds, message.text};
+}
+
+Row& Row::addOnce(char const* contestant, FreshProcesses const& processes, std::size_t work) {
+  auto const run = [expected = expected_, label = label(contestant), &processes, work](benchmark::State& state) {
+    for (auto _ : state) {
+      FreshProcesses::Result const result = processes.run(work);
+      state.SetIterationTime(result.seconds);
+      expect(*expected, u16string(result.text.begin(), result.text.end()), label);
+    }
+  };
+  benchmark::RegisterBenchmark(label(contestant).c_str(), run)->UseManualTime();
+  return *this;
 }
 
 }  // namespace bench

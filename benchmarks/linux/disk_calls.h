@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+//
+// The calls of the system that the rows of the disk have to make, and contestants that only Linux has.
+#pragma once
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <fts.h>
+#include <spawn.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "benchmarks/support.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+// What the two searches of each folder cost bare, one for its files and one for the folders in it: the calls of the
+// system, and for each file the three blocks that a File takes.
+struct BareFile {
+  std::vector<wchar> baseName, extension;
+};
+
+template <class Visit>
+inline void visitEntries(std::string const& folder, Visit visit) {
+  int const directory = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  alignas(dirent64) char buffer[32768];
+  for (ssize_t size; (size = getdents64(directory, buffer, sizeof buffer)) > 0;) {
+    for (char const* at = buffer; at < buffer + size;) {
+      dirent64 const& entry = *reinterpret_cast<dirent64 const*>(at);
+      visit(entry);
+      at += entry.d_reclen;
+    }
+  }
+  close(directory);
+}
+
+inline void collectBare(std::string const& folder, std::vector<std::unique_ptr<BareFile>>& files) {
+  visitEntries(folder, [&](dirent64 const& entry) {
+    if (entry.d_type == DT_DIR) return;
+    char const* const end = entry.d_name + strlen(entry.d_name);
+    char const* const dot = std::find(entry.d_name, end, '.');
+    files.emplace_back(new BareFile{{entry.d_name, dot}, {dot, end}});
+  });
+  visitEntries(folder, [&](dirent64 const& entry) {
+    bool const isDots = strcmp(entry.d_name, ".") == 0 || strcmp(entry.d_name, "..") == 0;
+    if (entry.d_type == DT_DIR && !isDots) collectBare(folder + '/' + entry.d_name, files);
+  });
+}
+
+inline int collectedBare(std::string const& root) {
+  std::vector<std::unique_ptr<BareFile>> files;
+  collectBare(root, files);
+  return static_cast<int>(files.size());
+}
+
+inline bool existsBare(char const* path) {
+  struct statx status;
+  return statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
+}
+
+// The calls of a removal and no more: what a folder is, whether it may change, its folders, its files; for each file whether
+// it may change, twice, since the call that removes it asks by itself.
+struct RemovalCalls {
+  static bool removeTree(std::string const& folder) {
+    bool removed = isThere(folder) && isThere(folder);
+    for (std::string const& name : namesOf(folder, DT_DIR)) removed = removeTree(folder + name + '/') && removed;
+    for (std::string const& name : namesOf(folder, DT_REG)) removed = removeFile(folder + name) && removed;
+    return rmdir(folder.c_str()) == 0 && removed;
+  }
+
+ private:
+  static bool isThere(std::string const& path) {
+    struct statx status;
+    return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
+  }
+  static bool removeFile(std::string const& path) {
+    struct stat status;
+    return isThere(path) && fstatat(AT_FDCWD, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           unlink(path.c_str()) == 0;
+  }
+  static std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {
+    std::vector<std::string> names;
+    DIR* const entries = opendir(folder.c_str());
+    require(entries != nullptr, "the folder can be read");
+    while (dirent const* const entry = readdir(entries)) {
+      bool const isDots = strcmp(entry->d_name, ".") == 0 || strcmp(entry->d_name, "..") == 0;
+      if (entry->d_type == type && !isDots) names.push_back(entry->d_name);
+    }
+    closedir(entries);
+    return names;
+  }
+};
+
+// --- Contestants that only Linux has --------------------------------------------------------------------------------------
+
+inline int collectedByFts(std::string const& root) {
+  std::vector<std::string> files;
+  char* const roots[] = {const_cast<char*>(root.c_str()), nullptr};
+  FTS* const walk = fts_open(roots, FTS_PHYSICAL | FTS_NOSTAT, nullptr);
+  while (FTSENT const* entry = fts_read(walk)) {
+    if (entry->fts_info == FTS_F || entry->fts_info == FTS_NSOK)
+      files.emplace_back(entry->fts_path, entry->fts_pathlen);
+  }
+  fts_close(walk);
+  return static_cast<int>(files.size());
+}
+
+template <class Kept>
+inline int collectedByQt(std::string const& root, Kept (QDirIterator::*kept)() const) {
+  std::vector<Kept> files;
+  QDirIterator walk(QString::fromStdString(root), QDir::Files | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+  while (walk.hasNext()) {
+    walk.next();
+    files.push_back((walk.*kept)());
+  }
+  return static_cast<int>(files.size());
+}
+
+inline bool runs(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  pid_t child;
+  int status = -1;
+  if (posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0) return false;
+  return waitpid(child, &status, 0) == child && status == 0;
+}
+
+inline bool copiedByQt(QString const& source, QString const& target) {
+  QDirIterator walk(source, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+  while (walk.hasNext()) {
+    walk.next();
+    QString const there = target + walk.filePath().mid(source.size());
+    if (walk.fileInfo().isDir() ? !QDir().mkpath(there) : !QFile::copy(walk.filePath(), there)) return false;
+  }
+  return true;
+}
+
+}  // namespace bench
+}  // namespace KV_1_1
