@@ -101,6 +101,11 @@ void addLargeCopy() {
                 })
       .addFresh("std", 1, emptyFolder,
                 [](ScratchFolder const& target) { return fs::copy_file(largeFile(), target.path("large.dat")); })
+      .addFresh(WINDOWS_PEER("its calls", 1, emptyFolder,
+                             [](ScratchFolder const& target) {
+                               fs::path const copy = target.path("large.dat");
+                               return CopyFileW(fs::path(largeFile()).c_str(), copy.c_str(), TRUE) != 0;
+                             }))
       .addFresh(PEER("QFile", 1, emptyFolder,
                      [](ScratchFolder const& target) {
                        return QFile::copy(QString::fromStdString(largeFile()),

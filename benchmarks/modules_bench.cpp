@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "benchmarks/support.h"
+#include "kvbase/platform/module_api.h"
 
 namespace KV_1_1 {
 namespace bench {
@@ -34,10 +35,16 @@ void addModules() {
              auto const found = libraryModule().getResource(name, KVW("METADATA"), /*localized=*/false, nullptr);
              return Bytes{found.first, found.second};
            })
-      .add(PEER("QResource", [name = QString(":/resource.h")] {
-        QResource const found(name);
-        return Bytes{found.data(), static_cast<std::size_t>(found.size())};
-      }));
+      .add(PEER("QResource",
+                [name = QString(":/resource.h")] {
+                  QResource const found(name);
+                  return Bytes{found.data(), static_cast<std::size_t>(found.size())};
+                }))
+      .add(WINDOWS_PEER("its calls",
+                        [module = platform::modules().moduleOf(reinterpret_cast<void const*>(&BaseNode::Class))] {
+                          HRSRC const found = FindResourceW(module, L"RESOURCE.H", L"METADATA");
+                          return Bytes{LockResource(LoadResource(module, found)), SizeofResource(module, found)};
+                        }));
 }
 
 }  // namespace bench

@@ -96,6 +96,8 @@ void addEquality() {
       .add("KVBase",
            [a = DirectoryPtr(Directory::fromString(text(lower))),
             b = DirectoryPtr(Directory::fromString(text(upper)))] { return a->equals(b) == FileSystemItem::Equal; })
+      .add(WINDOWS_PEER("_wcsicmp", [a = bench::plain(lower),
+                                     b = bench::plain(upper)] { return _wcsicmp(a.c_str(), b.c_str()) == 0; }))
       .add(PEER("QString", [a = QString::fromStdString(lower),
                             b = QString::fromStdString(upper)] { return a.compare(b, Qt::CaseInsensitive) == 0; }))
       .add(PEER("UnicodeString",

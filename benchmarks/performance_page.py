@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Writes docs/performance.md and its pictures from the results of one run of the benchmarks."""
+"""Writes docs/performance.md and its pictures from the results of one run of the benchmarks, and of one on Windows."""
 import collections
 import html
 import math
@@ -7,9 +7,10 @@ import pathlib
 import platform
 import subprocess
 
+import windows_comparison
+
 # Rows whose ratio to the fastest peer is above this are told to be behind it.
 BEHIND = 1.10
-REASONS = pathlib.Path(__file__).with_name("reasons.tsv")
 PEERS = {"Boost": "libboost-dev", "ICU": "libicu-dev", "Poco": "libpoco-dev", "Qt": "qt6-base-dev", "libdw": "libdw1",
          "libunwind": "libunwind8", "libstdc++": "libstdc++6", "glibc": "libc6"}
 
@@ -88,8 +89,9 @@ def machine():
             f"{platform.machine()}; g++ {compiler}. {peers}.")
 
 
-def reasons():
-    lines = REASONS.read_text(encoding="utf-8").splitlines()
+def read_reasons(name):
+    """{row: reason} of a file beside this one."""
+    lines = pathlib.Path(__file__).with_name(name).read_text(encoding="utf-8").splitlines()
     return dict(line.split("\t") for line in lines if line and not line.startswith("#"))
 
 
@@ -103,20 +105,19 @@ def table(rows, floors):
                f"{'' if floor is None else f'{floor:.2f}'} |")
 
 
-def losses(found):
-    known = reasons()
+def losses(found, reasons):
     for group, rows in found.items():
         for result in rows:
             if ratio(result) > BEHIND:
-                reason = known.get(result.goal.row, "There is room for improvement.")
+                reason = reasons.get(result.goal.row, "There is room for improvement.")
                 yield f"- **{result.goal.row}**: {ratio(result):.2f} of {result.best}. {reason}"
 
 
-def write(folder, results, floors):
+def write(folder, results, floors, reasons, on_windows):
     found = groups(results)
     pictures = folder / "performance"
     pictures.mkdir(parents=True, exist_ok=True)
-    behind = list(losses(found))
+    behind = list(losses(found, reasons))
     count = sum(len(rows) for rows in found.values())
     page = ["# Performance", "",
             "What KVBase costs beside other libraries that do the same job, measured in one run of `./kv bench --page`, which",
@@ -132,4 +133,6 @@ def write(folder, results, floors):
         (pictures / name).write_text(picture(rows), encoding="utf-8")
         page += [f"## {group.capitalize()}", "", f"![Ratios of the rows {group}](performance/{name})", "",
                  *table(rows, floors), ""]
+    if on_windows:
+        page += windows_comparison.section(on_windows)
     (folder / "performance.md").write_text("\n".join(page), encoding="utf-8")

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Compares the times of KVBase with those of its peers.
 
-    report.py [--json] [--page FOLDER] RESULTS.json...
+    report.py [--json] [--page FOLDER] [--windows WINDOWS.json] RESULTS.json...
 
 The results are JSON files of Google Benchmark. If files of several runs are given, each time is the median over all of
 them. Rows whose name ends in "(elapsed)" are judged by elapsed time, all others by processor time.
@@ -12,8 +12,10 @@ Prints a line for each goal of goals.tsv whose row was measured:
     near   missed by at most 15 %, which is how much such measurements vary
     short  missed
 
+--windows adds a table of the same rows on Windows, from a file of the driver there (see windows_comparison.py).
 --json prints the same as JSON instead, --page writes performance.md and its pictures into a folder.
-Exits with status 1 if a measured row has no goal, or if a goal names a peer that its row was not measured with.
+Exits with status 1 if a measured row has no goal, if a goal names a peer that its row was not measured with, or if a reason
+is given for a row without a goal.
 """
 import argparse
 import collections
@@ -23,6 +25,7 @@ import statistics
 import sys
 
 import performance_page
+import windows_comparison
 
 SPREAD = 1.15
 MANUAL = "/manual_time"  # the row measures the time itself, which is then reported as the elapsed one
@@ -98,10 +101,12 @@ def print_table(results):
     print(", ".join(f"{verdicts[result]} {result}" for result in ("ok", "near", "short")))
 
 
-def print_json(results):
+def print_json(results, on_windows):
+    windows = {row.row: windows_comparison.as_json(row) for row in on_windows}
     rows = [
         {"row": goal.row, "nanoseconds": {"KVBase": own, **times}, "peer": peer, "ratio": own / times[peer],
-         "goal": goal.ratio, "slack": goal.slack, "verdict": result}
+         "goal": goal.ratio, "slack": goal.slack, "verdict": result,
+         **({"windows": windows[goal.row]} if goal.row in windows else {})}
         for goal, own, times, peer, result, _ in results
     ]
     json.dump(rows, sys.stdout, indent=1)
@@ -113,13 +118,24 @@ def main():
     parser.add_argument("results", nargs="+")
     parser.add_argument("--json", action="store_true")
     parser.add_argument("--page", metavar="FOLDER", type=pathlib.Path)
+    parser.add_argument("--windows", metavar="WINDOWS.json")
     options = parser.parse_args()
     times = read_times(options.results)
-    faults = [f"no goal for the row '{row}'" for row in times.keys() - {goal.row for goal in read_goals()}]
+    known = {goal.row for goal in read_goals()}
+    reasons, reasons_windows = (performance_page.read_reasons(name) for name in ("reasons.tsv", "reasons_windows.tsv"))
+    faults = [f"no goal for the row '{row}'" for row in times.keys() - known]
+    faults += [f"a reason for the unknown row '{row}'" for row in (reasons.keys() | reasons_windows.keys()) - known]
     results = list(compare(times, faults))
-    (print_json if options.json else print_table)(results)
+    windows_times = read_times([options.windows]) if options.windows else {}
+    on_windows = list(windows_comparison.compare(windows_times, times, reasons_windows))
+    if options.json:
+        print_json(results, on_windows)
+    else:
+        print_table(results)
+        if on_windows:
+            windows_comparison.print_table(on_windows)
     if options.page:
-        performance_page.write(options.page, results, FLOORS)
+        performance_page.write(options.page, results, FLOORS, reasons, on_windows)
     for fault in faults:
         print(f"report.py: {fault}", file=sys.stderr)
     return 1 if faults else 0

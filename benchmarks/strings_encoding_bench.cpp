@@ -171,6 +171,17 @@ void addToPage(int size) {
   u16string const text = latinText(size);
   Row(sized("to a one-byte page", size))
       .add("KVBase", [a = make<String>(text)] { return encodedInPage(a); })
+      .add(WINDOWS_PEER("WideCharToMultiByte",
+                        [text] {
+                          int const units = static_cast<int>(text.size());
+                          auto const encode = [&](char* bytes, int capacity) {
+                            return WideCharToMultiByte(kWesternPage, 0, text.data(), units, bytes, capacity, nullptr,
+                                                       nullptr);
+                          };
+                          std::string bytes(static_cast<std::size_t>(encode(nullptr, 0)), '\0');
+                          encode(bytes.data(), static_cast<int>(bytes.size()));
+                          return bytes;
+                        }))
       .add(PEER("QString", [a = make<QString>(text)] { return a.toLatin1(); }))
       .add(PEER("UnicodeString", [a = make<UnicodeString>(text), converter = icuConverter("windows-1252")] {
         std::string bytes(static_cast<std::size_t>(a.length()), '\0');

@@ -7,6 +7,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cwchar>
 #include <random>
 #include <string>
 #include <string_view>
@@ -172,6 +173,13 @@ void addPrintf() {
              result.printf(KVW("%ls %ls %08x"), a, b, 0xbeef);
              return result;
            })
+      .add(WINDOWS_PEER("swprintf",
+                        [name, other] {
+                          wchar_t buffer[100];
+                          int const size =
+                              std::swprintf(buffer, 100, L"%ls %ls %08x", name.c_str(), other.c_str(), 0xbeefu);
+                          return u16string(buffer, buffer + size);
+                        }))
       .add(PEER("QString::asprintf",
                 [a = make<QString>(name), b = make<QString>(other)] {
                   return QString::asprintf("%ls %ls %08x", qUtf16Printable(a), qUtf16Printable(b), 0xbeefu);

@@ -6,7 +6,7 @@
 //       .add("KVBase", [a = String(text), b = String(text)] { return a + b; })
 //       .add(PEER("QString", [a = QString(text), b = QString(text)] { return QString(a + b); }));
 //
-// PEER is around a contestant that only Linux has; on Windows it is none.
+// PEER is around a contestant that only Linux has, WINDOWS_PEER around one that only Windows has.
 // Each call of add adds a contestant; the first is KVBase. Before the work of a contestant is timed, it is run once and
 // its result is converted to a text. The program ends with a message if two contestants of a row give different texts.
 //

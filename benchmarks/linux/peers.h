@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The libraries that KVBase is compared with on Linux, and what their contestants have in common. PEER(...) is the
-// contestant it holds; the file of that name for Windows makes it none.
+// contestant that it holds, WINDOWS_PEER(...) is none; in the file of this name for Windows it is the other way round.
 #pragma once
 
 #include <Poco/Path.h>
@@ -34,6 +34,7 @@
 #include "benchmarks/texts.h"
 
 #define PEER(...) __VA_ARGS__
+#define WINDOWS_PEER(...) KV_1_1::bench::Absent()
 
 namespace KV_1_1 {
 namespace bench {

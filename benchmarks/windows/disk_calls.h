@@ -3,8 +3,6 @@
 // The calls of the system that the rows of the disk have to make.
 #pragma once
 
-#include <windows.h>
-
 #include <algorithm>
 #include <memory>
 #include <string>

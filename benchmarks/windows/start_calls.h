@@ -3,8 +3,6 @@
 // The calls of the system that the start of a module with a translation has to make.
 #pragma once
 
-#include <windows.h>
-
 #include <io.h>
 #include <shellapi.h>
 #include <shlobj.h>

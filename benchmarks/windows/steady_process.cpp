@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include <windows.h>
-
 #include "benchmarks/support.h"
 
 namespace KV_1_1 {
