@@ -22,11 +22,10 @@ def verdict(ratio, linux_ratio, reason):
     return "reason" if reason else "short"
 
 
-def compare(times, linux_times, reasons):
-    """A Comparison for each row of `times`, {row: {contestant: nanoseconds}}, in its order on Linux."""
-    order = {row: place for place, row in enumerate(linux_times)}
-    for row in sorted(times, key=lambda row: order.get(row, len(order))):
-        peers = dict(times[row])
+def compare(rows, times, linux_times, reasons):
+    """A Comparison for each of the rows that is in `times`, {row: {contestant: nanoseconds}}."""
+    for row in rows:
+        peers = dict(times.get(row, {}))
         own = peers.pop("KVBase", None)
         if own is None:
             continue
