@@ -126,9 +126,11 @@ def main():
     faults = [f"no goal for the row '{row}'" for row in times.keys() - known.keys()]
     faults += [f"a reason for the unknown row '{row}'" for row in (reasons.keys() | reasons_windows.keys()) - known.keys()]
     results = list(compare(times, faults))
-    # The fastest repetition, because the driver there measures elapsed times, which other processes lengthen.
-    windows_times = read_times([options.windows], min) if options.windows else {}
-    on_windows = list(windows_comparison.compare(known, windows_times, times, reasons_windows))
+    on_windows = []
+    if options.windows:
+        # The fastest repetitions, because the driver there measures elapsed times, which other processes lengthen.
+        fastest, fastest_on_linux = read_times([options.windows], min), read_times(options.results, min)
+        on_windows = list(windows_comparison.compare(known, fastest, fastest_on_linux, reasons_windows))
     if options.json:
         print_json(results, on_windows)
     else:

@@ -62,11 +62,11 @@ def section(rows):
     judged = [row for row in rows if row.verdict]
     slower = [row for row in judged if row.verdict != "ok"]
     yield from ("## On Windows", "",
-                f"The same rows on the same machine, built by mingw-w64 and run by {wine}. Debian has no build of the other libraries",
-                "for Windows, so the peers are the standard library, plain C and the calls of the system. The table has the ratio to",
-                "the fastest of them that was measured on both systems, beside the same ratio on Linux. Wine's heap, files and",
-                "debug help are not those of Windows, so the times tell little about Windows itself; the ratios tell whether",
-                "KVBase loses there what it has on Linux.", "",
+                f"The same rows on the same machine, built by mingw-w64 and run by {wine}.",
+                "Debian has no build of the other libraries for Windows, so the peers are the standard library, plain C and the calls",
+                "of the system. The table has the ratio to the fastest of them that was measured on both systems, beside the same",
+                "ratio on Linux. Wine's heap, run time, files and debug help are not those of Windows, so the times tell little about",
+                "Windows itself; the ratios tell whether KVBase loses there what it has on Linux.", "",
                 f"The ratio is at most {LIMIT} times that on Linux in {len(judged) - len(slower)} of {len(judged)} rows.", "")
     for row in slower:
         reason = row.reason or "There is room for improvement."
