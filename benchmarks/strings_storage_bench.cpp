@@ -32,14 +32,16 @@ void addConstruction(int size) {
       .add("u16string", [text] { return u16string(text.c_str()); })
       .add(PEER("QString", [text] { return QString::fromUtf16(text.c_str()); }))
       .add(PEER("QString(QChar*)", [text] { return QString(reinterpret_cast<QChar const*>(text.c_str())); }))
-      .add(PEER("UnicodeString", [text] { return UnicodeString(text.c_str()); }));
+      .add(PEER("UnicodeString", [text] { return UnicodeString(text.c_str()); }))
+      .add("floor", [text] { return BareText(text.c_str(), std::char_traits<wchar>::length(text.c_str())); });
 
   int const batch = size <= 50 ? 1000 : 200;
   Row(sized("destroy (batch)", size))
       .addDestruction("KVBase", batch, [text] { return make<String>(text); })
       .addDestruction("u16string", batch, [text] { return make<u16string>(text); })
       .addDestruction(PEER("QString", batch, [text] { return make<QString>(text); }))
-      .addDestruction(PEER("UnicodeString", batch, [text] { return make<UnicodeString>(text); }));
+      .addDestruction(PEER("UnicodeString", batch, [text] { return make<UnicodeString>(text); }))
+      .addDestruction("floor", batch, [text] { return make<BareText>(text); });
 }
 
 void addSharing() {
@@ -47,7 +49,9 @@ void addSharing() {
   addTexts(Row("storage: copy + destroy (share)"), [&text](auto tag) {
     using Text = typename decltype(tag)::Type;
     return [text = make<Text>(text)] { return Text(text); };
-  }).add("shared_ptr", [text = std::make_shared<u16string const>(text)] { return text; });
+  }).add("shared_ptr", [text = std::make_shared<u16string const>(text)] {
+      return text;
+    }).add("floor", [text = make<BareText>(text)] { return text; });
 }
 
 // The two texts compared share no storage.
@@ -142,7 +146,8 @@ void addWholeSubstr() {
       .add("KVBase", [a = make<String>(text)] { return a.substr(0); })
       .add("u16string", [text] { return text.substr(0); })
       .add(PEER("QString", [a = make<QString>(text)] { return a.mid(0); }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a, 0); }));
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a, 0); }))
+      .add("floor", [a = make<BareText>(text)] { return a; });
 }
 
 u16string trimmed(u16string const& text) {
@@ -151,19 +156,27 @@ u16string trimmed(u16string const& text) {
   return start == u16string::npos ? u16string() : text.substr(start, text.find_last_not_of(kSpaces) + 1 - start);
 }
 
+bool isAsciiSpace(wchar unit) {
+  return unit == KVW(' ') || (unit >= KVW('\t') && unit <= KVW('\r'));
+}
+
+BareText bareTrimmed(BareText const& text) {
+  wchar const* start = text.text();
+  wchar const* end = start + text.size();
+  while (start != end && isAsciiSpace(*start)) ++start;
+  while (end != start && isAsciiSpace(end[-1])) --end;
+  std::size_t const units = static_cast<std::size_t>(end - start);
+  return units == text.size() ? text : BareText(start, units);
+}
+
 void addTrim(char const* name, u16string const& text) {
   Row(name)
       .add("KVBase", [a = make<String>(text)] { return a.trim(); })
       .add("u16string", [text] { return trimmed(text); })
-      .add(PEER("boost",
-                [text] {
-                  auto const isSpace = [](wchar unit) {
-                    return unit == KVW(' ') || (unit >= KVW('\t') && unit <= KVW('\r'));
-                  };
-                  return boost::algorithm::trim_copy_if(text, isSpace);
-                }))
+      .add(PEER("boost", [text] { return boost::algorithm::trim_copy_if(text, isAsciiSpace); }))
       .add(PEER("QString", [a = make<QString>(text)] { return a.trimmed(); }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a).trim(); }));
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return UnicodeString(a).trim(); }))
+      .add("floor", [a = make<BareText>(text)] { return bareTrimmed(a); });
 }
 
 void addStartsAndEnds() {

@@ -2,7 +2,6 @@
 //
 // Strings: formatting numbers and parsing them.
 #include <algorithm>
-#include <atomic>
 #include <charconv>
 #include <clocale>
 #include <cmath>
@@ -206,41 +205,44 @@ Value fromChars(char const* begin, char const* end) {
   return value;
 }
 
-// A count of owners that is taken and given back, as the work on a copy requires.
-class BareShare {
- public:
-  explicit BareShare(std::atomic<unsigned int>& owners) : owners_(owners) { ++owners_; }
-  ~BareShare() { --owners_; }
-  BareShare(BareShare const&) = delete;
-  BareShare& operator=(BareShare const&) = delete;
-
- private:
-  std::atomic<unsigned int>& owners_;
+// A number at the front of a text, and its length in units.
+struct FrontInt {
+  int value;
+  std::size_t size;
 };
 
-std::atomic<unsigned int> ownersOfText{1};
-std::atomic<unsigned int> ownersOfEmpty{1};
+FrontInt bareFrontInt(wchar const* text) {
+  int value = 0;
+  wchar const* unit = text;
+  for (; *unit >= KVW('0') && *unit <= KVW('9'); ++unit) value = value * 10 + (*unit - KVW('0'));
+  return {value, static_cast<std::size_t>(unit - text)};
+}
 
 // What an extraction has to do: share the text, convert, give it back and share the empty text for what remains.
-int bareInt(u16string const& text) {
-  BareShare const copy(ownersOfText);
-  BareShare const rest(ownersOfEmpty);
-  int value = 0;
-  for (wchar const* unit = text.c_str(); *unit >= KVW('0') && *unit <= KVW('9'); ++unit)
-    value = value * 10 + (*unit - KVW('0'));
-  return value;
+int bareInt(BareText const& text, BareText const& empty) {
+  BareText const copy(text);
+  BareText const rest(empty);
+  return bareFrontInt(copy.text()).value;
 }
 
 // The same, with the decimal point of the locale asked for and an empty text of its own for what remains.
-double bareDouble(u16string const& text) {
-  BareShare const copy(ownersOfText);
+double bareDouble(BareText const& text) {
+  BareText const copy(text);
   char chars[64];
   require(*std::localeconv()->decimal_point == '.', "parse: the decimal point is a full stop");
-  std::copy(text.begin(), text.end(), chars);
+  std::copy_n(copy.text(), copy.size(), chars);
   double value = 0;
-  std::from_chars(chars, chars + text.size(), value);
+  std::from_chars(chars, chars + copy.size(), value);
   benchmark::DoNotOptimize(BareText(KVW(""), 0));
   return value;
+}
+
+// The same where a text remains.
+BareText bareRest(BareText const& text) {
+  BareText const copy(text);
+  FrontInt const number = bareFrontInt(copy.text());
+  require(number.value == 12345, "extract: the value of the floor");
+  return BareText(copy.text() + number.size, copy.size() - number.size);
 }
 
 void addParseInt() {
@@ -251,7 +253,7 @@ void addParseInt() {
       .add("from_chars (8 bits)", [narrow] { return fromChars<int>(narrow.data(), narrow.data() + narrow.size()); })
       .add(PEER("QStringView", [a = make<QString>(text)] { return QStringView(a).toInt(); }))
       .add(PEER("QString", [a = make<QString>(text)] { return a.toInt(); }))
-      .add("floor", [text] { return bareInt(text); });
+      .add("floor", [a = make<BareText>(text), empty = BareText(KVW(""), 0)] { return bareInt(a, empty); });
 }
 
 // The exact value of a double, to compare all of its bits.
@@ -277,14 +279,8 @@ void addParseDouble() {
            [narrow, whole] { return whole(fromChars<double>(narrow.data(), narrow.data() + narrow.size())); })
       .add(PEER("QStringView", [a = make<QString>(text), whole] { return whole(QStringView(a).toDouble()); }))
       .add(PEER("QString", [a = make<QString>(text), whole] { return whole(a.toDouble()); }))
-      .add("floor", [text, whole] { return whole(bareDouble(text)); });
+      .add("floor", [a = make<BareText>(text), whole] { return whole(bareDouble(a)); });
 }
-
-// The int at the start of a text without leading blanks, and its length in units.
-struct FrontInt {
-  int value;
-  std::size_t size;
-};
 
 FrontInt frontInt(std::basic_string_view<wchar> text) {
   char digits[12] = {};
@@ -319,11 +315,13 @@ void addExtractInt(int size) {
                   require(QStringView(a).left(end).toInt() == 12345, "extract: the value of QString");
                   return a.mid(end);
                 }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] {
-        FrontInt const number = frontInt({a.getBuffer(), static_cast<std::size_t>(a.length())});
-        require(number.value == 12345, "extract: the value of UnicodeString");
-        return UnicodeString(a, static_cast<int>(number.size));
-      }));
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text)] {
+                  FrontInt const number = frontInt({a.getBuffer(), static_cast<std::size_t>(a.length())});
+                  require(number.value == 12345, "extract: the value of UnicodeString");
+                  return UnicodeString(a, static_cast<int>(number.size));
+                }))
+      .add("floor", [a = make<BareText>(text)] { return bareRest(a); });
 }
 
 }  // namespace

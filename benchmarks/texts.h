@@ -3,10 +3,13 @@
 // The texts that the contestants of all rows are given, and what they return, as one kind of text.
 #pragma once
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
+#include <utility>
 
 #include "kvbase/kvbase.h"
 
@@ -54,33 +57,41 @@ inline u16string make<u16string>(u16string const& units) {
   return units;
 }
 
-// A text in one block from malloc behind a header, as KVBase keeps it, made and dropped bare: the work of a contestant
-// called "floor".
+// A text in one block from malloc behind a header with an atomic count of owners, as KVBase keeps it, bare: the work of a
+// contestant called "floor".
 class BareText {
  public:
   BareText(wchar const* text, std::size_t units, wchar const* more = KVW(""), std::size_t moreUnits = 0)
-      : block_(static_cast<Header*>(std::malloc(sizeof(Header) + (units + moreUnits + 1) * sizeof(wchar)))) {
-    *block_ = {1, static_cast<unsigned int>(units + moreUnits), {nullptr, nullptr}};
+      : block_(new (std::malloc(sizeof(Block) + (units + moreUnits + 1) * sizeof(wchar))) Block) {
+    block_->units = static_cast<unsigned int>(units + moreUnits);
     std::memcpy(this->text(), text, units * sizeof(wchar));
     if (moreUnits != 0) std::memcpy(this->text() + units, more, moreUnits * sizeof(wchar));
     this->text()[units + moreUnits] = 0;
   }
-  ~BareText() { std::free(block_); }
-  BareText(BareText const&) = delete;
+  // Shares the block.
+  BareText(BareText const& other) : block_(other.block_) { ++block_->owners; }
+  BareText(BareText&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+  ~BareText() {
+    if (block_ != nullptr && block_->owners-- == 1) std::free(block_);
+  }
   BareText& operator=(BareText const&) = delete;
 
-  friend u16string plain(BareText const& text) { return u16string(text.text(), text.block_->units); }
+  wchar* text() const { return reinterpret_cast<wchar*>(block_ + 1); }
+  std::size_t size() const { return block_->units; }
 
  private:
-  struct Header {
-    unsigned int references;
-    unsigned int units;
-    char* narrow[2];
+  struct Block {
+    std::atomic<unsigned int> owners{1};
+    unsigned int units = 0;
+    char* narrow[2] = {nullptr, nullptr};
   };
-  wchar* text() const { return reinterpret_cast<wchar*>(block_ + 1); }
 
-  Header* block_;
+  Block* block_;
 };
+
+inline u16string plain(BareText const& text) {
+  return u16string(text.text(), text.size());
+}
 
 }  // namespace bench
 }  // namespace KV_1_1
