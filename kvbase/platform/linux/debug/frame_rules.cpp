@@ -29,8 +29,17 @@ constexpr std::size_t kSlotBits = 11;
 Slot slots[std::size_t{1} << kSlotBits];
 std::atomic<std::uint32_t> currentGeneration{0};
 
-Slot& slotOf(std::uint64_t address) {
-  return slots[(address * 0x9E3779B97F4A7C15) >> (64 - kSlotBits)];
+std::size_t placeOf(std::uint64_t address) {
+  return (address * 0x9E3779B97F4A7C15) >> (64 - kSlotBits);
+}
+
+// Two addresses of one stack may have the same place; the second one of them is remembered beside it.
+Slot& slotBeside(std::size_t place) {
+  return slots[place ^ 1];
+}
+
+bool isRemembered(std::uint64_t address, Slot const& slot, Slot::Words& words) {
+  return slot.load(words) && words[0] == address;
 }
 
 bool isCfaOffset(Dwarf_Op const* operations, std::size_t count, std::int64_t& offset) {
@@ -123,7 +132,7 @@ FrameRule learnRule(DebugSession& session, DebugSession::Module* module, std::ui
   return readRule(libdw, frame);
 }
 
-FrameRule learnAndRemember(std::uint64_t address, Slot& slot) {
+FrameRule learnAndRemember(std::uint64_t address) {
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   DebugSession::Module* const module = session.moduleAt(address);
@@ -131,6 +140,10 @@ FrameRule learnAndRemember(std::uint64_t address, Slot& slot) {
   currentGeneration.store(session.generation(), std::memory_order_release);
   // A module may be loaded at an address that has none now.
   if (rule.kind() == FrameRule::Kind::kUnknown) return rule;
+  std::size_t const place = placeOf(address);
+  Slot::Words words;
+  bool const isFree = !slots[place].load(words) || words[0] == 0 || words[0] == address;
+  Slot& slot = isFree ? slots[place] : slotBeside(place);
   slot.store({address, rule.low(), rule.high(), module->loaded.isPermanent ? kAnyGeneration : session.generation()});
   return rule;
 }
@@ -143,19 +156,28 @@ void checkGeneration() {
   currentGeneration.store(session.generation(), std::memory_order_release);
 }
 
+// The rule where a look at the first slot is not enough: nothing is known, or another address is remembered there, or
+// the module may have been unloaded since.
+[[gnu::cold, gnu::noinline]] FrameRule searchRule(std::uint64_t address, std::uint64_t& isChecked) {
+  std::size_t const place = placeOf(address);
+  Slot::Words words;
+  bool const isKnown = isRemembered(address, slots[place], words) || isRemembered(address, slotBeside(place), words);
+  if (!isKnown) return learnAndRemember(address);
+  if (words[3] != kAnyGeneration) {
+    if (isChecked == 0) checkGeneration();
+    isChecked = 1;
+    if (words[3] != currentGeneration.load(std::memory_order_relaxed)) return learnAndRemember(address);
+  }
+  return FrameRule(words[1], words[2]);
+}
+
 }  // namespace
 
 FrameRule ruleOfFrame(std::uint64_t programCounter, bool isReturnAddress, std::uint64_t& isChecked) {
   std::uint64_t const address = programCounter - (isReturnAddress ? 1 : 0);
-  Slot& slot = slotOf(address);
   Slot::Words words;
-  if (!slot.load(words) || words[0] != address) return learnAndRemember(address, slot);
-  if (words[3] != kAnyGeneration) {
-    if (isChecked == 0) checkGeneration();
-    isChecked = 1;
-    if (words[3] != currentGeneration.load(std::memory_order_relaxed)) return learnAndRemember(address, slot);
-  }
-  return FrameRule(words[1], words[2]);
+  bool const isSettled = isRemembered(address, slots[placeOf(address)], words) && words[3] == kAnyGeneration;
+  return isSettled ? FrameRule(words[1], words[2]) : searchRule(address, isChecked);
 }
 
 }  // namespace platform

@@ -31,6 +31,7 @@ constexpr std::uint64_t kUnknownAddress = ~std::uint64_t{0};
 
 // By the numbers of DWARF; the last one is the program counter.
 constexpr int kStepRegisters = 17;
+constexpr int kStackPointer = 7;
 constexpr int kProgramCounter = 16;
 constexpr std::uint64_t _CONTEXT::*kRegisters[kStepRegisters] = {
     &_CONTEXT::Rax, &_CONTEXT::Rdx, &_CONTEXT::Rcx, &_CONTEXT::Rbx, &_CONTEXT::Rsi, &_CONTEXT::Rdi,
@@ -50,6 +51,14 @@ struct WalkedStack {
   std::uint64_t words[kWindowWords];
 };
 thread_local WalkedStack walkedStack;
+
+// Asking the loader for the address takes a part of the time of a step, and the compiler would ask again for each use.
+WalkedStack& stackOfThread() {
+  WalkedStack* stack = &walkedStack;
+  asm("" : "+r"(stack));
+  return *stack;
+}
+
 static_assert(kMostSavedWords <= kWindowWords, "a frame's registers are read at once");
 
 // Not by thread: a walk that is continued on another thread must not find the words of another walk there.
@@ -69,21 +78,26 @@ class StackReader {
     return routine_(process_, address, buffer, static_cast<ulong32>(size), &count) != 0 && count == size;
   }
 
-  // At most kWindowWords words, valid until the next call; null if they cannot be read.
-  std::uint64_t const* words(std::uint64_t address, std::size_t count) const {
-    std::uint64_t const distance = address - stack_->start;
-    bool const isThere = stack_->walk == walk_ && distance <= (kWindowWords - count) * 8 && distance % 8 == 0;
-    return isThere ? stack_->words + distance / 8 : readWindow(address, count);
+  // The end of at most kWindowWords words that end at an address, valid until the next call; null if they cannot be read.
+  std::uint64_t const* wordsBelow(std::uint64_t end, std::size_t count) const {
+    std::uint64_t const distance = end - stack_->start;
+    bool const isThere = stack_->walk == walk_ && distance <= sizeof stack_->words && distance >= count * 8;
+    return isThere && distance % 8 == 0 ? endInWindow(distance) : readWindow(end, count);
   }
 
  private:
+  std::uint64_t const* endInWindow(std::uint64_t distance) const {
+    return reinterpret_cast<std::uint64_t const*>(reinterpret_cast<char const*>(stack_->words) + distance);
+  }
+
   // Not inlined, so that the way that most steps take stays short.
-  [[gnu::noinline]] std::uint64_t const* readWindow(std::uint64_t address, std::size_t count) const {
+  [[gnu::noinline]] std::uint64_t const* readWindow(std::uint64_t end, std::size_t count) const {
+    std::uint64_t const start = end - count * 8;
     // The window may reach beyond what can be read.
-    bool const isWhole = read(address, stack_->words, sizeof stack_->words);
+    bool const isWhole = read(start, stack_->words, sizeof stack_->words);
     stack_->walk = isWhole ? walk_ : 0;
-    stack_->start = address;
-    return isWhole || read(address, stack_->words, count * 8) ? stack_->words : nullptr;
+    stack_->start = start;
+    return isWhole || read(start, stack_->words, count * 8) ? stack_->words + count : nullptr;
   }
 
   void* process_;
@@ -147,7 +161,8 @@ constexpr Dwfl_Thread_Callbacks kThreadCallbacks = {nextThread, isTheThread, rea
 
 enum class StepResult { kCaller, kOutermost, kFailed };
 
-StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFrame, StackReader const& reader) {
+[[gnu::cold, gnu::noinline]] StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFrame,
+                                                    StackReader const& reader) {
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   DebugSession::Module const* const module = session.moduleAt(context.Rip - (isReturnAddress ? 1 : 0));
@@ -166,7 +181,8 @@ StepResult stepByLibdw(_CONTEXT& context, bool isReturnAddress, bool isSignalFra
   return result == 0 && step.frames == 1 ? StepResult::kOutermost : StepResult::kFailed;
 }
 
-StepResult restoreOneByOne(FrameRule const& rule, std::uint64_t end, _CONTEXT& context, StackReader const& reader) {
+[[gnu::cold, gnu::noinline]] StepResult restoreOneByOne(FrameRule rule, std::uint64_t end, _CONTEXT& context,
+                                                        StackReader const& reader) {
   std::uint64_t saved[kSavedRegisterCount];
   for (std::size_t i = 0; i < kSavedRegisterCount; ++i) {
     saved[i] = context.*kSaved[i];
@@ -180,31 +196,36 @@ StepResult restoreOneByOne(FrameRule const& rule, std::uint64_t end, _CONTEXT& c
 
 // The loop over the registers, written out: this is what a walk spends its time with.
 template <std::size_t... I>
-void restoreAll(FrameRule const& rule, std::uint64_t const* end, _CONTEXT& context, std::index_sequence<I...>) {
+void restoreAll(FrameRule rule, std::uint64_t const* end, _CONTEXT& context, std::index_sequence<I...>) {
   auto const restore = [&](int at, std::uint64_t& value) {
     if (at != 0) value = end[at];
   };
   (restore(rule.savedAt(I), context.*kSaved[I]), ...);
 }
 
-StepResult stepByRule(FrameRule const& rule, _CONTEXT& context, StackReader const& reader) {
-  std::uint64_t end = context.*kRegisters[rule.base()] + rule.offset();
+// The stack pointer, which most rules are about, is not looked up: its address would be one more thing to wait for.
+std::uint64_t baseOf(FrameRule rule, _CONTEXT const& context) {
+  return rule.base() == kStackPointer ? context.Rsp : context.*kRegisters[rule.base()];
+}
+
+StepResult stepByRule(FrameRule rule, _CONTEXT& context, StackReader const& reader) {
+  std::uint64_t end = baseOf(rule, context) + rule.offset();
   if (rule.isIndirect()) {
-    std::uint64_t const* const word = reader.words(end, 1);
-    if (word == nullptr) return StepResult::kFailed;
-    end = *word;
+    std::uint64_t const* const wordEnd = reader.wordsBelow(end + 8, 1);
+    if (wordEnd == nullptr) return StepResult::kFailed;
+    end = wordEnd[-1];
   }
   if (end <= context.Rsp) return StepResult::kFailed;
   if (rule.savedWords() == 0) return restoreOneByOne(rule, end, context, reader);
-  std::uint64_t const* const words = reader.words(end - rule.savedWords() * 8, rule.savedWords());
+  std::uint64_t const* const words = reader.wordsBelow(end, rule.savedWords());
   if (words == nullptr) return StepResult::kFailed;
-  restoreAll(rule, words + rule.savedWords(), context, std::make_index_sequence<kSavedRegisterCount>());
+  restoreAll(rule, words, context, std::make_index_sequence<kSavedRegisterCount>());
   context.Rsp = end;
   return StepResult::kCaller;
 }
 
 // Code that no module has: a call through a wrong pointer has pushed its return address and nothing else.
-StepResult stepOutOfNowhere(_CONTEXT& context, StackReader const& reader) {
+[[gnu::cold, gnu::noinline]] StepResult stepOutOfNowhere(_CONTEXT& context, StackReader const& reader) {
   std::uint64_t address = 0;
   if (!reader.read(context.Rsp, &address, sizeof address)) return StepResult::kFailed;
   context.Rip = address;
@@ -212,7 +233,7 @@ StepResult stepOutOfNowhere(_CONTEXT& context, StackReader const& reader) {
   return StepResult::kCaller;
 }
 
-StepResult stepToCaller(FrameRule const& rule, _CONTEXT& context, bool isReturnAddress, StackReader const& reader) {
+StepResult stepToCaller(FrameRule rule, _CONTEXT& context, bool isReturnAddress, StackReader const& reader) {
   switch (rule.kind()) {
     case FrameRule::Kind::kSimple:
       return stepByRule(rule, context, reader);
@@ -234,7 +255,7 @@ bool stepFrame(StackFrame64& frame, _CONTEXT& context, void* process, debug_help
   std::uint64_t& walk = frame.kernelHelp[0];
   if (next == kBroken) return failWith(kPartialCopy);
   if (next == kFirst) walk = walkCount.fetch_add(1, std::memory_order_relaxed) + 1;
-  WalkedStack& stack = walkedStack;
+  WalkedStack& stack = stackOfThread();
   StackReader const reader(process, readMemory, walk, stack);
 
   bool const isReturnAddress = next == kReturned;

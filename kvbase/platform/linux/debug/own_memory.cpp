@@ -44,9 +44,26 @@ bool isInOwnStack(std::uint64_t address, std::size_t size) {
          size <= stack.high - address;
 }
 
-// A copy that the sanitizers do not see: a stack has bytes that its own functions must not read.
+// A copy that the sanitizers do not see: a stack has bytes that its own functions must not read. The string instruction
+// alone would be many times slower where the two places have the same offset in their pages, or nearly so.
 void copyUnchecked(void* buffer, std::uint64_t address, std::size_t size) {
-  asm volatile("rep movsb" : "+D"(buffer), "+S"(address), "+c"(size) : : "memory");
+  for (; size >= 64; size -= 64) {
+    asm volatile(
+        "movups (%1), %%xmm0\n\t"
+        "movups 16(%1), %%xmm1\n\t"
+        "movups 32(%1), %%xmm2\n\t"
+        "movups 48(%1), %%xmm3\n\t"
+        "movups %%xmm0, (%0)\n\t"
+        "movups %%xmm1, 16(%0)\n\t"
+        "movups %%xmm2, 32(%0)\n\t"
+        "movups %%xmm3, 48(%0)"
+        :
+        : "r"(buffer), "r"(address)
+        : "memory", "xmm0", "xmm1", "xmm2", "xmm3");
+    buffer = static_cast<char*>(buffer) + 64;
+    address += 64;
+  }
+  if (size != 0) asm volatile("rep movsb" : "+D"(buffer), "+S"(address), "+c"(size) : : "memory");
 }
 
 // Where the system forbids the call, as some containers do, the file of the process's memory serves as well.

@@ -10,9 +10,10 @@
 namespace KV_1_1 {
 namespace platform {
 
-// A few words that are written seldom and read often. A reader takes no lock; it sees a complete record or none.
+// A few words that are written seldom and read often. A reader takes no lock; it sees a complete record or none. A slot
+// lies in one line of the cache.
 template <std::size_t N>
-class SequenceSlot {
+class alignas(64) SequenceSlot {
  public:
   using Words = std::array<std::uint64_t, N>;
 

@@ -209,6 +209,25 @@ TEST(LinuxFrameRules, RuleOfAReturnAddressIsThatOfTheCall) {
   EXPECT_GT(different, 0);
 }
 
+// More than there is room for, so that many have the same place, and of modules that stay and that do not.
+TEST(LinuxFrameRules, RulesOfManyAddressesStayRight) {
+  DebugHelp const help;
+  WalkedLibrary const library(fixtureFolder() / "walked.so");
+  auto const staying = reinterpret_cast<std::uint64_t>(&platform::ruleOfFrame);
+  std::vector<std::uint64_t> addresses;
+  for (std::uint64_t i = 0; i < 5000; ++i) addresses.push_back(staying + i);
+  for (std::uint64_t i = 0; i < 16; ++i) addresses.push_back(library.addressOf("walkedOuter") + i);
+  std::vector<FrameRule> first;
+  std::uint64_t isChecked = 0;
+  for (std::uint64_t const address : addresses) first.push_back(ruleOfFrame(address, false, isChecked));
+  for (std::size_t i = 0; i < addresses.size(); ++i) {
+    std::size_t const back = addresses.size() - 1 - i;
+    FrameRule const again = ruleOfFrame(addresses[back], false, isChecked);
+    EXPECT_EQ(again.low(), first[back].low()) << back;
+    EXPECT_EQ(again.high(), first[back].high()) << back;
+  }
+}
+
 TEST(LinuxLoadedLibraryWalk, LoadingAndUnloadingAgainStaysRight) {
   for (int i = 0; i < 4; ++i) {
     WalkedLibrary library(fixtureFolder() / (i % 2 == 0 ? "walked.so" : "unidentified.so"));
