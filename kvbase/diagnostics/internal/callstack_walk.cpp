@@ -37,6 +37,7 @@ void StackWalkerImpl::walk(StackWalker& walker, void* thread, _CONTEXT& context)
   auto& symbol = *reinterpret_cast<Symbol*>(block.get());
   symbol.sizeOfStruct = sizeof symbol;
   symbol.maxNameLength = kSymbolCapacity;
+  HeapText moduleBuffer;
 
   Entry entry;
   entry.imageBase = 0;
@@ -52,7 +53,7 @@ void StackWalkerImpl::walk(StackWalker& walker, void* thread, _CONTEXT& context)
       walker.OnDbgHelpErr("StackWalk64-Endless-Callstack!", 0, entry.address);
       return;
     }
-    if (entry.address != 0) resolve(walker, symbol, entry);
+    if (entry.address != 0) resolve(walker, symbol, moduleBuffer, entry);
     walker.OnCallstackEntry(type, entry);
     if (frame.returnAddress.offset == 0) {
       walker.OnCallstackEntry(StackWalker::EntryLast, entry);
@@ -69,10 +70,10 @@ bool StackWalkerImpl::step(StackWalker& walker, void* thread, StackFrame& frame,
   return found;
 }
 
-void StackWalkerImpl::resolve(StackWalker& walker, Symbol& symbol, Entry& entry) const {
+void StackWalkerImpl::resolve(StackWalker& walker, Symbol& symbol, HeapText& moduleBuffer, Entry& entry) const {
   resolveSymbol(walker, symbol, entry);
   if (symGetLine != nullptr) resolveLine(walker, entry);
-  resolveModule(walker, entry);
+  resolveModule(walker, moduleBuffer, entry);
 }
 
 void StackWalkerImpl::resolveSymbol(StackWalker& walker, Symbol& symbol, Entry& entry) const {
@@ -106,16 +107,17 @@ void StackWalkerImpl::resolveLine(StackWalker& walker, Entry& entry) const {
   if (line.fileName != nullptr) copyText(entry.lineFileName, line.fileName);
 }
 
-void StackWalkerImpl::resolveModule(StackWalker& walker, Entry& entry) const {
-  ModuleInfo info;
-  if (!getModuleInfo(walker.process, entry.address, info)) {
+// The texts are copied out of the work buffer itself, which serves all frames of a walk.
+void StackWalkerImpl::resolveModule(StackWalker& walker, HeapText& moduleBuffer, Entry& entry) const {
+  ModuleInfo* const record = moduleRecord(moduleBuffer);
+  if (record == nullptr || !fillModuleRecord(walker.process, entry.address, *record)) {
     walker.OnDbgHelpErr("SymGetModuleInfo64", platform::errors().lastError(), entry.address);
     return;
   }
-  entry.symbolTypeText = symbolTypeOfFrame(info.symbolType);
-  copyText(entry.moduleName, info.moduleName, sizeof info.moduleName);
-  entry.imageBase = info.baseOfImage;
-  copyText(entry.loadedImageName, info.loadedImageName, sizeof info.loadedImageName);
+  entry.symbolTypeText = symbolTypeOfFrame(record->symbolType);
+  copyText(entry.moduleName, record->moduleName, sizeof record->moduleName);
+  entry.imageBase = record->baseOfImage;
+  copyText(entry.loadedImageName, record->loadedImageName, sizeof record->loadedImageName);
 }
 
 int StackWalkerImpl::readMemory(void* walkedProcess, std::uint64_t address, void* buffer, ulong32 size,

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "kvbase/diagnostics/internal/stack_walker_impl.h"
 
-#include <cstring>
 #include <string>
 
 #include "kvbase/diagnostics/internal/narrow_copy.h"
@@ -58,23 +57,31 @@ void StackWalkerImpl::reportStart(ulong32 symOptions) {
   parent->OnSymInit(path, symOptions, user.c_str());
 }
 
-bool StackWalkerImpl::getModuleInfo(void* walkedProcess, std::uint64_t address, ModuleInfo& info) const {
-  info.sizeOfStruct = sizeof info;
+StackWalkerImpl::ModuleInfo* StackWalkerImpl::moduleRecord(HeapText& buffer) const {
   if (symGetModuleInfo == nullptr) {
     platform::errors().setLastError(platform::kLibraryInitFailed);
-    return false;
+    return nullptr;
   }
-  HeapText const block = allocateText(kModuleInfoCapacity);
-  if (block == nullptr) {
-    platform::errors().setLastError(platform::kNotEnoughMemory);
-    return false;
-  }
-  std::memcpy(block.get(), &info, sizeof info);
-  if (symGetModuleInfo(walkedProcess, address, reinterpret_cast<ModuleInfo*>(block.get())) == 0) {
-    platform::errors().setLastError(platform::kLibraryInitFailed);
-    return false;
-  }
-  std::memcpy(&info, block.get(), sizeof info);
+  if (buffer == nullptr) buffer = allocateText(kModuleInfoCapacity);
+  if (buffer == nullptr) platform::errors().setLastError(platform::kNotEnoughMemory);
+  return reinterpret_cast<ModuleInfo*>(buffer.get());
+}
+
+bool StackWalkerImpl::fillModuleRecord(void* walkedProcess, std::uint64_t address, ModuleInfo& record) const {
+  record.sizeOfStruct = sizeof record;
+  if (symGetModuleInfo(walkedProcess, address, &record) != 0) return true;
+  platform::errors().setLastError(platform::kLibraryInitFailed);
+  return false;
+}
+
+bool StackWalkerImpl::getModuleInfo(void* walkedProcess, std::uint64_t address, ModuleInfo& info) const {
+  info.sizeOfStruct = sizeof info;
+  HeapText buffer;
+  ModuleInfo* const record = moduleRecord(buffer);
+  if (record == nullptr) return false;
+  *record = info;
+  if (!fillModuleRecord(walkedProcess, address, *record)) return false;
+  info = *record;
   info.sizeOfStruct = sizeof info;
   return true;
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+#include "kvbase/diagnostics/internal/narrow_copy.h"
 #include "kvbase/diagnostics/stack_walker.h"
 #include "kvbase/platform/debug_help.h"
 #include "kvbase/platform/types.h"
@@ -77,12 +78,18 @@ class StackWalkerImpl {
 
   void reportStart(KV_1_1::ulong32 symOptions);
 
+  // A record in the work buffer, which is allocated if it is null. Null, with the last error of getModuleInfo, if that
+  // is not possible.
+  ModuleInfo* moduleRecord(KV_1_1::diagnostics::HeapText& buffer) const;
+  // Has the library fill it. On failure false, with the last error of getModuleInfo.
+  bool fillModuleRecord(void* walkedProcess, std::uint64_t address, ModuleInfo& record) const;
+
   // callstack_walk.cpp
   bool step(StackWalker& walker, void* thread, StackFrame& frame, _CONTEXT& context) const;
-  void resolve(StackWalker& walker, Symbol& symbol, Entry& entry) const;
+  void resolve(StackWalker& walker, Symbol& symbol, KV_1_1::diagnostics::HeapText& moduleBuffer, Entry& entry) const;
   void resolveSymbol(StackWalker& walker, Symbol& symbol, Entry& entry) const;
   void resolveLine(StackWalker& walker, Entry& entry) const;
-  void resolveModule(StackWalker& walker, Entry& entry) const;
+  void resolveModule(StackWalker& walker, KV_1_1::diagnostics::HeapText& moduleBuffer, Entry& entry) const;
   static int readMemory(void* walkedProcess, std::uint64_t address, void* buffer, KV_1_1::ulong32 size,
                         KV_1_1::ulong32* bytesRead);
 };

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "kvbase/core/lazy.h"
@@ -14,6 +15,31 @@
 
 namespace KV_1_1 {
 namespace platform {
+
+namespace {
+
+// The file name without folder and ending: KVBase for /lib/KVBase.so, libc for libc.so.6.
+std::string_view shortName(std::string_view path) {
+  std::size_t const slash = path.rfind('/');
+  std::string_view const file = slash == std::string_view::npos ? path : path.substr(slash + 1);
+  std::size_t const library = file.find(".so");
+  bool const isLibrary = library != std::string_view::npos && (library + 3 == file.size() || file[library + 3] == '.');
+  std::size_t const end = isLibrary ? library : file.rfind('.');
+  return end == std::string_view::npos || end == 0 ? file : file.substr(0, end);
+}
+
+debug_help::ModuleInfo64 recordOf(LoadedModule const& module) {
+  debug_help::ModuleInfo64 info = {};
+  info.sizeOfStruct = sizeof info;
+  info.baseOfImage = module.start;
+  info.imageSize = static_cast<ulong32>(module.end - module.start);
+  shortName(module.path).copy(info.moduleName, sizeof info.moduleName - 1);
+  module.path.copy(info.imageName, sizeof info.imageName - 1);
+  module.path.copy(info.loadedImageName, sizeof info.loadedImageName - 1);
+  return info;
+}
+
+}  // namespace
 
 Dwfl_Callbacks const DebugSession::kCallbacks = {&DebugSession::findElfOf, &DebugSession::findDebugDataOf, nullptr,
                                                  nullptr};
@@ -94,6 +120,7 @@ void DebugSession::report(std::vector<LoadedModule>& loaded, bool permanent) {
     module->isProgram = &each == loaded.data();
     module->loaded = std::move(each);
     LoadedModule const& facts = module->loaded;
+    module->record = recordOf(facts);
     module->session = session;
     module->handle = libdw_.reportModule(session, facts.path.c_str(), facts.start, facts.end);
     auto const place = std::upper_bound(modules_.begin(), modules_.end(), facts.start,

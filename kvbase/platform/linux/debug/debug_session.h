@@ -25,6 +25,7 @@ class DebugSession {
  public:
   struct Module {
     LoadedModule loaded;
+    debug_help::ModuleInfo64 record = {};  // as callers get it, but for the type of its symbols
     bool isProgram = false;
     bool isOpen = false;      // its symbols have been asked for
     SymbolIndex symbols;      // read when it is opened

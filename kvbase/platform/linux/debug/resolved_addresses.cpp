@@ -47,7 +47,8 @@ struct Undecorated {
 };
 
 // The addresses in modules that are never unloaded. What is in the table is neither changed nor moved, so that readers
-// take no lock. A table that is full takes no more.
+// take no lock. A table that is full takes no more. It is one of the globals without a constructor, so that a look-up
+// does not ask whether it is there.
 class PermanentAddresses {
  public:
   Resolved const* find(std::uint64_t address) const {
@@ -57,14 +58,14 @@ class PermanentAddresses {
     }
   }
 
-  // Null if the table is full. Writers must exclude each other.
-  Resolved const* add(Resolved const& resolved) {
-    if (all_.size() == kSlots / 2) return nullptr;
-    Resolved const& added = all_.emplace_back(resolved);
+  bool isFull() const { return count_ == kSlots / 2; }
+
+  // REQUIRES: it is not full, and writers exclude each other.
+  void add(Resolved const& resolved) {
     std::size_t i = first(resolved.address);
     while (slots_[i].load(std::memory_order_relaxed) != nullptr) i = (i + 1) % kSlots;
-    slots_[i].store(&added, std::memory_order_release);
-    return &added;
+    slots_[i].store(&resolved, std::memory_order_release);
+    ++count_;
   }
 
  private:
@@ -74,15 +75,16 @@ class PermanentAddresses {
   static std::size_t first(std::uint64_t address) { return (address * 0x9E3779B97F4A7C15) >> (64 - kBits); }
 
   std::array<std::atomic<Resolved const*>, kSlots> slots_{};
-  std::deque<Resolved> all_;
+  std::size_t count_ = 0;
 };
+PermanentAddresses permanentAddresses;
 
 constexpr std::size_t kMostAddresses = 2048;
 constexpr std::size_t kMostNames = 2048;
 
-// All but the look-up in `permanent` happens under the lock of the session.
+// All of it is used under the lock of the session.
 struct Tables {
-  PermanentAddresses permanent;
+  std::deque<Resolved> permanent;  // what permanentAddresses leads to
   // The addresses in other modules, until any of these is unloaded or there are too many.
   std::unordered_map<std::uint64_t, Resolved> others;
   std::uint32_t generation = 0;
@@ -90,6 +92,7 @@ struct Tables {
   std::set<std::string, std::less<>> files;
   // Until there are too many.
   std::unordered_map<std::string_view, std::unique_ptr<Undecorated>> names;
+  Undecorated* lastName = nullptr;  // of them; both forms of a name are asked for one after the other
 };
 
 Tables& tables() {
@@ -174,7 +177,7 @@ Resolved const* resolve(DebugSession& session, std::uint64_t address) {
   if (module == nullptr) return nullptr;
   Tables& all = tables();
   // Another thread may have been faster.
-  Resolved const* const permanent = all.permanent.find(address);
+  Resolved const* const permanent = permanentAddresses.find(address);
   if (permanent != nullptr) return permanent;
   if (all.generation != session.generation() || all.others.size() >= kMostAddresses) all.others.clear();
   all.generation = session.generation();
@@ -189,8 +192,9 @@ Resolved const* resolve(DebugSession& session, std::uint64_t address) {
     findLine(session.libdw(), module->handle, result);
     result.type = typeOf(session.libdw(), *module);
   }
-  Resolved const* const added = module->loaded.isPermanent ? all.permanent.add(result) : nullptr;
-  return added != nullptr ? added : &(all.others[address] = std::move(result));
+  if (!module->loaded.isPermanent || permanentAddresses.isFull()) return &(all.others[address] = std::move(result));
+  permanentAddresses.add(all.permanent.emplace_back(std::move(result)));
+  return &all.permanent.back();
 }
 
 // The address to look up for a program counter. A call that does not return may be the last instruction of a function,
@@ -200,11 +204,11 @@ std::uint64_t lookupAddress(std::uint64_t counter) {
 }
 
 // Calls `use` with what is known about the address that a program counter stands for. False, with the last error set, if
-// that is no address of a module.
+// that is no address of a module. Inlined, because what `use` refers to would otherwise be handed over by way of memory.
 template <class Use>
-bool withResolved(std::uint64_t counter, Use use) {
+[[gnu::always_inline]] inline bool withResolved(std::uint64_t counter, Use use) {
   std::uint64_t const address = lookupAddress(counter);
-  Resolved const* const permanent = tables().permanent.find(address);
+  Resolved const* const permanent = permanentAddresses.find(address);
   if (permanent != nullptr) return use(*permanent);
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
@@ -212,25 +216,25 @@ bool withResolved(std::uint64_t counter, Use use) {
   return resolved != nullptr ? use(*resolved) : failWith(kModuleNotFound);
 }
 
-// The file name without folder and ending: KVBase for /lib/KVBase.so, libc for libc.so.6.
-std::string_view shortName(std::string_view path) {
-  std::size_t const slash = path.rfind('/');
-  std::string_view const file = slash == std::string_view::npos ? path : path.substr(slash + 1);
-  std::size_t const library = file.find(".so");
-  bool const isLibrary = library != std::string_view::npos && (library + 3 == file.size() || file[library + 3] == '.');
-  std::size_t const end = isLibrary ? library : file.rfind('.');
-  return end == std::string_view::npos || end == 0 ? file : file.substr(0, end);
+Undecorated& entryOf(std::string_view name) {
+  Tables& all = tables();
+  if (all.lastName != nullptr && all.lastName->name == name) return *all.lastName;
+  auto known = all.names.find(name);
+  if (known == all.names.end()) {
+    all.lastName = nullptr;
+    if (all.names.size() >= kMostNames) all.names.clear();
+    auto added = std::make_unique<Undecorated>();
+    added->name = name;
+    std::string_view const key = added->name;
+    known = all.names.emplace(key, std::move(added)).first;
+  }
+  all.lastName = known->second.get();
+  return *all.lastName;
 }
 
-void fillRecord(debug_help::ModuleInfo64& info, LoadedModule const& module, SymbolType type) {
-  info = debug_help::ModuleInfo64();
-  info.sizeOfStruct = sizeof info;
-  info.baseOfImage = module.start;
-  info.imageSize = static_cast<ulong32>(module.end - module.start);
+void copyRecord(debug_help::ModuleInfo64& info, DebugSession::Module const& module, SymbolType type) {
+  info = module.record;
   info.symbolType = type;
-  shortName(module.path).copy(info.moduleName, sizeof info.moduleName - 1);
-  module.path.copy(info.imageName, sizeof info.imageName - 1);
-  module.path.copy(info.loadedImageName, sizeof info.loadedImageName - 1);
 }
 
 }  // namespace
@@ -266,32 +270,23 @@ bool lineAt(std::uint64_t counter, ulong32& displacement, debug_help::Line64& li
 
 bool moduleInfoAt(std::uint64_t counter, debug_help::ModuleInfo64& info) {
   std::uint64_t const address = lookupAddress(counter);
-  Resolved const* const permanent = tables().permanent.find(address);
+  Resolved const* const permanent = permanentAddresses.find(address);
   if (permanent != nullptr) {
-    fillRecord(info, permanent->module->loaded, permanent->type);
+    copyRecord(info, *permanent->module, permanent->type);
     return true;
   }
   DebugSession& session = DebugSession::instance();
   auto const lock = session.lock();
   DebugSession::Module const* const module = session.moduleAt(address);
   if (module == nullptr) return failWith(kModuleNotFound);
-  fillRecord(info, module->loaded, typeOf(session.libdw(), *module));
+  copyRecord(info, *module, typeOf(session.libdw(), *module));
   return true;
 }
 
 ulong32 undecorate(char const* name, char* output, ulong32 capacity, bool nameOnly) {
   if (capacity == 0) return 0;
   auto const lock = DebugSession::instance().lock();
-  auto& names = tables().names;
-  auto known = names.find(name);
-  if (known == names.end()) {
-    if (names.size() >= kMostNames) names.clear();
-    auto added = std::make_unique<Undecorated>();
-    added->name = name;
-    std::string_view const key = added->name;
-    known = names.emplace(key, std::move(added)).first;
-  }
-  Undecorated& entry = *known->second;
+  Undecorated& entry = entryOf(name);
   std::string& text = nameOnly ? entry.nameOnly : entry.complete;
   if (text.empty()) text = nameOnly ? demangledNameOnly(name) : demangledName(name);
   std::size_t const size = text.copy(output, capacity - 1);
