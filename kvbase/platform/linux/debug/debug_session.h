@@ -16,6 +16,7 @@
 #include "kvbase/platform/debug_help.h"
 #include "kvbase/platform/linux/debug/libdw.h"
 #include "kvbase/platform/linux/debug/loaded_modules.h"
+#include "kvbase/platform/linux/debug/module_lines.h"
 #include "kvbase/platform/linux/debug/symbol_index.h"
 
 namespace KV_1_1 {
@@ -27,8 +28,9 @@ class DebugSession {
     LoadedModule loaded;
     debug_help::ModuleInfo64 record = {};  // as callers get it, but for the type of its symbols
     bool isProgram = false;
-    bool isOpen = false;      // its symbols have been asked for
-    SymbolIndex symbols;      // read when it is opened
+    bool isOpen = false;  // its symbols have been asked for
+    SymbolIndex symbols;  // read when it is opened
+    ModuleLines lines;
     Dwfl* session = nullptr;  // of `handle`
     Dwfl_Module* handle = nullptr;
     std::vector<char> image;  // the contents, where its file cannot be used

@@ -55,6 +55,11 @@ void* openLibdw(LibdwFunctions& functions) {
   find(functions.elfOfMemory, "elf_memory");
   find(functions.elfBegin, "elf_begin");
   find(functions.elfEnd, "elf_end");
+  find(functions.nextSection, "elf_nextscn");
+  find(functions.sectionHeader, "gelf_getshdr");
+  find(functions.sectionNames, "elf_getshdrstrndx");
+  find(functions.sectionName, "elf_strptr");
+  find(functions.sectionData, "elf_getdata");
   find(functions.buildIdOfElf, "dwelf_elf_gnu_build_id");
   find(functions.buildId, "dwfl_module_build_id");
   find(functions.symbolOfAddress, "dwfl_module_addrinfo");
@@ -66,7 +71,12 @@ void* openLibdw(LibdwFunctions& functions) {
   find(functions.lineFile, "dwarf_linesrc");
   find(functions.lineNumber, "dwarf_lineno");
   find(functions.lineAddress, "dwarf_lineaddr");
+  find(functions.unitOfAddress, "dwfl_module_addrdie");
+  find(functions.attribute, "dwarf_attr");
+  find(functions.attributeNumber, "dwarf_formudata");
+  find(functions.attributeText, "dwarf_formstring");
   find(functions.debugData, "dwfl_module_getdwarf");
+  find(functions.elfOfDebugData, "dwarf_getelf");
   find(functions.symbolCount, "dwfl_module_getsymtab");
   find(functions.symbol, "dwfl_module_getsym_info");
   find(functions.exceptionFrames, "dwfl_module_eh_cfi");

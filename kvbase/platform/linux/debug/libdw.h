@@ -28,6 +28,11 @@ struct LibdwFunctions {
   decltype(&::elf_memory) elfOfMemory;
   decltype(&::elf_begin) elfBegin;
   decltype(&::elf_end) elfEnd;
+  decltype(&::elf_nextscn) nextSection;
+  decltype(&::gelf_getshdr) sectionHeader;
+  decltype(&::elf_getshdrstrndx) sectionNames;
+  decltype(&::elf_strptr) sectionName;
+  decltype(&::elf_getdata) sectionData;
   decltype(&::dwelf_elf_gnu_build_id) buildIdOfElf;
   decltype(&::dwfl_module_build_id) buildId;
   // Names and lines.
@@ -40,7 +45,12 @@ struct LibdwFunctions {
   decltype(&::dwarf_linesrc) lineFile;
   decltype(&::dwarf_lineno) lineNumber;
   decltype(&::dwarf_lineaddr) lineAddress;
+  decltype(&::dwfl_module_addrdie) unitOfAddress;
+  decltype(&::dwarf_attr) attribute;
+  decltype(&::dwarf_formudata) attributeNumber;
+  decltype(&::dwarf_formstring) attributeText;
   decltype(&::dwfl_module_getdwarf) debugData;
+  decltype(&::dwarf_getelf) elfOfDebugData;
   decltype(&::dwfl_module_getsymtab) symbolCount;
   decltype(&::dwfl_module_getsym_info) symbol;
   // Frames.

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <unordered_map>
@@ -144,8 +145,12 @@ void searchLineInUnits(LibdwFunctions const& libdw, Dwfl_Module* module, Resolve
   }
 }
 
-void findLine(LibdwFunctions const& libdw, Dwfl_Module* module, Resolved& result) {
+// libdw itself reads and sorts all lines of a unit to tell of one.
+void findLine(LibdwFunctions const& libdw, DebugSession::Module& known, Resolved& result) {
   if (!libdw.canLine()) return;
+  Dwfl_Module* const module = known.handle;
+  auto const own = ModuleLines::canRead(libdw) ? known.lines.find(libdw, module, result.address) : std::nullopt;
+  if (own.has_value()) return setLine(result, own->file.c_str(), static_cast<int>(own->number), own->start);
   Dwfl_Line* const line = libdw.lineOfAddress(module, result.address);
   int number = 0;
   Dwarf_Addr start = 0;
@@ -189,7 +194,7 @@ Resolved const* resolve(DebugSession& session, std::uint64_t address) {
   if (module->handle != nullptr) {
     openSymbols(session.libdw(), *module);
     findSymbol(session.libdw(), *module, result);
-    findLine(session.libdw(), module->handle, result);
+    findLine(session.libdw(), *module, result);
     result.type = typeOf(session.libdw(), *module);
   }
   if (!module->loaded.isPermanent || permanentAddresses.isFull()) return &(all.others[address] = std::move(result));
