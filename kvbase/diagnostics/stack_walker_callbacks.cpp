@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // The default callbacks: one line of text each.
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
 
 #include "kvbase/diagnostics/internal/narrow_copy.h"
 #include "kvbase/diagnostics/stack_walker.h"
@@ -27,6 +30,32 @@ unsigned int number(ulong32 value) {
 unsigned int versionPart(unsigned long long version, int part) {
   return static_cast<unsigned int>(version >> (16 * part)) & 0xFFFF;
 }
+
+// A line that is put together part by part and cut like those of snprintf, in a fraction of its time: a walk makes one of
+// each frame without a source line, whether anybody reads it or not.
+class PlainLine {
+ public:
+  PlainLine& operator<<(char const* text) {
+    if (text == nullptr) text = "(null)";
+    std::size_t const size = std::min(std::strlen(text), sizeof line_ - 1 - length_);
+    std::memcpy(line_ + length_, text, size);
+    length_ += size;
+    return *this;
+  }
+  PlainLine& operator<<(unsigned int value) {
+    char digits[16];
+    *std::to_chars(digits, digits + sizeof digits - 1, value).ptr = 0;
+    return *this << digits;
+  }
+  char const* get() {
+    line_[length_] = 0;
+    return line_;
+  }
+
+ private:
+  Line line_;
+  std::size_t length_ = 0;
+};
 
 }  // namespace
 
@@ -78,10 +107,10 @@ void StackWalker::OnCallstackEntry(CallstackEntryType type, CallstackEntry& entr
 }
 
 void StackWalker::OnDbgHelpErr(char const* function, ulong32 lastError, unsigned long long address) {
-  Line line;
-  std::snprintf(line, sizeof line, "ERROR: %s, GetLastError: %u (Address: %s)\n", function, number(lastError),
-                PointerText(address).get());
-  OnOutput(line);
+  PlainLine line;
+  line << "ERROR: " << function << ", GetLastError: " << number(lastError)
+       << " (Address: " << PointerText(address).get() << ")\n";
+  OnOutput(line.get());
 }
 
 void StackWalker::OnOutput(char const* text) {
