@@ -162,6 +162,7 @@ class KVBASE_API Directory : public FileSystemItem {
 
  private:
   friend class File;
+  friend class SystemName;
 
   // The forms of the full name: getFullName, getFullNameUnicode, getFullNameUnix.
   enum class Form { kPlain, kLong, kUnix };
@@ -180,8 +181,10 @@ class KVBASE_API Directory : public FileSystemItem {
   // The root with the separator behind it, and the levels, each with a separator behind it.
   std::basic_string_view<wchar> front() const;
   std::basic_string_view<wchar> levels() const;
-  // The full name in a form, followed by the name of a file.
+  // The full name in a form, followed by the name of a file. `start` gets its size and gives a builder for it.
   String text(Form form, String const& baseName, String const& extension) const;
+  template <class Start>
+  KVBASE_LOCAL auto build(Form form, String const& baseName, String const& extension, Start start) const;
   // Resolves "." and ".." in place. False, with a message, for ".." beyond the first level; there are no levels then.
   bool normalize();
   // The capital letter of a drive root, 0 for any other root.

@@ -6,6 +6,7 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/file_system_iterator.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/filesystem/internal/system_name.h"
 #include "kvbase/filesystem/internal/walk.h"
 #include "kvbase/filesystem/progress.h"
 #include "kvbase/platform/error_api.h"
@@ -17,8 +18,8 @@ namespace KV_1_1 {
 
 static_assert(!std::has_virtual_destructor<KVFileProgressInterface>::value, "fileCopied is its only virtual operation");
 
-bool Directory::exists() const {
-  ulong32 const attributes = platform::files().getAttributes(getFullNameUnicode());
+[[gnu::noinline]] bool Directory::exists() const {
+  ulong32 const attributes = platform::files().getAttributes(SystemName(*this));
   return attributes != platform::kInvalidAttributes && (attributes & platform::kAttributeDirectory) != 0;
 }
 

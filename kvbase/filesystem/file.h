@@ -152,6 +152,7 @@ class KVBASE_API File : public FileSystemItem {
   friend class Directory;
   friend class FileIterator;
   friend class FileSystemIterator;
+  friend class SystemName;
 
   // Base name and extension NIL, in a default directory.
   File();

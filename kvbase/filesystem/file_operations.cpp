@@ -5,6 +5,7 @@
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/open_file.h"
 #include "kvbase/filesystem/internal/report.h"
+#include "kvbase/filesystem/internal/system_name.h"
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/file_api.h"
@@ -33,8 +34,8 @@ void flush(String const& name) {
 
 }  // namespace
 
-bool File::exists() const {
-  ulong32 const attributes = platform::files().getAttributes(getFullNameUnicode());
+[[gnu::noinline]] bool File::exists() const {
+  ulong32 const attributes = platform::files().getAttributes(SystemName(*this));
   return attributes != platform::kInvalidAttributes && (attributes & platform::kAttributeDirectory) == 0;
 }
 
@@ -46,9 +47,9 @@ bool File::move(SmartPtr<File const> target) const {
   return false;
 }
 
-bool File::remove() const {
+[[gnu::noinline]] bool File::remove() const {
   if (!exists()) return true;
-  if (platform::files().deleteFile(getFullNameUnicode())) return true;
+  if (platform::files().deleteFile(SystemName(*this))) return true;
   String const reason = getWindowsError();
   report(KVW("Failed to delete file '%ls'.\r\nWindows error message: %ls"), getFullName(), reason);
   return false;

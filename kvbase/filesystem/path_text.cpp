@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // The texts of paths, and the names in them.
+#include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/path_names.h"
+#include "kvbase/filesystem/internal/system_name.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/text_builder.h"
 
@@ -19,7 +22,8 @@ TextView Directory::levels() const {
   return viewOf(path_).substr(front().size());
 }
 
-String Directory::text(Form form, String const& baseName, String const& extension) const {
+template <class Start>
+auto Directory::build(Form form, String const& baseName, String const& extension, Start start) const {
   TextView path = viewOf(path_);
   if (path.empty()) path = KVW(".\\");
   bool const isLong = form == Form::kLong && absolute_;
@@ -31,8 +35,8 @@ String Directory::text(Form form, String const& baseName, String const& extensio
   if (isShare) path.remove_prefix(1);
 
   bool const hasExtension = extension.length() > 0;
-  TextBuilder builder(static_cast<long long>(prefix.size() + path.size()) + baseName.length() +
-                      (hasExtension ? extension.length() + 1ll : 0));
+  auto builder = start(static_cast<long long>(prefix.size() + path.size()) + baseName.length() +
+                       (hasExtension ? extension.length() + 1ll : 0));
   builder.append(prefix);
   wchar* const place = builder.extend(0);
   builder.append(path);
@@ -40,6 +44,10 @@ String Directory::text(Form form, String const& baseName, String const& extensio
   builder.append(viewOf(baseName));
   if (hasExtension) builder.append(KVW('.')).append(viewOf(extension));
   return builder.finish();
+}
+
+String Directory::text(Form form, String const& baseName, String const& extension) const {
+  return build(form, baseName, extension, [](long long units) { return TextBuilder(units); });
 }
 
 String const Directory::getFullName() const {
@@ -65,6 +73,62 @@ void Directory::setName(String const& name) {
   if (all.empty() || !isValidItemName(name)) return;
   TextView const path = viewOf(path_);
   path_ = withLevel(path.substr(0, path.size() - lastLevelOf(all).size() - 1), viewOf(name));
+}
+
+// Builds a text in the name, or in a block of the name if it is too long for that.
+class SystemName::Builder {
+ public:
+  Builder(SystemName& name, long long units) : next_(name.units_) {
+    if (units > kOrdinary) {
+      TextBuilder block(units);
+      next_ = block.extend(static_cast<int>(units));
+      name.block_ = block.finish();
+    }
+    name.text_ = next_;
+  }
+
+  Builder& append(TextView text) {
+    next_ = std::copy(text.begin(), text.end(), next_);
+    return *this;
+  }
+  Builder& append(wchar unit) {
+    *next_++ = unit;
+    return *this;
+  }
+  wchar* extend(int units) {
+    next_ += units;
+    return next_ - units;
+  }
+  bool finish() {
+    *next_ = 0;
+    return true;
+  }
+
+ private:
+  wchar* next_;
+};
+
+SystemName::SystemName(Directory const& directory) {
+  if (typeid(directory) == typeid(Directory)) {
+    build(directory, String::NIL, String::NIL);
+  } else {
+    block_ = directory.getFullNameUnicode();
+    text_ = block_;
+  }
+}
+
+SystemName::SystemName(File const& file) {
+  if (typeid(file) == typeid(File)) {
+    build(*file.directory_, file.baseName_, file.extension_);
+  } else {
+    block_ = file.getFullNameUnicode();
+    text_ = block_;
+  }
+}
+
+void SystemName::build(Directory const& directory, String const& baseName, String const& extension) {
+  directory.build(Directory::Form::kLong, baseName, extension,
+                  [this](long long units) { return Builder(*this, units); });
 }
 
 String const File::getFullName() const {

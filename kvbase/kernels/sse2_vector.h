@@ -69,9 +69,10 @@ struct Sse2Vector {
   static void storeBytes(char* bytes, Register value) { _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), value); }
   static Register bytesOf(int byte) { return _mm_set1_epi8(static_cast<char>(byte)); }
   static Register addBytes(Register a, Register b) { return _mm_add_epi8(a, b); }
+  static Register equalBytes(Register a, Register b) { return _mm_cmpeq_epi8(a, b); }
   // Compares signed numbers.
   static Register greaterBytes(Register a, Register b) { return _mm_cmpgt_epi8(a, b); }
-  // REQUIRES: no unit is beyond 0xFF.
+  // Units from 0x80 on give bytes that are negative or 0 as signed numbers; those beyond 0xFF not their own.
   static Register narrowed(Register front, Register back) { return _mm_packus_epi16(front, back); }
   static void storeWidened(wchar* units, Register bytes) {
     store(units, _mm_unpacklo_epi8(bytes, zero()));

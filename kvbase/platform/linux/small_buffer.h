@@ -16,6 +16,9 @@ class SmallBuffer {
   static_assert(std::is_trivially_copyable<T>::value, "values are copied as bytes");
 
  public:
+  // Up to this size there is no block of its own.
+  static constexpr std::size_t kSmall = N;
+
   SmallBuffer() = default;
   SmallBuffer(SmallBuffer const&) = delete;
   SmallBuffer& operator=(SmallBuffer const&) = delete;

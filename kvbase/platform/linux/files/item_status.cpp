@@ -23,9 +23,8 @@ struct LastLevel {
 LastLevel lastLevelOf(char const* path) {
   std::size_t end = strlen(path);
   while (end > 0 && path[end - 1] == '/') --end;
-  std::size_t begin = end;
-  while (begin > 0 && path[begin - 1] != '/') --begin;
-  return {begin, end};
+  auto const* const slash = static_cast<char const*>(memrchr(path, '/', end));
+  return {slash == nullptr ? 0 : static_cast<std::size_t>(slash + 1 - path), end};
 }
 
 bool isHidden(char const* path) {

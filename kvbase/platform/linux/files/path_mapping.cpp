@@ -10,6 +10,8 @@
 
 #include <memory>
 
+#include "kvbase/kernels/sse2_vector.h"
+#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/configuration_folder.h"
 #include "kvbase/platform/linux/errors/last_error.h"
@@ -44,7 +46,7 @@ bool appendDriveRoot(char letter, NativePath& path) {
   return true;
 }
 
-// Parses a text once and builds the path of the system.
+// Parses a text level by level and builds the path of the system.
 class PathMapper {
  public:
   PathMapper(wchar const* text, std::size_t size, NativePath& path) : next_(text), end_(text + size), path_(path) {}
@@ -174,20 +176,83 @@ class PathMapper {
   std::size_t floor_ = 0;  // ".." does not shorten path_ below this size
 };
 
+using Units = strings::Sse2Vector;
+
+template <class... Registers>
+Units::Register anyOf(Units::Register first, Registers... others) {
+  ((first = Units::bitOr(first, others)), ...);
+  return first;
+}
+
+// As many bytes as a vector has.
+constexpr std::size_t kStep = std::size_t{2} * Units::kUnits;
+
+// Maps kStep units of a path, each by itself. False if that cannot be done. `mayEnd` tells whether a name may end before
+// the first of them, and then whether one may end behind the last.
+bool mapPlainUnits(wchar const* text, bool& mayEnd, char* bytes) {
+  // Any unit beyond ASCII is below a blank now.
+  auto const block = Units::narrowed(Units::load(text), Units::load(text + Units::kUnits));
+  auto const are = [block](char byte) { return Units::equalBytes(block, Units::bytesOf(byte)); };
+  // Whether bytes are one of two that differ in one bit.
+  auto const areEither = [block](char byte, char bit) {
+    return Units::equalBytes(Units::bitOr(block, Units::bytesOf(bit)), Units::bytesOf(byte));
+  };
+  auto const isForbidden = anyOf(Units::greaterBytes(Units::bytesOf(' '), block), areEither(':', ':' ^ '*'),
+                                 areEither('?', '?' ^ '/'), areEither('|', '|' ^ '<'), are('>'), are('"'));
+  auto const separators = are('\\');
+  unsigned int const badEnds = Units::mask(anyOf(separators, are('.'), are(' ')));
+  unsigned int const behindBadEnds = badEnds << 1 | (mayEnd ? 0 : 1);
+  if (Units::mask(isForbidden) != 0 || (Units::mask(separators) & behindBadEnds) != 0) return false;
+  mayEnd = (badEnds >> (kStep - 1)) == 0;
+  Units::storeBytes(bytes, Units::bitXor(block, Units::bitAnd(separators, Units::bytesOf('\\' ^ '/'))));
+  return true;
+}
+
+// Maps a text whose units map one by one, as those of nearly every path do: in ASCII and not long, from the native root or
+// without a root, with no drive, no share, no "." and "..", and no two separators next to each other. False for all others,
+// whether or not there is such a path; `path` is then unspecified.
+bool mapPlainPath(wchar const* text, std::size_t size, NativePath& path) {
+  if (isVerbatim(text, size)) {
+    text += 4;
+    size -= 4;
+    if (size == 0 || text[0] != '\\') return false;
+  }
+  if (size < kStep || size >= NativePath::kSmall) return false;
+  path.resize(size + 1);
+  char* const bytes = path.data();
+  bool mayEnd = true;
+  std::size_t done = 0;
+  for (; done + kStep <= size; done += kStep) {
+    if (!mapPlainUnits(text + done, mayEnd, bytes + done)) return false;
+  }
+  if (done < size) {
+    // The last vector overlaps the one before, which has seen what stands before its first unit.
+    std::size_t const last = size - kStep;
+    mayEnd = true;
+    if (!mapPlainUnits(text + last, mayEnd, bytes + last)) return false;
+  }
+  bytes[size] = '\0';
+  return mayEnd || text[size - 1] == '\\';
+}
+
 }  // namespace
 
 bool isVerbatim(wchar const* text, std::size_t size) {
   return size >= 4 && text[0] == '\\' && text[1] == '\\' && text[2] == '?' && text[3] == '\\';
 }
 
-bool mapPath(wchar const* text, std::size_t size, NativePath& path) {
+bool mapPathByLevels(wchar const* text, std::size_t size, NativePath& path) {
   path.resize(0);
   ulong32 const error = PathMapper(text, size, path).run();
   return error == kNoError || failWith(error);
 }
 
+bool mapPath(wchar const* text, std::size_t size, NativePath& path) {
+  return mapPlainPath(text, size, path) || mapPathByLevels(text, size, path);
+}
+
 bool mapPath(wchar const* text, NativePath& path) {
-  return mapPath(text, std::char_traits<wchar>::length(text), path);
+  return mapPath(text, static_cast<std::size_t>(strings::kernels().length(text)), path);
 }
 
 Root rootOf(char const* path) {

@@ -29,6 +29,8 @@ namespace platform {
 bool mapPath(wchar const* text, std::size_t size, NativePath& path);
 // The same for a NUL-terminated text.
 bool mapPath(wchar const* text, NativePath& path);
+// What mapPath does with a text that is not plain, and would do with any; tests compare the two.
+bool mapPathByLevels(wchar const* text, std::size_t size, NativePath& path);
 
 // The root of a path of the system and its size in bytes.
 struct Root {

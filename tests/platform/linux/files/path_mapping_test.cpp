@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "kvbase/platform/file_api.h"
+#include "kvbase/platform/linux/errors/last_error.h"
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/support/current_path.h"
 #include "tests/support/narrow_text.h"
@@ -92,6 +95,96 @@ TEST(PathMapping, LongTextsAreMappedWhole) {
   EXPECT_EQ(mapped(text), path);
   for (int i = 0; i < 20000; ++i) text += KVW("\\..");
   EXPECT_EQ(mapped(text + KVW("\\x")), "/x");
+}
+
+// A result of a mapping: the path, or the last error that it left.
+template <class Map>
+std::string resultOf(Map const& map) {
+  platform::setLastErrorOfThread(0);
+  platform::NativePath path;
+  if (!map(path)) return "error " + std::to_string(platform::lastErrorOfThread());
+  return std::string(path.data(), path.size());
+}
+
+// Random texts, of which about a half is plain.
+class RandomPaths {
+ public:
+  wstring next() {
+    wstring text = one<wstring>({KVW(""), KVW("\\"), KVW("\\"), KVW("\\\\?\\"), KVW("\\\\?\\\\"), KVW("\\\\?\\\\"),
+                                 KVW("\\\\"), KVW("C:\\"), KVW("\\\\?\\C:\\"), KVW("\\\\?\\UNC\\"), KVW("//")});
+    for (auto levels = below(7); levels > 0; --levels) text += level() + one<wstring>({KVW("\\"), separator()});
+    if (below(2) == 0) text += level();
+    return text;
+  }
+
+ private:
+  wstring separator() {
+    return below(8) != 0 ? KVW("\\") : one<wstring>({KVW("/"), KVW("\\\\"), KVW("\\/"), wstring(1, 0)});
+  }
+  wstring level() {
+    wstring text;
+    for (auto units = below(24) == 0 ? 200 : below(20); units > 0; --units) text += plain();
+    if (below(6) != 0) return text;
+    wchar const special[] = {'.',    ' ',    '/',    ':',    '*',    '?',    '<',    '>',    '"',    '|',    0,
+                             0x1F,   0x80,   0xE4,   0xFF,   0x12F,  0x13A,  0x25C,  0x20AC, 0xD83D, 0xDE00, 0xF02E,
+                             0xF03A, 0xF0E4, 0xF12E, 0xFF0E, 0xFF3C, 0x802E, 0x7FFF, 0xFFFF, '\\'};
+    return text.insert(below(text.size() + 1), 1, special[below(sizeof special / sizeof *special)]);
+  }
+  wchar plain() {
+    wchar const unit = static_cast<wchar>(0x21 + below(0x5F));
+    return wstring(KVW("\\/:*?<>\"|")).find(unit) == wstring::npos && (unit != '.' || below(8) == 0) ? unit : KVW('a');
+  }
+  template <class T>
+  T one(std::vector<T> const& choices) {
+    return choices[below(choices.size())];
+  }
+  std::size_t below(std::size_t end) { return random_() % end; }
+
+  std::mt19937 random_{1};
+};
+
+TEST(PathMapping, PlainTextsMapAsLevelByLevel) {
+  EnvironmentVariable const drives("KVBASE_DRIVES", "/drives");
+  RandomPaths random;
+  int found = 0;
+  for (int i = 0; i < 5000; ++i) {
+    wstring const text = random.next();
+    std::string const expected =
+        resultOf([&](auto& path) { return platform::mapPathByLevels(text.data(), text.size(), path); });
+    EXPECT_EQ(resultOf([&](auto& path) { return platform::mapPath(text.data(), text.size(), path); }), expected)
+        << narrow(text);
+    wstring const front = text.c_str();
+    std::string const expectedFront =
+        resultOf([&](auto& path) { return platform::mapPathByLevels(front.data(), front.size(), path); });
+    EXPECT_EQ(resultOf([&](auto& path) { return platform::mapPath(text.c_str(), path); }), expectedFront)
+        << narrow(front);
+    found += expected.find("error") != 0;
+  }
+  EXPECT_GT(found, 1000);
+}
+
+// Each unit at each place of a name, so at each place of a vector.
+TEST(PathMapping, EachUnitMapsAsLevelByLevelAtEachPlace) {
+  wstring const whole = KVW("\\folder\\with\\a.name\\of.some.length.dat");
+  for (unsigned int unit = 0; unit < 0x10000; unit += unit < 0x200 ? 1 : 0x1F) {
+    for (std::size_t at = 0; at < (unit < 0x200 ? whole.size() : 3); ++at) {
+      wstring text = whole;
+      text[at] = static_cast<wchar>(unit);
+      ASSERT_EQ(resultOf([&](auto& path) { return platform::mapPath(text.data(), text.size(), path); }),
+                resultOf([&](auto& path) { return platform::mapPathByLevels(text.data(), text.size(), path); }))
+          << unit << " at " << at;
+    }
+  }
+}
+
+TEST(PathMapping, TextsOfEachLengthMapAsLevelByLevel) {
+  wstring text = KVW("\\");
+  for (int i = 0; i < 600; ++i) {
+    text += i % 9 == 8 ? KVW('\\') : KVW('n');
+    ASSERT_EQ(resultOf([&](auto& path) { return platform::mapPath(text.c_str(), path); }),
+              resultOf([&](auto& path) { return platform::mapPathByLevels(text.data(), text.size(), path); }))
+        << text.size();
+  }
 }
 
 class DrivesTest : public ::testing::Test {
