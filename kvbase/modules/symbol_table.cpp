@@ -21,7 +21,7 @@ constexpr unsigned int kNotFound = 0xFFFFFFFF;
 template <class Take>
 bool readLines(std::istream& stream, Take take) {
   bool isFaultless = true;
-  char line[LineDecoder::kLimit];
+  char line[LineReader::kLimit];
   while (!stream.eof() && !stream.bad()) {
     // A stream that has failed before stores nothing.
     line[0] = 0;
@@ -95,12 +95,12 @@ bool SymbolTable::parseHeaderFile(std::basic_istream<char>& stream) {
 }
 
 bool SymbolTable::Contents::fill(SymbolTable& table, std::istream& stream) {
-  LineDecoder decoder;
+  LineReader reader;
   SymbolBatch batch;
   bool isFaultless = false;
   try {
     isFaultless = readLines(stream, [&](char const* bytes) {
-      HeaderLine line = readHeaderLine(decoder.decode(bytes, static_cast<int>(std::strlen(bytes))));
+      HeaderLine line = reader.read(bytes, static_cast<int>(std::strlen(bytes)));
       if (line.kind == HeaderLine::kReference) {
         bool const isKnown = batch.find(line.token, line.number) && line.number != kNotFound;
         line.kind = isKnown ? HeaderLine::kNumber : HeaderLine::kFaulty;

@@ -388,6 +388,27 @@ TEST_F(SymbolTableCodePage, PagesThatAreNotAsciiAreDecoded) {
   EXPECT_EQ(shown(tableOf("#define A 1\n")), "");
 }
 
+// The first text of a table is read from its bytes where they are ASCII; a single line, from its units.
+TEST_F(SymbolTableCodePage, EachByteAtEachPlaceReadsAsInALineOfUnits) {
+  for (unsigned int const page : {65001u, 1252u, 932u, 37u}) {
+    text_.ansi = page;
+    for (std::string const original : {"#define NAME 123 // r", "#define  N\t1234567890"}) {
+      for (std::size_t at = 0; at <= original.size(); ++at) {
+        for (int byte = 1; byte < 256; ++byte) {
+          if (byte == '\n') continue;
+          std::string line = original;
+          line.insert(at, 1, static_cast<char>(byte));
+          if (at < original.size() && byte % 2 == 0) line.erase(at + 1, 1);
+          SymbolTable whole, single;
+          bool const isRight = parse(whole, line);
+          ASSERT_EQ(parseLine(single, String(CodePageInterface(line.c_str(), 0))), isRight) << page << ": " << line;
+          ASSERT_EQ(definitionsByName(whole), definitionsByName(single)) << page << ": " << line;
+        }
+      }
+    }
+  }
+}
+
 TEST_F(SymbolTableCodePage, ALineThatCannotBeDecodedIsIgnored) {
   text_.ansi = 4711;
   SymbolTable table;

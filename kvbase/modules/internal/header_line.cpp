@@ -147,12 +147,48 @@ bool isAscii(char const* bytes, int size) {
 
 }  // namespace
 
-LineDecoder::LineDecoder()
+LineReader::LineReader()
     : isUtf8_(platform::isUtf8(platform::text(), platform::kAnsiCodePage)),
       isTransparent_(isUtf8_ || isTransparentToAscii()) {}
 
-TextView LineDecoder::decode(char const* bytes, int size) {
+// Reads "#define NAME 123", as most lines are, from its bytes. False for all others, whatever they are.
+bool LineReader::readPlain(char const* bytes, int size, HeaderLine& line) {
+  constexpr char kStart[] = "#define";
+  constexpr int kStartSize = sizeof kStart - 1;
+  constexpr int kFewDigits = 9;
+  auto const isBlank = [](char c) { return (c >= '\x01' && c <= ' ') || c == '\x7F'; };
+  auto const isWord = [](char c) { return c >= '!' && c <= '~'; };
+  auto const isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  if (!isTransparent_ || size < kStartSize || std::memcmp(bytes, kStart, kStartSize) != 0) return false;
+  char const* at = bytes + kStartSize;
+  if (!isBlank(*at)) return false;
+  while (isBlank(*at)) ++at;
+  wchar* nameEnd = units_;
+  for (; isWord(*at); ++at) *nameEnd++ = static_cast<wchar>(*at);
+  line.name = TextView(units_, static_cast<std::size_t>(nameEnd - units_));
+  if (line.name.empty() || startsWith(line.name, kEditorPrefix) || !isBlank(*at)) return false;
+  // Numbers often stand in a column.
+  while (bytes + size - at >= 8 && std::memcmp(at, "        ", 8) == 0) at += 8;
+  while (isBlank(*at)) ++at;
+
+  char const* const number = at;
+  line.number = 0;
+  for (; isDigit(*at) && at - number < kFewDigits; ++at)
+    line.number = 10 * line.number + static_cast<unsigned int>(*at - '0');
+  // A further digit, of ASCII or beyond it, goes on with the number.
+  bool const isNumber = at != number && !isDigit(*at) && isAscii(at, 1);
+  if (!isNumber || !(isUtf8_ || isAscii(at, static_cast<int>(bytes + size - at)))) return false;
+  line.kind = HeaderLine::kNumber;
+  return true;
+}
+
+HeaderLine LineReader::read(char const* bytes, int size) {
   KVBASE_ASSERT(size >= 0 && size < kLimit);
+  HeaderLine line;
+  return readPlain(bytes, size, line) ? line : readHeaderLine(decode(bytes, size));
+}
+
+TextView LineReader::decode(char const* bytes, int size) {
   if (isTransparent_ && std::memchr(bytes, kDefine.front(), static_cast<std::size_t>(size)) == nullptr) {
     return TextView();
   }

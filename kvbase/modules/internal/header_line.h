@@ -29,22 +29,25 @@ struct HeaderLine {
 // REQUIRES: the line holds no NUL.
 HeaderLine readHeaderLine(TextView line);
 
-// Converts lines from the ANSI code page, which is that of the decoder's construction.
-class LineDecoder {
+// Reads lines in the ANSI code page, which is that of the reader's construction.
+class LineReader {
  public:
   // Lines have fewer bytes.
   static constexpr int kLimit = 255;
 
-  LineDecoder();
-  LineDecoder(LineDecoder const&) = delete;
-  LineDecoder& operator=(LineDecoder const&) = delete;
+  LineReader();
+  LineReader(LineReader const&) = delete;
+  LineReader& operator=(LineReader const&) = delete;
 
-  // The units of a line of `size` bytes, none of them NUL; valid until the next call. No units if it cannot be converted,
-  // or if it cannot be a definition.
+  // What readHeaderLine makes of a line of `size` bytes, none of them NUL but the one behind them; valid until the next
+  // call. A line that cannot be converted is empty.
   // REQUIRES: size is below kLimit.
-  TextView decode(char const* bytes, int size);
+  HeaderLine read(char const* bytes, int size);
 
  private:
+  bool readPlain(char const* bytes, int size, HeaderLine& line);
+  TextView decode(char const* bytes, int size);
+
   bool isUtf8_;
   bool isTransparent_;
   wchar units_[kLimit];
