@@ -13,15 +13,13 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t kSlice = 4096;
-
 // Reads up to the end of the file, but no more than one byte beyond the limit.
 bool readBytes(int descriptor, std::size_t limit, FileBytes& bytes) {
   bytes.resize(0);
   while (bytes.size() <= limit) {
     std::size_t const begin = bytes.size();
     std::size_t const left = limit - begin;
-    std::size_t const slice = left < kSlice ? left + 1 : kSlice;
+    std::size_t const slice = left < kReadSlice ? left + 1 : kReadSlice;
     bytes.resize(begin + slice);
     ssize_t count = 0;
     do {

@@ -10,7 +10,11 @@
 namespace KV_1_1 {
 namespace platform {
 
-using FileBytes = SmallBuffer<char, 512>;
+// The bytes asked for in one read.
+constexpr std::size_t kReadSlice = 4096;
+
+// Has room for a short file, and for the slice in which its end is looked for.
+using FileBytes = SmallBuffer<char, 2 * kReadSlice>;
 
 // No limit to the length of a file.
 constexpr std::size_t kAnyLength = static_cast<std::size_t>(-2);

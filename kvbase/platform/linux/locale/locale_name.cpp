@@ -6,6 +6,7 @@
 #include <unicode/uloc.h>
 
 #include <algorithm>
+#include <mutex>
 
 #include "kvbase/platform/linux/locale/language_table.h"
 
@@ -129,18 +130,7 @@ Language const* likelyLanguageOf(char const* name) {
   return language != nullptr && !language->isNeutral() ? language : nullptr;
 }
 
-}  // namespace
-
-bool isPortableLocale(char const* name, std::size_t size) {
-  auto const* const charset = static_cast<char const*>(memchr(name, '.', size));
-  Piece const locale = {name, charset == nullptr ? size : static_cast<std::size_t>(charset - name)};
-  return locale.equals("C") || locale.equals("POSIX");
-}
-
-std::uint16_t languageOfLocaleName(char const* name, std::size_t size) {
-  if (isPortableLocale(name, size)) return kAmericanEnglish;
-  LocaleName locale;
-  if (!locale.parse({name, size})) return kNoLanguage;
+std::uint16_t languageOf(LocaleName const& locale) {
   LocaleName::Buffer whole;
   locale.print(/*withRegion=*/true, whole);
   // Of a language with several scripts, ICU has a neutral id or the wrong script unless the name is complete.
@@ -153,6 +143,53 @@ std::uint16_t languageOfLocaleName(char const* name, std::size_t size) {
     if (language == nullptr) language = languageOf(withoutRegion);
   }
   return language == nullptr ? kNoLanguage : language->standard;
+}
+
+// The name that was asked for last, and its language: a program asks for that of its user again and again, which takes
+// microseconds.
+class LastName {
+ public:
+  bool find(Piece name, std::uint16_t& language) {
+    std::lock_guard<std::mutex> const guard(mutex_);
+    if (name.size != size_ || memcmp(name.begin, name_, name.size) != 0) return false;
+    language = language_;
+    return true;
+  }
+  // REQUIRES: a name has been parsed of it.
+  void keep(Piece name, std::uint16_t language) {
+    std::lock_guard<std::mutex> const guard(mutex_);
+    memcpy(name_, name.begin, name.size);
+    size_ = name.size;
+    language_ = language;
+  }
+
+ private:
+  std::mutex mutex_;
+  char name_[kLongestName] = {};
+  std::size_t size_ = 0;  // no name has this size
+  std::uint16_t language_ = kNoLanguage;
+};
+
+// Constant-initialised, and its destructor does nothing.
+LastName lastName;
+
+}  // namespace
+
+bool isPortableLocale(char const* name, std::size_t size) {
+  auto const* const charset = static_cast<char const*>(memchr(name, '.', size));
+  Piece const locale = {name, charset == nullptr ? size : static_cast<std::size_t>(charset - name)};
+  return locale.equals("C") || locale.equals("POSIX");
+}
+
+std::uint16_t languageOfLocaleName(char const* name, std::size_t size) {
+  if (isPortableLocale(name, size)) return kAmericanEnglish;
+  LocaleName locale;
+  if (!locale.parse({name, size})) return kNoLanguage;
+  std::uint16_t language = kNoLanguage;
+  if (lastName.find({name, size}, language)) return language;
+  language = languageOf(locale);
+  lastName.keep({name, size}, language);
+  return language;
 }
 
 }  // namespace platform

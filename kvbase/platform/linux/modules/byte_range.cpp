@@ -26,6 +26,29 @@ std::size_t readAt(int file, std::uint64_t offset, std::size_t size, unsigned ch
 
 }  // namespace
 
+// Zero-initialised and never destroyed.
+FilePages::Pool FilePages::pool;
+
+FilePages::PagePointer FilePages::takePage() {
+  unsigned int taken = pool.isTaken.load(std::memory_order_relaxed);
+  for (unsigned int i = 0; i < Pool::kPages; ++i) {
+    while ((taken >> i & 1) == 0) {
+      if (pool.isTaken.compare_exchange_weak(taken, taken | 1u << i, std::memory_order_acquire))
+        return PagePointer(&pool.pages[i]);
+    }
+  }
+  return PagePointer(new Page);
+}
+
+void FilePages::Return::operator()(Page* page) const {
+  for (unsigned int i = 0; i < Pool::kPages; ++i) {
+    if (page != &pool.pages[i]) continue;
+    pool.isTaken.fetch_and(~(1u << i), std::memory_order_release);
+    return;
+  }
+  delete page;
+}
+
 bool FilePages::refresh() {
   struct stat status;
   bool const isFile = fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode);
@@ -36,16 +59,16 @@ bool FilePages::refresh() {
   bool const same = size == size_ && stamp.modified == stamp_.modified && stamp.modifiedPart == stamp_.modifiedPart &&
                     stamp.changed == stamp_.changed && stamp.changedPart == stamp_.changedPart;
   if (same) return false;
-  for (std::unique_ptr<Page>& page : pages_) page.reset();
+  for (PagePointer& page : pages_) page.reset();
   size_ = size;
   stamp_ = stamp;
   return true;
 }
 
 FilePages::Page const* FilePages::page(std::uint64_t number) {
-  std::unique_ptr<Page>& page = pages_[number % kPageCount];
+  PagePointer& page = pages_[number % kPageCount];
   if (page == nullptr) {
-    page.reset(new Page);
+    page = takePage();
   } else if (page->number == number) {
     return page.get();
   }

@@ -6,6 +6,7 @@
 // Thread rule: a range over a file must be used by one thread at a time.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -60,12 +61,26 @@ class FilePages {
     std::int64_t modified, modifiedPart, changed, changedPart;
   };
 
+  // A few pages for all files, since most files need one and are soon closed: blocks of this size from the heap would have
+  // it join all its small free blocks each time.
+  struct Pool {
+    static constexpr unsigned int kPages = 8;
+    Page pages[kPages];
+    std::atomic<unsigned int> isTaken;  // a bit for each page
+  };
+  struct Return {
+    void operator()(Page* page) const;
+  };
+  using PagePointer = std::unique_ptr<Page, Return>;
+  static Pool pool;
+
+  static PagePointer takePage();
   Page const* page(std::uint64_t number);
 
   Descriptor file_;
   std::uint64_t size_ = 0;
   Stamp stamp_ = {};
-  std::unique_ptr<Page> pages_[kPageCount];  // the page of a number is kept at the number modulo kPageCount
+  PagePointer pages_[kPageCount];  // the page of a number is kept at the number modulo kPageCount
   unsigned char acrossPages_[kLargestLook] = {};
 };
 

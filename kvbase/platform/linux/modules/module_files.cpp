@@ -22,6 +22,10 @@ bool exists(char const* path) {
 }
 
 bool isSameName(wchar const* name, std::size_t size, char const* entry) {
+  unsigned int const first = static_cast<unsigned char>(entry[0]);
+  // Nearly every name of a folder begins differently, with a letter that maps to itself.
+  bool const isLetter = (first | 0x20) >= 'a' && (first | 0x20) <= 'z';
+  if (isLetter && upperCased(static_cast<wchar>(first)) != upperCased(name[0])) return false;
   std::size_t const entrySize = strlen(entry);
   wchar units[kLongestName];
   if (entrySize > kLongestName || nameFromNative(entry, entrySize, units) != size) return false;

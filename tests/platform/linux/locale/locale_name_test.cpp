@@ -5,6 +5,8 @@
 
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "kvbase/platform/linux/locale/language_table.h"
 
@@ -121,6 +123,18 @@ TEST(LocaleNameLimit, NamesEndAtTheirSizeWhateverIsBehind) {
 
 TEST(LocaleNameLimit, InnerNulHasNoLanguage) {
   EXPECT_EQ(languageOf(std::string("de\0DE", 5)), 0u);
+}
+
+TEST(LocaleNameLimit, ANameHasItsLanguageWhateverWasAskedForBefore) {
+  std::vector<std::pair<std::string, unsigned int>> const names = {
+      {"de_DE", 0x0407}, {"de_AT", 0x0C07}, {"de", 0x0407},         {"xx_XX", 0},
+      {"/usr", 0},       {"C", 0x0409},     {"fr_FR.UTF-8", 0x040C}};
+  for (auto const& before : names) {
+    for (auto const& name : names) {
+      EXPECT_EQ(languageOf(before.first), before.second);
+      EXPECT_EQ(languageOf(name.first), name.second) << name.first << " after " << before.first;
+    }
+  }
 }
 
 TEST(LocaleNameLimit, AnyBytesLeadToNoneOrToALanguageOfTheTable) {

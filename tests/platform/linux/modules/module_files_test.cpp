@@ -58,6 +58,13 @@ TEST_F(ModuleFiles, CaseIsIgnoredInAllScripts) {
   EXPECT_EQ(found(KVW("\u00E4\u03C9.DLL")), fs::u8path("\u00C4\u03A9.dll").string());
 }
 
+TEST_F(ModuleFiles, ALetterMatchesAnyThatHasItsUpperCase) {
+  folder.write("ITALIAN.dll");
+  folder.write(fs::u8path("\u017Fpanish.dll"));
+  EXPECT_EQ(found(KVW("\u0131talian.DLL")), "ITALIAN.dll");
+  EXPECT_EQ(found(KVW("Spanish.DLL")), fs::u8path("\u017Fpanish.dll").string());
+}
+
 TEST_F(ModuleFiles, FoldersMustBeExact) {
   folder.write("Languages/tool.dll");
   EXPECT_EQ(found(KVW("Languages\\TOOL.dll")), "Languages/tool.dll");

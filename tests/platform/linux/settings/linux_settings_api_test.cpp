@@ -263,7 +263,7 @@ TEST_F(LinuxSettingsApiTest, ConfigurationFolderIsThatOfTheUser) {
 }
 
 TEST_F(LinuxSettingsApiTest, FailedAllocationsLeaveNothingBehind) {
-  std::string const text(3000, 'x');
+  std::string const text(5000, 'x');
   writeValue(text);
   wstring const deep = KVW("Software\\VOLQ") + wstring(700, KVW('\\'));
   std::vector<wchar> data(text.size() + 1);
