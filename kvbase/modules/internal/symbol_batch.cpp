@@ -147,8 +147,10 @@ bool SymbolBatch::find(TextView name, unsigned int& number) {
 
 // Sorts symbols whose keys agree in `depth` chunks.
 void SymbolBatch::sortByName(Sorted* first, Sorted* last, std::size_t depth) const {
-  for (Sorted* each = first; each != last; ++each) each->chunk = keys_[symbols_[each->symbol].key + depth];
-  std::sort(first, last, [](Sorted const& a, Sorted const& b) { return a.chunk < b.chunk; });
+  for (Sorted* each = first; each != last; ++each) each->chunk = keys_[each->key + depth];
+  auto const isBefore = [](Sorted const& a, Sorted const& b) { return a.chunk < b.chunk; };
+  // Names often share their first chunks, and many headers are sorted.
+  if (!std::is_sorted(first, last, isBefore)) std::sort(first, last, isBefore);
   while (first != last) {
     Sorted* end = first + 1;
     while (end != last && end->chunk == first->chunk) ++end;
@@ -163,7 +165,7 @@ void SymbolBatch::moveInto(std::map<String, unsigned int, StringLess2>& byName,
   KVBASE_ASSERT(byName.empty() && byNumber.empty());
   std::pmr::vector<Sorted> sorted(&memory_);
   sorted.reserve(symbols_.size());
-  for (std::uint32_t i = 0; i < symbols_.size(); ++i) sorted.push_back({0, i});
+  for (std::uint32_t i = 0; i < symbols_.size(); ++i) sorted.push_back({0, i, symbols_[i].key});
   sortByName(sorted.data(), sorted.data() + sorted.size(), 0);
   std::map<String, unsigned int, StringLess2> names;
   for (Sorted const& each : sorted) {

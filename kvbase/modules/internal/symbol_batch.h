@@ -48,6 +48,7 @@ class SymbolBatch {
   struct Sorted {
     std::uint64_t chunk;
     std::uint32_t symbol;
+    std::uint32_t key;  // of the symbol
   };
 
   std::uint32_t appendKey(TextView name);
