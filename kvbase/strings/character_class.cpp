@@ -27,5 +27,10 @@ constexpr std::array<unsigned char, 128> makeTable() {
 
 std::array<unsigned char, 128> const kAsciiClasses = makeTable();
 
+// Not inlined, so that the loops over ASCII stay small.
+[[gnu::noinline]] bool hasClassBeyondAscii(wchar unit, unsigned int classes) {
+  return (platform::text().classesOf(unit) & classes) != 0;
+}
+
 }  // namespace strings
 }  // namespace KV_1_1

@@ -24,16 +24,8 @@ int orderIgnoringCase(wchar a, wchar b) {
   return static_cast<int>(strings::foldCase(a)) - static_cast<int>(strings::foldCase(b));
 }
 
-int spacesInFront(wchar const* text, int length) {
-  int count = 0;
-  while (count < length && strings::hasClass(text[count], platform::kSpace)) ++count;
-  return count;
-}
-
-int spacesAtEnd(wchar const* text, int first, int length) {
-  int end = length;
-  while (end > first && strings::hasClass(text[end - 1], platform::kSpace)) --end;
-  return length - end;
+bool isSpace(wchar unit) {
+  return strings::hasClass(unit, platform::kSpace);
 }
 
 int compareTexts(TextView a, TextView b) {
@@ -211,11 +203,14 @@ String String::substr(int start, int end) const {
 String String::trim(bool left, bool right) const {
   if (payload_ == nullptr || payload_->str()[0] == 0) return *this;
   int const length = payload_->length();
-  wchar const* const text = payload_->str();
-  int const first = left ? spacesInFront(text, length) : 0;
-  int const end = right ? length - spacesAtEnd(text, first, length) : length;
-  if (end - first == length) return *this;
-  return first < end ? String(text + first, end - first) : EMPTY;
+  wchar const* begin = payload_->str();
+  wchar const* end = begin + length;
+  // Most texts have nothing to cut.
+  bool const isCut = length > 0 && ((left && isSpace(*begin)) || (right && isSpace(end[-1])));
+  if (!isCut) return *this;
+  while (left && begin < end && isSpace(*begin)) ++begin;
+  while (right && begin < end && isSpace(end[-1])) --end;
+  return begin < end ? String(begin, static_cast<int>(end - begin)) : EMPTY;
 }
 
 bool String::startsWith(String const& prefix) const {

@@ -15,8 +15,11 @@ namespace strings {
 // Classes of the 128 ASCII units, as platform::CharacterClass bits.
 extern std::array<unsigned char, 128> const kAsciiClasses;
 
+// hasClass of a unit beyond ASCII.
+bool hasClassBeyondAscii(wchar unit, unsigned int classes);
+
 inline bool hasClass(wchar unit, unsigned int classes) {
-  return ((unit < 128 ? kAsciiClasses[unit] : platform::text().classesOf(unit)) & classes) != 0;
+  return unit < 128 ? (kAsciiClasses[unit] & classes) != 0 : hasClassBeyondAscii(unit, classes);
 }
 
 // Maps A to Z to a to z and leaves all other units alone, as the C runtime does in its "C" locale. The library folds case
