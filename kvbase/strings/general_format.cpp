@@ -36,7 +36,8 @@ struct Decimal {
 };
 
 // The value rounded to a number of digits, a tie to the even one, as printf rounds it. Times 10^places the value is
-// fraction * 5^places * 2^-shift, which fits into 128 bits, so nothing is rounded twice. False if it would not fit.
+// fraction * 5^places * 2^-shift, which fits into 128 bits, so nothing is rounded twice. False if it would not fit. A value
+// with so few places is above 10^-28, so less than 128 bits are shifted out.
 bool roundToDigits(double value, int precision, Decimal& decimal) {
   constexpr int kFractionBits = 52;
   constexpr int kBias = 1023;
@@ -53,7 +54,7 @@ bool roundToDigits(double value, int precision, Decimal& decimal) {
   for (;; ++exponent) {
     int const places = precision - 1 - exponent;
     int const shift = kFractionBits - binaryExponent - places;
-    if (places < 0 || places > kMostPlaces || shift <= 0 || shift >= 128) return false;
+    if (places < 0 || places > kMostPlaces || shift <= 0) return false;
     Wide const product = static_cast<Wide>(fraction) * kFives.values[places];
     Wide const half = static_cast<Wide>(1) << (shift - 1);
     Wide const rest = product & ((half << 1) - 1);

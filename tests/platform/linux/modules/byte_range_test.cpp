@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/allocation_failure.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -46,6 +47,19 @@ TEST_F(FilePages, OfEachFileAreItsOwn) {
     auto const one = open("long"), two = open("other");
     EXPECT_EQ(bytes(*one, 0, 2) + bytes(*two, 0, 2) + bytes(*one, 4090, 10), "lloollllllllll");
   }
+}
+
+// More files than there are pages to share, so a page that is not given back would be missed.
+TEST_F(FilePages, OfClosedFilesAreUsedAgain) {
+  folder.write("a", "text");
+  auto const blocksForOneFile = [&] {
+    AllocationFailure scope(0);
+    EXPECT_NE(open("a")->at(0, 4), nullptr);
+    scope.end();
+    return scope.allocations();
+  };
+  int const blocks = blocksForOneFile();
+  for (int i = 0; i < 40; ++i) ASSERT_EQ(blocksForOneFile(), blocks) << i;
 }
 
 TEST_F(FilePages, AreDroppedWhenTheFileChanges) {
