@@ -52,14 +52,15 @@ TEST_F(FilePages, OfEachFileAreItsOwn) {
 // More files than there are pages to share, so a page that is not given back would be missed.
 TEST_F(FilePages, OfClosedFilesAreUsedAgain) {
   folder.write("a", "text");
-  auto const blocksForOneFile = [&] {
+  auto const blocksForOneFile = [&](bool isRead) {
     AllocationFailure scope(0);
-    EXPECT_NE(open("a")->at(0, 4), nullptr);
+    auto const pages = open("a");
+    EXPECT_TRUE(!isRead || pages->at(0, 4) != nullptr);
     scope.end();
     return scope.allocations();
   };
-  int const blocks = blocksForOneFile();
-  for (int i = 0; i < 40; ++i) ASSERT_EQ(blocksForOneFile(), blocks) << i;
+  int const blocks = blocksForOneFile(false);
+  for (int i = 0; i < 40; ++i) ASSERT_EQ(blocksForOneFile(true), blocks) << i;
 }
 
 TEST_F(FilePages, AreDroppedWhenTheFileChanges) {
