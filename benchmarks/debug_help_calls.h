@@ -29,7 +29,7 @@ __attribute__((noinline)) int deeply(Work const& work) {
   } else {
     result = work();
   }
-  benchmark::ClobberMemory();  // so that the call is not the last thing done
+  keepWrites();  // so that the call is not the last thing done
   return result;
 }
 
@@ -82,7 +82,7 @@ class DebugHelp {
     for (std::uint64_t const address : addresses) {
       std::uint64_t distance = 0;
       symbol_(nullptr, address, &distance, symbol.get());
-      benchmark::DoNotOptimize(symbol);
+      keep(symbol);
       result += static_cast<char>('0' + lineNumber(address) % 10);
     }
     return result;

@@ -72,7 +72,7 @@ ScratchFolder filledFolder() {
 }
 
 void addTreeCopy() {
-  Row("disk: copy a tree of 2000 files (elapsed)")
+  Row("disk: copy a tree of 2000 files")
       .addFresh("KVBase", 1, emptyFolder,
                 [](ScratchFolder const& target) {
                   return Directory::fromUTF8(sourceTree())
@@ -93,7 +93,7 @@ void addTreeCopy() {
 }
 
 void addLargeCopy() {
-  Row("disk: copy a file of 200 MB (elapsed)")
+  Row("disk: copy a file of 200 MB")
       .addFresh("KVBase", 1, emptyFolder,
                 [](ScratchFolder const& target) {
                   SmartPtr<File> const source = File::fromString(UTF8Interface(largeFile().c_str()));
@@ -117,7 +117,7 @@ void addLargeCopy() {
 }
 
 void addTreeRemoval() {
-  Row("disk: remove a tree of 2000 files (elapsed)")
+  Row("disk: remove a tree of 2000 files")
       .addFresh("KVBase", 1, filledFolder,
                 [](ScratchFolder const& folder) { return Directory::fromUTF8(folder.path("tree"))->remove(true); })
       .addFresh("std", 1, filledFolder,

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Times KVBase and its peers. The repetitions of all rows run in random order, so that a slow phase of the machine
-// affects all contestants alike. The options of Google Benchmark on the command line override the defaults set here.
+//     kvbase_benchmarks RESULTS.json [PATTERN]
+//
+// Times KVBase and its peers, in the rows whose names match the regular expression.
+#include <cstdio>
 #include <future>
 #include <thread>
-#include <vector>
 
 #include "benchmarks/support.h"
 
@@ -28,15 +29,10 @@ class SecondThread {
 }  // namespace
 
 int main(int argc, char** argv) {
-  char interleaving[] = "--benchmark_enable_random_interleaving=true";
-  char repetitions[] = "--benchmark_repetitions=5";
-  char minimumTime[] = "--benchmark_min_time=0.03";
-  std::vector<char*> arguments = {argv[0], interleaving, repetitions, minimumTime};
-  arguments.insert(arguments.end(), argv + 1, argv + argc);
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
-  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 1;
-
+  if (argc != 2 && argc != 3) {
+    std::fputs("usage: kvbase_benchmarks RESULTS.json [PATTERN]\n", stderr);
+    return 2;
+  }
   KV_1_1::bench::steadyProcess();
   SecondThread const second;
   KV_1_1::bench::addStringStorage();
@@ -52,7 +48,5 @@ int main(int argc, char** argv) {
   PEER(KV_1_1::bench::addDiagnostics());
   KV_1_1::bench::addDisk();
   KV_1_1::bench::addDiskChanges();
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return KV_1_1::bench::measureRows(argc == 3 ? argv[2] : "", argv[1]) ? 0 : 1;
 }

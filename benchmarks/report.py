@@ -2,17 +2,16 @@
 # SPDX-License-Identifier: MIT
 """Compares the times of KVBase with those of its peers.
 
-    report.py [--json] [--page FOLDER] [--windows WINDOWS.json] RESULTS.json...
+    report.py [--json] [--page FOLDER] [--windows FOLDER] FOLDER
 
-The results are JSON files of Google Benchmark. If files of several runs are given, each time is the median over all of
-them. Rows whose name ends in "(elapsed)" are judged by elapsed time, all others by processor time.
+The folder has the results of each process, results-*.json; each time is the median over all of them.
 Prints a line for each goal of goals.tsv whose row was measured:
 
     ok     reached
     near   missed by at most 15 %, which is how much such measurements vary
     short  missed
 
---windows adds a table of the same rows on Windows, from a file of the driver there (see windows_comparison.py).
+--windows adds a table of the same rows on Windows, from the folder of their results (see windows_comparison.py).
 --json prints the same as JSON instead, --page writes performance.md and its pictures into a folder.
 Exits with status 1 if a measured row has no goal, if a goal names a peer that its row was not measured with, or if a reason
 is given for a row without a goal.
@@ -28,8 +27,6 @@ import performance_page
 import windows_comparison
 
 SPREAD = 1.15
-MANUAL = "/manual_time"  # the row measures the time itself, which is then reported as the elapsed one
-NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 # Contestants that do the required work and nothing else: no library can be as fast and give the same.
 FLOORS = ("floor", "its calls")
 Goal = collections.namedtuple("Goal", "row peer ratio slack")
@@ -37,22 +34,15 @@ Goal = collections.namedtuple("Goal", "row peer ratio slack")
 Result = collections.namedtuple("Result", "goal own times peer verdict best")
 
 
-def read_times(paths, middle=statistics.median):
+def read_times(folder):
     """{row: {contestant: nanoseconds}}."""
-    samples = collections.defaultdict(list)
-    for path in paths:
-        with open(path, encoding="utf-8") as file:
-            runs = json.load(file)["benchmarks"]
-        for run in runs:
-            if run["run_type"] == "iteration":
-                name = run["run_name"].removesuffix(MANUAL)
-                clock = "real_time" if name != run["run_name"] or "(elapsed)/" in name else "cpu_time"
-                samples[name].append(run[clock] * NANOSECONDS[run["time_unit"]])
-    times = {}
-    for name, values in samples.items():
-        row, contestant = name.rsplit("/", 1)
-        times.setdefault(row, {})[contestant] = middle(values)
-    return times
+    samples = collections.defaultdict(lambda: collections.defaultdict(list))
+    for path in folder.glob("results-*.json"):
+        for row, contestants in json.loads(path.read_text(encoding="utf-8")).items():
+            for contestant, nanoseconds in contestants.items():
+                samples[row][contestant].append(nanoseconds)
+    return {row: {name: statistics.median(values) for name, values in contestants.items()}
+            for row, contestants in samples.items()}
 
 
 def read_goals():
@@ -115,10 +105,10 @@ def print_json(results, on_windows):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("results", nargs="+")
+    parser.add_argument("results", metavar="FOLDER", type=pathlib.Path)
     parser.add_argument("--json", action="store_true")
     parser.add_argument("--page", metavar="FOLDER", type=pathlib.Path)
-    parser.add_argument("--windows", metavar="WINDOWS.json")
+    parser.add_argument("--windows", metavar="FOLDER", type=pathlib.Path)
     options = parser.parse_args()
     times = read_times(options.results)
     known = dict.fromkeys(goal.row for goal in read_goals())
@@ -128,9 +118,7 @@ def main():
     results = list(compare(times, faults))
     on_windows = []
     if options.windows:
-        # The fastest repetitions, because the driver there measures elapsed times, which other processes lengthen.
-        fastest, fastest_on_linux = read_times([options.windows], min), read_times(options.results, min)
-        on_windows = list(windows_comparison.compare(known, fastest, fastest_on_linux, reasons_windows))
+        on_windows = list(windows_comparison.compare(known, read_times(options.windows), times, reasons_windows))
     if options.json:
         print_json(results, on_windows)
     else:

@@ -233,7 +233,7 @@ double bareDouble(BareText const& text) {
   std::copy_n(copy.text(), copy.size(), chars);
   double value = 0;
   std::from_chars(chars, chars + copy.size(), value);
-  benchmark::DoNotOptimize(BareText(KVW(""), 0));
+  keep(BareText(KVW(""), 0));
   return value;
 }
 

@@ -10,18 +10,15 @@
 // Each call of add adds a contestant; the first is KVBase. Before the work of a contestant is timed, it is run once and
 // its result is converted to a text. The program ends with a message if two contestants of a row give different texts.
 //
-// The destruction of a result is timed too. Rows are judged by processor time, except those whose name ends in
-// "(elapsed)": other processes may do their work, so they are judged by elapsed time. benchmarks/goals.tsv lists the
-// rows and their goals.
+// The destruction of a result is timed too. benchmarks/goals.tsv lists the rows and their goals.
 #pragma once
-
-#include <benchmark/benchmark.h>
 
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "benchmarks/driver.h"
 #include "benchmarks/texts.h"
 #include "peers.h"
 
@@ -92,13 +89,14 @@ class Row {
  private:
   template <class Work, class Plain>
   Row& addPlain(char const* contestant, Work work, Plain toPlain) {
-    auto const run = [expected = expected_, label = label(contestant), work, toPlain](benchmark::State& state) {
-      // Each repetition starts with the initial state of the work.
+    addContestant(name_, contestant, [expected = expected_, label = label(contestant), work, toPlain](long long n) {
+      // Each slice starts with the initial state of the work.
       Work timed = work;
       expect(*expected, toPlain(timed()), label);
-      for (auto _ : state) benchmark::DoNotOptimize(timed());
-    };
-    benchmark::RegisterBenchmark(label(contestant).c_str(), run);
+      Stopwatch const watch;
+      for (long long i = 0; i < n; ++i) keep(timed());
+      return Measured{n, watch.nanoseconds()};
+    });
     return *this;
   }
 
@@ -112,42 +110,47 @@ class Row {
 
 template <class Prepare>
 Row& Row::addDestruction(char const* contestant, int batch, Prepare prepare) {
-  auto const run = [expected = expected_, label = label(contestant), prepare, batch](benchmark::State& state) {
+  addContestant(name_, contestant, [expected = expected_, label = label(contestant), prepare, batch](long long n) {
     expect(*expected, plain(prepare()), label);
     std::vector<decltype(prepare())> things;
     things.reserve(static_cast<std::size_t>(batch));
-    while (state.KeepRunningBatch(batch)) {
-      state.PauseTiming();
+    Measured measured = {};
+    while (measured.iterations < n) {
       for (int i = 0; i < batch; ++i) things.push_back(prepare());
-      state.ResumeTiming();
+      Stopwatch const watch;
       things.clear();
-      benchmark::ClobberMemory();
+      keepWrites();
+      measured.nanoseconds += watch.nanoseconds();
+      measured.iterations += batch;
     }
-  };
-  benchmark::RegisterBenchmark(label(contestant).c_str(), run);
+    return measured;
+  });
   return *this;
 }
 
 template <class Prepare, class Work>
 Row& Row::addFresh(char const* contestant, int batch, Prepare prepare, Work work) {
-  auto const run = [expected = expected_, label = label(contestant), prepare, work, batch](benchmark::State& state) {
-    auto first = prepare();
-    expect(*expected, plain(work(first)), label);
-    std::vector<decltype(prepare())> things;
-    std::vector<decltype(work(first))> results;
-    things.reserve(static_cast<std::size_t>(batch));
-    results.reserve(static_cast<std::size_t>(batch));
-    while (state.KeepRunningBatch(batch)) {
-      state.PauseTiming();
-      results.clear();
-      things.clear();
-      for (int i = 0; i < batch; ++i) things.push_back(prepare());
-      state.ResumeTiming();
-      for (auto& thing : things) results.push_back(work(thing));
-      benchmark::ClobberMemory();
-    }
-  };
-  benchmark::RegisterBenchmark(label(contestant).c_str(), run);
+  addContestant(name_, contestant,
+                [expected = expected_, label = label(contestant), prepare, work, batch](long long n) {
+                  auto first = prepare();
+                  expect(*expected, plain(work(first)), label);
+                  std::vector<decltype(prepare())> things;
+                  std::vector<decltype(work(first))> results;
+                  things.reserve(static_cast<std::size_t>(batch));
+                  results.reserve(static_cast<std::size_t>(batch));
+                  Measured measured = {};
+                  while (measured.iterations < n) {
+                    for (int i = 0; i < batch; ++i) things.push_back(prepare());
+                    Stopwatch const watch;
+                    for (auto& thing : things) results.push_back(work(thing));
+                    keepWrites();
+                    measured.nanoseconds += watch.nanoseconds();
+                    measured.iterations += batch;
+                    results.clear();
+                    things.clear();
+                  }
+                  return measured;
+                });
   return *this;
 }
 

@@ -70,7 +70,7 @@ class PlainDwfl {
     std::string result;
     for (std::uint64_t const address : addresses) {
       Dwfl_Module* const module = module_(session, address);
-      benchmark::DoNotOptimize(name_(module, address));
+      keep(name_(module, address));
       Dwfl_Line* const line = source_(module, address);
       int number = 0;
       if (line != nullptr) line_(line, nullptr, &number, nullptr, nullptr, nullptr);
@@ -99,7 +99,7 @@ std::string linesByBacktrace(backtrace_state* state, Addresses const& addresses)
   for (std::uint64_t const address : addresses) {
     int line = -1;
     auto const take = [](void* data, std::uintptr_t, char const* file, int number, char const* function) {
-      benchmark::DoNotOptimize(function);
+      keep(function);
       auto& first = *static_cast<int*>(data);
       if (first < 0) first = file == nullptr ? 0 : number;
       return 0;

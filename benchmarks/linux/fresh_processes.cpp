@@ -69,14 +69,15 @@ FreshProcesses::Result FreshProcesses::run(std::size_t work) const {
 }
 
 Row& Row::addOnce(char const* contestant, FreshProcesses const& processes, std::size_t work) {
-  auto const run = [expected = expected_, label = label(contestant), &processes, work](benchmark::State& state) {
-    for (auto _ : state) {
+  addContestant(name_, contestant, [expected = expected_, label = label(contestant), &processes, work](long long n) {
+    Measured measured = {};
+    for (; measured.iterations < n; ++measured.iterations) {
       FreshProcesses::Result const result = processes.run(work);
-      state.SetIterationTime(result.seconds);
+      measured.nanoseconds += 1e9 * result.seconds;
       expect(*expected, u16string(result.text.begin(), result.text.end()), label);
     }
-  };
-  benchmark::RegisterBenchmark(label(contestant).c_str(), run)->UseManualTime();
+    return measured;
+  });
   return *this;
 }
 
