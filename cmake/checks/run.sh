@@ -41,6 +41,12 @@ licence() {
     sed 's/^/error: no licence line in /' | grep .
 }
 
+# Words that only some compilers know stand where the build or one header chooses by the compiler.
+one_language() {
+  ! grep -rnE '__(extension__|int128|attribute|builtin_|typeof|declspec|restrict)|\basm\b' kvbase --include='*.cpp' \
+    --include='*.h' --exclude-dir=platform --exclude=export.h | sed 's/^/error: not every compiler knows this: /' | grep .
+}
+
 scripts() { shellcheck kv .ci/run cmake/*.sh cmake/checks/*.sh; }
 
 # --- Compilers ----------------------------------------------------------------------------------------------------------
@@ -149,6 +155,7 @@ esac
 
 check "format" format
 check "licence lines" licence
+check "words of one compiler" one_language
 check "scripts" scripts
 check "layering" python3 cmake/checks/layering.py
 check "operations and their tables" python3 cmake/checks/operations.py

@@ -13,8 +13,6 @@ namespace strings {
 
 namespace {
 
-__extension__ typedef unsigned __int128 Wide;
-
 constexpr int kMostDigits = 18;  // 10^18 fits into 63 bits
 constexpr int kMostPlaces = 27;  // 5^27 fits into 63 bits
 
@@ -28,6 +26,33 @@ struct Powers {
 };
 constexpr Powers kFives(5, kMostPlaces);
 constexpr Powers kTens(10, kMostDigits);
+
+// An unsigned number of 128 bits.
+struct Wide {
+  std::uint64_t high;
+  std::uint64_t low;
+};
+
+Wide product(std::uint64_t a, std::uint64_t b) {
+  constexpr std::uint64_t kHalf = 0xFFFFFFFF;
+  std::uint64_t const lows = (a & kHalf) * (b & kHalf);
+  std::uint64_t const first = (a >> 32) * (b & kHalf);
+  std::uint64_t const second = (a & kHalf) * (b >> 32);
+  std::uint64_t const middle = (lows >> 32) + (first & kHalf) + (second & kHalf);
+  return {(a >> 32) * (b >> 32) + (first >> 32) + (second >> 32) + (middle >> 32), (middle << 32) | (lows & kHalf)};
+}
+
+// The number divided by 2^bits, where the quotient fits into 64 bits.
+std::uint64_t shifted(Wide number, int bits) {
+  if (bits >= 64) return number.high >> (bits - 64);
+  return bits == 0 ? number.low : (number.high << (64 - bits)) | (number.low >> bits);
+}
+
+// Whether one of the lowest bits is set.
+bool hasBitsBelow(Wide number, int bits) {
+  std::uint64_t const part = bits < 64 ? number.low : number.high;
+  return (part & ((std::uint64_t{1} << bits % 64) - 1)) != 0 || (bits >= 64 && number.low != 0);
+}
 
 // The significant digits of a positive value as one number, and the power of ten of the first one.
 struct Decimal {
@@ -55,11 +80,10 @@ bool roundToDigits(double value, int precision, Decimal& decimal) {
     int const places = precision - 1 - exponent;
     int const shift = kFractionBits - binaryExponent - places;
     if (places < 0 || places > kMostPlaces || shift <= 0) return false;
-    Wide const product = static_cast<Wide>(fraction) * kFives.values[places];
-    Wide const half = static_cast<Wide>(1) << (shift - 1);
-    Wide const rest = product & ((half << 1) - 1);
-    std::uint64_t digits = static_cast<std::uint64_t>(product >> shift);
-    if (rest > half || (rest == half && digits % 2 != 0)) ++digits;
+    Wide const scaled = product(fraction, kFives.values[places]);
+    std::uint64_t digits = shifted(scaled, shift);
+    bool const isHalfOrMore = shifted(scaled, shift - 1) % 2 != 0;
+    if (isHalfOrMore && (digits % 2 != 0 || hasBitsBelow(scaled, shift - 1))) ++digits;
     if (digits >= kTens.values[precision]) continue;
     decimal = {digits, exponent};
     return true;
