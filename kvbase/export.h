@@ -38,6 +38,13 @@
 #define KVBASE_EMPTY_BASES
 #endif
 
+// For the rare part of a function whose common part is short: inlined, it would make the common part save registers.
+#if defined(_MSC_VER)
+#define KVBASE_NEVER_INLINE __declspec(noinline)
+#else
+#define KVBASE_NEVER_INLINE __attribute__((noinline))
+#endif
+
 // For a function that reads whole aligned vectors and so may read behind the end of a text, but not beyond its page.
 #if defined(__GNUC__)
 #define KVBASE_READS_ALIGNED_BLOCKS __attribute__((no_sanitize("address"), no_sanitize("thread")))

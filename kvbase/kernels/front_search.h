@@ -5,6 +5,10 @@
 // Results and requirements are those of the kernels.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+
+#include "kvbase/export.h"
 #include "kvbase/kernels/sse2_vector.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/kernels/vector_kernels.h"
@@ -33,41 +37,41 @@ inline int mismatchIgnoringCaseInFront(wchar const* a, wchar const* b) {
   return firstZeroInFront(differsOrEndsIgnoringCase(a, b));
 }
 
-// --- Behind the first vector: short texts in place, long ones by the kernels --------------------------------------------
+// --- Short texts in place, long ones by the kernels ----------------------------------------------------------------------
 
 constexpr int kInPlaceUnits = 64;
 
-// firstZero of n units where none of the first vector is zero, with behind(i) as the search that begins at unit i. The last
-// vector overlaps the one before it.
+// firstZero of n units where none of the first vector is zero: two vectors a branch, the last of which overlap those before
+// them.
 // REQUIRES: n is at least kFrontUnits.
-template <class Test, class Behind>
-inline int firstZeroBehindFront(int n, Test test, Behind behind) {
-  if (n > kInPlaceUnits) return kFrontUnits + behind(kFrontUnits);
-  for (int i = kFrontUnits; i < n; i += kFrontUnits) {
-    int const start = i + kFrontUnits <= n ? i : n - kFrontUnits;
-    auto const load = [start](wchar const* text) { return Sse2Vector::load(text + start); };
-    unsigned int const found = zeros<Sse2Vector>(test(Sse2Vector(), load));
-    if (found != 0) return start + firstUnit(found);
+template <class Test>
+inline int firstZeroInPlaceBehindFront(int n, Test test) {
+  constexpr int kStep = 2 * kFrontUnits;
+  auto const isZeroAt = [test](int i) {
+    auto const units = test(Sse2Vector(), [i](wchar const* text) { return Sse2Vector::load(text + i); });
+    return Sse2Vector::equal(units, Sse2Vector::zero());
+  };
+  if (n < kStep) {
+    unsigned int const found = Sse2Vector::mask(isZeroAt(n - kFrontUnits));
+    return found != 0 ? n - kFrontUnits + firstUnit(found) : n;
+  }
+  for (int i = kFrontUnits; i < n; i += kStep) {
+    int const start = std::min(i, n - kStep);
+    unsigned int const found = Sse2Vector::maskOfTwo(isZeroAt(start), isZeroAt(start + kFrontUnits));
+    if (found != 0) return start + platform::lowestBit(found);
   }
   return n;
 }
 
-inline int mismatchBehindFront(wchar const* a, wchar const* b, int n) {
-  return firstZeroBehindFront(n, differsOrEnds(a, b), [=](int i) { return kernels().mismatch(a + i, b + i, n - i); });
+// Where the texts do not differ or end in the first vector.
+// REQUIRES: n is at least kFrontUnits.
+inline int mismatchInPlaceBehindFront(wchar const* a, wchar const* b, int n) {
+  return firstZeroInPlaceBehindFront(n, differsOrEnds(a, b));
 }
 
 // Folding takes so many instructions that wider vectors win even in short texts.
 inline int mismatchIgnoringCaseBehindFront(wchar const* a, wchar const* b, int n) {
   return kFrontUnits + kernels().mismatchIgnoringCase(a + kFrontUnits, b + kFrontUnits, n - kFrontUnits);
-}
-
-// Whether n units are the same, NULs among them or not. No vector waits for the one before it.
-// REQUIRES: n is at least kFrontUnits.
-inline bool areSameInPlace(wchar const* a, wchar const* b, int n) {
-  auto const sameAt = [=](int i) { return Sse2Vector::equal(Sse2Vector::load(a + i), Sse2Vector::load(b + i)); };
-  auto same = sameAt(n - kFrontUnits);
-  for (int i = 0; i < n - kFrontUnits; i += kFrontUnits) same = Sse2Vector::bitAnd(same, sameAt(i));
-  return Sse2Vector::mask(same) == kAllUnits<Sse2Vector>;
 }
 
 // --- From the first unit on --------------------------------------------------------------------------------------------
@@ -78,6 +82,18 @@ inline int firstZeroFromFront(int n, Test test, BehindFront behindFront) {
   if (n <= kFrontUnits) return firstZeroOfFew<Sse2Vector>(n, test);
   int const at = firstZeroInFront(test);
   return at < kFrontUnits ? at : behindFront();
+}
+
+// Units before the first NUL. Two aligned vectors hold all of a short text; the second is read only if no NUL came before.
+KVBASE_READS_ALIGNED_BLOCKS inline int lengthFromFront(wchar const* text) {
+  constexpr std::uintptr_t kBytes = kFrontUnits * sizeof(wchar);
+  std::uintptr_t const skipped = reinterpret_cast<std::uintptr_t>(text) % kBytes;
+  char const* const block = reinterpret_cast<char const*>(text) - skipped;
+  unsigned int found = zeros<Sse2Vector>(Sse2Vector::loadAligned(block)) >> skipped;
+  if (found != 0) return firstUnit(found);
+  found = zeros<Sse2Vector>(Sse2Vector::loadAligned(block + kBytes));
+  if (found != 0) return firstUnit(found) + static_cast<int>((kBytes - skipped) / sizeof(wchar));
+  return kernels().length(text);
 }
 
 // Prefixes and suffixes, most of which are decided here: what lies behind is left to the kernels.
@@ -98,7 +114,8 @@ inline int findUnitFromFront(wchar const* text, wchar unit, int n) {
   if (n < kFew) return findUnitScalar(text, unit, n);
   auto const test = isUnitOrEnd(text, unit);
   return firstZeroFromFront(n, test, [=] {
-    return firstZeroBehindFront(n, test, [=](int i) { return kernels().findUnit(text + i, unit, n - i); });
+    if (n <= kInPlaceUnits) return firstZeroInPlaceBehindFront(n, test);
+    return kFrontUnits + kernels().findUnit(text + kFrontUnits, unit, n - kFrontUnits);
   });
 }
 
@@ -106,7 +123,8 @@ inline int findRangeFromFront(wchar const* text, int n, wchar low, wchar high) {
   if (n < kFew) return findRangeScalar(text, n, low, high);
   auto const test = isInRange(text, low, high);
   return firstZeroFromFront(n, test, [=] {
-    return firstZeroBehindFront(n, test, [=](int i) { return kernels().findRange(text + i, n - i, low, high); });
+    if (n <= kInPlaceUnits) return firstZeroInPlaceBehindFront(n, test);
+    return kFrontUnits + kernels().findRange(text + kFrontUnits, n - kFrontUnits, low, high);
   });
 }
 

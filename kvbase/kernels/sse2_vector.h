@@ -63,6 +63,10 @@ struct Sse2Vector {
     return _mm_cvtsi128_si32(sums);
   }
   static unsigned int mask(Register a) { return static_cast<unsigned int>(_mm_movemask_epi8(a)); }
+  // One bit per unit, those of `a` lowest.
+  static unsigned int maskOfTwo(Register a, Register b) {
+    return static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(a, b)));
+  }
 
   // A register of twice as many bytes.
   static Register loadBytes(char const* bytes) { return _mm_loadu_si128(reinterpret_cast<__m128i const*>(bytes)); }

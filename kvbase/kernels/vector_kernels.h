@@ -145,7 +145,7 @@ inline auto isUnitOrEnd(wchar const* text, wchar unit) {
 }
 
 // Zero for a unit of the range and for one beyond ASCII.
-inline auto isInRange(wchar const* text, wchar low, wchar high) {
+inline auto isInRange(wchar const* text, int low, int high) {
   return [text, low, high](auto v, auto load) {
     using W = decltype(v);
     auto const units = load(text);

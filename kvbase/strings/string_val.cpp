@@ -101,7 +101,7 @@ void StringVal::destruct(StringVal* payload) {
 
 StringVal* StringVal::construct(wchar const* text, int length, int capacity) {
   if (length == -1) {
-    length = strings::kernels().length(text);
+    length = strings::lengthFromFront(text);
   } else if (length >= 1 && text[length - 1] == 0) {
     --length;
   }
@@ -152,7 +152,7 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
 }
 
 StringVal* StringVal::concatenation(wchar const* text, int units) const {
-  if (units == -1) units = strings::kernels().length(text);
+  if (units == -1) units = strings::lengthFromFront(text);
   int const own = length();
   StringVal* const sum = new (newBlock(static_cast<long long>(own) + units)) StringVal(str(), own, 0);
   copyUnits(sum->str() + own, text, units);

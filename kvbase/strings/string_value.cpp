@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "kvbase/export.h"
 #include "kvbase/kernels/front_search.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/string_access.h"
@@ -38,19 +39,23 @@ int compareTextsIgnoringCase(TextView a, TextView b) {
   return orderIgnoringCase(a.data()[at], b.data()[at]);
 }
 
-// What can be compared of two texts: the units before the end of the shorter one.
-int commonUnits(String const& a, String const& b) {
+// What can be compared of two texts: the units before the end of the shorter one. -1 if that is not known, because a length is
+// not, or because no NUL stands at it (see terminatedViewOf).
+inline int commonUnits(String const& a, String const& b) {
   StringVal const& first = *StringAccess::payload(a);
   StringVal const& second = *StringAccess::payload(b);
   int const units = std::min(first.lazyLength(), second.lazyLength());
-  if (units >= 0 && (first.at(units) == 0 || second.at(units) == 0)) return units;
-  // Texts of unknown length, or of one that no NUL stands at (see terminatedViewOf).
-  return std::min(lengthOf(terminatedViewOf(a)), lengthOf(terminatedViewOf(b)));
+  return units >= 0 && (first.at(units) == 0 || second.at(units) == 0) ? units : -1;
 }
 
-// Long texts that begin alike are equal for the most part, and memcmp tells that fastest. If all units agree, it does not
-// matter whether a NUL is among them. A difference is located within its part only.
-bool equalLongTexts(String const& first, String const& second) {
+// Whether that is known and little.
+bool isShort(int commonUnits) {
+  return static_cast<unsigned int>(commonUnits) <= strings::kInPlaceUnits;
+}
+
+// For texts that are long or of unknown length. Those that begin alike are equal for the most part, and memcmp tells that
+// fastest. If all units agree, it does not matter whether a NUL is among them. A difference is located within its part only.
+KVBASE_NEVER_INLINE bool equalTexts(String const& first, String const& second) {
   TextView const a = terminatedViewOf(first);
   TextView const b = terminatedViewOf(second);
   if (a.size() != b.size()) return compareTexts(a, b) == 0;
@@ -62,15 +67,6 @@ bool equalLongTexts(String const& first, String const& second) {
     }
   }
   return true;
-}
-
-// Equality of texts whose first vectors are the same and hold no NUL.
-bool equalBehindFront(String const& first, String const& second) {
-  if (StringAccess::payload(first)->lazyLength() > strings::kInPlaceUnits) return equalLongTexts(first, second);
-  wchar const* const a = first;
-  wchar const* const b = second;
-  int const at = strings::mismatchBehindFront(a, b, commonUnits(first, second));
-  return a[at] == b[at];
 }
 
 }  // namespace
@@ -127,7 +123,11 @@ int String::compare(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchInFront(a, b);
-  if (at == strings::kFrontUnits) at = strings::mismatchBehindFront(a, b, commonUnits(*this, other));
+  if (at == strings::kFrontUnits) {
+    int const units = commonUnits(*this, other);
+    if (!isShort(units)) return compareTexts(terminatedViewOf(*this), terminatedViewOf(other));
+    at = strings::mismatchInPlaceBehindFront(a, b, units);
+  }
   return orderOf(a[at], b[at]);
 }
 
@@ -151,15 +151,13 @@ int String::compare(String const& other) {
 bool String::equalsUnits(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
-  int const at = strings::mismatchInFront(a, b);
-  if (at < strings::kFrontUnits) return a[at] == b[at];
-  // Most texts that come here are short and the same.
-  int const units = payload_->lazyLength();
-  if (units >= strings::kFrontUnits && units <= strings::kInPlaceUnits && units == other.payload_->lazyLength() &&
-      strings::areSameInPlace(a, b, units) && a[units] == 0 && b[units] == 0) {
-    return true;
+  int at = strings::mismatchInFront(a, b);
+  if (at == strings::kFrontUnits) {
+    int const units = commonUnits(*this, other);
+    if (!isShort(units)) return equalTexts(*this, other);
+    at = strings::mismatchInPlaceBehindFront(a, b, units);
   }
-  return equalBehindFront(*this, other);
+  return a[at] == b[at];
 }
 
 bool String::compareEquality(String const& other) {
@@ -175,7 +173,11 @@ int String::compareIgnoreCase(String const& other) const {
   wchar const* const a = payload_->str();
   wchar const* const b = other.payload_->str();
   int at = strings::mismatchIgnoringCaseInFront(a, b);
-  if (at == strings::kFrontUnits) at = strings::mismatchIgnoringCaseBehindFront(a, b, commonUnits(*this, other));
+  if (at == strings::kFrontUnits) {
+    int const units = commonUnits(*this, other);
+    if (units < 0) return compareTextsIgnoringCase(terminatedViewOf(*this), terminatedViewOf(other));
+    at = strings::mismatchIgnoringCaseBehindFront(a, b, units);
+  }
   return orderIgnoringCase(a[at], b[at]);
 }
 

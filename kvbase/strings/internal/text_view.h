@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "kvbase/kernels/front_search.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/string_access.h"
 #include "kvbase/strings/kv_string.h"
@@ -26,7 +27,7 @@ inline TextView viewOf(String const& text) {
 // The text up to its first NUL.
 // REQUIRES: not null.
 inline TextView viewOf(wchar const* text) {
-  return TextView(text, static_cast<std::size_t>(strings::kernels().length(text)));
+  return TextView(text, static_cast<std::size_t>(strings::lengthFromFront(text)));
 }
 
 // The part of a text before its first NUL.
@@ -43,7 +44,7 @@ inline TextView terminatedViewOf(String const& text) {
   int const stored = payload.lazyLength();
   // COMPAT: a payload of counted double-byte text has its NUL further on than its length says.
   bool const isKnown = stored >= 0 && units[stored] == 0;
-  return isKnown ? TextView(units, static_cast<std::size_t>(stored)) : viewOf(units);
+  return TextView(units, static_cast<std::size_t>(isKnown ? stored : strings::kernels().length(units)));
 }
 
 }  // namespace KV_1_1
