@@ -5,6 +5,7 @@
 #include <cwctype>
 #include <string>
 
+#include "benchmarks/bare_search.h"
 #include "benchmarks/support.h"
 
 namespace KV_1_1 {
@@ -29,7 +30,8 @@ void addFindUnit(char const* name, u16string const& text) {
       .add("KVBase", [a = make<String>(text)] { return a.find(kAbsentUnit); })
       .add("u16string", [text] { return position(text.find(kAbsentUnit)); })
       .add(PEER("QString", [a = make<QString>(text)] { return static_cast<int>(a.indexOf(QChar(kAbsentUnit))); }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return a.indexOf(kAbsentUnit); }));
+      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] { return a.indexOf(kAbsentUnit); }))
+      .add("floor", [a = make<BareText>(text)] { return bareFind(a, kAbsentUnit); });
 }
 
 void addFindUnits() {
@@ -52,7 +54,8 @@ void addFindText(std::string const& name, u16string const& text, u16string const
       .add(PEER("QStringMatcher", [a = make<QString>(text), b = QStringMatcher(make<QString>(
                                                                 wanted))] { return static_cast<int>(b.indexIn(a)); }))
       .add(PEER("UnicodeString",
-                [a = make<UnicodeString>(text), b = make<UnicodeString>(wanted)] { return a.indexOf(b); }));
+                [a = make<UnicodeString>(text), b = make<UnicodeString>(wanted)] { return a.indexOf(b); }))
+      .add("floor", [a = make<BareText>(text), wanted] { return bareFind(a, wanted.c_str()); });
 }
 
 // A text in which both units of `pair` are frequent, but the pair itself does not occur.
@@ -114,10 +117,12 @@ void addFindClass(int size) {
       .add("iswdigit loop", [text] { return firstAccepted(text, [](wchar unit) { return std::iswdigit(unit) != 0; }); })
       .add(PEER("QString",
                 [a = make<QString>(text)] { return firstAccepted(a, [](QChar unit) { return unit.isDigit(); }); }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text)] {
-        std::u16string_view const units(a.getBuffer(), static_cast<std::size_t>(a.length()));
-        return firstAccepted(units, [](wchar unit) { return u_isdigit(unit) != 0; });
-      }));
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text)] {
+                  std::u16string_view const units(a.getBuffer(), static_cast<std::size_t>(a.length()));
+                  return firstAccepted(units, [](wchar unit) { return u_isdigit(unit) != 0; });
+                }))
+      .add("floor", [a = make<BareText>(text)] { return bareFindDigit(a); });
 }
 
 u16string pieced(u16string const& text, u16string const& from, u16string const& to) {

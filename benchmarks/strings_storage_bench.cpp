@@ -5,6 +5,7 @@
 #include <cwctype>
 #include <string>
 
+#include "benchmarks/bare_search.h"
 #include "benchmarks/support.h"
 
 namespace KV_1_1 {
@@ -56,10 +57,12 @@ void addSharing() {
 
 // The two texts compared share no storage.
 void addEquality(std::string const& name, u16string const& first, u16string const& second) {
-  addTexts(Row(name), [&first, &second](auto tag) {
+  Row row = addTexts(Row(name), [&first, &second](auto tag) {
     using Text = typename decltype(tag)::Type;
     return [a = make<Text>(first), b = make<Text>(second)] { return a == b; };
   });
+  if (first.size() < 8) return;
+  row.add("floor", [a = make<BareText>(first), b = make<BareText>(second)] { return bareEqual(a, b); });
 }
 
 template <class Text>
@@ -68,10 +71,12 @@ Order order(Text const& a, Text const& b) {
 }
 
 void addOrder(std::string const& name, u16string const& first, u16string const& second) {
-  addTexts(Row(name), [&first, &second](auto tag) {
+  Row row = addTexts(Row(name), [&first, &second](auto tag) {
     using Text = typename decltype(tag)::Type;
     return [a = make<Text>(first), b = make<Text>(second)] { return order(a, b); };
   });
+  if (first.size() < 8) return;
+  row.add("floor", [a = make<BareText>(first), b = make<BareText>(second)] { return bareOrder(a, b); });
 }
 
 u16string differingAt(u16string text, std::size_t index) {

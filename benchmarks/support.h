@@ -162,11 +162,12 @@ struct Tag {
 // Adds the four text classes as contestants, for work that is the same code for all of them; makeWork(Tag<Text>())
 // returns it.
 template <class MakeWork>
-Row& addTexts(Row&& row, MakeWork makeWork) {
-  return row.add("KVBase", makeWork(Tag<String>()))
+Row addTexts(Row row, MakeWork makeWork) {
+  row.add("KVBase", makeWork(Tag<String>()))
       .add("u16string", makeWork(Tag<u16string>()))
       .add(PEER("QString", makeWork(Tag<QString>())))
       .add(PEER("UnicodeString", makeWork(Tag<UnicodeString>())));
+  return row;
 }
 
 }  // namespace bench
