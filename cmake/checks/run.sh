@@ -47,7 +47,9 @@ one_language() {
     --include='*.h' --exclude-dir=platform --exclude=export.h | sed 's/^/error: not every compiler knows this: /' | grep .
 }
 
-scripts() { shellcheck kv .ci/run cmake/*.sh cmake/checks/*.sh; }
+scripts() {
+  shellcheck kv .ci/run cmake/*.sh cmake/checks/*.sh && python3 -B -m unittest discover benchmarks -p '*_test.py'
+}
 
 # --- Compilers ----------------------------------------------------------------------------------------------------------
 

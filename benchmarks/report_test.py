@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: MIT
+"""Tests of the report: python3 -m unittest discover benchmarks -p '*_test.py'"""
+import json
+import pathlib
+import tempfile
+import unittest
+
+import performance_page
+import report
+import windows_comparison
+
+
+def goal(ratio, slack=0.0, peer="std"):
+    return report.Goal("row", peer, ratio, slack)
+
+
+class Times(unittest.TestCase):
+    def test_are_the_medians_of_all_processes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for process, time in enumerate((30, 10, 20), start=1):
+                path = pathlib.Path(folder, f"results-{process}.json")
+                path.write_text(json.dumps({"row": {"KVBase": time, "std": 2 * time}}), encoding="utf-8")
+            self.assertEqual(report.read_times(pathlib.Path(folder)), {"row": {"KVBase": 20, "std": 40}})
+
+
+class Verdicts(unittest.TestCase):
+    def test_limit_itself_is_reached(self):
+        self.assertEqual(report.verdict(80, 100, goal(0.80)), "ok")
+
+    def test_missed_by_15_percent_is_near(self):
+        self.assertEqual(report.verdict(92, 100, goal(0.80)), "near")
+
+    def test_missed_by_more_is_short(self):
+        self.assertEqual(report.verdict(92.1, 100, goal(0.80)), "short")
+
+    def test_slack_counts_once(self):
+        self.assertEqual(report.verdict(2.7, 2, goal(1.0, 0.7)), "ok")
+
+    def test_row_for_information_has_none(self):
+        self.assertEqual(report.verdict(500, 1, goal(None)), "")
+
+
+class Comparisons(unittest.TestCase):
+    def setUp(self):
+        self.read_goals = report.read_goals
+        self.faults = []
+
+    def tearDown(self):
+        report.read_goals = self.read_goals
+
+    def compare(self, times, *goals):
+        report.read_goals = lambda: iter(goals)
+        return list(report.compare(times, self.faults))
+
+    def test_floor_is_no_peer(self):
+        (result,) = self.compare({"row": {"KVBase": 3, "std": 2, "floor": 1}}, goal(1.0, peer="best"))
+        self.assertEqual((result.peer, result.best), ("std", "std"))
+
+    def test_goal_may_be_the_floor(self):
+        (result,) = self.compare({"row": {"KVBase": 3, "std": 2, "floor": 3}}, goal(1.0, peer="floor"))
+        self.assertEqual((result.verdict, result.best), ("ok", "std"))
+
+    def test_row_that_was_not_measured_is_left_out(self):
+        self.assertEqual(self.compare({}, goal(1.0)), [])
+
+    def test_goal_without_its_peer_is_a_fault(self):
+        self.assertEqual(self.compare({"row": {"KVBase": 3, "Qt": 2}}, goal(1.0)), [])
+        self.assertEqual(self.faults, ["'row' was not measured with std"])
+
+
+class WindowsVerdicts(unittest.TestCase):
+    def compare(self, linux, reasons):
+        (row,) = windows_comparison.compare(["row"], {"row": {"KVBase": 3, "std": 2, "C": 1}}, {"row": linux}, reasons)
+        return row.peer, row.verdict
+
+    def test_fastest_peer_of_both_systems_counts(self):
+        self.assertEqual(self.compare({"KVBase": 2, "std": 2}, {}), ("std", "ok"))
+
+    def test_half_as_much_more_needs_a_reason(self):
+        self.assertEqual(self.compare({"KVBase": 0.9, "std": 1}, {}), ("std", "short"))
+        self.assertEqual(self.compare({"KVBase": 0.9, "std": 1}, {"row": "why"}), ("std", "reason"))
+
+    def test_without_a_common_peer_there_is_none(self):
+        self.assertEqual(self.compare({"KVBase": 1, "Qt": 1}, {}), ("C", ""))
+
+
+class Page(unittest.TestCase):
+    def loss(self, own, reasons):
+        result = report.Result(report.Goal("text: row", "std", 1.0, 0.0), own, {"std": 100.0}, "std", "", "std")
+        return list(performance_page.losses({"text": [result]}, reasons))
+
+    def test_names_what_is_more_than_10_percent_behind(self):
+        self.assertEqual(self.loss(110.0, {}), [])
+        self.assertEqual(self.loss(111.0, {"text: row": "Why."}), ["- **text: row**: 1.11 of std. Why."])
+
+    def test_bar_ends_at_the_border_of_the_picture(self):
+        result = report.Result(report.Goal("text: row", "std", 1.0, 0.0), 1000.0, {"std": 1.0}, "std", "", "std")
+        self.assertIn(f'width="{3 * performance_page.UNIT:.1f}"', performance_page.picture([result]))
+
+
+if __name__ == "__main__":
+    unittest.main()
