@@ -119,6 +119,23 @@ inline int findUnitFromFront(wchar const* text, wchar unit, int n) {
   });
 }
 
+// A text that is found in the first vector is found here, the first and the last unit of the needle marking candidates.
+inline int findTextFromFront(wchar const* text, int n, wchar const* needle, int m) {
+  using V = Sse2Vector;
+  if (n < m + kFrontUnits) return kernels().findText(text, n, needle, m);
+  auto const units = V::load(text);
+  if (zeros<V>(units) != 0) return kernels().findText(text, n, needle, m);
+  auto const first = V::equal(units, V::of(needle[0]));
+  unsigned int candidates = V::mask(V::bitAnd(first, V::equal(V::load(text + m - 1), V::of(needle[m - 1]))));
+  while (candidates != 0) {
+    int const at = firstUnit(candidates);
+    candidates &= ~(3u << 2 * at);
+    if (m <= 2 || mismatchFromFront(text + at + 1, needle + 1, m - 2) == m - 2) return at;
+  }
+  int const found = kernels().findText(text + kFrontUnits, n - kFrontUnits, needle, m);
+  return found < 0 ? -1 : found + kFrontUnits;
+}
+
 inline int findRangeFromFront(wchar const* text, int n, wchar low, wchar high) {
   if (n < kFew) return findRangeScalar(text, n, low, high);
   auto const test = isInRange(text, low, high);

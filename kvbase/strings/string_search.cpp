@@ -64,7 +64,7 @@ int String::find(wchar const* text, int from) const {
   if (text == nullptr || *text == 0 || from < 0 || from >= length()) return -1;
   TextView const part = terminatedViewOf(*this).substr(static_cast<std::size_t>(from));
   TextView const wanted = viewOf(text);
-  return inWholeText(kernels().findText(part.data(), lengthOf(part), wanted.data(), lengthOf(wanted)), from);
+  return inWholeText(strings::findTextFromFront(part.data(), lengthOf(part), wanted.data(), lengthOf(wanted)), from);
 }
 
 int String::find(wchar ch, int from) const {

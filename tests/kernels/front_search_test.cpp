@@ -83,6 +83,21 @@ TEST(FrontSearch, UnitIsThatOfTheScalarKernel) {
   });
 }
 
+TEST(FrontSearch, TextIsThatOfTheScalarKernel) {
+  forPairs([](RandomText& random, Pair const& pair, int n) {
+    for (int m = 1; m <= 9; ++m) {
+      wstring needle = random.text(m, random.oneIn(2) ? RandomUnits::kFew : RandomUnits::kAscii);
+      // Half of the needles are in the text.
+      if (m <= n && random.oneIn(2))
+        needle.assign(pair.first.data() + random.below(n - m + 1), static_cast<std::size_t>(m));
+      if (needle.find(wchar(0)) != wstring::npos) continue;
+      ASSERT_EQ(strings::findTextFromFront(pair.first.data(), n, needle.data(), m),
+                strings::kScalarKernels.findText(pair.first.data(), n, needle.data(), m))
+          << n << ", " << m;
+    }
+  });
+}
+
 TEST(FrontSearch, RangeIsThatOfTheScalarKernel) {
   forPairs([](RandomText&, Pair const& pair, int n) {
     ASSERT_EQ(strings::findRangeFromFront(pair.first.data(), n, KVW('0'), KVW('9')),
