@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Writes docs/performance.md and its pictures from the results of one run of the benchmarks, and of one on Windows."""
+"""Writes docs/performance.md and its pictures from the results of a run of the benchmarks, and of one on Windows."""
 import collections
 import html
 import math
@@ -121,9 +121,11 @@ def write(folder, results, floors, reasons, on_windows):
     count = sum(len(rows) for rows in found.values())
     page = ["# Performance", "",
             "What KVBase costs beside other libraries that do the same job, measured in one run of `./kv bench --page`, which",
-            "writes this page. A ratio below 1 means that KVBase is faster than the fastest of the others. A floor is the same",
-            "required work without a library: the system calls, or the allocation and the copy. The bars show the ratio to the",
-            "fastest peer: to the left KVBase takes less time, to the right more.", "",
+            "writes this page. The contestants of a row take turns in short slices; the shortest slice of each counts, and of three",
+            "processes the median. A ratio below 1 means that KVBase is faster than the fastest of the others. A floor is the same",
+            "required work without a library: the system calls, the allocation and the copy, or the loop over the text, compiled",
+            "into the program. The bars show the ratio to the fastest peer: to the left KVBase takes less time, to the right more.",
+            "",
             f"Measured on: {machine()}", "",
             f"KVBase is at most {BEHIND - 1:.0%} behind the fastest peer in {count - len(behind)} of {count} rows.", ""]
     if behind:
