@@ -38,7 +38,11 @@ bool measureRows(char const* pattern, char const* file);
 // The compiler must compute the value, and must take memory for changed.
 template <class Value>
 inline void keep(Value const& value) {
-  __asm__ volatile("" : : "r,m"(value) : "memory");
+  if constexpr (sizeof value <= sizeof(void*)) {
+    __asm__ volatile("" : : "r,m"(value) : "memory");
+  } else {
+    __asm__ volatile("" : : "m"(value) : "memory");  // given the choice, the compiler makes a copy of a record
+  }
 }
 // The compiler must have memory written, and must take it for changed.
 inline void keepWrites() {
