@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "kvbase/platform/debug_help.h"
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/debug/debug_session.h"
 #include "kvbase/platform/linux/debug/frame_steps.h"
+#include "kvbase/platform/linux/debug/guarded.h"
 #include "kvbase/platform/linux/debug/resolved_addresses.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 
@@ -22,17 +22,6 @@ namespace platform {
 namespace {
 
 using debug_help::Bool;
-
-// An exception must not reach callers that know functions of C.
-template <class Work>
-auto guarded(Work work) -> decltype(work()) {
-  try {
-    return work();
-  } catch (std::bad_alloc const&) {
-    setLastErrorOfThread(kNotEnoughMemory);
-    return {};
-  }
-}
 
 Bool symInitialize(void*, char const* searchPath, Bool) {
   return guarded([&]() -> Bool {
@@ -115,25 +104,6 @@ void* symFunctionTableAccess64(void*, std::uint64_t address) {
     void* const entry = findFunctionTableEntry(address);
     if (entry == nullptr) setLastErrorOfThread(kModuleNotFound);
     return entry;
-  });
-}
-
-Bool symGetSymFromAddr64(void*, std::uint64_t address, std::uint64_t* displacement, debug_help::Symbol64* symbol) {
-  return guarded([&]() -> Bool {
-    if (symbol == nullptr || symbol->sizeOfStruct != sizeof *symbol) return failWith(kInvalidParameter);
-    std::uint64_t distance = 0;
-    if (!symbolAt(address, distance, *symbol)) return 0;
-    if (displacement != nullptr) *displacement = distance;
-    return 1;
-  });
-}
-
-Bool symGetLineFromAddr64(void*, std::uint64_t address, ulong32* displacement, debug_help::Line64* line) {
-  return guarded([&]() -> Bool {
-    if (line == nullptr || displacement == nullptr || line->sizeOfStruct != sizeof *line) {
-      return failWith(kInvalidParameter);
-    }
-    return lineAt(address, *displacement, *line);
   });
 }
 

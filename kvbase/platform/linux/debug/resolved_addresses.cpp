@@ -18,12 +18,15 @@
 #include "kvbase/platform/linux/debug/debug_session.h"
 #include "kvbase/platform/linux/debug/demangle.h"
 #include "kvbase/platform/linux/debug/frame_steps.h"
+#include "kvbase/platform/linux/debug/guarded.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 
 namespace KV_1_1 {
 namespace platform {
 
 namespace {
+
+using debug_help::Bool;
 
 enum SymbolType { kNoSymbols = 0, kExported = 4, kDeferred = 5, kSymbols = 6, kDebugData = 7 };
 
@@ -53,10 +56,14 @@ struct Undecorated {
 class PermanentAddresses {
  public:
   Resolved const* find(std::uint64_t address) const {
-    for (std::size_t i = first(address);; i = (i + 1) % kSlots) {
-      Resolved const* const each = slots_[i].load(std::memory_order_acquire);
-      if (each == nullptr || each->address == address) return each;
+    std::size_t i = first(address);
+    Resolved const* each = slots_[i].load(std::memory_order_acquire);
+    // Nearly always the first one. The compiler is told, since a look-up is so short that its jumps take most of the time.
+    while (__builtin_expect(each != nullptr && each->address != address, false)) {
+      i = (i + 1) % kSlots;
+      each = slots_[i].load(std::memory_order_acquire);
     }
+    return each;
   }
 
   bool isFull() const { return count_ == kSlots / 2; }
@@ -208,17 +215,52 @@ std::uint64_t lookupAddress(std::uint64_t counter) {
   return isLastReturnAddress(counter) ? counter - 1 : counter;
 }
 
-// Calls `use` with what is known about the address that a program counter stands for. False, with the last error set, if
-// that is no address of a module. Inlined, because what `use` refers to would otherwise be handed over by way of memory.
-template <class Use>
-[[gnu::always_inline]] inline bool withResolved(std::uint64_t counter, Use use) {
+// What a look-up tells of an address. Both functions are inlined into their callers: a call takes as long as the rest.
+[[gnu::always_inline]] inline Bool tellSymbol(Resolved const& found, std::uint64_t counter, std::uint64_t* displacement,
+                                              debug_help::Symbol64* symbol) {
+  if (found.name.empty()) return failWith(kInvalidAddress);
+  if (displacement != nullptr) *displacement = counter - found.symbolStart;
+  symbol->address = found.symbolStart;
+  symbol->size = static_cast<ulong32>(found.symbolSize);
+  symbol->flags = 0;
+  // The limit counts the terminator if the record is followed by exactly so many bytes, as it is when it comes from a
+  // block of the size that callers allocate.
+  if (symbol->maxNameLength == 0) return 1;
+  std::size_t const size = std::min<std::size_t>(found.name.size(), symbol->maxNameLength - 1);
+  memcpy(symbol->name, found.name.data(), size);
+  symbol->name[size] = '\0';
+  return 1;
+}
+
+[[gnu::always_inline]] inline Bool tellLine(Resolved const& found, std::uint64_t counter, ulong32* displacement,
+                                            debug_help::Line64* line) {
+  if (found.file == nullptr) return failWith(kInvalidAddress);
+  *displacement = static_cast<ulong32>(counter - found.lineStart);
+  line->key = nullptr;
+  line->lineNumber = found.line;
+  line->fileName = const_cast<char*>(found.file);  // to be read only
+  line->address = found.lineStart;
+  return 1;
+}
+
+template <auto tell, class... Results>
+[[gnu::cold, gnu::noinline]] Bool tellUnderLock(std::uint64_t address, std::uint64_t counter, Results*... results) {
+  return guarded([&]() -> Bool {
+    DebugSession& session = DebugSession::instance();
+    auto const lock = session.lock();
+    Resolved const* const resolved = resolve(session, address);
+    return resolved != nullptr ? tell(*resolved, counter, results...) : failWith(kModuleNotFound);
+  });
+}
+
+// Tells of the address that a program counter stands for. False, with the last error set, if that is no address of a
+// module, or if there is nothing to tell.
+template <auto tell, class... Results>
+Bool tellOf(std::uint64_t counter, Results*... results) {
   std::uint64_t const address = lookupAddress(counter);
   Resolved const* const permanent = permanentAddresses.find(address);
-  if (permanent != nullptr) return use(*permanent);
-  DebugSession& session = DebugSession::instance();
-  auto const lock = session.lock();
-  Resolved const* const resolved = resolve(session, address);
-  return resolved != nullptr ? use(*resolved) : failWith(kModuleNotFound);
+  return permanent != nullptr ? tell(*permanent, counter, results...)
+                              : tellUnderLock<tell>(address, counter, results...);
 }
 
 Undecorated& entryOf(std::string_view name) {
@@ -244,33 +286,14 @@ void copyRecord(debug_help::ModuleInfo64& info, DebugSession::Module const& modu
 
 }  // namespace
 
-bool symbolAt(std::uint64_t counter, std::uint64_t& displacement, debug_help::Symbol64& symbol) {
-  return withResolved(counter, [&](Resolved const& found) {
-    if (found.name.empty()) return failWith(kInvalidAddress);
-    displacement = counter - found.symbolStart;
-    symbol.address = found.symbolStart;
-    symbol.size = static_cast<ulong32>(found.symbolSize);
-    symbol.flags = 0;
-    // The limit counts the terminator if the record is followed by exactly so many bytes, as it is when it comes from a
-    // block of the size that callers allocate.
-    if (symbol.maxNameLength == 0) return true;
-    std::size_t const size = std::min<std::size_t>(found.name.size(), symbol.maxNameLength - 1);
-    memcpy(symbol.name, found.name.data(), size);
-    symbol.name[size] = '\0';
-    return true;
-  });
+Bool symGetSymFromAddr64(void*, std::uint64_t counter, std::uint64_t* displacement, debug_help::Symbol64* symbol) {
+  if (symbol == nullptr || symbol->sizeOfStruct != sizeof *symbol) return failWith(kInvalidParameter);
+  return tellOf<tellSymbol>(counter, displacement, symbol);
 }
 
-bool lineAt(std::uint64_t counter, ulong32& displacement, debug_help::Line64& line) {
-  return withResolved(counter, [&](Resolved const& found) {
-    if (found.file == nullptr) return failWith(kInvalidAddress);
-    displacement = static_cast<ulong32>(counter - found.lineStart);
-    line.key = nullptr;
-    line.lineNumber = found.line;
-    line.fileName = const_cast<char*>(found.file);  // to be read only
-    line.address = found.lineStart;
-    return true;
-  });
+Bool symGetLineFromAddr64(void*, std::uint64_t counter, ulong32* displacement, debug_help::Line64* line) {
+  bool const isValid = line != nullptr && displacement != nullptr && line->sizeOfStruct == sizeof *line;
+  return isValid ? tellOf<tellLine>(counter, displacement, line) : failWith(kInvalidParameter);
 }
 
 bool moduleInfoAt(std::uint64_t counter, debug_help::ModuleInfo64& info) {

@@ -11,7 +11,7 @@ ulong32 lastErrorOfThread();
 void setLastErrorOfThread(ulong32 code);
 
 // Sets the last error and returns false, for `return failWith(...)`.
-bool failWith(ulong32 code);
+[[gnu::cold]] bool failWith(ulong32 code);
 
 }  // namespace platform
 }  // namespace KV_1_1
