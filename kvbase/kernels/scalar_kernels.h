@@ -101,7 +101,7 @@ inline int utf16SizeScalar(char const* bytes, int n) {
   return size;
 }
 
-inline int fromUtf8Scalar(char const* bytes, int n, wchar* units) {
+inline int fromUtf8Scalar(char const* bytes, int n, wchar* units, int /*room*/) {
   wchar* end = units;
   for (int i = 0; i < n;) {
     Utf8Character const character = readUtf8(bytes + i, n - i);

@@ -47,8 +47,9 @@ struct TextKernels {
   // Units that n bytes of UTF-8 decode to (at most n). Each longest piece that begins a valid sequence but does not
   // complete it, and each byte that cannot begin one, counts as one U+FFFD.
   int (*utf16Size)(char const* bytes, int n);
-  // Decodes n bytes of UTF-8 and returns the units written; there is room for utf16Size of them.
-  int (*fromUtf8)(char const* bytes, int n, wchar* units);
+  // Decodes n bytes of UTF-8 and returns the units written. The room is at least utf16Size of them; all of it may be
+  // written to, and room for n units makes this faster.
+  int (*fromUtf8)(char const* bytes, int n, wchar* units, int room);
 
   // First index below n that holds a unit beyond U+00FF; n if there is none.
   int (*findBeyondLatin1)(wchar const* units, int n);

@@ -20,7 +20,7 @@ inline int decodeUtf8(char const* bytes, int size, wchar* units, int capacity) {
   if (capacity == 0) return kernels().utf16Size(bytes, size);
   // A byte never decodes to more than one unit.
   if (capacity < size && kernels().utf16Size(bytes, size) > capacity) return 0;
-  return kernels().fromUtf8(bytes, size, units);
+  return kernels().fromUtf8(bytes, size, units, capacity);
 }
 
 inline int encodeUtf8(wchar const* units, int size, char* bytes, int capacity) {

@@ -49,7 +49,7 @@ constexpr ByteRange kBeyondAscii = {0x80, 0xFF};
 
 // So many units or bytes may be read from any place in front of which the functions below stop.
 constexpr int kUnitsAhead = 16;
-constexpr int kBytesAhead = 40;
+constexpr int kBytesAhead = 17;
 
 // Converts the characters that begin at i or later and in front of `stop`; returns where the next one begins. Up to eight
 // bytes more than count are written.
@@ -100,7 +100,7 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
 
 // Reads the characters that begin at i or later and in front of `stop`; returns where the next one begins. A Sink takes
 // V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time by units(block, count), and any one
-// character by character(code).
+// character by character(code). Blocks of fewer units are given to it while hasRoom().
 template <class V, class Sink>
 int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
   while (i < stop) {
@@ -111,9 +111,9 @@ int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
       int const readable = stop - 1 + kBytesAhead;
       for (; i + 16 <= readable && V::fromFourBytes(bytes + i, block); i += 16) sink.units(block, 8);
       for (; i + 28 <= readable && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
-      // Blocks of fewer units are written whole. The 23 bytes behind them decode to at least eight units, so there is
-      // room.
-      for (int taken = 1; i < stop && taken != 0; i += taken) taken = V::fromShortUtf8(bytes + i, sink);
+      for (int taken = 1; i < stop && taken != 0 && sink.hasRoom(); i += taken) {
+        taken = V::fromShortUtf8(bytes + i, sink);
+      }
     }
     for (int const next = i + V::kUnits < stop ? i + V::kUnits : stop; i < next;) {
       Utf8Character const character = readUtf8(bytes + i, 4);
@@ -138,6 +138,7 @@ template <class V>
 struct UnitCounter {
   int size = 0;
 
+  bool hasRoom() const { return true; }
   void ascii(char const*) { size += V::kUnits; }
   void units(__m128i, int count) { size += count; }
   void character(unsigned int code) { size += code < 0x10000 ? 1 : 2; }
@@ -146,7 +147,10 @@ struct UnitCounter {
 template <class V>
 struct UnitWriter {
   wchar* end;
+  wchar const* limit;
 
+  // For two blocks, which are written whole, whatever counts of them.
+  bool hasRoom() const { return limit - end >= 16; }
   void ascii(char const* bytes) {
     V::store(end, V::loadNarrow(bytes));
     end += V::kUnits;
@@ -168,15 +172,15 @@ int utf16Size(char const* bytes, int n) {
 }
 
 template <class V>
-int fromUtf8(char const* bytes, int n, wchar* units) {
+int fromUtf8(char const* bytes, int n, wchar* units, int room) {
   int const ascii = n > 0 && (bytes[0] & 0x80) == 0 ? widen<V>(bytes, n, kBeyondAscii, units) : 0;
   if (ascii == n) return n;
-  UnitWriter<V> writer = {units + ascii};
+  UnitWriter<V> writer = {units + ascii, units + room};
   int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, ascii, writer);
-  if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end);
+  if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end, n - i);
   PaddedEnd const rest(bytes + i, n - i);
   wchar last[2 * kBytesAhead];
-  UnitWriter<V> lastWriter = {last};
+  UnitWriter<V> lastWriter = {last, last + 2 * kBytesAhead};
   int const read = readUtf8Until<V>(n - i, rest.bytes, 0, lastWriter);
   lastWriter.end -= read - (n - i);  // without the NULs
   std::memcpy(writer.end, last, static_cast<std::size_t>(lastWriter.end - last) * sizeof(wchar));

@@ -129,11 +129,11 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   int units = 0;
   if (isUtf8 && size <= kShort) {
     wchar decoded[kShort];
-    units = strings::kernels().fromUtf8(text.data(), size, decoded);
+    units = strings::kernels().fromUtf8(text.data(), size, decoded, kShort);
     payload = new (newBlock(units)) StringVal(decoded, units, units);
   } else if (isUtf8 && size <= kLong) {
     payload = allocate(size);
-    units = strings::kernels().fromUtf8(text.data(), size, payload->str());
+    units = strings::kernels().fromUtf8(text.data(), size, payload->str(), size);
     if (units < size) payload = static_cast<StringVal*>(cutBlock(payload, units));
   } else {
     int const needed = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), size, nullptr, 0);

@@ -37,9 +37,15 @@ wstring decoded(Twin const& twin, std::string const& text) {
   std::unique_ptr<char[]> const bytes = exact(text);
   int const size = twin.kernels->utf16Size(bytes.get(), n);
   EXPECT_GE(n, size);
-  std::unique_ptr<wchar[]> const units(new wchar[static_cast<std::size_t>(size)]);
-  EXPECT_EQ(twin.kernels->fromUtf8(bytes.get(), n, units.get()), size);
-  return wstring(units.get(), static_cast<std::size_t>(size));
+  wstring result;
+  for (int const room : {size, (size + n) / 2, n}) {
+    std::unique_ptr<wchar[]> const units(new wchar[static_cast<std::size_t>(room)]);
+    EXPECT_EQ(twin.kernels->fromUtf8(bytes.get(), n, units.get(), room), size);
+    wstring const text(units.get(), static_cast<std::size_t>(size));
+    EXPECT_TRUE(room == size || text == result) << "in room for " << room;
+    result = text;
+  }
+  return result;
 }
 
 TEST(TextKernelsUtf8, RandomTextToUtf8) {

@@ -193,7 +193,7 @@ TextView LineReader::decode(char const* bytes, int size) {
     return TextView();
   }
   if (isUtf8_ || (isTransparent_ && isAscii(bytes, size))) {
-    int const units = strings::kernels().fromUtf8(bytes, size, units_);
+    int const units = strings::kernels().fromUtf8(bytes, size, units_, kLimit);
     return TextView(units_, static_cast<std::size_t>(units));
   }
   converted_ = String(CodePageInterface(bytes, platform::kAnsiCodePage));
