@@ -11,6 +11,7 @@
 
 #include "kvbase/internal_assert.h"
 #include "kvbase/kernels/front_search.h"
+#include "kvbase/kernels/short_ascii.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"
@@ -49,10 +50,15 @@ void* cutBlock(void* block, int capacity) {
   return cut != nullptr ? cut : block;
 }
 
-// Units as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text is encoded
-// on the stack; a long one that begins with ASCII is taken for ASCII until another character comes.
+// Units as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text that is not
+// ASCII is encoded on the stack; a long one that begins with ASCII is taken for ASCII until another character comes.
 char* newUtf8(wchar const* units, int n) {
   constexpr strings::ByteRange kBeyondAscii = {0x80, 0xFF};
+  if (strings::isShortAscii(units, n)) {
+    char* const ascii = new char[static_cast<std::size_t>(n)];
+    strings::narrowShortAscii(units, n, ascii);
+    return ascii;
+  }
   char brief[256];
   if (n <= static_cast<int>(sizeof brief) / 3) {
     std::size_t const size = static_cast<std::size_t>(strings::kernels().toUtf8(units, n, brief));
@@ -127,7 +133,11 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   bool const isUtf8 = size > 0 && capacity == -1 && platform::isUtf8(platform::text(), text.codePage());
   StringVal* payload = nullptr;
   int units = 0;
-  if (isUtf8 && size <= kShort) {
+  if (isUtf8 && strings::isShortAscii(text.data(), size)) {
+    payload = allocate(size);
+    strings::widenShortAscii(text.data(), size, payload->str());
+    units = size;
+  } else if (isUtf8 && size <= kShort) {
     wchar decoded[kShort];
     units = strings::kernels().fromUtf8(text.data(), size, decoded, kShort);
     payload = new (newBlock(units)) StringVal(decoded, units, units);

@@ -48,6 +48,13 @@ TEST(StringValUtf8, EverySizeAroundTheLimits) {
   }
 }
 
+TEST(StringValUtf8, OneOtherCharacterInShortAscii) {
+  for (std::size_t size = 0; size <= 110; ++size) {
+    expectThereAndBack(std::string(size, 'a'));
+    for (std::size_t at = 0; at < size; ++at) expectThereAndBack(std::string(size, 'a').replace(at, 1, "\xC3\xA4"));
+  }
+}
+
 TEST(StringValUtf8, AMegabyteAndMore) {
   for (std::size_t const size : {(1u << 20) - 1, 1u << 20}) expectThereAndBack(repeated("\xE2\x82\xAC", size));
 }
