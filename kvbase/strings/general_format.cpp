@@ -111,7 +111,8 @@ constexpr int kLongestDecimal = 6 + kMostDigits;
 
 int printDecimal(Decimal decimal, bool negative, wchar point, wchar* out) {
   DecimalText const text(static_cast<unsigned long long>(decimal.digits));
-  wchar const* const digits = text.units();
+  wchar digits[DecimalText::kLongest];
+  text.writeTo(digits);
   int const precision = text.length();
   int significant = precision;
   while (significant > 1 && digits[significant - 1] == KVW('0')) --significant;

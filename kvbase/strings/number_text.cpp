@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -15,9 +16,14 @@ namespace strings {
 
 namespace {
 
-constexpr char kPairs[] =
-    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
-    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
+constexpr wchar kPairs[] =
+    KVW("0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849")
+        KVW("5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899");
+
+// Writes two digits in front of `end`; returns their place.
+wchar* writePair(unsigned int number, wchar* end) {
+  return static_cast<wchar*>(std::memcpy(end - 2, kPairs + 2 * number, 2 * sizeof(wchar)));
+}
 
 // The zeros of the decimal digits that the C runtime converts.
 constexpr wchar kZeros[] = {0x0030, 0x0660, 0x06F0, 0x0966, 0x09E6, 0x0A66, 0x0AE6, 0x0B66, 0x0C66,
@@ -31,16 +37,6 @@ int digitValue(wchar unit) {
     if (unit >= zero && unit < zero + 10) return unit - zero;
   }
   return -1;
-}
-
-bool isAsciiDigit(wchar unit) {
-  return unit >= KVW('0') && unit <= KVW('9');
-}
-
-// ASCII digits at the front of a text, added to `value` modulo 2^64; returns their end.
-wchar const* readAsciiDigits(wchar const* text, std::uint64_t& value) {
-  for (; isAsciiDigit(*text); ++text) value = value * 10 + static_cast<std::uint64_t>(*text - KVW('0'));
-  return text;
 }
 
 struct Magnitude {
@@ -160,25 +156,25 @@ bool isHexadecimal(char const* digits) {
 
 }  // namespace
 
-DecimalText::DecimalText(long long value) {
-  write(value < 0 ? 0 - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value), value < 0);
-}
-
-DecimalText::DecimalText(unsigned long long value) {
-  write(value, false);
-}
-
-void DecimalText::write(unsigned long long magnitude, bool negative) {
-  while (magnitude >= 100) {
-    char const* pair = kPairs + 2 * (magnitude % 100);
-    magnitude /= 100;
-    units_[--start_] = static_cast<wchar>(pair[1]);
-    units_[--start_] = static_cast<wchar>(pair[0]);
+// Four digits a division, since each division waits for the one before it.
+void DecimalText::writeTo(wchar* place) const {
+  wchar* next = place + length_;
+  unsigned long long rest = magnitude_;
+  for (; rest >= 10000; rest /= 10000) {
+    unsigned int const four = static_cast<unsigned int>(rest % 10000);
+    next = writePair(four / 100, writePair(four % 100, next));
   }
-  char const* pair = kPairs + 2 * magnitude;
-  units_[--start_] = static_cast<wchar>(pair[1]);
-  if (magnitude >= 10) units_[--start_] = static_cast<wchar>(pair[0]);
-  if (negative) units_[--start_] = KVW('-');
+  unsigned int front = static_cast<unsigned int>(rest);
+  if (front >= 100) {
+    next = writePair(front % 100, next);
+    front /= 100;
+  }
+  if (front >= 10) {
+    writePair(front, next);
+  } else {
+    next[-1] = static_cast<wchar>(KVW('0') + front);
+  }
+  if (negative_) *place = KVW('-');
 }
 
 Parsed<int> readInt(wchar const* text) {

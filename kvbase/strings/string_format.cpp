@@ -2,6 +2,8 @@
 #include <cmath>
 
 #include "kvbase/strings/internal/number_text.h"
+#include "kvbase/strings/internal/text_builder.h"
+#include "kvbase/strings/internal/text_view.h"
 #include "kvbase/strings/kv_string.h"
 
 namespace KV_1_1 {
@@ -35,8 +37,10 @@ void appendFloating(String& receiver, Value value, Digits digits) {
   }
 }
 
-void appendInteger(String& receiver, strings::DecimalText const& text) {
-  receiver.write(text.units(), text.length());
+void appendInteger(String& receiver, strings::DecimalText text) {
+  TextBuilder sum(static_cast<long long>(receiver.length()) + text.length());
+  text.writeTo(sum.append(viewOf(receiver)).extend(text.length()));
+  receiver = sum.finish();
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ namespace {
 
 using strings::DecimalText;
 using strings::hasClass;
+using strings::Parsed;
 
 wchar const* unitsOf(String const& text) {
   return text;
@@ -50,15 +51,15 @@ void stepIndex(String& text, int step) {
   std::uint32_t const stepped =
       static_cast<std::uint32_t>(strings::readInt(unitsOf(text) + start).value) + static_cast<std::uint32_t>(step);
   DecimalText const decimal(static_cast<long long>(static_cast<std::int32_t>(stepped)));
-  TextView const number(decimal.units(), static_cast<std::size_t>(decimal.length()));
   long long const newLength = static_cast<long long>(start) + decimal.length();
   if (newLength > length) {
-    text =
-        TextBuilder(newLength).append(viewOf(text).substr(0, static_cast<std::size_t>(start))).append(number).finish();
-    return;
+    TextBuilder longer(newLength);
+    longer.append(viewOf(text).substr(0, static_cast<std::size_t>(start)));
+    decimal.writeTo(longer.extend(decimal.length()));
+    text = longer.finish();
+  } else {
+    decimal.writeTo(std::fill_n(&text[start], length - newLength, KVW('0')));
   }
-  wchar* const run = &text[start];
-  std::copy_n(number.data(), number.size(), std::fill_n(run, length - newLength, KVW('0')));
 }
 
 // Runs the conversion at the first unit of a number or word, or gives 0 and empties the text if there is none.
@@ -73,23 +74,49 @@ void extract(String& text, Value& value, Convert convert) {
   }
 }
 
+// A signed number at the front of a text, and where what remains begins; at the length if nothing does.
+template <class Number>
+struct FrontNumber {
+  Number value;
+  int end;
+};
+
 // COMPAT: the end of a signed number is searched for separately and can differ from the end of the conversion: minus
 // signs inside belong to the number, a leading plus does not.
-template <class Value, class Read>
-void extractSigned(String& text, Value& value, Read read) {
-  extract(text, value, [&](int start) {
-    wchar const* const units = text;
-    auto const number = read(units + start);
-    value = static_cast<Value>(number.value);
-    // Its sign and its ASCII digits need no search.
-    int const searched = units[start] == KVW('+') ? start : static_cast<int>(number.end - units);
-    int const end = text.findNonSignedDigit(searched);
-    if (end < 0) {
-      text = String::EMPTY;
-    } else {
-      text = String(unitsOf(text) + end, text.length() - end);
-    }
-  });
+template <class Number>
+[[gnu::noinline]] FrontNumber<Number> findSigned(String const& text, Parsed<Number> (*read)(wchar const*)) {
+  int const start = text.findAlphaNum(0);
+  if (start < 0) return {0, text.length()};
+  wchar const* const units = text;
+  Parsed<Number> const number = read(units + start);
+  // Its sign and its ASCII digits need no search.
+  int const searched = units[start] == KVW('+') ? start : static_cast<int>(number.end - units);
+  int const end = text.findNonSignedDigit(searched);
+  return {number.value, end >= 0 ? end : text.length()};
+}
+
+// Most texts begin with a few ASCII digits, and what stands behind them ends the number by all rules.
+template <class Number>
+inline FrontNumber<Number> readSigned(String const& text, Parsed<Number> (*read)(wchar const*)) {
+  constexpr int kMostDigits = 9;  // of which each number is an int
+  if (text.length() == 0) return {0, 0};
+  std::uint64_t number = 0;
+  wchar const* const end = strings::readAsciiDigits(text, number);
+  auto const digits = end - unitsOf(text);
+  bool const isBrief = digits > 0 && digits <= kMostDigits && *end < 0x80 && *end != KVW('-');
+  return isBrief ? FrontNumber<Number>{static_cast<Number>(number), static_cast<int>(digits)} : findSigned(text, read);
+}
+
+template <class Number>
+Number extractSigned(String& text, Parsed<Number> (*read)(wchar const*)) {
+  FrontNumber<Number> const number = readSigned(text, read);
+  int const rest = text.length() - number.end;
+  if (rest > 0) {
+    text = String(unitsOf(text) + number.end, rest);
+  } else {
+    text = String::EMPTY;
+  }
+  return number.value;
 }
 
 // What remains behind an unsigned number.
@@ -163,35 +190,32 @@ void String::eatwhite() {
 }
 
 String& String::operator>>(signed char& value) {
-  extractSigned(*this, value, strings::readInt);
+  value = static_cast<signed char>(extractSigned(*this, strings::readInt));
   return *this;
 }
 
 String& String::operator>>(short& value) {
-  extractSigned(*this, value, strings::readInt);
+  value = static_cast<short>(extractSigned(*this, strings::readInt));
   return *this;
 }
 
 String& String::operator>>(unsigned short& value) {
-  extractSigned(*this, value, strings::readInt);
+  value = static_cast<unsigned short>(extractSigned(*this, strings::readInt));
   return *this;
 }
 
 String& String::operator>>(int& value) {
-  extractSigned(*this, value, strings::readInt);
+  value = extractSigned(*this, strings::readInt);
   return *this;
 }
 
 String& String::operator>>(long& value) {
-  extractSigned(*this, value, [](wchar const* text) {
-    auto const number = strings::readInt64(text);
-    return strings::Parsed<std::int32_t>{static_cast<std::int32_t>(number.value), number.end};
-  });
+  value = static_cast<std::int32_t>(extractSigned(*this, strings::readInt64));
   return *this;
 }
 
 String& String::operator>>(long long& value) {
-  extractSigned(*this, value, strings::readInt64);
+  value = extractSigned(*this, strings::readInt64);
   return *this;
 }
 

@@ -70,6 +70,8 @@ TEST(StringParse, Int) {
       {"a minus sign alone", KVW("- 5"), 0, KVW(" 5")},
       {"a plus sign alone", KVW("+ 5"), 0, KVW("+ 5")},
       {"a letter behind", KVW("12ab"), 12, KVW("ab")},
+      {"nine digits", KVW("999999999 x"), 999999999, KVW(" x")},
+      {"ten digits", KVW("1000000000 x"), 1000000000, KVW(" x")},
       {"the largest", KVW("2147483647"), 2147483647, KVW("")},
       {"above the largest", KVW("2147483648,"), 2147483647, KVW(",")},
       {"the smallest", KVW("-2147483648"), std::numeric_limits<int>::min(), KVW("")},

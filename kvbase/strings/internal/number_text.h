@@ -13,28 +13,48 @@
 namespace KV_1_1 {
 namespace strings {
 
-// The decimal text of a number, on the stack.
+// The decimal text of an integer, written to where it is needed: a text on the stack that is copied as vectors right after
+// it was written in units makes the processor wait.
 class DecimalText {
  public:
-  explicit DecimalText(long long value);
-  explicit DecimalText(unsigned long long value);
+  static constexpr int kLongest = 20;  // -9223372036854775808, 18446744073709551615
 
-  wchar const* units() const { return units_ + start_; }
-  int length() const { return kCapacity - start_; }
+  explicit DecimalText(long long value)
+      : DecimalText(value < 0 ? 0 - static_cast<unsigned long long>(value) : static_cast<unsigned long long>(value),
+                    value < 0) {}
+  explicit DecimalText(unsigned long long value) : DecimalText(value, false) {}
+
+  int length() const { return length_; }
+  // Writes length() units.
+  void writeTo(wchar* place) const;
 
  private:
-  static constexpr int kCapacity = 20;  // the longest: -9223372036854775808, 18446744073709551615
+  DecimalText(unsigned long long magnitude, bool negative)
+      : magnitude_(magnitude), length_((negative ? 1 : 0) + digitsOf(magnitude)), negative_(negative) {}
 
-  void write(unsigned long long magnitude, bool negative);
+  static int digitsOf(unsigned long long number) {
+    int digits = 1;
+    for (; number >= 10000; number /= 10000) digits += 4;
+    return digits + (number >= 10) + (number >= 100) + (number >= 1000);
+  }
 
-  wchar units_[kCapacity];
-  int start_ = kCapacity;
+  unsigned long long magnitude_;
+  int length_;
+  bool negative_;
 };
 
 // Writes a number in the general format of printf (%g) with the given number of significant digits, in at most
 // `capacity` units without terminator; returns how many. The decimal point is that of the C locale.
 // REQUIRES: the value is finite.
 int printGeneral(double value, int precision, wchar* out, int capacity);
+
+// ASCII digits at the front of a text, added to `value` modulo 2^64; returns their end.
+inline wchar const* readAsciiDigits(wchar const* text, std::uint64_t& value) {
+  for (; *text >= KVW('0') && *text <= KVW('9'); ++text) {
+    value = value * 10 + static_cast<std::uint64_t>(*text - KVW('0'));
+  }
+  return text;
+}
 
 // A number at the front of a text, and an end.
 template <class Value>
