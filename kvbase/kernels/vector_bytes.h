@@ -31,6 +31,7 @@ int findBeyond(wchar const* units, int n) {
     if (!areWithin<V, kLimit>(V::bitOr(front, back))) break;
   }
   while (i + kUnits <= n && areWithin<V, kLimit>(V::load(units + i))) i += kUnits;
+  if (i < n && i > n - kUnits && n >= kUnits && areWithin<V, kLimit>(V::load(units + n - kUnits))) return n;
   while (i < n && units[i] <= kLimit) ++i;
   return i;
 }
