@@ -152,10 +152,12 @@ void addFromPage(int size) {
       .add("KVBase", [bytes] { return String(CodePageInterface(bytes.c_str(), kWesternPage)); })
       .add(PEER("QString", [bytes] { return QString::fromLatin1(bytes.c_str()); }))
       .add("widened", [bytes] { return widened(bytes); })
-      .add(PEER("UnicodeString", [bytes, converter = icuConverter("windows-1252")] {
-        UErrorCode error = U_ZERO_ERROR;
-        return UnicodeString(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
-      }));
+      .add(PEER("UnicodeString",
+                [bytes, converter = icuConverter("windows-1252")] {
+                  UErrorCode error = U_ZERO_ERROR;
+                  return UnicodeString(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
+                }))
+      .add(PEER("floor", [bytes] { return bareFromPage(bytes.c_str()); }));
 }
 
 // In two calls, the first for the size, as a String builds its narrow copy.
@@ -183,12 +185,14 @@ void addToPage(int size) {
                           return bytes;
                         }))
       .add(PEER("QString", [a = make<QString>(text)] { return a.toLatin1(); }))
-      .add(PEER("UnicodeString", [a = make<UnicodeString>(text), converter = icuConverter("windows-1252")] {
-        std::string bytes(static_cast<std::size_t>(a.length()), '\0');
-        UErrorCode error = U_ZERO_ERROR;
-        a.extract(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
-        return bytes;
-      }));
+      .add(PEER("UnicodeString",
+                [a = make<UnicodeString>(text), converter = icuConverter("windows-1252")] {
+                  std::string bytes(static_cast<std::size_t>(a.length()), '\0');
+                  UErrorCode error = U_ZERO_ERROR;
+                  a.extract(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
+                  return bytes;
+                }))
+      .add(PEER("floor", [text] { return bareToPage(text); }));
 }
 
 }  // namespace

@@ -60,6 +60,14 @@ Text qtText(double value) {
 
 // --- Formatting ------------------------------------------------------------------------------------------------------
 
+// The digits in a block of their own.
+BareText bareNumber(int value) {
+  NarrowText const text = narrowText(value);
+  BareText number(text.size);
+  *std::copy_n(text.chars, text.size, number.text()) = 0;
+  return number;
+}
+
 void addFormatInt() {
   Row("format: int to text")
       .add("KVBase",
@@ -73,7 +81,8 @@ void addFormatInt() {
              NarrowText const text = narrowText(kNumber);
              return widened(text.chars, text.size);
            })
-      .add(PEER("QString", [] { return QString::number(kNumber); }));
+      .add(PEER("QString", [] { return QString::number(kNumber); }))
+      .add("floor", [] { return bareNumber(kNumber); });
 }
 
 // The text followed by the number, in a block of exactly the needed size.

@@ -61,9 +61,12 @@ inline u16string make<u16string>(u16string const& units) {
 // contestant called "floor".
 class BareText {
  public:
+  // So many units and their terminator are left to the caller to write.
+  explicit BareText(std::size_t units) : block_(new (std::malloc(sizeof(Block) + (units + 1) * sizeof(wchar))) Block) {
+    block_->units = static_cast<unsigned int>(units);
+  }
   BareText(wchar const* text, std::size_t units, wchar const* more = KVW(""), std::size_t moreUnits = 0)
-      : block_(new (std::malloc(sizeof(Block) + (units + moreUnits + 1) * sizeof(wchar))) Block) {
-    block_->units = static_cast<unsigned int>(units + moreUnits);
+      : BareText(units + moreUnits) {
     std::memcpy(this->text(), text, units * sizeof(wchar));
     if (moreUnits != 0) std::memcpy(this->text() + units, more, moreUnits * sizeof(wchar));
     this->text()[units + moreUnits] = 0;

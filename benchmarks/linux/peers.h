@@ -31,6 +31,7 @@
 #include <memory>
 #include <string>
 
+#include "benchmarks/linux/bare_code_page.h"
 #include "benchmarks/texts.h"
 
 #define PEER(...) __VA_ARGS__

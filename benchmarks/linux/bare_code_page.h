@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// Conversions by a page with one byte a character as a system does them that has one page, and what they are used for, bare:
+// the work of the contestants called "floor". On Windows the system converts.
+#pragma once
+
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "benchmarks/texts.h"
+
+namespace KV_1_1 {
+namespace bench {
+
+class BarePage {
+ public:
+  static constexpr unsigned int kNumber = 1252;
+
+  static int decode(unsigned int page, char const* bytes, int size, wchar* units, int capacity) {
+    if (page != kNumber) return 0;
+    for (int i = 0; i < capacity; i += kBlock) {
+      i = std::min(i, size - kBlock);
+      __m128i const block = load(bytes + i);
+      if (!isPlain(block)) return 0;
+      store(units + i, _mm_unpacklo_epi8(block, _mm_setzero_si128()));
+      store(units + i + kBlock / 2, _mm_unpackhi_epi8(block, _mm_setzero_si128()));
+    }
+    return size;
+  }
+
+  static int encode(unsigned int page, wchar const* units, int size, char* bytes, int capacity) {
+    if (page != kNumber) return 0;
+    for (int i = 0; i < size; i += kBlock) {
+      i = std::min(i, size - kBlock);
+      __m128i const front = load(units + i);
+      __m128i const back = load(units + i + kBlock / 2);
+      __m128i const upper = _mm_srli_epi16(_mm_or_si128(front, back), 8);
+      __m128i const block = _mm_packus_epi16(front, back);
+      if (_mm_movemask_epi8(_mm_cmpeq_epi8(upper, _mm_setzero_si128())) != 0xFFFF || !isPlain(block)) return 0;
+      if (capacity != 0) store(bytes + i, block);
+    }
+    return size;
+  }
+
+ private:
+  static constexpr int kBlock = 16;
+
+  static __m128i load(void const* place) { return _mm_loadu_si128(static_cast<__m128i const*>(place)); }
+
+  static void store(void* place, __m128i block) { _mm_storeu_si128(static_cast<__m128i*>(place), block); }
+
+  // Whether bytes and units are the same numbers: none is from 0x80 to 0x9F, the lowest of the signed numbers.
+  static bool isPlain(__m128i block) { return _mm_movemask_epi8(_mm_cmplt_epi8(block, _mm_set1_epi8('\xA0'))) == 0; }
+};
+
+// Called through pointers, as functions of a system are.
+inline decltype(&BarePage::decode) volatile systemDecode = &BarePage::decode;
+inline decltype(&BarePage::encode) volatile systemEncode = &BarePage::encode;
+
+// What a String is built by: the text is measured, the size is asked for, one block filled.
+inline BareText bareFromPage(char const* bytes) {
+  int const size = static_cast<int>(std::strlen(bytes)) + 1;
+  int const units = systemDecode(BarePage::kNumber, bytes, size, nullptr, 0);
+  BareText text(static_cast<std::size_t>(units) - 1);
+  systemDecode(BarePage::kNumber, bytes, size, text.text(), units);
+  return text;
+}
+
+inline std::string bareToPage(u16string const& text) {
+  int const units = static_cast<int>(text.size());
+  int const size = systemEncode(BarePage::kNumber, text.data(), units, nullptr, 0);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  systemEncode(BarePage::kNumber, text.data(), units, bytes.data(), size);
+  return bytes;
+}
+
+}  // namespace bench
+}  // namespace KV_1_1
