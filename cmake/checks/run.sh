@@ -43,7 +43,7 @@ licence() {
 
 # Words that only some compilers know stand where the build or one header chooses by the compiler.
 one_language() {
-  ! grep -rnE '__(extension__|int128|attribute|builtin_|typeof|declspec|restrict)|\basm\b' kvbase --include='*.cpp' \
+  ! grep -rnE 'gnu::|__(extension__|int128|attribute|builtin_|typeof|declspec|restrict)|\basm\b' kvbase --include='*.cpp' \
     --include='*.h' --exclude-dir=platform --exclude=export.h | sed 's/^/error: not every compiler knows this: /' | grep .
 }
 

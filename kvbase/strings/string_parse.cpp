@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "kvbase/export.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/number_text.h"
@@ -84,7 +85,7 @@ struct FrontNumber {
 // COMPAT: the end of a signed number is searched for separately and can differ from the end of the conversion: minus
 // signs inside belong to the number, a leading plus does not.
 template <class Number>
-[[gnu::noinline]] FrontNumber<Number> findSigned(String const& text, Parsed<Number> (*read)(wchar const*)) {
+KVBASE_NEVER_INLINE FrontNumber<Number> findSigned(String const& text, Parsed<Number> (*read)(wchar const*)) {
   int const start = text.findAlphaNum(0);
   if (start < 0) return {0, text.length()};
   wchar const* const units = text;
