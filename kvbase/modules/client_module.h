@@ -48,8 +48,7 @@ class ModuleOwner {
   // without translation, and one without header or with a faulty one, is no less started.
   // False, with nothing changed, if it has been started already or the instance is null.
   // Throws std::runtime_error ("VerQueryValue failed", see LoadTranslationDLL): the Module has then not been started. After
-  // a std::bad_alloc, or what a hook throws, it may have been: end() is right in either case. Memory exhausted while the
-  // header is read ends the process.
+  // a std::bad_alloc, or what a hook throws, it may have been: end() is right in either case.
   bool start(HINSTANCE instance) { return module_.internalInit(instance); }
   // Unloads the translation library, drops the symbols and calls clearClassStatics of the Module's classes.
   // Nothing happens if it has not been started. The name stays; no resource may be looked up from then on.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -314,9 +313,9 @@ TEST_F(ModuleStart, HooksOfOtherModulesAreNotCalled) {
 TEST_F(ModuleStart, WithinAHookTheModuleCountsAsStarted) {
   struct Again final : mZClass {
     explicit Again(ModuleOwner& module) : mZClass(KVW("Again"), module.module(), ClassVersion()), owner(module) {}
-    void initClassStatics() const override { results.push_back(owner.start(owner_instance())); }
-    void clearClassStatics() const override { results.push_back(owner.start(owner_instance())); }
-    static HINSTANCE owner_instance() { return reinterpret_cast<HINSTANCE>(std::uintptr_t(0x50000)); }
+    void initClassStatics() const override { startAgain(); }
+    void clearClassStatics() const override { startAgain(); }
+    void startAgain() const { results.push_back(owner.start(reinterpret_cast<HINSTANCE>(std::uintptr_t(0x50000)))); }
     ModuleOwner& owner;
     mutable std::vector<bool> results;
   } const record(owner);
@@ -355,6 +354,20 @@ TEST_F(ModuleStart, AfterTheEndTheInstancesStay) {
   owner.end();
   EXPECT_EQ(searched(), world.modules.translation);
   EXPECT_EQ(module().findResource(1u, KVW("MARK"), false, nullptr), world.tool());
+}
+
+// Neither the end of a module nor its next start takes back what its first start has recorded.
+TEST_F(ModuleStart, TheLanguageOfTheFirstStartStays) {
+  putTranslation();
+  EXPECT_TRUE(owner.start(world.tool()));
+  owner.end();
+  EXPECT_EQ(GetCurrentLangId(module()), kGerman);
+  world.setLanguages(kFrench, kFrench, kFrench, kFrench);
+  world.modules.files = {KVW("C:\\app\\toolFRA.dll")};
+  world.modules.libraries[KVW("C:\\app\\toolFRA.dll")] = world.modules.translation;
+  EXPECT_TRUE(owner.start(world.tool()));
+  EXPECT_EQ(searched(), world.modules.translation);
+  EXPECT_EQ(GetCurrentLangId(module()), kGerman);
 }
 
 TEST_F(ModuleStart, ASecondEndDoesNothing) {
@@ -417,8 +430,8 @@ TEST_F(ModuleStart, AfterAFaultOfTheVersionDataTheModuleIsNotStarted) {
 }
 
 TEST_F(ModuleStart, ExhaustedMemoryAtAnyPointLeavesNothingBehind) {
-  // Without a header: where its lines are read, exhausted memory ends the process.
   putTranslation();
+  putHeader(world.tool(), "#define A 1\n#define B A\n");
   world.locales.logging = false;
   world.modules.freed.reserve(4);
   // What is built once is there before memory is counted.
