@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -27,6 +29,23 @@ Modules backward() {
   return modules;
 }
 
+bool startAndAreInOrder(void const* start, std::initializer_list<void const*> fields) {
+  return start == *fields.begin() && std::is_sorted(fields.begin(), fields.end());
+}
+
+// Private members may be named in an explicit instantiation, which makes these functions known.
+unsigned long long countOfModules();
+bool fieldsAreInOrder(Module const& module);
+
+template <unsigned long long* Count, auto... Fields>
+struct ModuleMembers {
+  friend unsigned long long countOfModules() { return *Count; }
+  friend bool fieldsAreInOrder(Module const& module) { return startAndAreInOrder(&module, {&(module.*Fields)...}); }
+};
+template struct ModuleMembers<&Module::count, &Module::next_, &Module::previous_, &Module::initialised_,
+                              &Module::codeModule_, &Module::resourceModule_, &Module::moduleName_,
+                              &Module::resourceSymbols_>;
+
 Modules joinedModules(Modules left, Modules const& right) {
   left.insert(left.end(), right.begin(), right.end());
   return left;
@@ -47,6 +66,25 @@ TEST(ModuleList, AModuleJoinsAtTheEndAndLeavesWhenItGoes) {
     EXPECT_EQ(forward(), joinedModules(before, {&one.module(), &two.module()}));
   }
   EXPECT_EQ(forward(), before);
+}
+
+// Other libraries have Modules too, so this is part of the interface.
+TEST(ModuleList, AModuleHasItsSevenFieldsInOrder) {
+  ModuleOwner owner;
+  EXPECT_TRUE(fieldsAreInOrder(owner.module()));
+  EXPECT_EQ(sizeof(Module), 7 * sizeof(void*));
+  EXPECT_EQ(sizeof(Module::const_iterator), sizeof(void*));
+}
+
+TEST(ModuleList, TheCountIsThatOfTheModulesInTheList) {
+  unsigned long long const before = countOfModules();
+  EXPECT_EQ(before, forward().size());
+  {
+    ModuleOwner one;
+    ModuleOwner two;
+    EXPECT_EQ(countOfModules(), before + 2);
+  }
+  EXPECT_EQ(countOfModules(), before);
 }
 
 TEST(ModuleList, AModuleGoesFromAnyPlaceOfTheList) {

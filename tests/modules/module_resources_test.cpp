@@ -43,12 +43,12 @@ class ModuleResources : public ::testing::Test {
   }
 
   // What is found: the bytes.
-  std::string found(bool localized, ulong32* locale) const {
+  std::string found(bool localized, ulong32* locale) {
     std::pair<void*, ulong32> const bytes = module().getResource(kName, kType, localized, locale);
     return bytes.first != nullptr ? std::string(static_cast<char const*>(bytes.first), bytes.second) : "nothing";
   }
 
-  Module const& module() const { return const_cast<ModuleOwner&>(owner).module(); }
+  Module const& module() { return owner.module(); }
 
   ScriptedModules modules;
   ScriptedLocales locales;
@@ -89,12 +89,15 @@ TEST_F(ModuleResources, AResourceOfTheModuleAloneIsFoundBehindTheTranslation) {
 }
 
 TEST_F(ModuleResources, WhatIsMissingInBothIsNotFound) {
-  ulong32 locale = 1031;
-  EXPECT_EQ(module().findResource(kName, kType, true, &locale), nullptr);
-  EXPECT_EQ(modules.log, Log(2, "findResource TEXT GREETING"));
-  EXPECT_EQ(locale, 1031u);
-  EXPECT_EQ(module().getResource(kName, kType, true, &locale), (std::pair<void*, ulong32>()));
-  EXPECT_EQ(locale, 1031u);
+  for (ulong32 const wanted : {1031u, 0u}) {
+    modules.log.clear();
+    ulong32 locale = wanted;
+    EXPECT_EQ(module().findResource(kName, kType, true, &locale), nullptr);
+    EXPECT_EQ(modules.log, Log(2, "findResource TEXT GREETING"));
+    EXPECT_EQ(locale, wanted);
+    EXPECT_EQ(module().getResource(kName, kType, true, &locale), (std::pair<void*, ulong32>()));
+    EXPECT_EQ(locale, wanted);
+  }
   EXPECT_EQ(locales.log, Log());
 }
 
@@ -220,6 +223,15 @@ TEST_F(ModuleResources, ALocaleOfZeroIsThatOfTheThread) {
   ulong32 locale = 0;
   EXPECT_EQ(found(false, &locale), "tool 1031");
   EXPECT_EQ(locale, 1031 | kSort);
+}
+
+TEST_F(ModuleResources, TheSortOrderIsFourBitsOfTheThreadsLocale) {
+  put(modules.tool, {1031});
+  locales.thread = 0xFFF00000 | kSort | 1033;
+  ulong32 locale = 0x20000 | 1031;
+  EXPECT_EQ(found(false, &locale), "tool 1031");
+  EXPECT_EQ(locale, 1031 | kSort);
+  EXPECT_EQ(locales.thread, 0xFFF00000 | kSort | 1033);
 }
 
 TEST_F(ModuleResources, OnlyTheLow16BitsOfTheWantedLocaleCount) {
@@ -351,10 +363,13 @@ TEST_F(ModuleResources, BytesAreThoseOfTheModuleItself) {
 }
 
 TEST_F(ModuleResources, AResourceOfNoBytesIsFoundButHasNone) {
-  modules.resources[modules.tool][{kType, kName}][1033] = "";
+  modules.resources[modules.tool][{kType, kName}][1031] = "";
   EXPECT_EQ(module().findResource(kName, kType, true, kNoLocale), modules.tool);
   EXPECT_EQ(module().getResource(kName, kType, true, kNoLocale), (std::pair<void*, ulong32>()));
   EXPECT_EQ(module().loadResource(kName, kType, true).get(), nullptr);
+  ulong32 locale = 1033;
+  EXPECT_EQ(module().getResource(kName, kType, true, &locale), (std::pair<void*, ulong32>()));
+  EXPECT_EQ(locale, 1031u);
 }
 
 // A resource of no bytes in the translation is found, so the module is not asked.
@@ -534,7 +549,7 @@ TEST_F(ModuleResources, EveryChoiceAgreesWithTheModel) {
     Languages const languages(there.begin(), there.end());
     std::uint16_t const systems = languages[any(languages.size())];
     ulong32 const wanted = any(5) == 0 ? 0 : pool[any(pool.size())] | static_cast<ulong32>(any(32) << 16);
-    ulong32 const thread = pool[any(pool.size())] | static_cast<ulong32>(any(16) << 16);
+    ulong32 const thread = pool[any(pool.size())] | static_cast<ulong32>(any(32) << 16);
     bool const enumerates = any(8) != 0;
     bool const findsLanguage = any(8) != 0;
 

@@ -12,6 +12,8 @@ namespace KV_1_1 {
 namespace testing {
 namespace {
 
+static_assert(sizeof(ScopedResourceDomain) == sizeof(HINSTANCE), "the saved instance and nothing else");
+
 class ScopedResourceDomainTest : public ::testing::Test {
  protected:
   ScopedResourceDomainTest() : scope_(framework) {
@@ -45,12 +47,14 @@ TEST_F(ScopedResourceDomainTest, OtherwiseItIsTheModule) {
 }
 
 TEST_F(ScopedResourceDomainTest, ByDefaultItIsTheLibraryWithItsTranslation) {
-  // The library's module has its own handles in this program; a module that has them too tells which they are.
+  // The library is a part of this program, which has no translation, so both instances are the program's otherwise.
   HINSTANCE const program = platform::nativeModules().program();
+  setInstances(getLibraryModule(), program, modules.translation);
   {
     ScopedResourceDomain const domain;
-    EXPECT_EQ(framework.current, program);
+    EXPECT_EQ(framework.current, modules.translation);
   }
+  setInstances(getLibraryModule(), program, program);
   EXPECT_EQ(framework.current, before);
 }
 

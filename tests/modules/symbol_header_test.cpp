@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <new>
 #include <sstream>
 #include <stdexcept>
 #include <streambuf>
@@ -350,7 +349,7 @@ TEST(SymbolHeader, OnlyLettersOfAsciiAreFoldedWhereverTheyStand) {
         std::string const name = std::string(at, '_') + unit + std::string(length - 1 - at, '_');
         std::string other = name;
         other[at] = static_cast<char>(unit ^ 0x20);
-        if (other[at] <= ' ' || other[at] > '~' || name.find("_APS") == 0) continue;
+        if (other[at] <= ' ' || other[at] > '~') continue;
         bool const isLetter = (unit | 0x20) >= 'a' && (unit | 0x20) <= 'z';
         SymbolTable table;
         ASSERT_EQ(parse(table, "#define " + name + " 1\n#define " + other + " 2\n"), !isLetter) << name;

@@ -11,6 +11,7 @@
 #include "kvbase/platform/text_api.h"
 #include "tests/support/scripted_text.h"
 #include "tests/support/symbol_tables.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -260,6 +261,13 @@ TEST(SymbolTable, ANewTableIsEmpty) {
   EXPECT_TRUE(symbolsByValue(table).empty());
 }
 
+TEST(SymbolTable, HoldsNamesAndThenNumbersAndNothingElse) {
+  SymbolTable const table;
+  EXPECT_EQ(static_cast<void const*>(&symbolsByName(table)), &table);
+  EXPECT_EQ(static_cast<void const*>(&symbolsByValue(table)), &symbolsByName(table) + 1);
+  EXPECT_EQ(sizeof table, sizeof(SymbolsByName) + sizeof(SymbolsByValue));
+}
+
 TEST(SymbolTable, TheConstantIsEmpty) {
   EXPECT_EQ(SymbolTable::EMPTY.lookupSymbol(KVW("A")), kNoSymbol);
   EXPECT_TRUE(SymbolTable::EMPTY[0].empty());
@@ -337,6 +345,17 @@ TEST(SymbolTable, SelfAssignmentChangesNothing) {
 TEST(SymbolTable, MovingThrowsNothing) {
   EXPECT_TRUE(std::is_nothrow_move_constructible<SymbolTable>::value);
   EXPECT_TRUE(std::is_nothrow_move_assignable<SymbolTable>::value);
+}
+
+TEST(SymbolTableConcurrency, ThreadsReadOneTable) {
+  SymbolTable const table = tableOf(kText);
+  String const name(KVW("b"));
+  onThreads([&](int) {
+    for (int round = 0; round < 1000; ++round) {
+      bool const isRight = table[name] == 2 && table[2].size() == 2 && SymbolTable(table)[1].size() == 1;
+      if (!isRight) ADD_FAILURE() << "round " << round;
+    }
+  });
 }
 
 // --- Code pages ---------------------------------------------------------------------------------------------------------
