@@ -34,13 +34,13 @@ class ModuleLanguageFiles : public ::testing::Test {
   }
   std::string tool() const { return folder.path(moduleFile("tool")).u8string(); }
 
-  // The facts of a fresh process with these arguments, which are kept apart from the report's own.
+  // The facts of a fresh process that starts the tool; the arguments stand behind the report's own.
   Facts facts(std::vector<std::string> const& arguments, fs::path const& program = programFile()) const {
     std::vector<std::string> all = {tool()};
     all.insert(all.end(), arguments.begin(), arguments.end());
     return factsOfReport(program, all);
   }
-  // The text 100 of the tool when it starts here. Its language would be that of the first start here.
+  // The text 100 of the tool when it starts in this process. Its language is no fact here: that of an earlier start stays.
   std::string greeting() const {
     StartedModule module(folder.path(moduleFile("tool")));
     return textOf(module.module(), 100);
@@ -265,15 +265,16 @@ TEST_F(UserLanguageFiles, AForcedLanguageComesBeforeThatOfTheCaller) {
 }
 
 TEST_F(ModuleLanguageFiles, AnotherBuildIsNotRecorded) {
-  copyTranslation(folder, "otherbuild", "toolxyz");
-  Facts facts = this->facts({"-lang=xyz"});
+  // The system knows the language, so its id would be seen.
+  copyTranslation(folder, "otherbuild", "toolfra");
+  Facts facts = this->facts({"-lang=fra"});
   EXPECT_EQ(facts["text 100"], "Hello");
   EXPECT_EQ(facts["language"], "65535");
 }
 
 TEST_F(ModuleLanguageFiles, AModuleThatWasNotStartedHasNoLanguage) {
-  ModuleOwner const owner;
-  EXPECT_EQ(GetCurrentLangId(const_cast<ModuleOwner&>(owner).module()), 0xFFFF);
+  ModuleOwner owner;
+  EXPECT_EQ(GetCurrentLangId(owner.module()), 0xFFFF);
 }
 
 // --- Folders ---

@@ -21,7 +21,7 @@ class ModuleStartFiles : public ::testing::Test {
   ModuleStartFiles() { copyModule(folder, "tool", "tool"); }
 
   TempFolder folder;
-  UserSetting const setting{"kvbase_module_tests", "abc"};
+  UserSetting const setting{kProgram, "abc"};
 };
 
 std::string nameOf(Module const& module) {

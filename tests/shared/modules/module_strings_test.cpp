@@ -22,7 +22,7 @@ class ModuleStringFiles : public ::testing::Test {
   ModuleStringFiles() {
     copyModule(folder, "tool", "tool");
     copyTranslation(folder, "toolabc", "toolabc");
-    UserSetting const setting("kvbase_module_tests", "abc");
+    UserSetting const setting(kProgram, "abc");
     tool.reset(new StartedModule(folder.path(moduleFile("tool"))));
   }
   Module const& module() { return tool->module(); }

@@ -32,7 +32,7 @@ class TranslationFilesLinux : public ::testing::Test {
   }
 
   TempFolder folder;
-  UserSetting const setting{"kvbase_module_tests", "abc"};
+  UserSetting const setting{kProgram, "abc"};
 };
 
 TEST_F(TranslationFilesLinux, APipeIsNoTranslationAndDoesNotBlock) {

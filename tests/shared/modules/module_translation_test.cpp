@@ -120,7 +120,7 @@ TEST_F(TranslationFiles, AModuleWithoutATableOfTranslationsThrows) {
   EXPECT_THROW(LoadTranslationDLL(tool.handle(), kNone), std::runtime_error);
   ModuleOwner owner;
   EXPECT_THROW(owner.start(tool.handle()), std::runtime_error);
-  EXPECT_FALSE(owner.module().getModuleName().length() != 0);
+  EXPECT_EQ(owner.module().getModuleName().length(), 0);
 }
 
 // --- Files that change between two calls ---

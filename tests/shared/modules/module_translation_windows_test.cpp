@@ -28,7 +28,7 @@ class LockedFile {
 };
 
 TEST(TranslationFilesWindows, ALockedFileCountsAsReadableButHasNoVersion) {
-  UserSetting const setting("kvbase_module_tests", "abc");
+  UserSetting const setting(kProgram, "abc");
   TempFolder folder;
   copyModule(folder, "tool", "tool");
   copyModule(folder, "no_version", "bare");
