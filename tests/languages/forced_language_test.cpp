@@ -3,7 +3,6 @@
 // The language that the command line or the user's settings force.
 #include <gtest/gtest.h>
 
-#include <new>
 #include <ostream>
 
 #include "tests/languages/language_world.h"

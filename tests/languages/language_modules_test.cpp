@@ -49,10 +49,6 @@ class LanguageModules : public ::testing::Test {
   static std::string translationOf(HINSTANCE module, unsigned short language = kNoLanguage) {
     return outcome(module, LoadTranslationDLL(module, language));
   }
-  static std::string recorded(HINSTANCE module) {
-    auto const found = moduleLanguages().find(reinterpret_cast<std::uintptr_t>(module));
-    return found != moduleLanguages().end() ? std::to_string(found->second) : "none";
-  }
 
   TempFolder folder;
   ScriptedLocales locales;
@@ -138,7 +134,7 @@ TEST_F(LanguageModules, AForcedTranslationInTheSubfolder) {
   copyTranslation(folder, "toolabc", "app/languages/toolabc");
   locales.arguments = {KVW("prog"), KVW("-lang=abc")};
   EXPECT_EQ(translationOf(tool), "Hallo");
-  EXPECT_EQ(recorded(tool), "1036");
+  EXPECT_EQ(LanguageWorld::recorded(tool), "1036");
 }
 
 TEST_F(LanguageModules, AForcedTranslationOfAnUnknownLanguage) {
@@ -147,7 +143,7 @@ TEST_F(LanguageModules, AForcedTranslationOfAnUnknownLanguage) {
   locales.arguments = {KVW("prog"), KVW("-lang=abc")};
   locales.abbreviations.erase(kFrench);
   EXPECT_EQ(translationOf(tool), "Hallo");
-  EXPECT_EQ(recorded(tool), "65535");
+  EXPECT_EQ(LanguageWorld::recorded(tool), "65535");
 }
 
 TEST_F(LanguageModules, NamesOfTranslationsHaveNoCase) {
@@ -163,7 +159,7 @@ TEST_F(LanguageModules, TheTranslationOfTheUsersLanguage) {
   EXPECT_EQ(translationOf(tool), "the module");
   locales.userUi = kGerman;
   EXPECT_EQ(translationOf(tool), "Guten Tag");
-  EXPECT_EQ(recorded(tool), "1031");
+  EXPECT_EQ(LanguageWorld::recorded(tool), "1031");
 }
 
 TEST_F(LanguageModules, ATranslationInTheFolderOfTheProduct) {
@@ -182,27 +178,27 @@ TEST_F(LanguageModules, ATranslationOfAnotherBuild) {
   HINSTANCE const tool = loadModule("tool", "app/tool");
   copyTranslation(folder, "otherbuild", "app/tooldeu");
   EXPECT_EQ(translationOf(tool, kGerman), "the module");
-  EXPECT_EQ(recorded(tool), "none");
+  EXPECT_EQ(LanguageWorld::recorded(tool), "none");
 }
 
 TEST_F(LanguageModules, AModuleWithoutVersionAndTranslation) {
   HINSTANCE const plain = loadModule("no_version", "app/plain");
   EXPECT_EQ(translationOf(plain, kGerman), "the module");
-  EXPECT_EQ(recorded(plain), "65535");
+  EXPECT_EQ(LanguageWorld::recorded(plain), "65535");
 }
 
 TEST_F(LanguageModules, AModuleAndATranslationWithoutVersion) {
   HINSTANCE const plain = loadModule("no_version", "app/plain");
   copyTranslation(folder, "unversioned", "app/plaindeu");
   EXPECT_EQ(translationOf(plain, kGerman), "Ohne Version");
-  EXPECT_EQ(recorded(plain), "1031");
+  EXPECT_EQ(LanguageWorld::recorded(plain), "1031");
 }
 
 TEST_F(LanguageModules, AFileThatIsNoLibrary) {
   HINSTANCE const plain = loadModule("no_version", "app/plain");
   folder.write("app/plaindeu.dll", "no library");
   EXPECT_EQ(translationOf(plain, kGerman), "null");
-  EXPECT_EQ(recorded(plain), "1031");
+  EXPECT_EQ(LanguageWorld::recorded(plain), "1031");
 }
 
 TEST_F(LanguageModules, PercentSignsInTheFolderAreConversions) {
@@ -223,7 +219,7 @@ TEST_F(LanguageModules, TheProgramIsAModuleToo) {
   HINSTANCE const program = platform::modules().program();
   locales.arguments = {KVW("prog"), KVW("-lang=xyz")};
   EXPECT_EQ(translationOf(program), "the module");
-  EXPECT_EQ(recorded(program), "65535");
+  EXPECT_EQ(LanguageWorld::recorded(program), "65535");
   EXPECT_EQ(translationOf(program, kGerman), "the module");
   EXPECT_EQ(locales.controlsLanguages, std::vector<std::uint16_t>({kGerman}));
 }
@@ -253,7 +249,7 @@ TEST_F(LanguageModules, ADataModuleHasNoHelpFile) {
   ASSERT_NE(data, nullptr);
   EXPECT_EQ(narrow(LocateHelpFile(data, kNoLanguage, true)), "");
   EXPECT_EQ(LoadTranslationDLL(data, kGerman), data);
-  EXPECT_EQ(recorded(data), "none");
+  EXPECT_EQ(LanguageWorld::recorded(data), "none");
   EXPECT_TRUE(platform::modules().freeLibrary(data));
 }
 

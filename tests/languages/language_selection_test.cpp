@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
-#include <ostream>
-
 #include "kvbase/languages/translation.h"
 #include "kvbase/modules/client_module.h"
 #include "tests/languages/language_world.h"

@@ -60,6 +60,11 @@ class LanguageWorld {
     std::fill_n(registrySlot, 4, KVW('\0'));
     moduleLanguages().clear();
   }
+  // The language recorded for a module; "none" without an entry.
+  static std::string recorded(HINSTANCE module) {
+    auto const found = moduleLanguages().find(reinterpret_cast<std::uintptr_t>(module));
+    return found != moduleLanguages().end() ? std::to_string(found->second) : "none";
+  }
 
   void setLanguages(std::uint16_t userUi, std::uint16_t user, std::uint16_t systemUi, std::uint16_t system) {
     locales.userUi = userUi;

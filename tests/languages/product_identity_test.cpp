@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
-#include <ostream>
 #include <stdexcept>
 
 #include "tests/languages/language_world.h"

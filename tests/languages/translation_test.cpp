@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <ostream>
 #include <stdexcept>
 
@@ -37,11 +36,6 @@ class TranslationWorld : public LanguageWorld {
   }
 
   HINSTANCE load(unsigned short language = kNoLanguage) { return LoadTranslationDLL(tool(), language); }
-  // The language recorded for a module; "none" without an entry.
-  static std::string recorded(HINSTANCE module) {
-    auto const found = moduleLanguages().find(reinterpret_cast<std::uintptr_t>(module));
-    return found != moduleLanguages().end() ? std::to_string(found->second) : "none";
-  }
 
  private:
   std::uintptr_t nextHandle_ = 0x40000001;
