@@ -38,7 +38,8 @@
 #define KVBASE_EMPTY_BASES
 #endif
 
-// For the rare part of a function whose common part is short: inlined, it would make the common part save registers.
+// For what must stay out of its callers: the rare part of a function whose common part is short, which would save registers
+// for it, or a large buffer on the stack of a walk.
 #if defined(_MSC_VER)
 #define KVBASE_NEVER_INLINE __declspec(noinline)
 #else

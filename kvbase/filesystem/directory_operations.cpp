@@ -2,6 +2,7 @@
 #include <type_traits>
 
 #include "kvbase/diagnostics/windows_error.h"
+#include "kvbase/export.h"
 #include "kvbase/filesystem/directory.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/file_system_iterator.h"
@@ -18,7 +19,7 @@ namespace KV_1_1 {
 
 static_assert(!std::has_virtual_destructor<KVFileProgressInterface>::value, "fileCopied is its only virtual operation");
 
-[[gnu::noinline]] bool Directory::exists() const {
+KVBASE_NEVER_INLINE bool Directory::exists() const {
   ulong32 const attributes = platform::files().getAttributes(SystemName(*this));
   return attributes != platform::kInvalidAttributes && (attributes & platform::kAttributeDirectory) != 0;
 }

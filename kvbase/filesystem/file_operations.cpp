@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "kvbase/diagnostics/windows_error.h"
+#include "kvbase/export.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/open_file.h"
 #include "kvbase/filesystem/internal/report.h"
@@ -34,7 +35,7 @@ void flush(String const& name) {
 
 }  // namespace
 
-[[gnu::noinline]] bool File::exists() const {
+KVBASE_NEVER_INLINE bool File::exists() const {
   ulong32 const attributes = platform::files().getAttributes(SystemName(*this));
   return attributes != platform::kInvalidAttributes && (attributes & platform::kAttributeDirectory) == 0;
 }
@@ -47,7 +48,7 @@ bool File::move(SmartPtr<File const> target) const {
   return false;
 }
 
-[[gnu::noinline]] bool File::remove() const {
+KVBASE_NEVER_INLINE bool File::remove() const {
   if (!exists()) return true;
   if (platform::files().deleteFile(SystemName(*this))) return true;
   String const reason = getWindowsError();

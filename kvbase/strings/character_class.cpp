@@ -3,6 +3,7 @@
 
 #include <array>
 
+#include "kvbase/export.h"
 namespace KV_1_1 {
 namespace strings {
 
@@ -28,7 +29,7 @@ constexpr std::array<unsigned char, 128> makeTable() {
 std::array<unsigned char, 128> const kAsciiClasses = makeTable();
 
 // Not inlined, so that the loops over ASCII stay small.
-[[gnu::noinline]] bool hasClassBeyondAscii(wchar unit, unsigned int classes) {
+KVBASE_NEVER_INLINE bool hasClassBeyondAscii(wchar unit, unsigned int classes) {
   return (platform::text().classesOf(unit) & classes) != 0;
 }
 
