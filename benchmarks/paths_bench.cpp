@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "benchmarks/bare_path.h"
 #include "benchmarks/support.h"
 
 namespace KV_1_1 {
@@ -26,6 +27,7 @@ String text(std::string const& path) {
 void addParsing(char const* name, std::string const& path) {
   Row(name)
       .addPath("KVBase", [a = text(path)] { return File::fromString(a)->getFullName(); })
+      .addPath("floor", [a = plain(path)] { return BareFile::parse(a)->fullName(); })
       .addPath("std", [a = plain(path)] { return std::filesystem::path(a).lexically_normal().string<wchar>(); })
       .addPath(PEER("Poco", [path] { return bench::plain(pocoPath(path)); }))
       .addPath(PEER("QDir::cleanPath", [a = QString::fromStdString(path)] { return QDir::cleanPath(a); }))

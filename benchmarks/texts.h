@@ -79,6 +79,12 @@ class BareText {
   }
   BareText& operator=(BareText const&) = delete;
 
+  // Ends the text that the caller has written.
+  void finish(wchar* end) {
+    *end = 0;
+    block_->units = static_cast<unsigned int>(end - text());
+  }
+
   wchar* text() const { return reinterpret_cast<wchar*>(block_ + 1); }
   std::size_t size() const { return block_->units; }
 
