@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 
 #include <cstring>
+#include <iterator>
 
 #include "kvbase/internal_assert.h"
 #include "kvbase/kernels/scalar_kernels.h"
@@ -180,7 +181,7 @@ int fromUtf8(char const* bytes, int n, wchar* units, int room) {
   if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end, n - i);
   PaddedEnd const rest(bytes + i, n - i);
   wchar last[2 * kBytesAhead];
-  UnitWriter<V> lastWriter = {last, last + 2 * kBytesAhead};
+  UnitWriter<V> lastWriter = {last, std::end(last)};
   int const read = readUtf8Until<V>(n - i, rest.bytes, 0, lastWriter);
   lastWriter.end -= read - (n - i);  // without the NULs
   std::memcpy(writer.end, last, static_cast<std::size_t>(lastWriter.end - last) * sizeof(wchar));

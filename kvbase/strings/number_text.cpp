@@ -21,7 +21,7 @@ constexpr wchar kPairs[] =
         KVW("5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899");
 
 // Writes two digits in front of `end`; returns their place.
-wchar* writePair(unsigned int number, wchar* end) {
+wchar* writePair(std::size_t number, wchar* end) {
   return static_cast<wchar*>(std::memcpy(end - 2, kPairs + 2 * number, 2 * sizeof(wchar)));
 }
 
