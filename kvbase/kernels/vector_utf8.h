@@ -51,6 +51,8 @@ constexpr ByteRange kBeyondAscii = {0x80, 0xFF};
 // So many units or bytes may be read from any place in front of which the functions below stop.
 constexpr int kUnitsAhead = 16;
 constexpr int kBytesAhead = 17;
+// And so many by the conversion of eight characters of three bytes.
+constexpr int kBytesOfEight = 28;
 
 // Converts the characters that begin at i or later and in front of `stop`; returns where the next one begins. Up to eight
 // bytes more than count are written.
@@ -99,19 +101,20 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   return end - bytes + toUtf8Scalar(units + i, n - i, end);
 }
 
-// Reads the characters that begin at i or later and in front of `stop`; returns where the next one begins. A Sink takes
-// V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time by units(block, count), and any one
-// character by character(code). Blocks of fewer units are given to it while hasRoom().
+// Reads the characters that begin at i or later and in front of `stop`; returns where the next one begins. That may be less
+// than kBytesOfEight in front of `readable`, the end of what may be read, where only the padded end can be read eight
+// characters at a time. A Sink takes V::kUnits ASCII characters at a time by ascii(bytes), up to eight units at a time by
+// units(block, count), and any one character by character(code). Blocks of fewer units are given to it while hasRoom().
 template <class V, class Sink>
-int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
+int readUtf8Until(int stop, int readable, char const* bytes, int i, Sink& sink) {
   while (i < stop) {
     for (; i < stop && V::isAscii(bytes + i); i += V::kUnits) sink.ascii(bytes + i);
     if constexpr (V::kConvertsRuns) {
       __m128i block;
       // These two read less and write exactly what counts, so they may go on to the end of what is readable.
-      int const readable = stop - 1 + kBytesAhead;
       for (; i + 16 <= readable && V::fromFourBytes(bytes + i, block); i += 16) sink.units(block, 8);
-      for (; i + 28 <= readable && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
+      for (; i + kBytesOfEight <= readable && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
+      if (i < stop && i + kBytesOfEight > readable && (bytes[i] & 0xF0) == 0xE0) return i;
       for (int taken = 1; i < stop && taken != 0 && sink.hasRoom(); i += taken) {
         taken = V::fromShortUtf8(bytes + i, sink);
       }
@@ -127,10 +130,10 @@ int readUtf8Until(int stop, char const* bytes, int i, Sink& sink) {
 
 // The last part of a text, followed by NULs that may be read ahead. They stand for themselves.
 struct PaddedEnd {
-  char bytes[2 * kBytesAhead] = {};
+  char bytes[2 * kBytesOfEight] = {};
 
   PaddedEnd(char const* from, int n) {
-    KVBASE_ASSERT(n < kBytesAhead);
+    KVBASE_ASSERT(n < kBytesOfEight);
     std::memcpy(bytes, from, static_cast<std::size_t>(n));
   }
 };
@@ -166,9 +169,9 @@ struct UnitWriter {
 template <class V>
 int utf16Size(char const* bytes, int n) {
   UnitCounter<V> counter;
-  int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, 0, counter);
+  int const i = readUtf8Until<V>(n - kBytesAhead + 1, n, bytes, 0, counter);
   PaddedEnd const rest(bytes + i, n - i);
-  int const read = readUtf8Until<V>(n - i, rest.bytes, 0, counter);
+  int const read = readUtf8Until<V>(n - i, n - i - 1 + kBytesOfEight, rest.bytes, 0, counter);
   return counter.size - (read - (n - i));  // without the NULs
 }
 
@@ -177,12 +180,12 @@ int fromUtf8(char const* bytes, int n, wchar* units, int room) {
   int const ascii = n > 0 && (bytes[0] & 0x80) == 0 ? widen<V>(bytes, n, kBeyondAscii, units) : 0;
   if (ascii == n) return n;
   UnitWriter<V> writer = {units + ascii, units + room};
-  int const i = readUtf8Until<V>(n - kBytesAhead + 1, bytes, ascii, writer);
+  int const i = readUtf8Until<V>(n - kBytesAhead + 1, n, bytes, ascii, writer);
   if (n - i < kFew) return static_cast<int>(writer.end - units) + fromUtf8Scalar(bytes + i, n - i, writer.end, n - i);
   PaddedEnd const rest(bytes + i, n - i);
-  wchar last[2 * kBytesAhead];
+  wchar last[2 * kBytesOfEight];
   UnitWriter<V> lastWriter = {last, std::end(last)};
-  int const read = readUtf8Until<V>(n - i, rest.bytes, 0, lastWriter);
+  int const read = readUtf8Until<V>(n - i, n - i - 1 + kBytesOfEight, rest.bytes, 0, lastWriter);
   lastWriter.end -= read - (n - i);  // without the NULs
   std::memcpy(writer.end, last, static_cast<std::size_t>(lastWriter.end - last) * sizeof(wchar));
   return static_cast<int>(writer.end - units + (lastWriter.end - last));
