@@ -15,12 +15,16 @@ def goal(ratio, slack=0.0, peer="std"):
 
 
 class Times(unittest.TestCase):
-    def test_are_the_medians_of_all_processes(self):
+    def test_are_those_of_the_process_with_the_middle_ratio(self):
+        slow, lucky, usual = {"KVBase": 30, "std": 20}, {"KVBase": 10, "std": 20}, {"KVBase": 40, "std": 39, "floor": 1}
         with tempfile.TemporaryDirectory() as folder:
-            for process, time in enumerate((30, 10, 20), start=1):
+            for process, row in enumerate((slow, lucky, usual), start=1):
                 path = pathlib.Path(folder, f"results-{process}.json")
-                path.write_text(json.dumps({"row": {"KVBase": time, "std": 2 * time}}), encoding="utf-8")
-            self.assertEqual(report.read_times(pathlib.Path(folder)), {"row": {"KVBase": 20, "std": 40}})
+                path.write_text(json.dumps({"row": row}), encoding="utf-8")
+            self.assertEqual(report.read_times(pathlib.Path(folder)), {"row": usual})
+
+    def test_ratio_is_that_to_a_floor_without_a_peer(self):
+        self.assertEqual(report.ratio_to_fastest({"KVBase": 3, "floor": 2}), 1.5)
 
 
 class Verdicts(unittest.TestCase):
@@ -85,13 +89,17 @@ class WindowsVerdicts(unittest.TestCase):
 
 
 class Page(unittest.TestCase):
-    def loss(self, own, reasons):
-        result = report.Result(report.Goal("text: row", "std", 1.0, 0.0), own, {"std": 100.0}, "std", "", "std")
+    def loss(self, own, reasons, peer=100.0):
+        result = report.Result(report.Goal("text: row", "std", 1.0, 0.0), own, {"std": peer}, "std", "", "std")
         return list(performance_page.losses({"text": [result]}, reasons))
 
     def test_names_what_is_more_than_10_percent_behind(self):
         self.assertEqual(self.loss(110.0, {}), [])
         self.assertEqual(self.loss(111.0, {"text: row": "Why."}), ["- **text: row**: 1.11 of std. Why."])
+
+    def test_a_call_is_no_loss(self):
+        self.assertEqual(self.loss(1.6, {}, peer=1.0), [])
+        self.assertEqual(len(self.loss(1.8, {}, peer=1.0)), 1)
 
     def test_bar_ends_at_the_border_of_the_picture(self):
         result = report.Result(report.Goal("text: row", "std", 1.0, 0.0), 1000.0, {"std": 1.0}, "std", "", "std")
