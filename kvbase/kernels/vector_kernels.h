@@ -144,7 +144,8 @@ inline auto isUnitOrEnd(wchar const* text, wchar unit) {
   };
 }
 
-// Zero for a unit of the range and for one beyond ASCII.
+// Zero for a unit of the range and for one beyond ASCII. The limits are ints, because g++ hands over a test that holds two
+// units by way of memory and reads both at once, for which the processor waits.
 inline auto isInRange(wchar const* text, int low, int high) {
   return [text, low, high](auto v, auto load) {
     using W = decltype(v);
