@@ -74,6 +74,17 @@ TEST(FrontSearch, AnyOneUnitDiffers) {
   }
 }
 
+TEST(FrontSearch, LengthAtAnyAlignment) {
+  for (std::size_t offset = 0; offset < 16; ++offset) {
+    for (int length = 0; length <= 40; ++length) {
+      Units units(offset + static_cast<std::size_t>(length) + 1, KVW('a'));
+      std::fill_n(units.begin(), offset, wchar(0));  // NULs in front of the text are not its end
+      units.back() = 0;
+      ASSERT_EQ(strings::lengthFromFront(units.data() + offset), length) << offset;
+    }
+  }
+}
+
 TEST(FrontSearch, UnitIsThatOfTheScalarKernel) {
   forPairs([](RandomText& random, Pair const& pair, int n) {
     for (wchar const unit : {KVW('a'), wchar(0), wchar(0xFFFF), random.unit(RandomUnits::kAscii)})
