@@ -25,10 +25,16 @@ namespace {
 // difference, because the text is cut and the stored part of it is the same.
 constexpr int kMostDecimals = 1100;
 
-// Stores units up to its capacity. The first unit beyond it marks the text as cut; all later ones are dropped.
+// Stores units up to its capacity. The first unit beyond it marks the text as cut; all later ones are dropped. However the
+// printing ends, what is stored ends in a terminator if there is room for it: the array has not been initialised.
 class Sink {
  public:
   Sink(wchar* out, std::size_t capacity) : out_(out), capacity_(std::min<std::size_t>(capacity, kMost)) {}
+  ~Sink() {
+    if (size_ < capacity_) out_[size_] = 0;
+  }
+  Sink(Sink const&) = delete;
+  Sink& operator=(Sink const&) = delete;
 
   bool isCut() const { return cut_; }
   std::size_t size() const { return size_; }
@@ -44,9 +50,6 @@ class Sink {
     n = taken(n);
     std::copy_n(text, n, out_ + size_);
     size_ += n;
-  }
-  void terminate() {
-    if (size_ < capacity_) out_[size_] = 0;
   }
 
  private:
@@ -317,9 +320,7 @@ int widePrint(wchar* out, std::size_t capacity, wchar const* format, va_list arg
   va_copy(copy.list, arguments);
   bool const isDone = Printer(sink, format, copy).run();
   va_end(copy.list);
-  if (!isDone) return -1;
-  sink.terminate();
-  return static_cast<int>(sink.size());
+  return isDone ? static_cast<int>(sink.size()) : -1;
 }
 
 }  // namespace platform

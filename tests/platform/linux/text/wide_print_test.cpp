@@ -5,12 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "tests/support/allocation_failure.h"
 #include "tests/support/narrow_text.h"
 
 namespace KV_1_1 {
@@ -22,13 +24,21 @@ struct Printed {
   wstring units;
 };
 
-// Prints into a block of exactly the capacity, so that a sanitizer detects a write beyond it.
-Printed print(std::size_t capacity, wchar const* format, ...) {
-  std::unique_ptr<wchar[]> const out(new wchar[capacity]());
+int printTo(wchar* out, std::size_t capacity, wchar const* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  int const n = platform::widePrint(out.get(), capacity, format, arguments);
+  int const n = platform::widePrint(out, capacity, format, arguments);
   va_end(arguments);
+  return n;
+}
+
+// Prints into a block of exactly the capacity, so that a sanitizer detects a write beyond it, and full of units, so that a
+// missing terminator shows.
+template <class... Values>
+Printed print(std::size_t capacity, wchar const* format, Values... values) {
+  std::unique_ptr<wchar[]> const out(new wchar[capacity]);
+  std::fill_n(out.get(), capacity, KVW('~'));
+  int const n = printTo(out.get(), capacity, format, values...);
   return {n, wstring(out.get(), n < 0 ? capacity : static_cast<std::size_t>(n))};
 }
 
@@ -41,6 +51,16 @@ TEST(WidePrint, WrongFormatsEndAndLeaveWhatWasWritten) {
     EXPECT_EQ(narrow(printed.units.c_str()), "ab") << narrow(format);
   }
   EXPECT_EQ(stored, 7) << "%n stores nothing";
+}
+
+TEST(WidePrint, ExhaustedMemoryLeavesWhatWasWritten) {
+  std::string const longText(300, 'x');
+  for (AllocationSweep sweep; sweep.next();) {
+    wchar out[400];
+    std::fill_n(out, 400, KVW('~'));
+    sweep.run([&] { printTo(out, 400, KVW("ab%hs"), longText.c_str()); });
+    EXPECT_EQ(narrow(out), sweep.failed() ? "ab" : "ab" + longText);
+  }
 }
 
 TEST(WidePrint, HugeWidthsAreCut) {
