@@ -78,6 +78,31 @@ TEST(PathText, OfFiles) {
   }
 }
 
+// COMPAT: such a name is not checked, and its text is that of a share if its directory is a root without drive.
+TEST(PathText, OfAFileWhoseNameBeginsWithASeparator) {
+  struct Row {
+    char const* name;
+    wchar const* file;
+    char const* full;
+    char const* unicode;
+    char const* unix;
+  };
+  Row const rows[] = {
+      {"in a root without drive", KVW(R"(\a)"), R"(\\x)", R"(\\?\UNC\x)", R"(/\x)"},
+      {"below it", KVW(R"(\a\b)"), R"(\a\\x)", R"(\\?\\a\\x)", R"(/a/\x)"},
+      {"in a drive root", KVW(R"(C:\a)"), R"(C:\\x)", R"(\\?\C:\\x)", R"(C:/\x)"},
+      {"relative", KVW("a"), R"(.\\x)", R"(.\\x)", R"(./\x)"},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    SmartPtr<File> const file = File::fromString(String(row.file));
+    file->setName(String(KVW(R"(\x)")));
+    EXPECT_EQ(shown(file->getFullName()), row.full);
+    EXPECT_EQ(shown(file->getFullNameUnicode()), row.unicode);
+    EXPECT_EQ(shown(file->getFullNameUnix()), row.unix);
+  }
+}
+
 // One text, two paths: the parsed "." has a level.
 TEST(PathText, OfTheDefaultDirectoryIsThatOfAParsedDot) {
   SmartPtr<Directory const> const byDefault(new Directory);
