@@ -15,17 +15,7 @@ namespace KV_1_1 {
 
 namespace {
 
-// Paths made from each other share their texts, so comparing payloads first often saves the comparison of texts.
-bool isSamePayload(String const& a, String const& b) {
-  return static_cast<wchar const*>(a) == static_cast<wchar const*>(b);
-}
-
-// NIL equals only NIL.
-bool equalIgnoringCase(String const& a, String const& b) {
-  return isSamePayload(a, b) || a.compareIgnoreCase(b) == 0;
-}
-
-// The same for paths, where NIL is as good as empty and no text holds a NUL.
+// For paths, where NIL is as good as empty and no text holds a NUL.
 bool equalPaths(TextView a, TextView b) {
   int const units = lengthOf(a);
   return a.size() == b.size() && strings::kernels().mismatchIgnoringCase(a.data(), b.data(), units) == units;
@@ -132,8 +122,8 @@ FileSystemItem::ComparisonResult Directory::equals(SmartPtr<Directory const> con
   if (absolute_ != other->absolute_) {
     return absolute_ ? equals(other->makeAbsolute()) : other->equals(makeAbsolute());
   }
-  bool const equal = rootUnits_ == other->rootUnits_ && equalPaths(viewOf(path_), viewOf(other->path_));
-  return equal ? Equal : Different;
+  // The same text has the same root.
+  return equalPaths(viewOf(path_), viewOf(other->path_)) ? Equal : Different;
 }
 
 SmartPtr<File const> File::replaceExtension(String const& extension) const {
@@ -158,7 +148,8 @@ FileSystemItem::ComparisonResult File::equals(SmartPtr<File const> const& other)
   if (other == nullptr) return Incomparable;
   ComparisonResult const directories = directory_->equals(other->directory_);
   if (directories != Equal) return directories;
-  bool const equal = equalIgnoringCase(baseName_, other->baseName_) && equalIgnoringCase(extension_, other->extension_);
+  bool const equal =
+      baseName_.compareIgnoreCase(other->baseName_) == 0 && extension_.compareIgnoreCase(other->extension_) == 0;
   return equal ? Equal : Different;
 }
 
