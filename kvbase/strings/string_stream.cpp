@@ -44,7 +44,7 @@ std::string readQuoted(std::istream& stream) {
   while (stream.good()) {
     char next = 0;
     stream >> next;
-    bool const isProtected = next == '\\' && stream.good();
+    bool const isProtected = next == '\\';
     if (isProtected) stream >> next;
     if (!stream.good() || (next == '"' && !isProtected)) break;
     text.push_back(next);
@@ -64,7 +64,7 @@ std::istream& operator>>(std::istream& stream, String& text) {
   stream >> std::ws >> first;
   FlagsRestorer const restorer(stream);
   stream.unsetf(std::ios_base::skipws);
-  std::string const bytes = stream.good() && first == '"' ? readQuoted(stream) : readWord(stream, first);
+  std::string const bytes = first == '"' ? readQuoted(stream) : readWord(stream, first);
   text = String(CodePageInterface(bytes.c_str(), 0));
   return stream;
 }
