@@ -68,9 +68,14 @@ TEST(WidePrint, HugeWidthsAreCut) {
   EXPECT_EQ(print(4, KVW("%-2147483647d"), 1).units, KVW("1   "));
   EXPECT_EQ(print(4, KVW("%.2147483647d"), 1).units, KVW("0000"));
   EXPECT_EQ(print(4, KVW("%.2147483647f"), 1.5).units, KVW("1.50"));
+  EXPECT_EQ(print(4, KVW("%.20f"), 0.99999999).units, KVW("0.99")) << "cut, not rounded";
   EXPECT_EQ(print(4, KVW("%*d"), -2147483647 - 1, 1).result, -1);
   EXPECT_EQ(print(0, KVW("a")).result, -1);
   EXPECT_EQ(print(0, KVW("")).result, 0);
+}
+
+TEST(WidePrint, ANegativePrecisionIsNone) {
+  EXPECT_EQ(narrow(print(16, KVW("%.*f|%.*ls"), -1, 1.5, -5, KVW("ab")).units), "1.500000|ab");
 }
 
 TEST(WidePrint, LongFloatsAreExact) {
@@ -80,6 +85,10 @@ TEST(WidePrint, LongFloatsAreExact) {
   std::snprintf(expected.data(), expected.size(), "%.2000f", 0.1);
   EXPECT_EQ(narrow(printed.units), expected.data());
   EXPECT_EQ(narrow(print(8, KVW("%Lg"), 2.5L).units), "2.5");
+  for (std::size_t size = 510; size <= 514; ++size) {
+    EXPECT_EQ(narrow(print(600, KVW("%.*f"), static_cast<int>(size - 2), 0.0).units),
+              "0." + std::string(size - 2, '0'));
+  }
 }
 
 TEST(WidePrint, TextsWithPrecisionNeedNoTerminator) {
@@ -91,9 +100,15 @@ TEST(WidePrint, TextsWithPrecisionNeedNoTerminator) {
   EXPECT_EQ(narrow(print(16, KVW("%.2hs|"), utf8.get()).units), "\u00E4\u00F6|");
   EXPECT_EQ(narrow(print(16, KVW("%.1hs|"), utf8.get()).units), "\u00E4|");
   EXPECT_EQ(narrow(print(16, KVW("%.3hs|"), "\u20AC\u20AC\u20AC\u20AC").units), "\u20AC\u20AC\u20AC|");
+  EXPECT_EQ(print(16, KVW("%.1hs|"), "\U0001F600").units, wstring({0xD83D, '|'})) << "half of a character";
   EXPECT_EQ(narrow(print(16, KVW("%.9hs|"), "\u20ACa").units), "\u20ACa|");
   EXPECT_EQ(narrow(print(16, KVW("%.0hs|"), "x").units), "|");
   EXPECT_EQ(narrow(print(16, KVW("%.2ls"), static_cast<wchar const*>(nullptr)).units), "(n");
+}
+
+TEST(WidePrint, ANarrowCharacterIsDecoded) {
+  EXPECT_EQ(narrow(print(16, KVW("%hc%C%lC%c|"), 'a', 'b', 0xE4, 0xE4).units), "ab\u00E4\u00E4|");
+  EXPECT_EQ(narrow(print(16, KVW("%hc%C|"), 0xE4, 0xE4).units), "\uFFFD\uFFFD|");
 }
 
 TEST(WidePrint, SmallIntegersAreCutToTheirSize) {
