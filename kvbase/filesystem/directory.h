@@ -83,8 +83,8 @@ class KVBASE_API Directory : public FileSystemItem {
   // The file of the same name in the combined directory; null for null, and for a file whose name is invalid.
   SmartPtr<File const> combine(SmartPtr<File const> const& file) const;
   // This object if it is absolute, also without a drive; otherwise its levels behind those of the current directory of
-  // the process, or of its drive. Null, with a message, if there is no such current directory or ".." leads beyond its
-  // root.
+  // the process, or of its drive. Null, with a message, if there is no such current directory, if its text is no valid
+  // path, or if ".." leads beyond its root.
   SmartPtr<Directory const> makeAbsolute() const;
   // The relative path from `reference` to this directory, both made absolute first: ".." for each level of the
   // reference behind the common ones, then what remains of this path. Levels compare without case. With different

@@ -334,9 +334,9 @@ class KVBASE_API String {
   // --- Display (string_display.cpp) ----------------------------------------------------------------------------------
 
   // The text in at most `limit` units: the first `head` units (0: none; negative: all), "...", and as much of the end
-  // as fits. Where there are slashes, the front ends behind its last one and the end begins at its first one. Texts
-  // that fit are shared, NIL too. The front and the dots are never given up, so the result may be longer than the
-  // limit.
+  // as fits. Where there are slashes, the front ends behind its last one, unless that is its first or second unit, and
+  // the end begins at its first one. Texts that fit are shared, NIL too. The front and the dots are never given up, so
+  // the result may be longer than the limit.
   // COMPAT: with room for exactly 48 units the end is not moved to a slash.
   //   "C:/data/projects/2020/march/scans/scan0001.dat".shortenString(30, 10) => "C:/data/.../scans/scan0001.dat"
   String shortenString(int limit, int head) const;
@@ -345,8 +345,9 @@ class KVBASE_API String {
 
   // Replaces the text by the formatted one, of at most 32768 units; what is longer is cut there. NIL becomes a string.
   // A String argument is printed by %ls, NIL as an empty text; the receiver may be an argument. An `l` in a format
-  // means 32 bits on every system, `ll` and `I64` 64. With a faulty format the text is what was printed before the
-  // fault. The formatted text is assigned by a StringBuffer: memory exhausted at that point ends the process.
+  // means 32 bits on every system, `ll` and `I64` 64. With a faulty format, and where memory runs out while a long
+  // argument is printed, the text is what was printed before. The formatted text is assigned by a StringBuffer: memory
+  // exhausted at that point ends the process.
   //   message.printf(KVW("%ls: %08x"), name, 255)  => "scan001: 000000ff"
   template <class... Arguments>
   void printf(wchar const* format, Arguments const&... arguments) {
@@ -400,7 +401,8 @@ KVBASE_API String operator+(wchar a, String const& b);
 KVBASE_API std::basic_ostream<char>& operator<<(std::basic_ostream<char>& stream, String const& text);
 // Reads a token in the ANSI code page, white space before it being skipped: a word up to white space, or the text
 // between double quotes, in which a backslash drops out and protects the char behind it. A text that the page cannot
-// decode gives NIL; a stream at its end an empty text, and the stream has failed. The stream's flags stay.
+// decode gives NIL; a stream at its end an empty text, and the stream has failed. The stream's flags stay. The text is NIL
+// while the token is read, and stays so if an exception ends that.
 KVBASE_API std::basic_istream<char>& operator>>(std::basic_istream<char>& stream, String& text);
 
 // The rules of the const compareEquality and compare, with a null text for NIL.
