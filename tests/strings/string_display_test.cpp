@@ -149,6 +149,10 @@ TEST(StringDisplay, RandomTextsAgreeWithTheModel) {
 TEST(StringDisplay, ANulAtTheEndOfThePiecesIsDropped) {
   String const text = stringOf(wstring(KVW("ab\0defghijklmnop"), 16));
   EXPECT_EQ(unitsOf(text.shortenString(10, 3)), Text(KVW("ab...lmnop")));
+  String const whole = stringOf(wstring(KVW("abc\0"), 4));
+  for (int const head : {-1, 4, 5}) {
+    EXPECT_EQ(unitsOf(whole.shortenString(3, head)), Text(wstring(KVW("abc\0..."), 7))) << "not of the whole text";
+  }
 }
 
 TEST(StringDisplay, SampledUnitsAgreeWithTheModel) {
