@@ -39,10 +39,10 @@ class TextApi {
   virtual int encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) = 0;
 
   // Prints at most `capacity` units to `out`: %ls, %s and %S as in the wide printf of Windows (%ls and %s take 16-bit
-  // text, %hs and %S narrow text), `l` of an integer is 32 bits. A terminator is written only if there is room for it.
-  // Returns the number of units without terminator, or -1 if the text was cut or the format is wrong; what had been
-  // written by then stays. (For a wrong format the runtime of Windows first calls its handler of invalid parameters,
-  // which by default ends the process.)
+  // text, %hs and %S narrow text), `l` of an integer is 32 bits, `L` of a float is a double. A terminator is written only
+  // if there is room for it. Returns the number of units without terminator, or -1 if the text was cut or the format is
+  // wrong; what had been written by then stays, with the terminator. (For a wrong format the runtime of Windows first calls
+  // its handler of invalid parameters, which by default ends the process.)
   virtual int print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) = 0;
 
   // The classes of a unit beyond ASCII, as a combination of CharacterClass bits.

@@ -44,6 +44,7 @@ TEST(StringPrintf, NumbersArePassedAsTheyAre) {
   EXPECT_EQ(printed(KVW("%I64d"), -5000000000ll), "\"-5000000000\"");
   EXPECT_EQ(printed(KVW("%.2f"), 1.5), "\"1.50\"");
   EXPECT_EQ(printed(KVW("%.2f"), 1.5f), "\"1.50\"");
+  EXPECT_EQ(printed(KVW("%.2Lf %d"), 1.5L, 7), "\"1.50 7\"");
   EXPECT_EQ(printed(KVW("%d %d"), static_cast<short>(7), true), "\"7 1\"");
   EXPECT_EQ(printed(KVW("%d"), kRed), "\"3\"");
   EXPECT_EQ(printed(KVW("%c"), static_cast<int>(KVW('x'))), "\"x\"");

@@ -22,11 +22,14 @@ constexpr bool isPrintable() {
                                             std::is_same<Target, void>::value));
 }
 
-// A String as its text, an empty one for NIL; everything else as it is.
+// A String as its text, an empty one for NIL; a long double as a double, which is what %Lf means to the runtime of Windows,
+// whatever the compiler makes of the type; everything else as it is.
 template <class Argument>
 decltype(auto) printfArgument(Argument const& argument) {
   if constexpr (std::is_same<Argument, String>::value) {
     return static_cast<wchar const*>(argument);
+  } else if constexpr (std::is_same<Argument, long double>::value) {
+    return static_cast<double>(argument);
   } else {
     return (argument);
   }

@@ -77,9 +77,9 @@ class SpecParser {
       Size size;
     };
     static constexpr Prefix kPrefixes[] = {
-        {"hh", Size::kChar},      {"h", Size::kShort},    {"ll", Size::kLongLong},  {"l", Size::kLong},
-        {"I64", Size::kLongLong}, {"I32", Size::kLong},   {"I", Size::kLongLong},   {"z", Size::kLongLong},
-        {"j", Size::kLongLong},   {"t", Size::kLongLong}, {"L", Size::kLongDouble}, {"w", Size::kWide},
+        {"hh", Size::kChar},      {"h", Size::kShort},    {"ll", Size::kLongLong}, {"l", Size::kLong},
+        {"I64", Size::kLongLong}, {"I32", Size::kLong},   {"I", Size::kLongLong},  {"z", Size::kLongLong},
+        {"j", Size::kLongLong},   {"t", Size::kLongLong}, {"L", Size::kDefault},   {"w", Size::kWide},
     };
     for (Prefix const& prefix : kPrefixes) {
       std::size_t n = 0;

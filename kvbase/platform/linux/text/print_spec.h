@@ -9,7 +9,7 @@ namespace KV_1_1 {
 namespace platform {
 
 // The size prefix of a conversion, which says how its argument is passed.
-enum class Size { kDefault, kChar, kShort, kLong, kLongLong, kLongDouble, kWide };
+enum class Size { kDefault, kChar, kShort, kLong, kLongLong, kWide };
 
 constexpr int kNoPrecision = -1;
 

@@ -195,9 +195,7 @@ class Printer {
   }
 
   void printFloat() {
-    bool const isLong = spec_.size == Size::kLongDouble;
-    double const value =
-        isLong ? static_cast<double>(va_arg(arguments_.list, long double)) : va_arg(arguments_.list, double);
+    double const value = va_arg(arguments_.list, double);
     bool const isHexadecimal = spec_.conversion == 'a' || spec_.conversion == 'A';
     if (spec_.precision == kNoPrecision) spec_.precision = isHexadecimal ? 13 : 6;
 

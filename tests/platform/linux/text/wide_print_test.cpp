@@ -84,7 +84,7 @@ TEST(WidePrint, LongFloatsAreExact) {
   std::vector<char> expected(3000);
   std::snprintf(expected.data(), expected.size(), "%.2000f", 0.1);
   EXPECT_EQ(narrow(printed.units), expected.data());
-  EXPECT_EQ(narrow(print(8, KVW("%Lg"), 2.5L).units), "2.5");
+  EXPECT_EQ(narrow(print(8, KVW("%Lg"), 2.5).units), "2.5");
   for (std::size_t size = 510; size <= 514; ++size) {
     EXPECT_EQ(narrow(print(600, KVW("%.*f"), static_cast<int>(size - 2), 0.0).units),
               "0." + std::string(size - 2, '0'));
