@@ -42,25 +42,31 @@ int indexStart(TextView text) {
   return static_cast<int>(start);
 }
 
+// COMPAT: a text without index gets 1 by a step down, too.
+DecimalText steppedIndex(TextView index, int step) {
+  if (index.empty()) return DecimalText(1ll);
+  std::uint32_t const stepped =
+      static_cast<std::uint32_t>(strings::readInt(index.data()).value) + static_cast<std::uint32_t>(step);
+  return DecimalText(static_cast<long long>(static_cast<std::int32_t>(stepped)));
+}
+
+// COMPAT: a stepped text ends at its first NUL. Of an index behind that only the digits by which it grows are seen.
 void stepIndex(String& text, int step) {
-  int const length = text.length();
   int const start = indexStart(viewOf(text));
-  if (start == length) {
-    text += KVW("1");
+  TextView const index = viewOf(text).substr(static_cast<std::size_t>(start));
+  DecimalText const decimal = steppedIndex(index, step);
+  int const growth = decimal.length() - lengthOf(index);
+  if (growth <= 0) {
+    decimal.writeTo(std::fill_n(&text[start], -growth, KVW('0')));
     return;
   }
-  std::uint32_t const stepped =
-      static_cast<std::uint32_t>(strings::readInt(unitsOf(text) + start).value) + static_cast<std::uint32_t>(step);
-  DecimalText const decimal(static_cast<long long>(static_cast<std::int32_t>(stepped)));
-  long long const newLength = static_cast<long long>(start) + decimal.length();
-  if (newLength > length) {
-    TextBuilder longer(newLength);
-    longer.append(viewOf(text).substr(0, static_cast<std::size_t>(start)));
-    decimal.writeTo(longer.extend(decimal.length()));
-    text = longer.finish();
-  } else {
-    decimal.writeTo(std::fill_n(&text[start], length - newLength, KVW('0')));
-  }
+  wchar digits[DecimalText::kLongest];
+  decimal.writeTo(digits);
+  TextView const front = upToNul(viewOf(text).substr(0, static_cast<std::size_t>(start)));
+  int const added = lengthOf(front) == start ? decimal.length() : growth;
+  TextBuilder longer(static_cast<long long>(front.size()) + added);
+  longer.append(front).append(TextView(digits + decimal.length() - added, static_cast<std::size_t>(added)));
+  text = longer.finish();
 }
 
 // Runs the conversion at the first unit of a number or word, or gives 0 and empties the text if there is none.
@@ -169,8 +175,9 @@ unsigned int String::getIndex() const {
 }
 
 void String::setIndex(unsigned int index) {
-  unshare();
-  String named = substr(0, indexStart(viewOf(*this)));
+  int const start = indexStart(viewOf(*this));
+  static_cast<void>((*this)[start]);  // the text stops sharing and ends at its first NUL
+  String named = substr(0, start);
   if (index != 0 || named.length() == 0) named += static_cast<unsigned long long>(index);
   named.swap(*this);
 }

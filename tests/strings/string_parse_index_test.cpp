@@ -204,10 +204,40 @@ TEST(StringParseIndex, LongTexts) {
   compareSplit(RandomText(261).text(1 << 16, RandomUnits::kAny) + KVW("099"), 5);
 }
 
-// The index is read from the very end of the text, also behind a NUL.
+// The index is at the very end of the text, also behind a NUL. Reading it leaves the text as it is; to set or step it units
+// are written, after which the text ends at the NUL.
 TEST(StringParseIndex, BehindANul) {
-  EXPECT_EQ(stringOf(wstring(KVW("a1\0b12"), 6)).getIndex(), 12u);
-  EXPECT_EQ(stringOf(wstring(KVW("a1\0"), 3)).getIndex(), 0u);
+  struct Row {
+    char const* name;
+    wstring text;
+    unsigned int index;
+    char const* set;
+    char const* up;
+    char const* down;
+  } const rows[] = {
+      {"of the same width", wstring(KVW("a1\0b12"), 6), 12, "a15", "a1", "a1"},
+      {"that grows upward", wstring(KVW("a\0b99"), 5), 99, "a5", "a0", "a"},
+      {"that grows downward", wstring(KVW("a\0b0"), 4), 0, "a5", "a", "a1"},
+      {"that is missing", wstring(KVW("a1\0b"), 4), 0, "a15", "a11", "a11"},
+      {"directly", wstring(KVW("a1\0"), 3), 0, "a15", "a11", "a11"},
+      {"that is the first unit", wstring(KVW("\0b7"), 3), 7, "5", "", ""},
+  };
+  for (Row const& row : rows) {
+    SCOPED_TRACE(row.name);
+    String const string = stringOf(row.text);
+    EXPECT_EQ(string.getIndex(), row.index);
+    EXPECT_EQ(units(string), row.text);
+    String changed = string;
+    changed.setIndex(5);
+    EXPECT_EQ(spelled(changed), '"' + std::string(row.set) + '"');
+    changed = string;
+    changed.incrementIndex();
+    EXPECT_EQ(spelled(changed), '"' + std::string(row.up) + '"');
+    changed = string;
+    changed.decrementIndex();
+    EXPECT_EQ(spelled(changed), '"' + std::string(row.down) + '"');
+    EXPECT_EQ(units(string), row.text);
+  }
 }
 
 }  // namespace
