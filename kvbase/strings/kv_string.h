@@ -300,7 +300,7 @@ class KVBASE_API String {
   String& operator>>(unsigned int& value);
   String& operator>>(unsigned long& value);
   String& operator>>(unsigned long long& value);
-  // Decimal and hexadecimal numbers, inf and nan.
+  // Decimal and hexadecimal numbers, inf and nan. The decimal point is that of the C locale.
   //   "1.5e3 x" => 1500, " x"
   String& operator>>(double& value);
   String& operator>>(float& value);

@@ -3,6 +3,7 @@
 // Taking numbers from the front of a text: tables of texts, values and what remains.
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
 #include <limits>
 
@@ -306,6 +307,29 @@ TEST(StringParse, Double) {
   string >> value;
   EXPECT_TRUE(std::isnan(value));
   EXPECT_EQ(spelled(string), "\" x\"");
+}
+
+// What is written with the locale's decimal point is read with it.
+TEST(StringParse, TheDecimalPointIsThatOfTheLocale) {
+  bool const hasComma = std::setlocale(LC_NUMERIC, "de_DE.UTF-8") || std::setlocale(LC_NUMERIC, "German");
+  if (!hasComma) GTEST_SKIP() << "no locale with a comma";
+  String written;
+  written << 2.5 << KVW(' ') << -1.5e-7f << KVW(' ') << 1e20 / 3;
+  EXPECT_EQ(spelled(written), "\"2,5 -1,5e-07 33333333333333331968\"");
+  Row<double> const rows[] = {
+      {"a comma", KVW("1,5 x"), 1.5, KVW(" x")},
+      {"a full stop ends", KVW("1.5"), 1, KVW(".5")},
+      {"a full stop ends what follows a comma", KVW("1,5.5"), 1.5, KVW(".5")},
+      {"a second comma ends", KVW("-1,25,5"), -1.25, KVW(",5")},
+      {"with an exponent", KVW("+1,5e3 x"), 1500, KVW(" x")},
+      {"a comma behind", KVW("5, x"), 5, KVW(" x")},
+      {"hexadecimal", KVW("0x1,8p1"), 3, KVW("")},
+      {"overflow", KVW("1,5e999"), std::numeric_limits<double>::infinity(), KVW("")},
+      {"a word stays", KVW("word"), 0, KVW("word")},
+      {"a full stop in front is no number", KVW(".5"), 0, KVW(".5")},
+  };
+  expectTaken(rows);
+  std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(StringParse, FloatNarrowsADouble) {

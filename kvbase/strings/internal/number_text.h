@@ -74,7 +74,8 @@ Parsed<std::uint32_t> readUnsigned32(wchar const* text);
 Parsed<std::uint64_t> readUnsigned64(wchar const* text);
 
 // A floating-point number: decimal or hexadecimal (0x1.8p3), "inf", "infinity", "nan", without regard to case, ASCII
-// digits only. Too large gives infinity, too small the nearest number there is, 0 included (wcstod).
+// digits only, with the decimal point of the C locale. Too large gives infinity, too small the nearest number there is, 0
+// included (wcstod).
 Parsed<double> readDouble(wchar const* text);
 
 }  // namespace strings
