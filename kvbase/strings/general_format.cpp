@@ -62,14 +62,14 @@ struct Decimal {
 
 // The value rounded to a number of digits, a tie to the even one, as printf rounds it. Times 10^places the value is
 // fraction * 5^places * 2^-shift, which fits into 128 bits, so nothing is rounded twice. False if it would not fit. A value
-// with so few places is above 10^-28, so less than 128 bits are shifted out.
+// with so few places is above 10^-28, so it is a normal number, and less than 128 bits are shifted out.
 bool roundToDigits(double value, int precision, Decimal& decimal) {
   constexpr int kFractionBits = 52;
   constexpr int kBias = 1023;
   std::uint64_t bits;
   std::memcpy(&bits, &value, sizeof bits);
   int const binaryExponent = static_cast<int>(bits >> kFractionBits) - kBias;
-  if (binaryExponent == -kBias || precision > kMostDigits) return false;
+  if (precision > kMostDigits) return false;
   std::uint64_t const one = std::uint64_t{1} << kFractionBits;
   std::uint64_t const fraction = (bits & (one - 1)) | one;
 
