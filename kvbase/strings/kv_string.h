@@ -102,7 +102,7 @@ class KVBASE_API String {
 
   // An array through which an outside call fills this String (string_buffer.h). With `keep` it starts with the present
   // text and has room for it at least.
-  // REQUIRES: not NIL when an array with `keep` is taken.
+  // REQUIRES: without `keep` a size that is not negative; not NIL when an array with `keep` is taken.
   StringBuffer buffer(int size, bool keep = false);
 
   // Appends by building a new payload. A null text does nothing. On NIL the rule for sizes holds.
