@@ -129,7 +129,7 @@ inline int findUnitFromFront(wchar const* text, wchar unit, int n) {
 // A text that is found in the first vector is found here, the first and the last unit of the needle marking candidates.
 inline int findTextFromFront(wchar const* text, int n, wchar const* needle, int m) {
   using V = Sse2Vector;
-  if (n < m + kFrontUnits) return kernels().findText(text, n, needle, m);
+  if (n - m < kFrontUnits) return kernels().findText(text, n, needle, m);
   auto const units = V::load(text);
   if (zeros<V>(units) != 0) return kernels().findText(text, n, needle, m);
   auto const first = V::equal(units, V::of(needle[0]));
