@@ -144,6 +144,20 @@ TEST(StringBuffer, KeepRaisesTheSizeToTheText) {
   EXPECT_EQ(state(target), "\"ab\"");
 }
 
+// The size counts units, and the narrow text has more bytes here.
+TEST(StringBuffer, AKeptNarrowTextIsCutToTheSize) {
+  ScriptedText text;
+  text.ansi = 65001;
+  platform::ScopedBackend<platform::TextApi> scope(text);
+  String target(UTF8Interface("\xC3\xA4\xC3\xB6\xC3\xBC"));
+  {
+    StringBuffer buffer = target.buffer(4, true);
+    char const* const array = buffer;
+    EXPECT_STREQ(array, "\xC3\xA4\xC3\xB6");
+  }
+  EXPECT_EQ(state(target), "\"\xC3\xA4\xC3\xB6\"");
+}
+
 TEST(StringBuffer, OnlyTheLastArrayCounts) {
   ScriptedText text;
   text.ansi = 1252;

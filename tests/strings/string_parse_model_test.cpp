@@ -142,6 +142,8 @@ TEST(StringParseModel, LongTexts) {
   compareAllNumbers(KVW("-") + zeros + KVW("42 x"));
   compareAllNumbers(KVW("0.") + zeros + digits);
   compareAllNumbers(digits + KVW("e-9990"));
+  // Around the size from which on a number is not on the stack any more.
+  for (std::size_t size = 120; size <= 136; ++size) compareAllNumbers(wstring(size, KVW('7')));
   compareAllNumbers(wstring(10000, 0xFF17));
   compareAllNumbers(blanks);
   compareAllNumbers(blanks + KVW("5"));

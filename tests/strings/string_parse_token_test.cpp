@@ -151,6 +151,17 @@ TEST(StringParseToken, QuotedTextsAndLines) {
   }
 }
 
+// What brackets on NIL refer to is no text.
+TEST(StringParseToken, NilIsNotQuoted) {
+  String nil;
+  nil[0] = KVW('"');
+  String token(KVW("old"));
+  nil >> token;
+  String::outOfRange = 7;
+  EXPECT_EQ(state(token), "NIL");
+  EXPECT_EQ(state(nil), "EMPTY");
+}
+
 TEST(StringParseToken, LinesOneAfterTheOther) {
   String string(KVW("one\ntwo"));
   String line;
