@@ -154,7 +154,8 @@ class KVBASE_API String {
   //   "abc".substr(2, 1)  => EMPTY    NIL.substr(0, -1)   => EMPTY
   String substr(int start, int end = -1) const;
   // Without leading and trailing white space (isspace). NIL stays NIL; with nothing to cut the payload is shared; with
-  // everything cut, from either side, the result is EMPTY.
+  // everything cut the result is EMPTY.
+  // COMPAT: only cutting from the left empties a text: of white space alone, trim(false, true) leaves the first unit.
   //   " a b ".trim(true, true) => "a b"      "  ".trim(true, false) => EMPTY
   String trim(bool left = true, bool right = true) const;
   // True for an empty or NIL prefix, on NIL too.

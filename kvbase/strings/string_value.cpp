@@ -208,10 +208,11 @@ String String::trim(bool left, bool right) const {
   wchar const* begin = payload_->str();
   wchar const* end = begin + length;
   // Most texts have nothing to cut.
-  bool const isCut = length > 0 && ((left && isSpace(*begin)) || (right && isSpace(end[-1])));
+  bool const isCut = length > 0 && ((left && isSpace(*begin)) || (right && length > 1 && isSpace(end[-1])));
   if (!isCut) return *this;
   while (left && begin < end && isSpace(*begin)) ++begin;
-  while (right && begin < end && isSpace(end[-1])) --end;
+  // COMPAT: nothing is cut from behind beyond the first unit that remains, so of blanks alone one stays.
+  while (right && end - begin > 1 && isSpace(end[-1])) --end;
   return begin < end ? String(begin, static_cast<int>(end - begin)) : EMPTY;
 }
 

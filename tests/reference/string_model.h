@@ -52,7 +52,7 @@ inline wstring trim(wstring const& text, bool left, bool right) {
   int first = 0;
   int last = static_cast<int>(text.size()) - 1;
   while (left && first <= last && isSpace(at(text, first))) ++first;
-  while (right && last >= first && isSpace(at(text, last))) --last;
+  while (right && last > first && isSpace(at(text, last))) --last;
   // An end of 0 is the position, not a missing argument.
   return last < first ? wstring() : substr(text, first, last + 1);
 }

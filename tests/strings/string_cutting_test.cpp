@@ -75,8 +75,9 @@ TEST(StringCutting, Trim) {
       {"both sides", String(KVW("  a b ")), "\"a b\"", "\"a b \"", "\"  a b\""},
       {"left only", String(KVW(" a")), "\"a\"", "\"a\"", "shares"},
       {"right only", String(KVW("a ")), "\"a\"", "shares", "\"a\""},
-      {"blanks", String(KVW("   ")), "EMPTY", "EMPTY", "EMPTY"},
-      {"one blank", String(KVW(" ")), "EMPTY", "EMPTY", "EMPTY"},
+      {"blanks", String(KVW("   ")), "EMPTY", "EMPTY", "\" \""},
+      {"blanks that differ", String(KVW("\t \n")), "EMPTY", "EMPTY", "\"\t\""},
+      {"one blank", String(KVW(" ")), "EMPTY", "EMPTY", "shares"},
       {"every white unit of ASCII", String(KVW("\t\n\v\f\r a")), "\"a\"", "\"a\"", "shares"},
       {"controls are not white",
        String(KVW("\x1B"
