@@ -35,10 +35,20 @@ bool isSet(char const* variable) {
   return value != nullptr && *value != '\0';
 }
 
+// For zenity, which reads escapes in a text even if it is no mark-up.
+std::string escaped(char const* text) {
+  std::string result;
+  for (; *text != '\0'; ++text) {
+    if (*text == '\\') result += '\\';
+    result += *text;
+  }
+  return result;
+}
+
 // zenity writes the button's text. Without a button it ends with 1 when its window is closed, and with another status
 // if it cannot show one.
 Outcome askByZenity(char const* message, char const* title, int& answer) {
-  std::string const text = std::string("--text=") + message;
+  std::string const text = "--text=" + escaped(message);
   std::string const caption = std::string("--title=") + title;
   char const* const command[] = {"zenity",
                                  "--question",
@@ -60,7 +70,7 @@ Outcome askByZenity(char const* message, char const* title, int& answer) {
   return result.started && result.status == 1 ? Outcome::kNotAnswered : Outcome::kNotAsked;
 }
 
-// The text in the mark-up that kdialog takes a text for that has something like it.
+// The text in the mark-up that kdialog takes a text for that has something like it. kdialog reads escapes too.
 std::string markedUp(char const* text) {
   std::string result = "<qt>";
   for (; *text != '\0'; ++text) {
@@ -73,6 +83,9 @@ std::string markedUp(char const* text) {
         break;
       case '>':
         result += "&gt;";
+        break;
+      case '\\':
+        result += "&#92;";
         break;
       case '\n':
         result += "<br/>";

@@ -25,9 +25,8 @@ using platform::kAnswerAbort;
 using platform::kAnswerIgnore;
 using platform::kAnswerRetry;
 
-constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `x` failed.\n\"50% $HOME\" \u00E4\x1B[2J");
+constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J");
 constexpr wchar const* kTitle = KVW("-scan.cpp:7");
-constexpr char kNativeMessage[] = "Assertion <b>n > 0</b> & `x` failed.\n\"50% $HOME\" \u00E4\x1B[2J";
 
 int ask() {
   return platform::nativeDebug().ask(kMessage, kTitle, kAbortRetryIgnore);
@@ -93,13 +92,14 @@ TEST_F(LinuxQuestion, ButtonOfZenityIsTheAnswer) {
   }
 }
 
-TEST_F(LinuxQuestion, ZenityGetsTheTextsAsTheyAre) {
+TEST_F(LinuxQuestion, ZenityGetsTheTextsWithBackslashesEscaped) {
   desktop_.install("zenity", std::string(kReport) + "echo Ignore\n");
   EXPECT_EQ(ask(), kAnswerIgnore);
   Call const call = desktop_.nextCall();
   EXPECT_THAT(call, ::testing::Contains("--no-markup"));
   EXPECT_THAT(call, ::testing::Contains("--title=-scan.cpp:7"));
-  EXPECT_THAT(call, ::testing::Contains(std::string("--text=") + kNativeMessage));
+  EXPECT_THAT(call,
+              ::testing::Contains("--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J"));
 }
 
 TEST_F(LinuxQuestion, ClosedWindowIsNoAnswerAndEndsTheQuestion) {
@@ -121,7 +121,7 @@ TEST_F(LinuxQuestion, KdialogGetsNoMarkUpFromTheText) {
   Call const call = desktop_.nextCall();
   ASSERT_FALSE(call.empty());
   EXPECT_EQ(call.back(),
-            "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `x` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
+            "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
 }
 
 TEST_F(LinuxQuestion, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
@@ -186,7 +186,7 @@ TEST_F(LinuxQuestion, TerminalAsksUntilItGetsAnAnswer) {
   Asker asker(/*hasTerminal=*/true);
   std::string const text = asker.readUpTo(kQuestionPrompt);
   EXPECT_THAT(text, ::testing::HasSubstr("-scan.cpp:7"));
-  EXPECT_THAT(text, ::testing::HasSubstr("Assertion <b>n > 0</b> & `x` failed."));
+  EXPECT_THAT(text, ::testing::HasSubstr("Assertion <b>n > 0</b> & `\\n` failed."));
   asker.type("x\n");
   asker.readUpTo(kQuestionPrompt);
   asker.type("\n");
