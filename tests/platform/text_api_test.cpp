@@ -123,6 +123,7 @@ TEST(TextApiTest, ConversionFailsWithZero) {
 TEST(TextApiTest, WhatAPageDoesNotHaveIsReplaced) {
   EXPECT_EQ(encoded(1252, KVW("a\u3042b")), "a?b");
   EXPECT_EQ(encoded(437, KVW("a\u3042b")), "a?b");
+  for (unsigned int page : {874u, 932u, 1252u}) EXPECT_EQ(encoded(page, KVW("a\u200B\uFEFFb")), "a??b") << page;
   EXPECT_EQ(encoded(65001, wstring(1, static_cast<wchar>(0xD800))), "\xEF\xBF\xBD");
   EXPECT_EQ(decoded(65001,
                     "a\xFF"

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <stdio.h>
 #include <string.h>
+#include <unicode/ucnv_cb.h>
 
 #include <algorithm>
 
@@ -52,6 +53,15 @@ void keepIcuLoaded() {
   static_cast<void>(done);
 }
 
+// Writes the substitute for any character that the page does not have: ICU's own callback leaves out those that nobody
+// would see, such as U+200B.
+void writeSubstitute(void const*, UConverterFromUnicodeArgs* arguments, UChar const*, int32_t, UChar32,
+                     UConverterCallbackReason reason, UErrorCode* error) {
+  if (reason > UCNV_IRREGULAR) return;
+  *error = U_ZERO_ERROR;
+  ucnv_cbFromUWriteSub(arguments, 0, error);
+}
+
 bool isUtf16(UConverter* converter) {
   UConverterType const type = ucnv_getType(converter);
   return type == UCNV_UTF16_BigEndian || type == UCNV_UTF16_LittleEndian || type == UCNV_UTF16;
@@ -98,6 +108,7 @@ CodePageConverter::CodePageConverter(unsigned int codePage) {
   if (converter_ == nullptr) return;
   constexpr UChar substitute[] = {'?'};
   ucnv_setSubstString(converter_, substitute, 1, &error);
+  ucnv_setFromUCallBack(converter_, &writeSubstitute, nullptr, nullptr, nullptr, &error);
   ucnv_setFallback(converter_, true);
   if (U_SUCCESS(error) && !isUtf16(converter_)) {
     rotatesControls_ = rotatesControls(converter_);

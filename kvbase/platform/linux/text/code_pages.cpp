@@ -63,7 +63,6 @@ class OneByteTables {
   unsigned char bytes_[kUnits] = {};  // 0 for a unit that is not known
   // Outside this range units and bytes are the same numbers.
   strings::ByteRange others_ = {0xFF, 0xFF};
-  bool knowsLatin1_ = false;
 };
 
 Kept<OneByteTables> OneByteTables::madeBy(CodePageConverter& converter) {
@@ -86,8 +85,7 @@ bool OneByteTables::readFrom(CodePageConverter& converter) {
     for (int i = 0; i < kBytes; ++i) bytes_[units[i]] = back[i];
     return true;
   };
-  // The converter drops some characters that the page does not have, so Latin-1 may become fewer bytes.
-  knowsLatin1_ = encodes(latin1);
+  if (!encodes(latin1)) return false;
   if (converter.decode(reinterpret_cast<char const*>(numbers), kBytes, units_, kBytes) != kBytes) return false;
   if (!encodes(units_) || units_[0] != 0 || bytes_[0] != 0) return false;
   auto const isOther = [this](int i) { return units_[i] != i || bytes_[i] != i; };
@@ -120,7 +118,7 @@ bool OneByteTables::encode(wchar const* units, int size, char* bytes) const {
 }
 
 bool OneByteTables::knows(wchar const* units, int size) const {
-  int i = knowsLatin1_ ? kernels().findBeyondLatin1(units, size) : 0;
+  int i = kernels().findBeyondLatin1(units, size);
   while (i < size && isKnown(units[i])) ++i;
   return i == size;
 }
