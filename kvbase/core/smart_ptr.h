@@ -42,9 +42,11 @@ class SmartPtr {
     if (object_ != nullptr) object_->unref();
   }
 
-  // The new reference is taken before the old one is released, so an object may be replaced by one that it owns.
+  // The new reference is taken before the old one is released, so an object may be replaced by one that it owns. The old
+  // one is released here: where `other` ends, compilers disagree.
   SmartPtr& operator=(SmartPtr other) noexcept {
-    std::swap(object_, other.object_);
+    T* const old = std::exchange(object_, other.detach());
+    if (old != nullptr) old->unref();
     return *this;
   }
 

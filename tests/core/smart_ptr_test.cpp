@@ -74,6 +74,16 @@ TEST_F(SmartPtrSequence, AssignmentTakesTheNewBeforeItReleasesTheOld) {
   EXPECT_EQ(b->getRefCounter(), 2u);
 }
 
+TEST_F(SmartPtrSequence, AssignmentHasReleasedTheOldWhenItsResultIsUsed) {
+  auto const use = [this](Pointer const& pointer) { log.push_back(pointer == nullptr ? "use null" : "use b"); };
+  use(a = b);
+  EXPECT_EQ(happened(), Log({"ref b", "unref a", "destroy a", "use b"}));
+  b = nullptr;
+  happened();
+  use(a = nullptr);
+  EXPECT_EQ(happened(), Log({"unref b", "destroy b", "use null"}));
+}
+
 TEST_F(SmartPtrSequence, AssignmentOfARawPointerDoesTheSame) {
   a = b.get();
   EXPECT_EQ(happened(), Log({"ref b", "unref a", "destroy a"}));
