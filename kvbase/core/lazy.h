@@ -39,8 +39,9 @@ class KVBASE_LOCAL AtExitList {
 
   // Destroys the objects registered after `mark`, newest first; all objects for a null mark. Objects registered
   // meanwhile are destroyed too.
+  // REQUIRES: the object of the mark has not been destroyed.
   static void destroyDownTo(Entry* mark) {
-    for (Entry* entry = newest(); entry != mark && entry != nullptr; entry = newest()) {
+    for (Entry* entry = newest(); entry != mark; entry = newest()) {
       newest_.store(entry->older, std::memory_order_relaxed);
       entry->destroy(entry->object);
     }
