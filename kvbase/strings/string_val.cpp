@@ -148,7 +148,7 @@ StringVal* StringVal::decode(CodePageInterface text, int length, int capacity) {
   } else {
     int const needed = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), size, nullptr, 0);
     if (needed == 0) return nullptr;
-    payload = allocate(capacity == -1 ? needed : capacity);
+    payload = allocate(std::max(capacity, needed));
     units = platform::decodeNarrow(platform::text(), text.codePage(), text.data(), size, payload->str(), needed);
     if (units == 0) {
       payload->unref();

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <vector>
+#include <string>
 
 #include "kvbase/platform/text_api.h"
 #include "kvbase/strings/kv_string.h"
@@ -173,6 +173,16 @@ TEST(StringVal, CapacityGoesForNarrowTextToo) {
   for (int i = 3; i < 20; ++i) (*payload)[i] = KVW('x');
   (*payload)[20] = 0;
   EXPECT_EQ(payload->length(), 20);
+}
+
+TEST(StringVal, NarrowTextHasRoomInTheCapacityOfItsLength) {
+  for (int length = 7; length <= 24; ++length) {
+    std::string const bytes(static_cast<std::size_t>(length), 'a');
+    Owned const measured(StringVal::constructUsingCodepage(UTF8Interface(bytes.c_str()), -1, length));
+    Owned const counted(StringVal::constructUsingCodepage(UTF8Interface(bytes.c_str()), length, length));
+    EXPECT_EQ(unitsOf(*measured), wstring(static_cast<std::size_t>(length), KVW('a')));
+    EXPECT_EQ(unitsOf(*counted), unitsOf(*measured));
+  }
 }
 
 TEST(StringVal, CodePagesDecideOnTheText) {
