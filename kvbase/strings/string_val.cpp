@@ -205,7 +205,8 @@ char* StringVal::newNarrow(NarrowCopy which) const {
   // With its terminator the greatest text is beyond what a conversion can be given.
   if (length_ == INT_MAX) return nullptr;
   unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
-  int const units = length_ + 1;
+  // COMPAT: the last unit of counted double-byte text stands at the length, and the terminator behind it.
+  int const units = length_ + (str()[length_] == 0 ? 1 : 2);
   if (platform::isUtf8(platform::text(), codePage)) return newUtf8(str(), units);
   int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, nullptr, 0);
   if (size == 0) return nullptr;

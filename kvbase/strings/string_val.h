@@ -37,7 +37,7 @@ class KVBASE_API StringVal {
   // The same from narrow text in the process's ANSI code page; `length` counts bytes. Null if nothing can be converted:
   // for a length of 0, but not for an empty text with -1, which gives an empty payload.
   // COMPAT: with a length of 1 or more whose bytes do not map one to one to units (double-byte text), the length comes
-  // out one short and the last unit lies behind it. Pass -1 for exact lengths.
+  // out one short and the last unit lies behind it, where the narrow copies still have it. Pass -1 for exact lengths.
   static StringVal* construct(char const* text, int length, int capacity);
   // The same in the given code page; null also for a null text and for a code page that the system does not have.
   static StringVal* constructUsingCodepage(CodePageInterface text, int length, int capacity);

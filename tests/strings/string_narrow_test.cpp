@@ -159,6 +159,19 @@ TEST(StringNarrow, InnerNulsBelowTheLengthAreConverted) {
   EXPECT_EQ(std::string("a\0b\0", 4), std::string(string.stringAnsi(), 4));
 }
 
+// The length of such a text is one short, see StringVal::construct.
+TEST(StringNarrow, CountedDoubleByteTextIsConvertedWholeAndTerminated) {
+  ScriptedText text;
+  text.ansi = 932;
+  TextScope scope(text);
+  std::string const bytes = "\x93\xFA\x96\x7B";
+  StringVal* const payload = StringVal::construct(bytes.c_str(), 4, -1);
+  EXPECT_EQ(payload->lazyLength(), 1);
+  EXPECT_EQ(std::string(payload->stringAnsi(), 5), bytes + '\0');
+  EXPECT_STREQ(payload->stringUTF8(), "\xE6\x97\xA5\xE6\x9C\xAC");
+  payload->unref();
+}
+
 TEST(StringNarrow, AFailedConversionIsTriedAgain) {
   for (int failAt = 1; failAt <= 2; ++failAt) {
     SCOPED_TRACE(failAt);
