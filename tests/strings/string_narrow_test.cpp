@@ -138,9 +138,12 @@ TEST(StringNarrow, FirstUnitIsLookedAtBeforeTheCache) {
   EXPECT_EQ(payload->stringAnsi(), emptyNarrowText());
   EXPECT_EQ(payload->stringUTF8(), emptyNarrowText());
   EXPECT_EQ(payload->lazyLength(), -1) << "the length is not touched";
-  (*payload)[0] = KVW('x');
+  wchar& first = (*payload)[0];
+  first = KVW('x');
   EXPECT_STREQ(payload->stringAnsi(), "xbc");
   EXPECT_EQ(payload->lazyLength(), 3);
+  first = 0;
+  EXPECT_EQ(payload->stringAnsi(), emptyNarrowText()) << "the length is known and the copy there";
   payload->unref();
 
   wchar const units[] = {0, KVW('b')};

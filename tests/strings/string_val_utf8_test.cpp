@@ -4,8 +4,10 @@
 // texts, texts beyond a megabyte.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
+#include "kvbase/strings/internal/allocation.h"
 #include "kvbase/strings/kv_string.h"
 #include "tests/reference/string_encoding.h"
 #include "tests/strings/string_support.h"
@@ -89,6 +91,15 @@ TEST(StringValUtf8, CountedBytesThatAreNotAsManyUnitsGiveOneUnitLess) {
     EXPECT_EQ(payload->at(static_cast<int>(count) - 1), 0xE4) << "the last unit lies behind the length";
     payload->unref();
   }
+}
+
+TEST(StringValUtf8, ABlockThatCannotBeCutStaysAsItIs) {
+  std::string const bytes = repeated("\xC3\xA4", 1000);
+  strings::blockAllocator.cut = [](void*, std::size_t) -> void* { return nullptr; };
+  String const text = String(UTF8Interface(bytes.c_str()));
+  strings::blockAllocator.cut = &std::realloc;
+  EXPECT_EQ(text.length(), 500);
+  EXPECT_EQ(utf8Of(text), bytes);
 }
 
 TEST(StringValUtf8, ExhaustedMemoryLeavesNothingBehind) {
