@@ -35,7 +35,8 @@ class TextApi {
   virtual int decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) = 0;
 
   // Encodes `size` units as bytes of a code page other than UTF-8. Characters that the code page does not have become
-  // its default character, as a rule "?". The results are those of decode, in bytes.
+  // ones that look alike, if the system knows any, or else its default character, as a rule "?". The results are those of
+  // decode, in bytes.
   virtual int encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) = 0;
 
   // Prints at most `capacity` units to `out`: %ls, %s and %S as in the wide printf of Windows (%ls and %s take 16-bit

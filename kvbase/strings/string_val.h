@@ -78,7 +78,7 @@ class KVBASE_API StringVal {
 
   // The text in the ANSI code page and in UTF-8, converted once and cached; an empty narrow text where the text is
   // empty or cannot be converted, never null. Valid until the payload is destroyed or its length measured anew.
-  // Characters that the code page does not have become its default character.
+  // Characters that the code page does not have are replaced, see platform::TextApi::encode.
   char const* stringAnsi() const { return isCached(kAnsi) ? narrow_[kAnsi] : narrow(kAnsi); }
   char const* stringUTF8() const { return isCached(kUtf8) ? narrow_[kUtf8] : narrow(kUtf8); }
   // COMPAT: the same as stringAnsi, while String::stringPath is the wide text.

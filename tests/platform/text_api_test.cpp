@@ -121,6 +121,7 @@ TEST(TextApiTest, ConversionFailsWithZero) {
 }
 
 TEST(TextApiTest, WhatAPageDoesNotHaveIsReplaced) {
+  EXPECT_EQ(encoded(1252, KVW("a\uFF22c")), "aBc") << "by what looks alike";
   EXPECT_EQ(encoded(1252, KVW("a\u3042b")), "a?b");
   EXPECT_EQ(encoded(437, KVW("a\u3042b")), "a?b");
   for (unsigned int page : {874u, 932u, 1252u}) EXPECT_EQ(encoded(page, KVW("a\u200B\uFEFFb")), "a??b") << page;
