@@ -44,20 +44,19 @@ class TargetFile {
     Descriptor made(::open(path_, O_WRONLY | O_CREAT | O_EXCL | kPlainOpen, source.st_mode & kPermissions));
     if (made) {
       file_ = std::move(made);
-      status_.st_mode = S_IFREG;
-      return fstat(file_.get(), &status_) == 0 || failWith(codeOf(errno));
+      return readMode() || failWith(codeOf(errno));
     }
     if (errno != EEXIST) return failAt(path_, errno);
     return failIfExists ? failWith(kFileExists) : openExisting(source);
   }
 
   int descriptor() const { return file_.get(); }
-  mode_t mode() const { return status_.st_mode; }
+  mode_t mode() const { return mode_; }
 
   // Sets the rights and the time of the source, as far as the file system supports them, and closes the file.
   bool keep(struct stat const& source) {
-    if (S_ISREG(status_.st_mode)) {
-      if (((status_.st_mode ^ source.st_mode) & kPermissions) != 0) fchmod(file_.get(), source.st_mode & kPermissions);
+    if (S_ISREG(mode_)) {
+      if (((mode_ ^ source.st_mode) & kPermissions) != 0) fchmod(file_.get(), source.st_mode & kPermissions);
       timespec const times[] = {{0, UTIME_OMIT}, source.st_mtim};
       futimens(file_.get(), times);
     }
@@ -69,6 +68,15 @@ class TargetFile {
   }
 
  private:
+  // Only the mode, because a system that has been asked for the times takes a finer clock, a slower one, for those of the
+  // changes that follow.
+  bool readMode() {
+    struct statx status;
+    if (statx(file_.get(), "", AT_EMPTY_PATH, STATX_TYPE | STATX_MODE, &status) != 0) return false;
+    mode_ = status.stx_mode;
+    return true;
+  }
+
   bool openExisting(struct stat const& source) {
     struct stat item;
     if (lstat(path_, &item) != 0) return failAt(path_, errno);
@@ -80,23 +88,25 @@ class TargetFile {
 
     Descriptor existing(::open(path_, O_WRONLY | kPlainOpen));
     if (!existing) return failAt(path_, errno);
-    if (fstat(existing.get(), &status_) != 0) return failWith(codeOf(errno));
+    struct stat opened;
+    if (fstat(existing.get(), &opened) != 0) return failWith(codeOf(errno));
     // Another process may have replaced the item meanwhile.
-    if (!isSameItem(item, status_)) return failWith(kSharingViolation);
-    if (S_ISREG(status_.st_mode) && ftruncate(existing.get(), 0) != 0) return failWith(codeOf(errno));
+    if (!isSameItem(item, opened)) return failWith(kSharingViolation);
+    if (S_ISREG(opened.st_mode) && ftruncate(existing.get(), 0) != 0) return failWith(codeOf(errno));
     file_ = std::move(existing);
+    mode_ = opened.st_mode;
     return true;
   }
 
   // The copy has already failed, so a failure here cannot be reported.
   void discard() const {
-    if (!S_ISREG(status_.st_mode)) return;
+    if (!S_ISREG(mode_)) return;
     static_cast<void>((isThroughLink_ ? truncate(path_, 0) : unlink(path_)) == 0);
   }
 
   char const* const path_;
   Descriptor file_;
-  struct stat status_ = {};
+  mode_t mode_ = S_IFREG;
   bool isThroughLink_ = false;
 };
 

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // Copies of files: contents, rights and times, and the sources that are refused.
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/xattr.h>
 
 #include <cstring>
 #include <new>
@@ -152,6 +156,59 @@ TEST_F(LinuxFileCopy, RightsAndTimeGoWithTheContents) {
       fs::remove(folder.path(name));
     }
   }
+}
+
+// A folder can withhold rights from the files made in it whatever the mask of the process says.
+TEST_F(LinuxFileCopy, RightsGoWithTheContentsWhateverTheFolderWithholds) {
+  struct Entry {
+    std::uint16_t tag, rights;
+    std::uint32_t id;
+  };
+  struct {
+    std::uint32_t version;
+    Entry owner, group, others;
+  } const ownerAlone = {2, {0x01, 6, ~0u}, {0x04, 0, ~0u}, {0x20, 0, ~0u}};
+  folder.write("source", "12345");
+  folder.makeFolder("dir");
+  bool const isWithheld =
+      setxattr(folder.path("dir").c_str(), "system.posix_acl_default", &ownerAlone, sizeof ownerAlone, 0) == 0;
+  KVBASE_SKIP_UNLESS(isWithheld, "a file system for temporary files with lists of access");
+  folder.write("dir/made");
+  ASSERT_EQ(mode("dir/made"), 0600u);
+  for (unsigned const rights : {0644u, 0755u, 0600u, 0444u}) {
+    ASSERT_EQ(chmod(folder.path("source").c_str(), rights), 0);
+    EXPECT_EQ(copy(KVW("source"), KVW("dir\\copy")), kNoError);
+    EXPECT_EQ(mode("dir/copy"), rights);
+    fs::remove(folder.path("dir/copy"));
+  }
+}
+
+// Has the system refuse to tell about open files; to be used in a child.
+void refuseStatusOfOpenFiles() {
+  sock_filter const steps[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_statx, 0, 3),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
+      BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, AT_EMPTY_PATH, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EACCES),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  sock_fprog const program = {sizeof steps / sizeof *steps, const_cast<sock_filter*>(steps)};
+  ASSERT_EQ(prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0), 0);
+}
+
+TEST_F(LinuxFileCopy, ANewFileWhoseRightsAreNotToldDoesNotStay) {
+  folder.write("source", "12345");
+  folder.write("old", "kept");
+  inChild([&] {
+    refuseStatusOfOpenFiles();
+    EXPECT_EQ(copy(KVW("source"), KVW("new")), kAccessDenied);
+    EXPECT_EQ(copy(KVW("source"), KVW("old"), kCopyFailIfExists), kFileExists);
+  });
+  EXPECT_FALSE(has("new"));
+  EXPECT_EQ(bytes("source"), "12345");
+  EXPECT_EQ(bytes("old"), "kept");
 }
 
 TEST_F(LinuxFileCopy, HolesStayHoles) {
