@@ -87,9 +87,13 @@ void addTreeCopy() {
                      [](ScratchFolder const& target) {
                        return copiedByQt(QString::fromStdString(sourceTree()), QString::fromStdString(target.path()));
                      }))
-      .addFresh(PEER("cp", 1, emptyFolder, [](ScratchFolder const& target) {
-        return runs({"cp", "-r", sourceTree() + "/.", target.path()});
-      }));
+      .addFresh(PEER("cp", 1, emptyFolder,
+                     [](ScratchFolder const& target) {
+                       return runs({"cp", "-r", sourceTree() + "/.", target.path()});
+                     }))
+      .addFresh("floor", 1, emptyFolder, [](ScratchFolder const& target) {
+        return CopyCalls::copyTree(fs::path(sourceTree() + '/').native(), fs::path(target.path("")).native());
+      });
 }
 
 void addLargeCopy() {

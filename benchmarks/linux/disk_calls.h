@@ -69,36 +69,62 @@ inline bool existsBare(char const* path) {
   return statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
 }
 
+inline std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {
+  std::vector<std::string> names;
+  visitEntries(folder, [&](dirent64 const& entry) {
+    bool const isDots = strcmp(entry.d_name, ".") == 0 || strcmp(entry.d_name, "..") == 0;
+    if (entry.d_type == type && !isDots) names.push_back(entry.d_name);
+  });
+  return names;
+}
+
+// The calls of a copy and no more: what both folders are, the folders in the source, its files; for each folder whether it is
+// there already and whether the one above it is; for each file what it is, once by its name and once when it is open, a new
+// file and the rights it was given, the contents and the time. The paths of folders end in a separator.
+struct CopyCalls {
+  static bool copyTree(std::string const& source, std::string const& target) {
+    bool copied = existsBare(source.c_str()) && existsBare(target.c_str());
+    for (std::string const& name : namesOf(source, DT_DIR)) {
+      std::string const made = target + name + '/';
+      copied = !existsBare(made.c_str()) && existsBare(target.c_str()) && mkdir(made.c_str(), 0777) == 0 && copied;
+      copied = copyTree(source + name + '/', made) && copied;
+    }
+    for (std::string const& name : namesOf(source, DT_REG)) copied = copyFile(source + name, target + name) && copied;
+    return copied;
+  }
+
+ private:
+  static bool copyFile(std::string const& source, std::string const& target) {
+    struct stat status;
+    if (lstat(source.c_str(), &status) != 0) return false;
+    int const from = open(source.c_str(), O_RDONLY | O_CLOEXEC);
+    bool copied = fstat(from, &status) == 0;
+    int const to = open(target.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, status.st_mode & 0777);
+    struct statx made;
+    copied =
+        statx(to, "", AT_EMPTY_PATH, STATX_TYPE | STATX_MODE, &made) == 0 && made.stx_mode == status.st_mode && copied;
+    auto const size = static_cast<std::size_t>(status.st_size);
+    copied = copy_file_range(from, nullptr, to, nullptr, size, 0) == status.st_size && copied;
+    timespec const times[] = {{0, UTIME_OMIT}, status.st_mtim};
+    copied = futimens(to, times) == 0 && copied;
+    return close(to) == 0 && close(from) == 0 && copied;
+  }
+};
+
 // The calls of a removal and no more: what a folder is, whether it may change, its folders, its files; for each file whether
 // it may change, twice, since the call that removes it asks by itself.
 struct RemovalCalls {
   static bool removeTree(std::string const& folder) {
-    bool removed = isThere(folder) && isThere(folder);
+    bool removed = existsBare(folder.c_str()) && existsBare(folder.c_str());
     for (std::string const& name : namesOf(folder, DT_DIR)) removed = removeTree(folder + name + '/') && removed;
     for (std::string const& name : namesOf(folder, DT_REG)) removed = removeFile(folder + name) && removed;
     return rmdir(folder.c_str()) == 0 && removed;
   }
 
  private:
-  static bool isThere(std::string const& path) {
-    struct statx status;
-    return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
-  }
   static bool removeFile(std::string const& path) {
     struct stat status;
-    return isThere(path) && fstatat(AT_FDCWD, path.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-           unlink(path.c_str()) == 0;
-  }
-  static std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {
-    std::vector<std::string> names;
-    DIR* const entries = opendir(folder.c_str());
-    require(entries != nullptr, "the folder can be read");
-    while (dirent const* const entry = readdir(entries)) {
-      bool const isDots = strcmp(entry->d_name, ".") == 0 || strcmp(entry->d_name, "..") == 0;
-      if (entry->d_type == type && !isDots) names.push_back(entry->d_name);
-    }
-    closedir(entries);
-    return names;
+    return existsBare(path.c_str()) && lstat(path.c_str(), &status) == 0 && unlink(path.c_str()) == 0;
   }
 };
 

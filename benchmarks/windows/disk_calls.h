@@ -52,6 +52,24 @@ inline bool existsBare(wchar const* path) {
   return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
+// The calls of a copy and no more: what both folders are, its folders, its files; for each folder whether it is there already
+// and whether the one above it is. The paths of folders end in a separator.
+struct CopyCalls {
+  static bool copyTree(std::wstring const& source, std::wstring const& target) {
+    bool copied = existsBare(source.c_str()) && existsBare(target.c_str());
+    visitEntries(source, true, [&](std::wstring const& name) {
+      std::wstring const made = target + name + L'\\';
+      copied = !existsBare(made.c_str()) && existsBare(target.c_str()) &&
+               CreateDirectoryW(made.c_str(), nullptr) != 0 && copied;
+      copied = copyTree(source + name + L'\\', made) && copied;
+    });
+    visitEntries(source, false, [&](std::wstring const& name) {
+      copied = CopyFileW((source + name).c_str(), (target + name).c_str(), TRUE) != 0 && copied;
+    });
+    return copied;
+  }
+};
+
 // The calls of a removal and no more: what a folder is, twice, its folders, its files; for each file whether it is there.
 struct RemovalCalls {
   static bool removeTree(std::wstring const& folder) {
