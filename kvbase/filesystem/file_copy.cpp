@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <utility>
 
+#include "kvbase/export.h"
 #include "kvbase/filesystem/file.h"
 #include "kvbase/filesystem/internal/copy_progress.h"
+#include "kvbase/filesystem/internal/system_name.h"
 #include "kvbase/filesystem/progress.h"
 #include "kvbase/platform/error_api.h"
 #include "kvbase/platform/error_codes.h"
@@ -15,8 +17,9 @@ ulong32 copyProgressRoutine(std::int64_t total, std::int64_t transferred, void* 
   return platform::kProgressContinue;
 }
 
-int File::copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IProgress> progress) const {
-  bool const done = platform::files().copyFile(getFullNameUnicode(), target->getFullNameUnicode(),
+KVBASE_NEVER_INLINE int File::copy(SmartPtr<File const> target, bool overwrite,
+                                   std::shared_ptr<IProgress> progress) const {
+  bool const done = platform::files().copyFile(SystemName(*this), SystemName(*target),
                                                progress != nullptr ? &copyProgressRoutine : nullptr, progress.get(),
                                                overwrite ? 0 : platform::kCopyFailIfExists);
   if (done) return CopyOk;
