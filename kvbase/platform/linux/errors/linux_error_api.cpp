@@ -43,6 +43,7 @@ constexpr Text kTexts[] = {
     {kDirectoryNameInvalid, KVW("The name is not that of a directory.\r\n")},
     {kPartialCopy, KVW("Only a part of the memory could be read.\r\n")},
     {kInvalidAddress, KVW("Nothing is known of the address.\r\n")},
+    {kLibraryInitFailed, KVW("The library could not be loaded or started.\r\n")},
     {kInputOutputError, KVW("The device reported an input or output error.\r\n")},
     {kTooManyLinks, KVW("The item has too many links.\r\n")},
     {kRequestAborted, KVW("The operation was cancelled.\r\n")},

@@ -31,7 +31,9 @@ TEST(LinuxErrorTexts, EveryCodeHasOneSentence) {
                            kFileTooLarge,      kDirectoryNameInvalid,
                            kInputOutputError,  kTooManyLinks,
                            kNotReady,          kInvalidParameter,
-                           kRequestAborted,    kCannotResolveName};
+                           kRequestAborted,    kCannotResolveName,
+                           kModuleNotFound,    kPartialCopy,
+                           kInvalidAddress,    kLibraryInitFailed};
   for (ulong32 const code : codes) {
     wstring text;
     ASSERT_TRUE(nativeErrors().errorText(code, text)) << code;
