@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 
 namespace KV_1_1 {
 namespace platform {
@@ -33,6 +34,14 @@ void cut(std::string& text, char const* part) {
   if (at != std::string::npos) text.erase(at, strlen(part));
 }
 
+// What stands behind the parameters of a method, from the last part to the first.
+void cutQualifiers(std::string& text) {
+  for (std::string_view const part : {" &&", " &", " volatile", " const"}) {
+    bool const hasPart = text.size() > part.size() && text.compare(text.size() - part.size(), part.size(), part) == 0;
+    if (hasPart) text.resize(text.size() - part.size());
+  }
+}
+
 }  // namespace
 
 std::string demangledName(char const* name) {
@@ -54,11 +63,7 @@ std::string demangledNameOnly(char const* name) {
     if (text == nullptr) continue;
     std::string result = text.get();
     cut(result, "[abi:cxx11]");
-    constexpr char kConst[] = " const";
-    constexpr std::size_t kConstSize = sizeof kConst - 1;
-    bool const endsInConst =
-        result.size() > kConstSize && result.compare(result.size() - kConstSize, kConstSize, kConst) == 0;
-    if (endsInConst) result.resize(result.size() - kConstSize);
+    cutQualifiers(result);
     return result;
   }
   return name;
