@@ -79,8 +79,8 @@ class DebugApi {
   virtual bool programPath(wstring& path) = 0;
   virtual bool programPath(std::string& path) = 0;
   virtual bool currentDirectory(std::string& path) = 0;
-  // A variable of the environment. False if it is not set, is empty, or a narrow value does not fit into
-  // kDebugTextCapacity; the text is then unchanged.
+  // A variable of the environment. False if it is not set, is empty, or does not fit: a narrow value into
+  // kDebugTextCapacity, a wide one, on Windows, into 4096 units. The text is then unchanged.
   virtual bool environmentVariable(wchar const* name, wstring& value) = 0;
   virtual bool environmentVariable(char const* name, std::string& value) = 0;
   virtual bool userName(std::string& name) = 0;
