@@ -161,6 +161,14 @@ TEST(LinuxLoadedLibraryWalk, DebugDataOfAnotherFileIsNotTaken) {
   }
 }
 
+TEST(LinuxLoadedLibraryWalk, DebugDataMayHaveTheNameOfTheLibrary) {
+  TempFolder const folder;
+  copyFixture(folder, "walked_linked.so", "walked.debug");
+  copyFixture(folder, "walked.debug", ".debug/walked.debug");
+  WalkedLibrary const library(folder.path("walked.debug"));
+  EXPECT_EQ(indexOf(library.walk().frames, kInner), 1);
+}
+
 // Another library takes the place, and the addresses, of one that has been unloaded.
 TEST(LinuxLoadedLibraryWalk, UnloadedLibraryIsForgotten) {
   TempFolder const folder;

@@ -82,7 +82,7 @@ class Worker {
 // A thread has little time to answer in a scope.
 class ShortAnswerTime {
  public:
-  ShortAnswerTime() { platform::threadAnswerMilliseconds = 20; }
+  explicit ShortAnswerTime(int milliseconds = 20) { platform::threadAnswerMilliseconds = milliseconds; }
   ~ShortAnswerTime() { platform::threadAnswerMilliseconds = before_; }
   ShortAnswerTime(ShortAnswerTime const&) = delete;
   ShortAnswerTime& operator=(ShortAnswerTime const&) = delete;
@@ -161,6 +161,18 @@ TEST(LinuxThreadControl, ThreadThatBlocksAllSignalsIsAFailureAfterATime) {
   EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), kFailure);
   EXPECT_EQ(platform::nativeErrors().lastError(), platform::kAccessDenied);
   EXPECT_TRUE(makesRounds());
+}
+
+// There is room for 64 threads that stand still or may still answer.
+TEST(LinuxThreadControl, ThreadsThatEndWithoutAnAnswerTakeNoRoom) {
+  for (int i = 0; i < 64; ++i) {
+    Worker const worker(/*blocksSignals=*/true);
+    ShortAnswerTime const none(0);
+    EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), kFailure);
+  }
+  Worker const worker;
+  EXPECT_EQ(platform::nativeDebug().suspendThread(worker.handle()), 0u);
+  EXPECT_EQ(platform::nativeDebug().resumeThread(worker.handle()), 1u);
 }
 
 // The signal that nobody waits for any more arrives when the thread takes it.
