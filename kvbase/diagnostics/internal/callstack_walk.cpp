@@ -32,6 +32,7 @@ debug_help::StackFrame64 firstFrame(_CONTEXT const& context) {
 }  // namespace
 
 void StackWalkerImpl::walk(StackWalker& walker, void* thread, _CONTEXT& context) const {
+  // Zeroed: a name as long as the limit may come without a terminator, and the bytes behind it are not the library's.
   HeapText const block(new (std::nothrow) char[kSymbolBlock]());
   if (block == nullptr) return;
   auto& symbol = *reinterpret_cast<Symbol*>(block.get());
@@ -83,8 +84,6 @@ void StackWalkerImpl::resolveSymbol(StackWalker& walker, Symbol& symbol, Entry& 
     return;
   }
   entry.symbolDisplacement = displacement;
-  // A name as long as the limit may come without a terminator; the record's last bytes are not the library's.
-  reinterpret_cast<char*>(&symbol)[kSymbolBlock - 1] = 0;
   copyText(entry.name, symbol.name);
   undecorateSymbolName(symbol.name, entry.undecoratedName, sizeof entry.undecoratedName,
                        debug_help::kUndecorateNameOnly);
