@@ -1,6 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // The whole public interface of KVBase in one include.
+//
+// Comments in all headers use these words:
+//   NIL        a String without a text; EMPTY and other empty texts are something else (kv_string.h)
+//   unit       a UTF-16 code unit, of 16 bits on every system; lengths and positions count them (text_unit.h)
+//   REQUIRES:  a precondition that is not checked: without it the behaviour is undefined
+//   COMPAT:    behaviour that looks wrong and is kept on purpose, because programs rely on it
+//   a message  a text for FileSystemItem::reportError; the caller sees the result alone
 #pragma once
 
 #include "kvbase/core/base_node.h"

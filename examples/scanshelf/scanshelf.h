@@ -69,7 +69,8 @@ String sizeText(std::uint64_t bytes);
 //   7260 s => "2 h 1 min"
 String durationText(std::chrono::milliseconds duration);
 
-// Widths are columns of the terminal, not code units. A combining mark has width 0, and an ideograph width 2. A lone surrogate counts as one character of width 1.
+// Widths are columns of the terminal, not code units. A combining mark has width 0, and an ideograph width 2. A lone
+// surrogate counts as one character of width 1.
 int displayWidth(String const& text);
 // The text in at most `width` columns. A path with slashes loses folders in its middle; a name, or a path whose last
 // name alone is too wide, loses characters. Never cuts a surrogate pair.

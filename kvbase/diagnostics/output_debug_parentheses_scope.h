@@ -5,7 +5,7 @@
 
 // Marks where a bracketed block of debug output starts, by the depth of the call stack. While a scope is open,
 // VgStackWalker::initialCallStackDepth is the number of frames from the constructor's walk to the end of the stack; then
-// it is again what it was before. Scopes nest. Nothing is written anywhere: who prints reads the depth.
+// it is again what it was before. Scopes nest. Nothing is written anywhere: code that prints reads the depth.
 //
 //   OutputDebugParenthesesScope const scope;
 //   printIndented(VgStackWalker::initialCallStackDepth);
@@ -18,7 +18,7 @@ class KVBASE_API OutputDebugParenthesesScope {
   // Walks the stack of the calling thread by VgStackWalker::globalStackWalker; the first scope of the process loads the
   // debug-help library.
   OutputDebugParenthesesScope();
-  // COMPAT: a copy restores the same depth as its source, and to copy opens nothing.
+  // COMPAT: a copy restores the same depth as its source, and copying opens nothing.
   OutputDebugParenthesesScope(OutputDebugParenthesesScope const& other) = default;
   OutputDebugParenthesesScope& operator=(OutputDebugParenthesesScope const& other);
   ~OutputDebugParenthesesScope();

@@ -48,7 +48,7 @@ class KVBASE_API StackWalker {
   struct CallstackEntry {
     unsigned long long address;               // the program counter; 0: no valid entry
     char name[kTextCapacity];                 // of the symbol, as it is stored
-    char undecoratedName[kTextCapacity];      // without scope of arguments: "N::C::method"
+    char undecoratedName[kTextCapacity];      // without result and parameters: "N::C::method"
     char undecoratedFullName[kTextCapacity];  // the complete signature
     unsigned long long symbolDisplacement;    // bytes from the start of the symbol
     std::uint32_t lineDisplacement;           // bytes from the start of the line
@@ -68,9 +68,9 @@ class KVBASE_API StackWalker {
   using ReadMemoryRoutine = int (*)(void* process, unsigned long long address, void* buffer, KV_1_1::ulong32 size,
                                     KV_1_1::ulong32* bytesRead, void* userData);
 
-  // For a process, by default this one, of which `process` is a handle. Nothing is loaded yet. The path, where debug
-  // information is searched for first, is copied; null: none. COMPAT: a path also sets OptionBuildSymbolPath, whatever
-  // `options` says.
+  // For a process, by default this one, of which `process` is a handle; on Linux only this process can be walked. Nothing
+  // is loaded yet. The path, where debug information is searched for first, is copied; null: none. COMPAT: a path also sets
+  // OptionBuildSymbolPath, whatever `options` says.
   explicit StackWalker(int options = OptionsDefault, char const* symbolPath = nullptr,
                        KV_1_1::ulong32 processId = currentProcessId(), void* process = currentProcess());
   // With the default options and no path.
@@ -102,9 +102,10 @@ class KVBASE_API StackWalker {
 
   // Walks the stack of `thread`, innermost frame first, and calls OnCallstackEntry for each frame. With a context the walk
   // starts there and the thread is left alone. Without one it starts here for the value of GetCurrentThread(); any other
-  // thread is suspended for the whole walk, callbacks included, so they must not wait for it. COMPAT: a real handle
-  // of the calling thread counts as another thread, so on Windows it suspends the caller for good; on Linux the thread
-  // cannot stop itself, and the result is 0.
+  // thread (on Linux its id, from gettid, as a pointer) is suspended for the whole walk, callbacks included, so they must
+  // not wait for it. A thread that is suspended inside malloc or the loader may hold what the walk needs, which then waits
+  // for ever. COMPAT: a real handle of the calling thread counts as another thread, so on Windows it suspends the caller
+  // for good; on Linux the thread cannot stop itself, and the result is 0.
   //
   // `readMemory` reads the stack; null: memory of the process is read. COMPAT: routine and `userData` stay in effect for
   // all walkers until the next call.
@@ -127,6 +128,8 @@ class KVBASE_API StackWalker {
   // The callbacks. The default forms print one line each, two for OnSymInit, by calling OnOutput; lines end with a line
   // feed. A line of 1024 bytes or more is cut after 1023, so it has no line feed. Addresses are printed as the system
   // prints pointers: 16 upper-case hexadecimal digits on Windows, 0x and lower-case ones, (nil) for 0, on Linux.
+  // REQUIRES: OnSymInit and OnLoadModule, and OnDbgHelpErr during LoadModules, start no walk of this walker: it would load
+  // again, without end.
   //
   // The library has been loaded.
   //   SymInit: Symbol-SearchPath: '.;C:\tools;', symOptions: 530, UserName: 'ann'

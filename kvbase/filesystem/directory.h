@@ -21,14 +21,14 @@ class KVFileProgressInterface;
 // A directory path: a root, whether it starts there, and the levels below, kept as one text. The names and texts that it
 // gives are new Strings. See FileSystemItem for ownership, threads and failure.
 //
-//   text                      absolute   root           levels     full name
-//   C:\a\b                    yes        C:             a, b       C:\a\b\ .
-//   c:/a/../b//               yes        C:             b          C:\b\ .
-//   C:a                       no         C:             a          C:a\ .
-//   \a                        yes        NIL            a          \a\ .
-//   a\.\..\b                  no         NIL            a ., .. b  a\.\..\b\ .
-//   \\srv\share\x             yes        \\srv\share    x          \\srv\share\x\ .
-//   (empty or NIL)            no         NIL                       .\ .
+//   text              full name           absolute   root           levels
+//   C:\a\b            C:\a\b\             yes        C:             a, b
+//   c:/a/../b//       C:\b\               yes        C:             b
+//   C:a               C:a\                no         C:             a
+//   \a                \a\                 yes        NIL            a
+//   a\.\..\b          a\.\..\b\           no         NIL            a, ., .., b
+//   \\srv\share\x     \\srv\share\x\      yes        \\srv\share    x
+//   (empty or NIL)    .\                  no         NIL            none
 class KVBASE_API Directory : public FileSystemItem {
  public:
   // The relative path to the current directory: ".\".
@@ -53,7 +53,7 @@ class KVBASE_API Directory : public FileSystemItem {
 
   // Root, separator if absolute, and each level with a separator behind it; ".\" if that is nothing.
   String const getFullName() const override;
-  //   C:\a\ => \\?\C:\a\      \\srv\share\ => \\?\UNC\srv\share\      \a\ => \\?\\a\      a\ => a\ .
+  //   C:\a\ => \\?\C:\a\      \\srv\share\ => \\?\UNC\srv\share\      \a\ => \\?\\a\      a\ => a\ (no prefix)
   String getFullNameUnicode() const override;
   //   C:\a\ => C:/a/      \\srv\share\ => //srv/share/      .\ => ./
   String const getFullNameUnix() const override;
@@ -90,7 +90,7 @@ class KVBASE_API Directory : public FileSystemItem {
   // reference behind the common ones, then what remains of this path. Levels compare without case. With different
   // drives the absolute form of this path. COMPAT: only drives are compared, so two shares, or a share and a path
   // without a drive, give a relative path that leads nowhere. Null, with a message, if either has no absolute form.
-  //   C:\a\b from C:\A\c\d => ..\..\b\      C:\a\b from itself => .\      C:\a\b from D:\x => C:\a\b\ .
+  //   C:\a\b from C:\A\c\d => ..\..\b\      C:\a\b from itself => .\      C:\a\b from D:\x => C:\a\b\ (another drive)
   // REQUIRES: the reference is not null.
   SmartPtr<Directory const> makeRelative(SmartPtr<Directory const> const& reference) const;
   // Whether this full name occurs in the item's full name. A directory contains itself; "C:\a\" does not contain

@@ -94,7 +94,8 @@ class KVBASE_API File : public FileSystemItem {
   // such as a target that exists when `overwrite` is false, a target that is read-only or is this very file, a missing
   // folder. A failed copy leaves no half-made file. The progress gets the part that is done, from 0 to 1, on this
   // thread, and cannot stop the copy. The last value is 1. COMPAT: for an empty file the only value is not a number.
-  // REQUIRES: the target is not null. Keeps no hold of the progress, which may be null.
+  // The progress may be null; it is not kept.
+  // REQUIRES: the target is not null.
   int copy(SmartPtr<File const> target, bool overwrite, std::shared_ptr<IProgress> progress) const;
   int copy(SmartPtr<File const> target, bool overwrite) const;
   // Copies into a directory under this name. The new file, null on failure.

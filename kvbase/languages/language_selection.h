@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
 // The language in which a module speaks. It is decided in this order:
-//   1. the first argument of the program of the form -lang=xxx or /lang=xxx, in any case, with at most three letters;
+//   1. the first argument of the program of the form -lang=xxx or /lang=xxx with at most three letters, in upper or lower
+//      case;
 //   2. the text "GUILanguage" of the user's settings, Software\VOLQ\<program>\Settings\10.0, where <program> is the file
 //      name of the program without its last ending (Linux: see kvbase/platform/settings_api.h);
 //   3. the languages of the user and of the system.
-// A language is named by its abbreviation of three letters, as the system has it ("DEU", "FRA"), in any case; a language
-// id has 16 bits.
+// A language is named by its abbreviation of three letters, as the system has it ("DEU", "FRA"), in upper or lower case; a
+// language id has 16 bits.
 //
 // Thread rule: these functions, LoadTranslationDLL and the start of a module use process-wide data without a lock, so only
 // one thread at a time may be in any of them.

@@ -45,7 +45,7 @@ class ModuleOwner {
 
   // Gives the Module the instance of its library, loads its translation library, and gives it its name and the symbols of
   // the header resource METADATA RESOURCE.H; then calls initClassStatics of the Module's classes, parents first. A module
-  // without translation, and one without header or with a faulty one, is no less started.
+  // without translation, and one without header or with a faulty one, is started all the same.
   // False, with nothing changed, if it has been started already or the instance is null.
   // Throws std::runtime_error ("VerQueryValue failed", see LoadTranslationDLL): the Module has then not been started. After
   // a std::bad_alloc, or what a hook throws, it may have been: end() is right in either case.
@@ -63,8 +63,8 @@ class ModuleOwner {
 // Lifetime: the owner must outlive it.
 class KVBASE_API ProgramStart {
  public:
-  // Starts the Module with the instance of the program. Nothing happens if it has been started before; it ends with this
-  // object no less.
+  // Starts the Module with the instance of the program. Nothing happens if it has been started before, but it ends with
+  // this object all the same.
   // Throws what ModuleOwner::start throws; the Module has then been ended.
   explicit ProgramStart(ModuleOwner& owner);
   ~ProgramStart();

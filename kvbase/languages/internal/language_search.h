@@ -46,7 +46,7 @@ struct LangIdSearch {
 bool SearchLanguageGroup(ulong32 group, void* search);
 bool SearchLocale(ulong32 locale, void* search);
 
-// The id of the first locale with that abbreviation, in any case; kNoLanguage if the system knows none, and for null.
+// The id of the first locale with that abbreviation, ignoring case; kNoLanguage if the system knows none, and for null.
 unsigned short GetLangIdOfAbbrev(wchar const* abbrev);
 
 struct LanguageFile {
