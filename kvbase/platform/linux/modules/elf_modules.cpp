@@ -149,6 +149,27 @@ bool pathOfMapping(std::uintptr_t address, NativePath& path) {
   return false;
 }
 
+// Whether an absolute path leads to the same file as its text does, where two separators at the front are those of a share,
+// and ".." is resolved without following the link before it.
+bool isPlain(char const* path) {
+  return strstr(path, "//") == nullptr && strstr(path, "/./") == nullptr && strstr(path, "/../") == nullptr;
+}
+
+// The same file in the plain path of its folder; it keeps its name, even if that is a link. False if there is no such folder
+// any more. `name` is not plain, and cut behind the folder.
+bool pathInPlainFolder(Path& name, NativePath& path) {
+  char* const file = strrchr(name.bytes, '/') + 1;
+  file[-1] = '\0';
+  std::unique_ptr<char, void (*)(void*)> const folder(realpath(name.bytes, nullptr), &free);
+  if (folder == nullptr) return false;
+  bool const isRoot = folder.get()[1] == '\0';
+  path.resize(0);
+  path.append(folder.get(), isRoot ? 0 : strlen(folder.get()));
+  path.push('/');
+  path.append(file, strlen(file) + 1);
+  return true;
+}
+
 }  // namespace
 
 HINSTANCE programModule() {
@@ -183,9 +204,12 @@ bool pathOfModule(HINSTANCE module, NativePath& path) {
     return loadAddress(info) == addressOf(module) && name.assign(info.dlpi_name);
   };
   if (module == nullptr || !visitModules(visit)) return false;
-  if (name.bytes[0] != '/') return pathOfMapping(addressOf(module), path);
-  assign(path, name.bytes, strlen(name.bytes));
-  return true;
+  bool const isAbsolute = name.bytes[0] == '/';
+  if (isAbsolute && isPlain(name.bytes)) {
+    assign(path, name.bytes, strlen(name.bytes));
+    return true;
+  }
+  return (isAbsolute && pathInPlainFolder(name, path)) || pathOfMapping(addressOf(module), path);
 }
 
 bool pathOfModuleNamed(wchar const* name, NativePath& path) {

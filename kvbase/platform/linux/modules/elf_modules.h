@@ -19,8 +19,8 @@ HINSTANCE programModule();
 // The loaded module with a segment that holds the address; null if there is none.
 HINSTANCE moduleHolding(void const* address);
 
-// The absolute path of a loaded module, NUL-terminated. A file that has been removed since has the path that it had.
-// False if there is no such module or it comes from no file.
+// The absolute path of a loaded module in plain form, without "//", "." and "..", NUL-terminated. A file that has been
+// removed since has the path that it had. False if there is no such module or it comes from no file.
 bool pathOfModule(HINSTANCE module, NativePath& path);
 
 // The path of a loaded module, NUL-terminated, by its file name, which compares without regard to case. False if none

@@ -90,6 +90,39 @@ TEST(ElfModules, ARelativeNameBecomesAnAbsolutePath) {
   EXPECT_EQ(pathOf(library->handle), folder.path("tool.so").string());
 }
 
+// Two separators at the front of a text begin a share, and ".." in it does not follow links.
+TEST(ElfModules, APathIsThatOfTheFileWhateverTheNameByWhichItWasLoaded) {
+  TempFolder const folder;
+  copyModule(folder, "tool", "real/app/tool");
+  fs::create_symlink("real/app", folder.path("link"));
+  fs::create_symlink("tool.so", folder.path("real/app/alias.so"));
+  std::string const top = folder.path().string();
+  struct {
+    std::string name, expected;
+  } const rows[] = {
+      {top + "/real/app/tool.so", "/real/app/tool.so"},
+      {"/" + top + "/real/app/tool.so", "/real/app/tool.so"},
+      {top + "/real//app/./tool.so", "/real/app/tool.so"},
+      {top + "/link/../app/tool.so", "/real/app/tool.so"},
+      // What was not asked to go back stays as it was said.
+      {top + "/link/tool.so", "/link/tool.so"},
+      {top + "/link/../app/alias.so", "/real/app/alias.so"},
+  };
+  for (auto const& row : rows) {
+    SCOPED_TRACE(row.name);
+    Loaded const library(row.name.c_str());
+    EXPECT_EQ(pathOf(library.handle), top + row.expected);
+  }
+}
+
+TEST(ElfModules, AFolderThatHasGoneIsStillPartOfThePath) {
+  TempFolder const folder;
+  copyModule(folder, "tool", "app/tool");
+  Loaded const library((folder.path().string() + "/app/../app/tool.so").c_str());
+  fs::remove_all(folder.path("app"));
+  EXPECT_EQ(pathOf(library.handle), folder.path("app/tool.so").string());
+}
+
 TEST(ElfModules, ARemovedFileHasThePathThatItHad) {
   TempFolder const folder;
   copyModule(folder, "tool", "tool");
