@@ -49,6 +49,7 @@ class LocaleName {
     language_ = takeUntil("_-.@");
     if (language_.size < 2 || language_.size > 3 || !language_.consistsOf(&isLetter)) return false;
     if (next_ != end_ && !isSuffix() && !parseRegion()) return false;
+    if (next_ != end_ && !isSuffix()) return false;
     if (next_ != end_ && *next_ == '.') takeUntil("@");
     parseModifier();
     return true;
