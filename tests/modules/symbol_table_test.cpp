@@ -428,11 +428,62 @@ TEST_F(SymbolTableCodePage, EachByteAtEachPlaceReadsAsInALineOfUnits) {
   }
 }
 
+// In these pages some bytes of ASCII shift to other characters.
+TEST_F(SymbolTableCodePage, ShiftedBytesOfAsciiAreDecoded) {
+  for (unsigned int const page : {65000u, 50220u, 52936u}) {
+    text_.ansi = page;
+    for (char const* const line : {"#define A+AMQ- 12", "#define \x1B$B$\"\x1B(B 12", "#define ~{0!~} 12"}) {
+      SCOPED_TRACE(line);
+      SymbolTable single;
+      EXPECT_TRUE(parseLine(single, String(CodePageInterface(line, 0))));
+      EXPECT_EQ(definitionsByName(tableOf(line)), definitionsByName(single)) << page;
+    }
+  }
+  text_.ansi = 65000;
+  EXPECT_EQ(tableOf("#define A+AMQ- 12")[KVW("A\u00C4")], 12u);
+}
+
+TEST_F(SymbolTableCodePage, DigitsBeyondAsciiGoOnWithANumber) {
+  text_.ansi = 65001;
+  for (char const* const line : {"#define A 1\xEF\xBC\x92 // r", "#define A \xEF\xBC\x91\xEF\xBC\x92"}) {
+    SymbolTable single;
+    EXPECT_TRUE(parseLine(single, String(CodePageInterface(line, 0))));
+    EXPECT_EQ(shown(single), "A=12");
+    EXPECT_EQ(shown(tableOf(line)), "A=12");
+  }
+}
+
+TEST_F(SymbolTableCodePage, NamesThatDifferInOneBitAreTwo) {
+  text_.ansi = 65001;
+  auto const utf8 = [](unsigned int unit) {
+    return std::string{static_cast<char>(0xE0 | unit >> 12), static_cast<char>(0x80 | (unit >> 6 & 0x3F)),
+                       static_cast<char>(0x80 | (unit & 0x3F))};
+  };
+  // Each change of one bit gives another letter.
+  constexpr wchar kUnit = 0x5555;
+  for (int bit = 0; bit < 16; ++bit) {
+    SCOPED_TRACE(bit);
+    wchar const other = static_cast<wchar>(kUnit ^ 1 << bit);
+    SymbolTable const table = tableOf("#define " + utf8(kUnit) + " 1\n#define " + utf8(other) + " 2\n");
+    EXPECT_EQ(table[String(kUnit, 1)], 1u);
+    EXPECT_EQ(table[String(other, 1)], 2u);
+  }
+}
+
 TEST_F(SymbolTableCodePage, ALineThatCannotBeDecodedIsIgnored) {
   text_.ansi = 4711;
   SymbolTable table;
   EXPECT_TRUE(parse(table, "#define A 1\n#define \xC4 2\n#define\n"));
   EXPECT_EQ(shown(table), "");
+}
+
+TEST_F(SymbolTableCodePage, ALineIsIgnoredThoughOnlyItsRemarkCannotBeDecoded) {
+  text_.ansi = 1252;
+  text_.failAt = 2;  // the first call finds out about the page
+  SymbolTable table;
+  EXPECT_TRUE(parse(table, "#define A 1 // \xC4\n#define B 2\n"));
+  EXPECT_EQ(text_.calls, 2);
+  EXPECT_EQ(shown(table), "B=2");
 }
 
 }  // namespace
