@@ -39,7 +39,7 @@ bool isSameName(wchar const* name, std::size_t size, char const* entry) {
 bool findInAnyCase(NativePath& path, std::size_t folderSize) {
   char const* const wanted = path.data() + folderSize;
   std::size_t const wantedSize = strlen(wanted);
-  if (wantedSize == 0 || wantedSize > kLongestName || isDots(wanted, wantedSize)) return false;
+  if (wantedSize == 0 || wantedSize > kLongestName) return false;
   wchar name[kLongestName];
   std::size_t const size = nameFromNative(wanted, wantedSize, name);
 
