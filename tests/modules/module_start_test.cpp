@@ -299,6 +299,20 @@ TEST_F(ModuleStart, HooksAreCalledParentsFirstAtTheEndToo) {
   EXPECT_EQ(log, Log({"end Node name=tool A=-1", "end View name=tool A=-1", "end Scan name=tool A=-1"}));
 }
 
+TEST_F(ModuleStart, AtTheEndHooksAreCalledWhenTheTranslationHasGone) {
+  putTranslation();
+  struct Counting final : mZClass {
+    Counting(ModuleOwner& owner, std::vector<HINSTANCE> const& freed)
+        : mZClass(KVW("Counting"), owner.module(), ClassVersion()), freed(freed) {}
+    void clearClassStatics() const override { counts.push_back(freed.size()); }
+    std::vector<HINSTANCE> const& freed;
+    mutable std::vector<std::size_t> counts;
+  } const record(owner, world.modules.freed);
+  EXPECT_TRUE(owner.start(world.tool()));
+  owner.end();
+  EXPECT_EQ(record.counts, std::vector<std::size_t>({1}));
+}
+
 TEST_F(ModuleStart, HooksOfOtherModulesAreNotCalled) {
   ModuleOwner other;
   Log log;

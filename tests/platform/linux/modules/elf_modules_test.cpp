@@ -14,6 +14,7 @@
 #include "kvbase/platform/module_api.h"
 #include "tests/support/current_path.h"
 #include "tests/support/module_files.h"
+#include "tests/support/narrow_text.h"
 #include "tests/support/pe_image.h"
 #include "tests/support/temp_folder.h"
 
@@ -88,6 +89,9 @@ TEST(ElfModules, ARelativeNameBecomesAnAbsolutePath) {
   }
   CurrentPath const current(elsewhere.path());
   EXPECT_EQ(pathOf(library->handle), folder.path("tool.so").string());
+  platform::NativePath path;
+  ASSERT_TRUE(platform::pathOfModuleNamed(KVW("tool.so"), path));
+  EXPECT_EQ(std::string(path.data()), folder.path("tool.so").string());
 }
 
 // Two separators at the front of a text begin a share, and ".." in it does not follow links.
@@ -130,6 +134,8 @@ TEST(ElfModules, ARemovedFileHasThePathThatItHad) {
   Loaded const library("./tool.so");
   fs::remove(folder.path("tool.so"));
   EXPECT_EQ(pathOf(library.handle), folder.path("tool.so").string());
+  folder.write("tool.so (deleted)");
+  EXPECT_EQ(pathOf(library.handle), folder.path("tool.so").string()) << "the other file is not loaded";
 }
 
 TEST(ElfModules, ANameMayEndLikeThatOfARemovedFile) {
@@ -139,6 +145,16 @@ TEST(ElfModules, ANameMayEndLikeThatOfARemovedFile) {
   CurrentPath const current(folder.path());
   Loaded const library("./tool (deleted)");
   EXPECT_EQ(pathOf(library.handle), folder.path("tool (deleted)").string());
+}
+
+TEST(ElfModules, APathThatDoesNotFitIsCut) {
+  TempFolder const folder;
+  std::string const a(130, 'a'), b(130, 'b');
+  copyModule(folder, "tool", a + '/' + b + "/tool");
+  Loaded const library(folder.path(a + '/' + b + "/tool.so").c_str());
+  wstring path;
+  ASSERT_TRUE(elfModules().modulePath(library.handle, path));
+  EXPECT_EQ(path, folder.text(widen(a + '\\' + b + "\\tool.so")).substr(0, 259));
 }
 
 TEST(ElfModules, ResourcesEndWithTheModule) {

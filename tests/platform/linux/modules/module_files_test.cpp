@@ -7,9 +7,13 @@
 #include <filesystem>
 #include <string>
 
+#include "kvbase/platform/linux/files/wildcard.h"
 #include "kvbase/platform/module_api.h"
+#include "tests/platform/linux/environment_variable.h"
 #include "tests/platform/linux/files/file_support.h"
 #include "tests/support/current_path.h"
+#include "tests/support/module_files.h"
+#include "tests/support/narrow_text.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -96,6 +100,26 @@ TEST_F(ModuleFiles, ARelativeNameIsLookedForInTheCurrentDirectory) {
   platform::NativePath path;
   ASSERT_TRUE(platform::findModuleFile(KVW("TOOL.dll"), path));
   EXPECT_EQ(std::string(path.data()), "Tool.dll");
+}
+
+TEST_F(ModuleFiles, ABareNameIsThatOfAFileBesideTheProgramInAnyCase) {
+  wstring name = widen(programFile().filename().string());
+  for (wchar& unit : name) unit = platform::upperCased(unit);
+  platform::NativePath path;
+  ASSERT_TRUE(platform::findModuleFileByName(name.c_str(), path));
+  EXPECT_EQ(fs::path(path.data()), programFile());
+}
+
+TEST_F(ModuleFiles, ANameWithAFolderOrADriveIsAPath) {
+  folder.write("tool.dll");
+  fs::create_directory_symlink(folder.path(), folder.path("c:"));
+  EnvironmentVariable const drives("KVBASE_DRIVES", folder.path().c_str());
+  CurrentPath const current(folder.path());
+  platform::NativePath path;
+  for (wchar const* const name : {KVW(".\\TOOL.dll"), KVW("./TOOL.dll"), KVW("C:TOOL.dll")}) {
+    EXPECT_TRUE(platform::findModuleFileByName(name, path)) << narrow(name);
+  }
+  EXPECT_FALSE(platform::findModuleFileByName(KVW("tool.dll"), path)) << "a bare name is not that of a file here";
 }
 
 TEST_F(ModuleFiles, AFileWithoutTheRightToReadIsNotReadable) {
