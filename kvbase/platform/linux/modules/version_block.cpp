@@ -24,15 +24,12 @@ bool isSameKey(wchar const* key, std::size_t size, wchar const* other) {
 }  // namespace
 
 VersionBlock::VersionBlock(void const* bytes, std::size_t size)
-    : bytes_(static_cast<unsigned char const*>(bytes)),
-      size_(size < kHeaderSize ? 0 : std::min<std::size_t>(size, load16(bytes_))) {}
+    : bytes_(static_cast<unsigned char const*>(bytes)), size_(size) {}
 
 // Reads the block at `at`, which lies in a block that ends at `end`.
 bool VersionBlock::read(std::size_t at, std::size_t end, Block& block) const {
   if (at > end || end - at < kHeaderSize) return false;
-  std::size_t const size = load16(bytes_ + at);
-  if (size < kHeaderSize) return false;
-  block.end = at + std::min(size, end - at);
+  block.end = at + std::min<std::size_t>(load16(bytes_ + at), end - at);
   block.isText = load16(bytes_ + at + 4) != 0;
   block.valueSize = load16(bytes_ + at + 2) * std::size_t(block.isText ? 2 : 1);
   block.key = at + kHeaderSize;

@@ -173,6 +173,18 @@ TEST(VersionBlock, AFixedPartThatIsNotCompleteIsNotFound) {
   EXPECT_EQ(query(block(KVW("VS_VERSION_INFO"), "", 0, kBinary), KVW("\\")), kNothing);
 }
 
+TEST(VersionBlock, ATextIsNoFixedPart) {
+  EXPECT_EQ(query(block(KVW("VS_VERSION_INFO"), std::string(104, '\0'), 52, kText), KVW("\\")), kNothing);
+}
+
+TEST(VersionBlock, AKeyWithoutTerminatorIsNone) {
+  std::string bytes = rootOfStrings({block(KVW("CompanyName"), "", 0, kText)});
+  ASSERT_EQ(query(bytes, kCompany), (Answer{true, "", 0}));
+  std::size_t const company = 40 + 52 + 36 + 24;
+  put16(bytes, company, 6 + 2 * 11);
+  EXPECT_EQ(query(bytes, kCompany), kNothing);
+}
+
 TEST(VersionBlock, LengthsThatLieEndInNotFound) {
   struct Row {
     char const* name;
