@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <istream>
-#include <new>
 #include <utility>
 
 #include "kvbase/modules/internal/header_line.h"
@@ -23,8 +22,6 @@ bool readLines(std::istream& stream, Take take) {
   bool isFaultless = true;
   char line[LineReader::kLimit];
   while (!stream.eof() && !stream.bad()) {
-    // A stream that has failed before stores nothing.
-    line[0] = 0;
     stream.getline(line, sizeof line);
     // Without this a line that is too long would leave the stream failed, and the loop without end.
     bool const isStuck = stream.fail() && !stream.eof() && !stream.bad();
@@ -107,10 +104,8 @@ bool SymbolTable::Contents::fill(SymbolTable& table, std::istream& stream) {
       }
       return line.kind == HeaderLine::kNumber ? batch.add(line.name, line.number) : line.kind == HeaderLine::kNothing;
     });
-  } catch (std::bad_alloc const&) {
-    throw;
   } catch (...) {
-    // The stream was told to throw when it fails, as it does at its end.
+    // The stream may have been told to throw when it fails, as it does at its end.
     batch.moveInto(table.symbolToValue, table.valueToSymbols);
     throw;
   }
