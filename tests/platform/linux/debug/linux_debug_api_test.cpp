@@ -2,12 +2,9 @@
 #include <errno.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <pwd.h>
 #include <signal.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
 #include <sys/wait.h>
@@ -28,6 +25,7 @@
 #include "kvbase/platform/module_api.h"
 #include "kvbase/platform/pointer_text.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/refused_call.h"
 #include "tests/support/current_path.h"
 #include "tests/support/skip.h"
 #include "tests/support/temp_folder.h"
@@ -98,23 +96,11 @@ TEST(LinuxDebugMemory, UnmappedMemoryIsAFailure) {
   munmap(pages, pageSize);
 }
 
-// Has the system answer this thread with an error when it reads the memory of a process. False if that cannot be had.
-bool refuseToRead(unsigned error) {
-  sock_filter program[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_process_vm_readv, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  sock_fprog const filter = {static_cast<unsigned short>(std::size(program)), program};
-  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
 TEST(LinuxDebugMemory, IsReadThroughAFileWhereTheCallIsForbidden) {
   for (unsigned const error : {EPERM, ENOSYS}) {
     bool isRefused = false;
     std::thread([&] {
-      isRefused = refuseToRead(error);
+      isRefused = refuseCall(SYS_process_vm_readv, error);
       std::vector<char> const heap(100, 'x');
       std::vector<char> copy(heap.size());
       std::size_t count = 0;
