@@ -47,7 +47,7 @@ inline void widenShortAscii(char const* bytes, int n, wchar* units) {
   if (n < kWhole) {
     forEachBlock<kHalf>(n, [=](int i) { Sse2Vector::store(units + i, Sse2Vector::loadNarrow(bytes + i)); });
   } else {
-    forEachBlock<kWhole>(n, [=](int i) { Sse2Vector::storeWidened(units + i, Sse2Vector::loadBytes(bytes + i)); });
+    forEachBlock<kWhole>(n, [=](int i) { Sse2Vector::storeWidened(units + i, bytes + i); });
   }
 }
 

@@ -78,9 +78,10 @@ struct Sse2Vector {
   static Register greaterBytes(Register a, Register b) { return _mm_cmpgt_epi8(a, b); }
   // Units from 0x80 on give bytes that are negative or 0 as signed numbers; those beyond 0xFF not their own.
   static Register narrowed(Register front, Register back) { return _mm_packus_epi16(front, back); }
-  static void storeWidened(wchar* units, Register bytes) {
-    store(units, _mm_unpacklo_epi8(bytes, zero()));
-    store(units + kUnits, _mm_unpackhi_epi8(bytes, zero()));
+  static void storeWidened(wchar* units, char const* bytes) {
+    Register const block = loadBytes(bytes);
+    store(units, _mm_unpacklo_epi8(block, zero()));
+    store(units + kUnits, _mm_unpackhi_epi8(block, zero()));
   }
 };
 

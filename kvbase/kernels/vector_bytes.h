@@ -79,9 +79,8 @@ template <class V>
 int widen(char const* bytes, int n, ByteRange except, wchar* units) {
   RangeTest<V> const hasException(except);
   int const i = copyBlocks<V>(n, [&](int at) {
-    auto const block = V::loadBytes(bytes + at);
-    if (hasException(block)) return false;
-    V::storeWidened(units + at, block);
+    if (hasException(V::loadBytes(bytes + at))) return false;
+    V::storeWidened(units + at, bytes + at);
     return true;
   });
   if (i == n) return n;
