@@ -41,16 +41,19 @@ int findBeyondLatin1(wchar const* units, int n) {
   return findBeyond<V, 0xFF>(units, n);
 }
 
-// A test of whether any byte of a register lies in a range. The range is moved to the lowest signed numbers, so one
-// comparison tells.
+// A test of whether any byte of a register lies in a range.
 template <class V>
 class RangeTest {
  public:
   explicit RangeTest(ByteRange range)
       : offset_(V::bytesOf(0x80 - range.low)), end_(V::bytesOf(range.high - range.low - 0x80)) {}
 
-  bool operator()(typename V::Register bytes) const {
-    return V::mask(V::greaterBytes(V::addBytes(bytes, offset_), end_)) != kAllUnits<V>;
+  bool operator()(typename V::Register bytes) const { return V::mask(outside(bytes)) != kAllUnits<V>; }
+
+  // All bits of a byte outside the range are set, none of another. The range is moved to the lowest signed numbers, so
+  // one comparison tells.
+  typename V::Register outside(typename V::Register bytes) const {
+    return V::greaterBytes(V::addBytes(bytes, offset_), end_);
   }
 
  private:

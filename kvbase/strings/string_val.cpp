@@ -11,7 +11,7 @@
 
 #include "kvbase/internal_assert.h"
 #include "kvbase/kernels/front_search.h"
-#include "kvbase/kernels/short_ascii.h"
+#include "kvbase/kernels/short_text.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/narrow_text.h"
 #include "kvbase/strings/internal/allocation.h"

@@ -10,6 +10,8 @@
 #include <utility>
 
 #include "kvbase/core/lazy.h"
+#include "kvbase/export.h"
+#include "kvbase/kernels/short_text.h"
 #include "kvbase/kernels/text_kernels.h"
 #include "kvbase/platform/linux/text/code_page_converter.h"
 #include "kvbase/platform/narrow_text.h"
@@ -49,6 +51,15 @@ class OneByteTables {
   // Both are false if there is a unit that the tables do not know.
   bool encode(wchar const* units, int size, char* bytes) const;
   bool knows(wchar const* units, int size) const;
+
+  // The same in place, for short texts of characters whose units and bytes are the same numbers; false for any other text.
+  bool decodeShort(char const* bytes, int size, wchar* units) const {
+    return strings::widenShort(bytes, size, others_, units);
+  }
+  bool encodeShort(wchar const* units, int size, char* bytes) const {
+    return strings::narrowShort(units, size, others_, bytes);
+  }
+  bool knowsShort(wchar const* units, int size) const { return knowsLatin1_ && strings::isShortLatin1(units, size); }
 
  private:
   static constexpr int kBytes = 256;
@@ -135,6 +146,19 @@ class CodePage {
   int decode(char const* bytes, int size, wchar* units, int capacity);
   int encode(wchar const* units, int size, char* bytes, int capacity);
 
+  // The same for what can be done in place; 0 if it cannot.
+  int decodeShort(char const* bytes, int size, wchar* units, int capacity) const {
+    bool const isDone =
+        tables_ != nullptr && (capacity == 0 || (capacity >= size && tables_->decodeShort(bytes, size, units)));
+    return isDone ? size : 0;
+  }
+  int encodeShort(wchar const* units, int size, char* bytes, int capacity) const {
+    bool const isDone =
+        tables_ != nullptr && (capacity == 0 ? tables_->knowsShort(units, size)
+                                             : capacity >= size && tables_->encodeShort(units, size, bytes));
+    return isDone ? size : 0;
+  }
+
   CodePage* older = nullptr;
 
  private:
@@ -197,15 +221,6 @@ CodePage* addPage(unsigned int number) {
   return page;
 }
 
-// The page of a number, 0 included; null if there is none.
-inline CodePage* pageOf(unsigned int number) {
-  if (number == kAnsiCodePage) number = currentAnsiCodePage();
-  for (CodePage* page = newestPage.load(std::memory_order_acquire); page != nullptr; page = page->older) {
-    if (page->number() == number) return page;
-  }
-  return addPage(number);
-}
-
 unsigned int ansiCodePageOfEnvironment() {
   char const* const text = getenv("KVBASE_ANSI_CODEPAGE");
   if (text == nullptr) return kUtf8CodePage;
@@ -215,6 +230,32 @@ unsigned int ansiCodePageOfEnvironment() {
 
 // 0 until the first call. Threads that ask at the same time get the same result.
 std::atomic<unsigned int> ansiCodePage{0};
+
+// The page of a number, 0 included; null if it has not been used yet.
+inline CodePage* usedPage(unsigned int number) {
+  if (number == kAnsiCodePage) number = ansiCodePage.load(std::memory_order_relaxed);
+  CodePage* page = newestPage.load(std::memory_order_acquire);
+  while (page != nullptr && page->number() != number) page = page->older;
+  return page;
+}
+
+// The same; null if there is none.
+CodePage* pageOf(unsigned int number) {
+  if (number == kAnsiCodePage) number = currentAnsiCodePage();
+  CodePage* const page = usedPage(number);
+  return page != nullptr ? page : addPage(number);
+}
+
+// Any text, after what is common has been tried.
+KVBASE_NEVER_INLINE int decodeAny(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
+  CodePage* const page = pageOf(codePage);
+  return page != nullptr ? page->decode(bytes, size, units, capacity) : 0;
+}
+
+KVBASE_NEVER_INLINE int encodeAny(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
+  CodePage* const page = pageOf(codePage);
+  return page != nullptr ? page->encode(units, size, bytes, capacity) : 0;
+}
 
 }  // namespace
 
@@ -229,14 +270,16 @@ unsigned int currentAnsiCodePage() {
 
 int decodeCodePage(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
-  CodePage* const page = pageOf(codePage);
-  return page != nullptr ? page->decode(bytes, size, units, capacity) : 0;
+  CodePage const* const page = usedPage(codePage);
+  int const n = page != nullptr ? page->decodeShort(bytes, size, units, capacity) : 0;
+  return n != 0 ? n : decodeAny(codePage, bytes, size, units, capacity);
 }
 
 int encodeCodePage(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
-  CodePage* const page = pageOf(codePage);
-  return page != nullptr ? page->encode(units, size, bytes, capacity) : 0;
+  CodePage const* const page = usedPage(codePage);
+  int const n = page != nullptr ? page->encodeShort(units, size, bytes, capacity) : 0;
+  return n != 0 ? n : encodeAny(codePage, units, size, bytes, capacity);
 }
 
 }  // namespace platform
