@@ -59,7 +59,7 @@ class OneByteTables {
   bool encodeShort(wchar const* units, int size, char* bytes) const {
     return strings::narrowShort(units, size, others_, bytes);
   }
-  bool knowsShort(wchar const* units, int size) const { return knowsLatin1_ && strings::isShortLatin1(units, size); }
+  bool knowsShort(wchar const* units, int size) const { return strings::isShortLatin1(units, size); }
 
  private:
   static constexpr int kBytes = 256;
