@@ -143,7 +143,8 @@ class FileApi {
   virtual bool deleteFile(wchar const* path) = 0;
   // Creates one directory. Fails with kAlreadyExists if there is an item of that name, whatever its kind.
   virtual bool createDirectory(wchar const* path) = 0;
-  // Removes an empty directory; a link to a directory is removed itself, with or without a separator at its end.
+  // Removes an empty directory; a link to a directory is removed itself, with or without a separator at its end. Fails for
+  // the root of a drive or share.
   virtual bool removeDirectory(wchar const* path) = 0;
 
   // --- Searches ------------------------------------------------------------------------------------------------------

@@ -58,6 +58,12 @@ bool moveToOtherFileSystem(char const* source, char const* target) {
   return true;
 }
 
+// The root of a drive or share, named without the separator behind it: a link that must outlive its contents.
+bool isRoot(char const* name) {
+  Root const root = rootOf(name);
+  return root.kind != Root::Kind::kNative && name[root.size] == '\0';
+}
+
 }  // namespace
 
 bool moveItem(char const* source, char const* target) {
@@ -85,6 +91,7 @@ bool removeDirectoryItem(char const* path) {
   while (size > 1 && path[size - 1] == '/') --size;
   name.append(path, size);
   name.push('\0');
+  if (isRoot(name.data())) return access(path, F_OK) == 0 ? failWith(kAccessDenied) : failAt(path, errno);
   if (rmdir(name.data()) == 0) return true;
   switch (errno) {
     case ENOTEMPTY:

@@ -114,6 +114,25 @@ TEST_F(LinuxFileChanges, DirectoriesAreMadeWhereNothingHasTheirName) {
   EXPECT_FALSE(has("nothing"));
 }
 
+// It may be a link, and the link is what makes the drive.
+TEST_F(LinuxFileChanges, TheRootOfADriveOrShareIsNotRemoved) {
+  folder.makeFolder("disk/sub");
+  folder.makeFolder("drives/d:");
+  folder.makeFolder("drives/unc/server");
+  link("../disk", "drives/c:");
+  link("../../../disk", "drives/unc/server/share");
+  EnvironmentVariable const drives("KVBASE_DRIVES", folder.path("drives").c_str());
+  for (wchar const* root : {KVW("C:\\"), KVW("C:"), KVW("\\\\?\\C:\\"), KVW("D:\\"), KVW("\\\\server\\share"),
+                            KVW("\\\\?\\UNC\\server\\share\\")}) {
+    EXPECT_EQ(removeDirectory(root), kAccessDenied) << narrow(root);
+    EXPECT_EQ(errorOfAttributes(root), kNoError) << narrow(root);
+  }
+  EXPECT_EQ(removeDirectory(KVW("Q:\\")), kPathNotFound);
+  EXPECT_EQ(removeDirectory(KVW("\\\\server\\none")), kBadNetworkPath);
+  EXPECT_EQ(removeDirectory(KVW("C:\\sub\\")), kNoError);
+  EXPECT_FALSE(has("disk/sub"));
+}
+
 // Items of other kinds are deleted and moved like files.
 TEST_F(LinuxFileChanges, OtherItemsAreDeletedAndMoved) {
   ASSERT_EQ(mkfifo(folder.path("fifo").c_str(), 0644), 0);
