@@ -184,6 +184,9 @@ bool NativeFiles::currentDirectory(wstring& path) {
 // The runtime allocates as much as the path needs, at least the length passed. With length 0 Wine knows only the
 // current drive.
 bool NativeFiles::currentDirectoryOfDrive(int drive, wstring& path) {
+  // For a drive that is not there the runtime calls its handler of invalid parameters, which ends the process.
+  wchar const root[] = {static_cast<wchar>(KVW('A') + drive - 1), KVW(':'), KVW('\\'), 0};
+  if (GetDriveTypeW(root) < DRIVE_REMOVABLE) return false;
   return store(_wgetdcwd(drive, nullptr, MAX_PATH), path);
 }
 

@@ -3,6 +3,7 @@
 // Each method has the effect of the Windows call that it forwards to.
 #include <gtest/gtest.h>
 
+#include <errno.h>
 #include <io.h>
 #include <sys/stat.h>
 
@@ -257,6 +258,19 @@ TEST(WindowsFileApiTest, CurrentDirectoryOfADrive) {
   bool const isOnC = drive == 3;
   if (!isOnC) {
     EXPECT_EQ(directoryOfDrive(3), "C:\\");
+  }
+}
+
+// The runtime would end the process. That of Wine sets its error instead.
+TEST(WindowsFileApiTest, TheRuntimeIsNotAskedForADriveThatIsNotThere) {
+  DWORD const drives = GetLogicalDrives();
+  for (int drive = 1; drive <= 26; ++drive) {
+    if ((drives & (DWORD{1} << (drive - 1))) != 0) continue;
+    wstring path = KVW("unchanged");
+    errno = 0;
+    EXPECT_FALSE(files().currentDirectoryOfDrive(drive, path));
+    EXPECT_EQ(errno, 0) << drive;
+    EXPECT_EQ(narrow(path), "unchanged");
   }
 }
 
