@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include "kvbase/platform/error_codes.h"
-#include "kvbase/platform/linux/errors/errno_codes.h"
 #include "kvbase/platform/linux/errors/last_error.h"
 #include "kvbase/platform/linux/files/item_changes.h"
 #include "kvbase/platform/linux/files/item_status.h"
@@ -16,6 +15,13 @@ namespace KV_1_1 {
 namespace platform {
 
 namespace {
+
+// Of two paths the source counts, unless it is there and so a part of the target is missing.
+bool failAtEither(char const* source, char const* target) {
+  int const error = errno;
+  struct stat status;
+  return failAt(error == ENOENT && lstat(source, &status) == 0 ? target : source, error);
+}
 
 // Whether both paths name the same entry of the same folder. For a file with several names only equal paths prove it.
 bool isSameEntry(char const* source, char const* target) {
@@ -43,7 +49,7 @@ bool renameByLink(char const* source, char const* target) {
     return unlink(source) == 0 || failAt(source, errno);
   }
   if (!S_ISDIR(status.st_mode) && errno == EEXIST) return failWith(kAlreadyExists);
-  return rename(source, target) == 0 || failAt(source, errno);
+  return rename(source, target) == 0 || failAtEither(source, target);
 }
 
 bool moveToOtherFileSystem(char const* source, char const* target) {
@@ -76,12 +82,8 @@ bool moveItem(char const* source, char const* target) {
       return renameByLink(source, target);
     case EXDEV:
       return moveToOtherFileSystem(source, target);
-    case ENOENT: {
-      struct stat status;
-      return failAt(lstat(source, &status) != 0 ? source : target, ENOENT);
-    }
     default:
-      return failWith(codeOf(errno));
+      return failAtEither(source, target);
   }
 }
 

@@ -2,9 +2,14 @@
 //
 // Changes on the disk: the code of each failure, and what stays unchanged.
 #include <errno.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <stddef.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 
 #include <functional>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -168,12 +173,49 @@ TEST_F(LinuxFileChanges, AMoveNeverReplacesAnotherItem) {
   EXPECT_EQ(status("file").st_nlink, 2u);
 }
 
+// The answer of such a file system to the call that never replaces anything. False where calls cannot be filtered.
+bool refuseToRenameWithoutReplacing() {
+  sock_filter filter[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  sock_fprog const program = {std::size(filter), filter};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST_F(LinuxFileChanges, AMoveNeverReplacesWhereTheFileSystemDoesNotSeeToIt) {
+  folder.write("file", "file");
+  folder.write("other", "other");
+  folder.makeFolder("dir");
+  bool const permitted = inChildIfPermitted([&] {
+    if (!refuseToRenameWithoutReplacing()) return false;
+    EXPECT_EQ(move(KVW("file"), KVW("other")), kAlreadyExists);
+    EXPECT_EQ(move(KVW("file"), KVW("dir")), kAlreadyExists);
+    EXPECT_EQ(move(KVW("dir"), KVW("other")), kAlreadyExists);
+    EXPECT_EQ(move(KVW("none"), KVW("new")), kFileNotFound);
+    EXPECT_EQ(move(KVW("file"), KVW("none\\new")), kPathNotFound);
+    EXPECT_EQ(move(KVW("dir"), KVW("none\\new")), kPathNotFound);
+    EXPECT_EQ(move(KVW("file"), KVW("file")), kNoError);
+    EXPECT_EQ(bytes("file") + bytes("other"), "fileother");
+    EXPECT_EQ(move(KVW("file"), KVW("dir\\moved")), kNoError);
+    EXPECT_EQ(move(KVW("dir"), KVW("renamed")), kNoError);
+    return true;
+  });
+  KVBASE_SKIP_UNLESS(permitted, "the right to filter system calls");
+  EXPECT_EQ(bytes("renamed/moved"), "file");
+  EXPECT_FALSE(has("file") || has("dir"));
+}
+
 TEST_F(LinuxFileChanges, AMoveOntoItselfIsDone) {
   folder.write("dir/file", "kept");
+  folder.makeFolder("dir/sub");
   link("dir", "toDir");
   EXPECT_EQ(move(KVW("dir\\file"), KVW("dir\\file")), kNoError);
   EXPECT_EQ(move(KVW("dir\\file"), KVW("none\\..\\dir\\.\\file")), kNoError);
   EXPECT_EQ(move(KVW("dir\\file"), KVW("toDir\\file")), kNoError) << "by another way";
+  EXPECT_EQ(move(KVW("dir\\sub"), KVW("toDir\\sub")), kNoError) << "by another way";
   EXPECT_EQ(bytes("dir/file"), "kept");
   EXPECT_EQ(move(KVW("dir"), KVW("dir")), kNoError);
   EXPECT_EQ(move(KVW("toDir"), KVW("toDir")), kNoError);
