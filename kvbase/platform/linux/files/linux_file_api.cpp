@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include "kvbase/platform/error_codes.h"
 #include "kvbase/platform/linux/errors/errno_codes.h"
@@ -82,17 +82,6 @@ FileHandle openItem(char const* path, mode_t mode, ulong32 access) {
 bool isEmptyDirectory(int directory) {
   return visitEntries<4096>(directory,
                             [](dirent64 const& entry) { return isDots(entry.d_name, strlen(entry.d_name)); });
-}
-
-// The index at which the name begins in the pattern of a search.
-std::size_t nameIndex(wchar const* pattern, std::size_t size) {
-  bool const verbatim = isVerbatim(pattern, size);
-  for (std::size_t i = size; i > 0; --i) {
-    wchar const unit = pattern[i - 1];
-    bool const isDrive = unit == ':' && (i == 2 || (verbatim && i == 6));
-    if (unit == '\\' || (unit == '/' && !verbatim) || isDrive) return i;
-  }
-  return 0;
 }
 
 }  // namespace
@@ -184,7 +173,6 @@ FileHandle NativeFiles::openFile(wchar const* path, ulong32 access, ulong32, ulo
 }
 
 bool NativeFiles::closeFile(FileHandle file) {
-  if (file == nullptr || file == invalidFile()) return failWith(kInvalidHandle);
   return close(descriptorOf(file)) == 0 || errno == EINTR || failWith(codeOf(errno));
 }
 
@@ -237,10 +225,7 @@ bool NativeFiles::deleteFile(wchar const* path) {
 bool NativeFiles::createDirectory(wchar const* path) {
   NativePath native;
   if (!mapPath(path, native)) return false;
-  if (mkdir(native.data(), 0777) == 0) return true;
-  failAt(native.data(), errno);
-  // Whatever is missing here is a folder, even if it is the target of a link.
-  return lastErrorOfThread() == kFileNotFound ? failWith(kPathNotFound) : false;
+  return mkdir(native.data(), 0777) == 0 || failAt(native.data(), errno);
 }
 
 bool NativeFiles::removeDirectory(wchar const* path) {
@@ -249,15 +234,15 @@ bool NativeFiles::removeDirectory(wchar const* path) {
 }
 
 SearchHandle NativeFiles::findFirst(wchar const* pattern, FindData& data) {
-  std::size_t const size = std::char_traits<wchar>::length(pattern);
-  std::size_t const name = nameIndex(pattern, size);
+  std::basic_string_view<wchar> const text(pattern);
+  std::size_t const name = text.rfind('\\') + 1;  // not found is -1
   NativePath directory;
   wchar const here[] = {'.'};
   bool const isMapped = name == 0 ? mapPath(here, 1, directory) : mapPath(pattern, name, directory);
   if (!isMapped) return invalidSearch();
 
   auto search = std::make_unique<DirectorySnapshot>();
-  if (!search->read(directory.data(), Wildcard(pattern + name, size - name))) return invalidSearch();
+  if (!search->read(directory.data(), Wildcard(pattern + name, text.size() - name))) return invalidSearch();
   if (!search->next(data)) {
     setLastErrorOfThread(kFileNotFound);
     return invalidSearch();

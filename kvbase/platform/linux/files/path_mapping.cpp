@@ -46,6 +46,11 @@ bool appendDriveRoot(char letter, NativePath& path) {
   return true;
 }
 
+// Whether the text starts with \\?\.
+bool isVerbatim(wchar const* text, std::size_t size) {
+  return size >= 4 && text[0] == '\\' && text[1] == '\\' && text[2] == '?' && text[3] == '\\';
+}
+
 // Parses a text level by level and builds the path of the system.
 class PathMapper {
  public:
@@ -119,7 +124,7 @@ class PathMapper {
       for (; next_ != end_ && !isSeparator(*next_); ++next_) name.push(lowered(*next_));
       if (!appendNativeName(name.data(), name.size(), path_)) return false;
       path_.push('/');
-      if (i == 0 && next_ != end_) ++next_;
+      if (next_ != end_) ++next_;
     }
     floor_ = path_.size();
     return true;
@@ -236,10 +241,6 @@ bool mapPlainPath(wchar const* text, std::size_t size, NativePath& path) {
 }
 
 }  // namespace
-
-bool isVerbatim(wchar const* text, std::size_t size) {
-  return size >= 4 && text[0] == '\\' && text[1] == '\\' && text[2] == '?' && text[3] == '\\';
-}
 
 bool mapPathByLevels(wchar const* text, std::size_t size, NativePath& path) {
   path.resize(0);

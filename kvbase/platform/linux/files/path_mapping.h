@@ -40,9 +40,6 @@ struct Root {
 };
 Root rootOf(char const* path);
 
-// Whether the text starts with \\?\.
-bool isVerbatim(wchar const* text, std::size_t size);
-
 // The absolute path `bytes` of the system in the library's notation, behind `prefix` ("C:" or nothing).
 wstring textOfPath(wchar const* prefix, char const* bytes, std::size_t size);
 
