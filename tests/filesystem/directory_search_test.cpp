@@ -327,6 +327,26 @@ TEST_F(DirectorySearch, AssignmentDoesNotCloseTheSearchOfTheTarget) {
   EXPECT_EQ(calls(), Log{"findClose"});
 }
 
+TEST_F(DirectorySearch, AssignmentTakesOverTheSearch) {
+  entries({{kFileEntry, KVW("a")}});
+  files.script.searches[KVW(R"(C:\e\*)")] = {{kFileEntry, KVW("x")}, {kFileEntry, KVW("y")}};
+  SmartPtr<FileIterator> const target = directory->findFiles(String(KVW("*")));
+  SmartPtr<FileIterator> const keeper(new FileIterator(*target));  // closes the search that the target drops
+  SmartPtr<FileIterator> const source = directoryAt(KVW(R"(C:\e)"))->findFiles(String(KVW("*")));
+  *target = *source;
+  EXPECT_EQ(fullName(target->getNext()), R"(C:\e\x)");
+  EXPECT_EQ(fullName(target->getNext()), R"(C:\e\y)");
+  EXPECT_EQ(target->getNext(), nullptr);
+}
+
+TEST_F(DirectorySearch, ACopyOfWhatIsFinishedIsFinished) {
+  SmartPtr<FileIterator> const finished = directory->findFiles(String(KVW("none")));
+  SmartPtr<FileIterator> const copy(new FileIterator(*finished));
+  calls();
+  EXPECT_EQ(copy->getNext(), nullptr);
+  EXPECT_EQ(calls(), Log());
+}
+
 // Called through the base class, getNext gives files and directories, whatever the class of the iterator.
 TEST_F(DirectorySearch, TheBasesGetNextIsNotVirtual) {
   entries({{kFolderEntry, KVW("d")}, {kFileEntry, KVW("f")}});

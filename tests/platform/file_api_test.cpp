@@ -177,6 +177,8 @@ TEST(FileApiTest, CurrentDirectoryReadsInTheNotationOfTheLibrary) {
   EXPECT_NE(files().getAttributes(KVW("file.txt")), platform::kInvalidAttributes);
   EXPECT_NE(files().getAttributes(KVW("..\\here\\file.txt")), platform::kInvalidAttributes);
   EXPECT_NE(files().getAttributes(KVW(".")) & platform::kAttributeDirectory, 0u);
+  EXPECT_EQ(files().getAttributes(KVW("missing.txt")), platform::kInvalidAttributes);
+  EXPECT_EQ(platform::nativeErrors().lastError(), platform::kFileNotFound);
 }
 
 TEST(FileApiTest, NoSuchDriveHasNoCurrentDirectory) {

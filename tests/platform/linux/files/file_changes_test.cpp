@@ -123,6 +123,7 @@ TEST_F(LinuxFileChanges, DirectoriesAreMadeWhereNothingHasTheirName) {
 TEST_F(LinuxFileChanges, TheRootOfADriveOrShareIsNotRemoved) {
   folder.makeFolder("disk/sub");
   folder.makeFolder("drives/d:");
+  folder.makeFolder("drives/no:drive");
   folder.makeFolder("drives/unc/server");
   link("../disk", "drives/c:");
   link("../../../disk", "drives/unc/server/share");
@@ -136,6 +137,7 @@ TEST_F(LinuxFileChanges, TheRootOfADriveOrShareIsNotRemoved) {
   EXPECT_EQ(removeDirectory(KVW("\\\\server\\none")), kBadNetworkPath);
   EXPECT_EQ(removeDirectory(KVW("C:\\sub\\")), kNoError);
   EXPECT_FALSE(has("disk/sub"));
+  EXPECT_EQ(removeDirectory(KVW("drives\\no\uF03Adrive")), kNoError);
 }
 
 // Items of other kinds are deleted and moved like files.

@@ -2,6 +2,7 @@
 //
 // Open files, times and status records.
 #include <limits>
+#include <utility>
 
 #include "tests/platform/linux/files/file_support.h"
 
@@ -44,6 +45,27 @@ TEST_F(LinuxOpenFiles, DirectoriesAreOpenedWithTheirFlag) {
   EXPECT_EQ(open(KVW("dir"), kAccessWrite, kOpenAlways), kAccessDenied);
 }
 
+TEST_F(LinuxOpenFiles, ADirectoryIsOpenedAsItsRightsAllow) {
+  std::pair<char const*, mode_t> const directories[] = {{"readable", 0555}, {"writable", 0333}, {"closed", 0000}};
+  for (auto const& [name, mode] : directories) {
+    folder.makeFolder(name);
+    ASSERT_EQ(chmod(folder.path(name).c_str(), mode), 0);
+  }
+  auto const openDirectory = [this](wchar const* name, ulong32 access) {
+    return open(name, access, kOpenExisting, kFlagBackupSemantics);
+  };
+  inChild([&] {
+    dropRights();
+    EXPECT_EQ(openDirectory(KVW("readable"), kAccessRead), kNoError);
+    EXPECT_EQ(openDirectory(KVW("readable"), kAccessWrite), kAccessDenied);
+    EXPECT_EQ(openDirectory(KVW("writable"), kAccessWrite), kNoError);
+    EXPECT_EQ(openDirectory(KVW("writable"), kAccessRead | kAccessWrite), kAccessDenied);
+    EXPECT_EQ(openDirectory(KVW("closed"), kAccessRead), kAccessDenied);
+    EXPECT_EQ(openDirectory(KVW("closed"), 0), kNoError);
+  });
+  for (auto const& each : directories) chmod(folder.path(each.first).c_str(), 0755);
+}
+
 TEST_F(LinuxOpenFiles, AFileMadeHasTheRightsThatTheProcessGives) {
   inChild([&] {
     umask(027);
@@ -67,6 +89,7 @@ TEST_F(LinuxOpenFiles, APipeDoesNotBlock) {
       open(KVW("fifo"), access);
       open(KVW("fifo"), access, kOpenAlways);
     }
+    EXPECT_EQ(files().isDirectoryEmpty(at(KVW("fifo")).c_str()), 0);
   });
   EXPECT_TRUE(S_ISFIFO(status("fifo").st_mode));
 }

@@ -237,14 +237,22 @@ TEST_F(DrivesTest, HaveACurrentDirectory) {
   CurrentPath const current(folder_.path());
   EXPECT_EQ(directoryOfDrive('C'), "C:\\");
   EXPECT_TRUE(exists(KVW("C:sub\\file.txt")));
+  EXPECT_FALSE(exists(KVW("\\\\?\\C:sub\\file.txt"))) << "a verbatim path is absolute";
   EXPECT_EQ(directoryOfDrive('D'), "unchanged");
   EXPECT_EQ(directoryOfDrive('A' - 1), "unchanged");
   EXPECT_EQ(directoryOfDrive('Z' + 1), "unchanged");
 }
 
+TEST_F(DrivesTest, MayBeTheWholeSystem) {
+  fs::create_directory_symlink("/", folder_.path("drives/z:"));
+  CurrentPath const current(folder_.path("disk"));
+  EXPECT_EQ(directoryOfDrive('Z'), "Z:" + narrow(folder_.text(KVW("disk"))));
+  EXPECT_TRUE(exists(KVW("Z:sub\\file.txt")));
+}
+
 TEST_F(DrivesTest, OfANeighbourWithALongerNameIsNotBelow) {
-  folder_.makeFolder("disk2");
-  CurrentPath const current(folder_.path("disk2"));
+  folder_.makeFolder("disk22");
+  CurrentPath const current(folder_.path("disk22"));
   EXPECT_EQ(directoryOfDrive('C'), "C:\\");
 }
 

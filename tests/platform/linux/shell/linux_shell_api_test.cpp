@@ -14,6 +14,7 @@
 #include "kvbase/platform/scoped_handle.h"
 #include "kvbase/platform/shell_api.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/files/file_support.h"
 #include "tests/platform/linux/shell/fake_desktop.h"
 #include "tests/platform/linux/shell/signal_action.h"
 #include "tests/support/current_path.h"
@@ -169,6 +170,18 @@ TEST_F(LinuxShellApiTest, WhatIsNotThereIsNotOpened) {
   EXPECT_EQ(open(folder_.text(KVW("missing\\a.txt"))), platform::kPathNotFound);
   EXPECT_EQ(open(folder_.text(KVW("a:b"))), platform::kFileNotFound);
   EXPECT_EQ(open(KVW("1a:b")), platform::kFileNotFound);
+}
+
+TEST_F(LinuxShellApiTest, WhatMayNotBeSeenIsNotOpened) {
+  desktop_.install("xdg-open", kReport);
+  folder_.write("closed/a.txt");
+  ASSERT_EQ(chmod(folder_.path("closed").c_str(), 0), 0);
+  wstring const file = folder_.text(KVW("closed\\a.txt"));
+  inChild([&] {
+    dropRights();
+    EXPECT_EQ(open(file), platform::kAccessDenied);
+  });
+  chmod(folder_.path("closed").c_str(), 0755);
 }
 
 TEST_F(LinuxShellApiTest, WithoutToolNothingOpens) {
