@@ -27,7 +27,6 @@ class Wildcard {
  public:
   Wildcard(wchar const* pattern, std::size_t size);
 
-  bool matchesEverything() const { return matchesEverything_; }
   // Takes time proportional to the length of the name; in the worst case times the longest text between two asterisks.
   bool matches(wchar const* name, std::size_t size) const;
 
