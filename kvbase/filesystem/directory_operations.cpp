@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <type_traits>
+#include <vector>
 
 #include "kvbase/diagnostics/windows_error.h"
 #include "kvbase/export.h"
@@ -18,6 +19,19 @@
 namespace KV_1_1 {
 
 static_assert(!std::has_virtual_destructor<KVFileProgressInterface>::value, "fileCopied is its only virtual operation");
+
+namespace {
+
+// Makes a directory whose parent is there. True also if somebody else has made it meanwhile.
+bool make(Directory const& directory) {
+  if (platform::files().createDirectory(directory.getFullNameUnicode())) return true;
+  if (platform::errors().lastError() == platform::kAlreadyExists) return true;
+  String const reason = getWindowsError();
+  report(KVW("Failed to create the directory '%ls'.\r\nWindows error message: %ls"), directory.getFullName(), reason);
+  return false;
+}
+
+}  // namespace
 
 KVBASE_NEVER_INLINE bool Directory::exists() const {
   ulong32 const attributes = platform::files().getAttributes(SystemName(*this));
@@ -38,16 +52,18 @@ bool Directory::create() const {
     return absolute != nullptr && absolute->create();
   }
   if (exists()) return true;
-  if (levels().empty()) {
+  // Not a recursion: a path can have more levels than the stack has room for calls.
+  std::vector<SmartPtr<Directory const>> missing;
+  SmartPtr<Directory const> above = getParent();
+  for (; above != nullptr && !above->exists(); above = above->getParent()) missing.push_back(above);
+  if (above == nullptr) {
     report(KVW("The drive or network share '%ls' does not exist or is inaccessible."), getRoot());
     return false;
   }
-  if (!getParent()->create()) return false;
-  if (platform::files().createDirectory(getFullNameUnicode())) return true;
-  if (platform::errors().lastError() == platform::kAlreadyExists) return true;
-  String const reason = getWindowsError();
-  report(KVW("Failed to create the directory '%ls'.\r\nWindows error message: %ls"), getFullName(), reason);
-  return false;
+  for (; !missing.empty(); missing.pop_back()) {
+    if (!make(*missing.back())) return false;
+  }
+  return make(*this);
 }
 
 bool Directory::remove(bool recursive) const {

@@ -3,6 +3,7 @@
 // Large files and deep trees, as far as only Linux can tell: the room that a file takes, and walks without a limit of
 // paths.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -15,6 +16,7 @@
 
 #include "kvbase/diagnostics/windows_error.h"
 #include "tests/filesystem/disk_support.h"
+#include "tests/platform/linux/files/file_support.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -110,6 +112,24 @@ TEST(DiskLoadLinux, APathBeyondTheSystemsLimit) {
   EXPECT_EQ(reported[0].substr(reported[0].size() - std::min(reported[0].size(), reason.size())), reason);
   EXPECT_TRUE(directoryAt(folder.text().c_str())->removeContents(true)) << "what was made stays and can be removed";
   EXPECT_TRUE(fs::is_empty(folder.path()));
+}
+
+// A thread of an application may have a small stack. Below /proc nothing can be made.
+TEST(DiskLoadLinux, APathOfManyLevelsNeedsNoStackForEach) {
+  wstring path = KVW("\\proc");
+  for (int level = 0; level < 4000; ++level) path += KVW("\\a");
+  SmartPtr<Directory const> const directory = directoryAt(path.c_str());
+  inChild([&] {
+    pthread_attr_t attributes;
+    pthread_t thread;
+    ASSERT_EQ(pthread_attr_init(&attributes) + pthread_attr_setstacksize(&attributes, 256 << 10), 0);
+    auto const create = [](void* item) -> void* {
+      EXPECT_FALSE(static_cast<Directory const*>(item)->create());
+      return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, create, const_cast<Directory*>(&*directory)), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+  });
 }
 
 }  // namespace
