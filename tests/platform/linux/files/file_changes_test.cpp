@@ -2,10 +2,7 @@
 //
 // Changes on the disk: the code of each failure, and what stays unchanged.
 #include <errno.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <stddef.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 
 #include <functional>
@@ -15,6 +12,7 @@
 
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/platform/linux/files/file_support.h"
+#include "tests/platform/linux/refused_call.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -175,24 +173,12 @@ TEST_F(LinuxFileChanges, AMoveNeverReplacesAnotherItem) {
   EXPECT_EQ(status("file").st_nlink, 2u);
 }
 
-// The answer of such a file system to the call that never replaces anything. False where calls cannot be filtered.
-bool refuseToRenameWithoutReplacing() {
-  sock_filter filter[] = {
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_renameat2, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EINVAL),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  };
-  sock_fprog const program = {std::size(filter), filter};
-  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
-
 TEST_F(LinuxFileChanges, AMoveNeverReplacesWhereTheFileSystemDoesNotSeeToIt) {
   folder.write("file", "file");
   folder.write("other", "other");
   folder.makeFolder("dir");
   bool const permitted = inChildIfPermitted([&] {
-    if (!refuseToRenameWithoutReplacing()) return false;
+    if (!refuseCall(SYS_renameat2, EINVAL)) return false;  // as such a file system answers the call that never replaces
     EXPECT_EQ(move(KVW("file"), KVW("other")), kAlreadyExists);
     EXPECT_EQ(move(KVW("file"), KVW("dir")), kAlreadyExists);
     EXPECT_EQ(move(KVW("dir"), KVW("other")), kAlreadyExists);
@@ -205,7 +191,7 @@ TEST_F(LinuxFileChanges, AMoveNeverReplacesWhereTheFileSystemDoesNotSeeToIt) {
     EXPECT_EQ(move(KVW("dir"), KVW("renamed")), kNoError);
     return true;
   });
-  KVBASE_SKIP_UNLESS(permitted, "the right to filter system calls");
+  KVBASE_SKIP_UNLESS(permitted, "a kernel that takes a filter of system calls");
   EXPECT_EQ(bytes("renamed/moved"), "file");
   EXPECT_FALSE(has("file") || has("dir"));
 }
