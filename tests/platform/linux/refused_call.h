@@ -11,12 +11,14 @@
 namespace KV_1_1 {
 namespace testing {
 
-// From now on the system answers a call of this thread with an error. That cannot be taken back, so it is for a thread or a
-// process of the test's own. False if the kernel takes no filter of system calls.
-inline bool refuseCall(unsigned int number, unsigned int error) {
+// From now on the system answers a call of this thread with an error, if its third argument is `least` or more. That cannot
+// be taken back, so it is for a thread or a process of the test's own. False if the kernel takes no filter of system calls.
+inline bool refuseCall(unsigned int number, unsigned int error, unsigned int least = 0) {
   sock_filter program[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 3),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
+      BPF_JUMP(BPF_JMP | BPF_JGE | BPF_K, least, 0, 1),
       BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
       BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
   };

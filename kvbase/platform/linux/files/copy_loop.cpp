@@ -89,7 +89,8 @@ bool CopyLoop::findData(off_t& end) {
   // A file system that does not report holes is treated as having none.
   if (begin >= 0) {
     at_ = begin;
-    end = std::min(limit_, lseek(source_, begin, SEEK_HOLE));
+    off_t const hole = lseek(source_, begin, SEEK_HOLE);
+    if (hole > begin) end = std::min(limit_, hole);
   }
   lseek(source_, at_, SEEK_SET);
   lseek(target_, at_, SEEK_SET);

@@ -243,6 +243,21 @@ TEST_F(LinuxFileCopy, HolesStayHoles) {
   }
 }
 
+// A file system may tell where data begin but not where they end, or neither.
+TEST_F(LinuxFileCopy, HolesThatAreNotToldAreCopied) {
+  makeSparse("source", kMiB, {2, kMiB / 2});
+  for (int const firstRefused : {SEEK_DATA, SEEK_HOLE}) {
+    bool const permitted = inChildIfPermitted([&] {
+      if (!refuseCall(SYS_lseek, EINVAL, static_cast<unsigned>(firstRefused))) return false;
+      EXPECT_EQ(copy(KVW("source"), KVW("copy")), kNoError);
+      return true;
+    });
+    KVBASE_SKIP_UNLESS(permitted, "a kernel that takes a filter of system calls");
+    EXPECT_TRUE(bytes("copy") == bytes("source")) << firstRefused;
+    fs::remove(folder.path("copy"));
+  }
+}
+
 TEST_F(LinuxFileCopy, AFileIsNotCopiedOntoItself) {
   folder.write("file", "kept");
   ASSERT_EQ(::link(folder.path("file").c_str(), folder.path("twin").c_str()), 0);
