@@ -121,7 +121,8 @@ class FileApi {
   // The current time, in the unit of FileInfo.
   virtual std::uint64_t systemTime() = 0;
 
-  // Opens a file by the C runtime; -1 on failure. Like the two calls below it does not set the last error.
+  // Opens a file by the C runtime; -1 on failure. Its bytes are neither translated nor changed. Like the two calls below it
+  // does not set the last error.
   virtual int openDescriptor(wchar const* path, int flags, int share, int permission) = 0;
   // Flushes everything written to the disk. 0 is success.
   virtual int commitDescriptor(int descriptor) = 0;

@@ -127,6 +127,14 @@ TEST_F(FileOnDisk, TouchOfAnExistingFileSetsTheTimeAndKeepsTheContents) {
   EXPECT_EQ(tree(), before);
 }
 
+// Bytes that mean something in a text for some runtimes: the end of a line, and the end of the text.
+TEST_F(FileOnDisk, TouchKeepsEveryByte) {
+  folder.write("bytes", "a\r\nb\n\x1A");
+  Tree const before = tree();
+  EXPECT_TRUE(file(KVW("bytes"))->touch());
+  EXPECT_EQ(tree(), before);
+}
+
 TEST_F(FileOnDisk, TouchFailsWithoutAFolderAndForAFolder) {
   Tree const before = tree();
   EXPECT_FALSE(file(KVW("none\\new"))->touch());

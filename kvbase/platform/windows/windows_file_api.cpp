@@ -125,7 +125,8 @@ std::uint64_t NativeFiles::systemTime() {
 
 int NativeFiles::openDescriptor(wchar const* path, int flags, int share, int permission) {
   int descriptor = -1;
-  _wsopen_s(&descriptor, path, flags, share, permission);
+  // As text, which is the default, a file that is opened for reading and writing would lose a Ctrl+Z at its end.
+  _wsopen_s(&descriptor, path, flags | _O_BINARY, share, permission);
   return descriptor;
 }
 

@@ -194,7 +194,8 @@ TEST(WindowsFileApiTest, DescriptorsAreThoseOfTheRuntime) {
                                                 platform::kDescriptorShareAll, platform::kDescriptorPermission);
   ASSERT_GE(descriptor, 0);
   EXPECT_EQ(_filelength(descriptor), 8);
-  EXPECT_EQ(_write(descriptor, "C", 1), 1);
+  EXPECT_EQ(_write(descriptor, "\n", 1), 1);
+  EXPECT_EQ(_tell(descriptor), 1) << "a line feed is one byte";
   EXPECT_EQ(files().commitDescriptor(descriptor), 0);
   EXPECT_EQ(files().closeDescriptor(descriptor), 0);
 }
