@@ -25,12 +25,12 @@ int findBeyond(wchar const* units, int n) {
   constexpr int kUnits = V::kUnits;
   constexpr int kPair = 2 * kUnits;
   int i = 0;
-  for (; i + 2 * kPair <= n; i += 2 * kPair) {
+  for (; n - i >= 2 * kPair; i += 2 * kPair) {
     auto const front = V::bitOr(V::load(units + i), V::load(units + i + kUnits));
     auto const back = V::bitOr(V::load(units + i + kPair), V::load(units + i + kPair + kUnits));
     if (!areWithin<V, kLimit>(V::bitOr(front, back))) break;
   }
-  while (i + kUnits <= n && areWithin<V, kLimit>(V::load(units + i))) i += kUnits;
+  while (n - i >= kUnits && areWithin<V, kLimit>(V::load(units + i))) i += kUnits;
   if (i < n && i > n - kUnits && n >= kUnits && areWithin<V, kLimit>(V::load(units + n - kUnits))) return n;
   while (i < n && units[i] <= kLimit) ++i;
   return i;
@@ -72,7 +72,7 @@ template <class V, class Copies>
 int copyBlocks(int n, Copies copies) {
   constexpr int kBytes = 2 * V::kUnits;
   int i = 0;
-  while (i + kBytes <= n && copies(i)) i += kBytes;
+  while (n - i >= kBytes && copies(i)) i += kBytes;
   bool const isRestCopied = i < n && i > n - kBytes && n >= kBytes && copies(n - kBytes);
   return isRestCopied ? n : i;
 }

@@ -101,10 +101,10 @@ int firstZero(int n, Test test) {
   auto const at = [test](int i) { return test(V(), [i](wchar const* text) { return V::load(text + i); }); };
   int i = 0;
   // Long texts take four vectors per branch.
-  for (; i + 4 * kUnits <= n; i += 4 * kUnits) {
+  for (; n - i >= 4 * kUnits; i += 4 * kUnits) {
     if (zeros<V>(minOf<V>(at(i), at(i + kUnits), at(i + 2 * kUnits), at(i + 3 * kUnits))) != 0) break;
   }
-  for (; i + kUnits <= n; i += kUnits) {
+  for (; n - i >= kUnits; i += kUnits) {
     if (unsigned int const found = zeros<V>(at(i))) return i + firstUnit(found);
   }
   if (i < n) {
@@ -246,23 +246,22 @@ int replaceUnit(wchar* text, int n, wchar from, wchar to) {
   KVBASE_ASSERT(from != 0);
   auto const old = V::of(from);
   auto const fresh = V::of(to);
+  // Each lane counts its own matches in 16 bits, which hold the count of 0x7FFF vectors.
+  constexpr int kMostUnits = 0x7FFE * V::kUnits;
   int count = 0;
   int i = 0;
-  while (i + V::kUnits <= n) {
-    // Each lane counts its own matches in 16 bits, which hold the count of 0x7FFF vectors.
+  for (bool ended = false; !ended && n - i >= V::kUnits;) {
     auto counts = V::zero();
-    bool ended = false;
-    for (int vectors = 0; vectors < 0x7FFF && i + V::kUnits <= n && !ended; ++vectors) {
+    int const last = n - V::kUnits - i < kMostUnits ? n - V::kUnits : i + kMostUnits;
+    for (; i <= last; i += V::kUnits) {
       auto const units = V::load(text + i);
       ended = V::mask(V::equal(units, V::zero())) != 0;
       if (ended) break;
       auto const hits = V::equal(units, old);
       V::store(text + i, V::select(hits, fresh, units));
       counts = V::sub(counts, hits);
-      i += V::kUnits;
     }
     count += V::sumOfUnits(counts);
-    if (ended) break;
   }
   return count + replaceUnitScalar(text + i, n - i, from, to);
 }

@@ -26,10 +26,10 @@ long long utf8Size(wchar const* units, int n) {
   int i = findBeyond<V, 0x7F>(units, n);
   long long size = i;  // of ASCII so far
   // One unit more than the vector is read, to see the other half of a pair.
-  while (i + V::kUnits < n) {
+  while (n - i > V::kUnits) {
     auto counts = V::zero();
     int const start = i;
-    for (int vectors = 0; vectors < 0x1FFF && i + V::kUnits < n; ++vectors, i += V::kUnits) {
+    for (int vectors = 0; vectors < 0x1FFF && n - i > V::kUnits; ++vectors, i += V::kUnits) {
       auto const block = V::load(units + i);
       auto const long2 = V::bitNot(V::equal(V::bitAnd(block, V::of(0xFF80)), V::zero()));
       auto const long3 = V::bitNot(V::equal(V::bitAnd(block, V::of(0xF800)), V::zero()));
@@ -75,7 +75,7 @@ int toUtf8Until(int stop, wchar const* units, int i, char*& end) {
       if (size == 8) continue;
     }
     // Other characters come in runs too, so the next vector is tried only behind as many of them as a vector has units.
-    for (int const next = i + V::kUnits < stop ? i + V::kUnits : stop; i < next;) {
+    for (int const next = stop - i > V::kUnits ? i + V::kUnits : stop; i < next;) {
       Utf16Character const character = readUtf16(units + i, 2);
       end = writeUtf8(character.code, end);
       i += character.units;
@@ -93,7 +93,7 @@ long long toUtf8(wchar const* units, int n, char* bytes) {
   if constexpr (V::kConvertsRuns) {
     // More is written than counts, so the last whole block takes the way of the stack.
     char block[32];
-    int const size = i + 8 <= n ? V::toUtf8(units + i, block) : 0;
+    int const size = n - i >= 8 ? V::toUtf8(units + i, block) : 0;
     std::memcpy(end, block, static_cast<std::size_t>(size));
     end += size;
     if (size != 0) i += 8;
@@ -112,14 +112,14 @@ int readUtf8Until(int stop, int readable, char const* bytes, int i, Sink& sink) 
     if constexpr (V::kConvertsRuns) {
       __m128i block;
       // These two read less and write exactly what counts, so they may go on to the end of what is readable.
-      for (; i + 16 <= readable && V::fromFourBytes(bytes + i, block); i += 16) sink.units(block, 8);
-      for (; i + kBytesOfEight <= readable && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
-      if (i < stop && i + kBytesOfEight > readable && (bytes[i] & 0xF0) == 0xE0) return i;
+      for (; readable - i >= 16 && V::fromFourBytes(bytes + i, block); i += 16) sink.units(block, 8);
+      for (; readable - i >= kBytesOfEight && V::fromLongUtf8(bytes + i, block); i += 24) sink.units(block, 8);
+      if (i < stop && readable - i < kBytesOfEight && (bytes[i] & 0xF0) == 0xE0) return i;
       for (int taken = 1; i < stop && taken != 0 && sink.hasRoom(); i += taken) {
         taken = V::fromShortUtf8(bytes + i, sink);
       }
     }
-    for (int const next = i + V::kUnits < stop ? i + V::kUnits : stop; i < next;) {
+    for (int const next = stop - i > V::kUnits ? i + V::kUnits : stop; i < next;) {
       Utf8Character const character = readUtf8(bytes + i, 4);
       sink.character(character.code);
       i += character.bytes;
