@@ -161,12 +161,11 @@ void addFromPage(int size) {
 }
 
 // In two calls, the first for the size, as a String builds its narrow copy.
-std::string encodedInPage(String const& text) {
+NarrowText encodedInPage(String const& text) {
   platform::TextApi& api = platform::text();
-  int const size = api.encode(kWesternPage, text, text.length(), nullptr, 0);
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  api.encode(kWesternPage, text, text.length(), bytes.data(), size);
-  return bytes;
+  NarrowText narrow(api.encode(kWesternPage, text, text.length(), nullptr, 0));
+  api.encode(kWesternPage, text, text.length(), narrow.bytes.get(), narrow.size);
+  return narrow;
 }
 
 void addToPage(int size) {
@@ -180,17 +179,17 @@ void addToPage(int size) {
                             return WideCharToMultiByte(kWesternPage, 0, text.data(), units, bytes, capacity, nullptr,
                                                        nullptr);
                           };
-                          std::string bytes(static_cast<std::size_t>(encode(nullptr, 0)), '\0');
-                          encode(bytes.data(), static_cast<int>(bytes.size()));
-                          return bytes;
+                          NarrowText narrow(encode(nullptr, 0));
+                          encode(narrow.bytes.get(), narrow.size);
+                          return narrow;
                         }))
       .add(PEER("QString", [a = make<QString>(text)] { return a.toLatin1(); }))
       .add(PEER("UnicodeString",
                 [a = make<UnicodeString>(text), converter = icuConverter("windows-1252")] {
-                  std::string bytes(static_cast<std::size_t>(a.length()), '\0');
+                  NarrowText narrow(a.length());
                   UErrorCode error = U_ZERO_ERROR;
-                  a.extract(bytes.data(), static_cast<int>(bytes.size()), converter.get(), error);
-                  return bytes;
+                  a.extract(narrow.bytes.get(), narrow.size, converter.get(), error);
+                  return narrow;
                 }))
       .add(PEER("floor", [text] { return bareToPage(text); }));
 }

@@ -102,5 +102,17 @@ inline u16string plain(BareText const& text) {
   return u16string(text.text(), text.size());
 }
 
+// Narrow text in an array of its size, which the caller fills, as a String keeps its narrow copies.
+struct NarrowText {
+  explicit NarrowText(int units) : size(units), bytes(new char[static_cast<std::size_t>(units)]) {}
+
+  int size;
+  std::unique_ptr<char[]> bytes;
+};
+
+inline u16string plain(NarrowText const& text) {
+  return plain(std::string(text.bytes.get(), static_cast<std::size_t>(text.size)));
+}
+
 }  // namespace bench
 }  // namespace KV_1_1

@@ -69,12 +69,11 @@ inline BareText bareFromPage(char const* bytes) {
   return text;
 }
 
-inline std::string bareToPage(u16string const& text) {
+inline NarrowText bareToPage(u16string const& text) {
   int const units = static_cast<int>(text.size());
-  int const size = systemEncode(BarePage::kNumber, text.data(), units, nullptr, 0);
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  systemEncode(BarePage::kNumber, text.data(), units, bytes.data(), size);
-  return bytes;
+  NarrowText narrow(systemEncode(BarePage::kNumber, text.data(), units, nullptr, 0));
+  systemEncode(BarePage::kNumber, text.data(), units, narrow.bytes.get(), narrow.size);
+  return narrow;
 }
 
 }  // namespace bench
