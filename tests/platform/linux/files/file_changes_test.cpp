@@ -2,11 +2,9 @@
 //
 // Changes on the disk: the code of each failure, and what stays unchanged.
 #include <errno.h>
-#include <stddef.h>
 #include <sys/resource.h>
 
 #include <functional>
-#include <iterator>
 #include <utility>
 #include <vector>
 
