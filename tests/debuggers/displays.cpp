@@ -49,6 +49,7 @@ int main() {
   SymbolTable const& symbols = library.getResourceSymbols();
   mZClass const& fileRecord = *File::Class();
   mZClass const& baseRecord = *BaseNode::Class();
+  mZClass const& infoRecord = *InfoStringMap::Class();
   mZClass const versioned(KVW("Versioned"), File::Class(), fresh, ClassVersion{5});
 
   ObserverInfo const observerInfo;
@@ -73,8 +74,9 @@ int main() {
   allObjectsStand();
   use(nil), use(empty), use(plain), use(escaped), use(beyondAscii), use(surrogate), use(innerNul), use(unmeasured);
   use(longText), use(noDirectory), use(directory), use(again), use(share), use(file), use(bareFile);
-  use(item), use(unnamed), use(library), use(noSymbols), use(symbols), use(fileRecord), use(baseRecord), use(versioned);
-  use(observerInfo), use(infos), use(noInfos), use(manyInfos), use(current), use(vector), use(point), use(extended),
-      use(number);
+  use(item), use(unnamed), use(library), use(noSymbols), use(symbols), use(fileRecord), use(baseRecord),
+      use(infoRecord);
+  use(versioned), use(observerInfo), use(infos), use(noInfos), use(manyInfos), use(current), use(vector), use(point),
+      use(extended), use(number);
   return 0;
 }

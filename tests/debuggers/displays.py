@@ -51,7 +51,7 @@ DISPLAYS = (
      'class "File" of module "KVBase", derived from "FileSystemItem" = '
      '{Versioned = class "Versioned", derived from "File", version 5}'),
     ("mZClass: a version and no module name", "versioned", 'class "Versioned", derived from "File", version 5'),
-    ("mZClass: a record by its own type", "*(KV_1_1::InfoStringMap::ClassCreator const*)KV_1_1::InfoStringMap::Class()",
+    ("mZClass: a record by its own type", "*(KV_1_1::InfoStringMap::ClassCreator const*)&infoRecord",
      'class "InfoStringMap" of module "KVBase", derived from "ObserverInfo"'),
     ("mZClass: the whole tree", "baseRecord",
      '/class "BaseNode" of module "KVBase" = {ObserverInfo = .*, FileSystemIterator = .*, FileSystemItem = .*}/'),
