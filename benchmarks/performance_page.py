@@ -81,17 +81,26 @@ def picture(rows):
     return "\n".join(parts + ["</svg>", ""])
 
 
+def processors(field):
+    """What /proc/cpuinfo says of each processor."""
+    lines = pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines()
+    return [line.split(": ", 1)[1] for line in lines if line.startswith(field)]
+
+
+def vectors():
+    """The best set of kernels that this machine can run."""
+    flags = processors("flags")[0].split()
+    return "AVX-512" if "avx512_vbmi2" in flags else "AVX2" if "avx2" in flags else "SSE2"
+
+
 def machine():
-    info = pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines()
-    models = [line.split(": ", 1)[1] for line in info if line.startswith("model name")]
-    flags = next(line for line in info if line.startswith("flags")).split()
-    vectors = "AVX-512" if "avx512bw" in flags else "AVX2" if "avx2" in flags else "SSE2"
+    models = processors("model name")
     compiler = subprocess.run(["g++", "-dumpfullversion"], capture_output=True, text=True, check=True).stdout.strip()
     packages = subprocess.run(["dpkg-query", "-W", "-f", "${Package} ${Version}\n", *PEERS.values()], capture_output=True,
                               text=True, check=False).stdout
     versions = dict(line.split(" ", 1) for line in packages.splitlines())
     peers = ", ".join(f"{name} {versions[package]}" for name, package in PEERS.items() if package in versions)
-    return (f"{len(models)} processors, {models[0].strip()}, with {vectors}; {platform.system()} "
+    return (f"{len(models)} processors, {models[0].strip()}, with {vectors()}; {platform.system()} "
             f"{platform.machine()}; g++ {compiler}. {peers}.")
 
 

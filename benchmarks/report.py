@@ -49,12 +49,18 @@ def read_times(folder):
     return times
 
 
+def parse_goals(lines, vectors):
+    for line in lines:
+        if not line or line.startswith("#"):
+            continue
+        row, peer, ratio, slack, *needed = line.split("\t")
+        if not needed or needed == [vectors]:
+            yield Goal(row, peer, None if ratio == "-" else float(ratio), float(slack))
+
+
 def read_goals():
     path = pathlib.Path(__file__).with_name("goals.tsv")
-    lines = (line for line in path.read_text(encoding="utf-8").splitlines() if line and not line.startswith("#"))
-    for line in lines:
-        row, peer, ratio, slack = line.split("\t")
-        yield Goal(row, peer, None if ratio == "-" else float(ratio), float(slack))
+    return parse_goals(path.read_text(encoding="utf-8").splitlines(), performance_page.vectors())
 
 
 def verdict(own, peer, goal):

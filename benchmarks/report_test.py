@@ -27,6 +27,17 @@ class Times(unittest.TestCase):
         self.assertEqual(report.ratio_to_fastest({"KVBase": 3, "floor": 2}), 1.5)
 
 
+class Goals(unittest.TestCase):
+    LINES = ["# row\tpeer\tratio\tslack", "", "row\tstd\t0.80\t0.5", "row\tstd\t0.40\t0\tAVX-512", "other\tstd\t-\t0"]
+
+    def test_count_where_the_processor_has_what_they_need(self):
+        self.assertEqual([(goal.row, goal.ratio, goal.slack) for goal in report.parse_goals(self.LINES, "AVX-512")],
+                         [("row", 0.80, 0.5), ("row", 0.40, 0), ("other", None, 0)])
+
+    def test_of_other_processors_do_not_count(self):
+        self.assertEqual([goal.ratio for goal in report.parse_goals(self.LINES, "AVX2")], [0.80, None])
+
+
 class Verdicts(unittest.TestCase):
     def test_limit_itself_is_reached(self):
         self.assertEqual(report.verdict(80, 100, goal(0.80)), "ok")

@@ -16,7 +16,7 @@ TextKernels const kScalarKernels = {
 TextKernels const* activeKernels = &kSse2Kernels;
 
 void chooseKernels() {
-  if (platform::hasAvx2()) activeKernels = &kAvx2Kernels;
+  if (platform::hasAvx2()) activeKernels = platform::hasAvx512() ? &avx512Kernels() : &kAvx2Kernels;
 }
 
 }  // namespace strings

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The inner loops of the string code, each in three versions with the same result: scalar (the definition, with which
-// tests compare the others), SSE2 (every x86-64 processor) and AVX2 (chosen once when the library starts).
+// The inner loops of the string code, each in several versions with the same result: scalar (the definition, with which
+// tests compare the others), SSE2 (every x86-64 processor), AVX2 and AVX-512 (chosen once when the library starts).
 //
 // Lengths and positions count units, or bytes where it says so. A function reads nothing outside the range it is given,
 // except `length`: it reads whole aligned vectors, which never cross into another page.
@@ -64,6 +64,9 @@ struct TextKernels {
 extern TextKernels const kScalarKernels;
 extern TextKernels const kSse2Kernels;
 extern TextKernels const kAvx2Kernels;
+// Those of AVX2, but for UTF-16 to UTF-8 and back.
+// REQUIRES: platform::hasAvx512().
+TextKernels const& avx512Kernels();
 
 // The kernels in use; SSE2 until the library has started.
 extern TextKernels const* activeKernels;

@@ -47,19 +47,34 @@ unsigned int enabledStates() {
 
 #endif
 
-constexpr unsigned int kOsxsave = 1u << 27;  // leaf 1, ecx: the system has enabled extended states
-constexpr unsigned int kAvx = 1u << 28;      // leaf 1, ecx
-constexpr unsigned int kAvx2 = 1u << 5;      // leaf 7, ebx
-constexpr unsigned int kXmmYmm = 0x6;        // the system saves the registers of both sizes
+constexpr unsigned int kOsxsave = 1u << 27;       // leaf 1, ecx: the system has enabled extended states
+constexpr unsigned int kAvx = 1u << 28;           // leaf 1, ecx
+constexpr unsigned int kPopcnt = 1u << 23;        // leaf 1, ecx
+constexpr unsigned int kAvx2 = 1u << 5;           // leaf 7, ebx
+constexpr unsigned int kBmi = 1u << 3 | 1u << 8;  // leaf 7, ebx: BMI1 and BMI2
+constexpr unsigned int kAvx512FBwVl = 1u << 16 | 1u << 30 | 1u << 31;  // leaf 7, ebx
+constexpr unsigned int kVbmi = 1u << 1 | 1u << 6;                      // leaf 7, ecx: VBMI and VBMI2
+constexpr unsigned int kXmmYmm = 0x6;                                  // the system saves the registers of both sizes
+constexpr unsigned int kXmmYmmZmm = 0xE6;                              // and those of AVX-512, with its masks
+
+bool hasAll(unsigned int features, unsigned int wanted) {
+  return (features & wanted) == wanted;
+}
+
+// Whether the system saves those registers.
+bool saves(unsigned int states) {
+  return hasAll(cpuid(1).ecx, kOsxsave) && hasAll(enabledStates(), states);
+}
 
 }  // namespace
 
 bool hasAvx2() {
-  if (cpuid(0).eax < 7) return false;
-  constexpr unsigned int needed = kOsxsave | kAvx;
-  if ((cpuid(1).ecx & needed) != needed) return false;
-  if ((enabledStates() & kXmmYmm) != kXmmYmm) return false;
-  return (cpuid(7).ebx & kAvx2) != 0;
+  return cpuid(0).eax >= 7 && saves(kXmmYmm) && hasAll(cpuid(1).ecx, kAvx) && hasAll(cpuid(7).ebx, kAvx2);
+}
+
+bool hasAvx512() {
+  return hasAvx2() && saves(kXmmYmmZmm) && hasAll(cpuid(1).ecx, kPopcnt) && hasAll(cpuid(7).ebx, kAvx512FBwVl | kBmi) &&
+         hasAll(cpuid(7).ecx, kVbmi);
 }
 
 }  // namespace platform

@@ -50,32 +50,38 @@ void* cutBlock(void* block, int capacity) {
   return cut != nullptr ? cut : block;
 }
 
-// Units as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text that is not
-// ASCII is encoded on the stack; a long one that begins with ASCII is taken for ASCII until another character comes.
+// Units and a terminator as UTF-8 in a new array of exactly that size; null if that is beyond the range of int. A short text
+// that is not ASCII is encoded on the stack; a long one that begins with ASCII is taken for ASCII until another character
+// comes.
 char* newUtf8(wchar const* units, int n) {
   constexpr strings::ByteRange kBeyondAscii = {0x80, 0xFF};
+  std::size_t const least = static_cast<std::size_t>(n) + 1;
   if (strings::isShortAscii(units, n)) {
-    char* const ascii = new char[static_cast<std::size_t>(n)];
+    char* const ascii = new char[least];
     strings::narrowShortAscii(units, n, ascii);
+    ascii[n] = '\0';
     return ascii;
   }
   char brief[256];
-  if (n <= static_cast<int>(sizeof brief) / 3) {
+  if (n < static_cast<int>(sizeof brief) / 3) {
     std::size_t const size = static_cast<std::size_t>(strings::kernels().toUtf8(units, n, brief));
-    return static_cast<char*>(std::memcpy(new char[size], brief, size));
+    brief[size] = '\0';
+    return static_cast<char*>(std::memcpy(new char[size + 1], brief, size + 1));
   }
   std::unique_ptr<char[]> ascii;
   int front = 0;
   if (units[0] < kBeyondAscii.low) {
-    ascii.reset(new char[static_cast<std::size_t>(n)]);
+    ascii.reset(new char[least]);
     front = strings::kernels().narrow(units, n, kBeyondAscii, ascii.get());
+    ascii[least - 1] = '\0';
     if (front == n) return ascii.release();
   }
   long long const rest = strings::kernels().utf8Size(units + front, n - front);
-  if (rest > INT_MAX - front) return nullptr;
-  std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(front + rest)]);
+  if (rest >= INT_MAX - front) return nullptr;
+  std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(front + rest + 1)]);
   std::copy_n(ascii.get(), front, copy.get());
   strings::kernels().toUtf8(units + front, n - front, copy.get() + front);
+  copy[static_cast<std::size_t>(front + rest)] = '\0';
   return copy.release();
 }
 
@@ -207,7 +213,7 @@ char* StringVal::newNarrow(NarrowCopy which) const {
   unsigned int const codePage = which == kAnsi ? platform::kAnsiCodePage : platform::kUtf8CodePage;
   // COMPAT: the last unit of counted double-byte text stands at the length, and the terminator behind it.
   int const units = length_ + (str()[length_] == 0 ? 1 : 2);
-  if (platform::isUtf8(platform::text(), codePage)) return newUtf8(str(), units);
+  if (platform::isUtf8(platform::text(), codePage)) return newUtf8(str(), units - 1);
   int const size = platform::encodeNarrow(platform::text(), codePage, str(), units, nullptr, 0);
   if (size == 0) return nullptr;
   std::unique_ptr<char[]> copy(new char[static_cast<std::size_t>(size)]);

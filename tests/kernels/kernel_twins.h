@@ -19,6 +19,7 @@ inline std::vector<Twin> const& twins() {
   static std::vector<Twin> const all = [] {
     std::vector<Twin> found = {{"scalar", &strings::kScalarKernels}, {"SSE2", &strings::kSse2Kernels}};
     if (platform::hasAvx2()) found.push_back({"AVX2", &strings::kAvx2Kernels});
+    if (platform::hasAvx512()) found.push_back({"AVX-512", &strings::avx512Kernels()});
     return found;
   }();
   return all;

@@ -9,6 +9,7 @@
 
 #include "tests/kernels/kernel_twins.h"
 #include "tests/reference/string_encoding.h"
+#include "tests/support/guarded_block.h"
 #include "tests/support/random_text.h"
 
 namespace KV_1_1 {
@@ -197,6 +198,37 @@ TEST(TextKernelsUtf8, RunsEndAtEveryByte) {
       for (Twin const& twin : twins()) {
         ASSERT_EQ(decoded(twin, bytes), units) << twin.name << " " << size;
         ASSERT_EQ(encoded(twin, units), reference::toUtf8(units)) << twin.name << " " << size;
+      }
+    }
+  }
+}
+
+// The end of a text may be the end of what can be read, and the end of a result that of what can be written.
+TEST(TextKernelsUtf8, NothingIsTouchedBehindTheEnd) {
+  constexpr std::size_t kMost = 150;
+  GuardedBlock const bytesBlock(3 * kMost);
+  GuardedBlock const unitsBlock(kMost * sizeof(wchar));
+  auto const lastUnits = [&](std::size_t n) { return reinterpret_cast<wchar*>(unitsBlock.last(n * sizeof(wchar))); };
+  for (char const* const character : {"a", "\xC3\xA4", "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "a\xC3\xA4\xE2\x82\xAC",
+                                      "\xE2\x82", "a\xF0\x9F\x98\x80\xC3\xA4\xFF\xE2\x82\xAC\xED\xA0\x80"}) {
+    std::string run;
+    while (run.size() < kMost) run += character;
+    for (std::size_t size = 0; size <= kMost; ++size) {
+      std::string const bytes = run.substr(0, size);
+      wstring const units = reference::fromUtf8(bytes);
+      int const n = static_cast<int>(units.size());
+      std::string const back = reference::toUtf8(units);
+      for (Twin const& twin : twins()) {
+        SCOPED_TRACE(std::string(twin.name) + " " + std::to_string(size));
+        char* const from = bytesBlock.last(size);
+        std::memcpy(from, bytes.data(), size);
+        ASSERT_EQ(twin.kernels->utf16Size(from, static_cast<int>(size)), n);
+        ASSERT_EQ(twin.kernels->fromUtf8(from, static_cast<int>(size), lastUnits(units.size()), n), n);
+        ASSERT_EQ(wstring(lastUnits(units.size()), units.size()), units);
+        ASSERT_EQ(twin.kernels->utf8Size(lastUnits(units.size()), n), static_cast<long long>(back.size()));
+        char* const to = bytesBlock.last(back.size());
+        ASSERT_EQ(twin.kernels->toUtf8(lastUnits(units.size()), n, to), static_cast<long long>(back.size()));
+        ASSERT_EQ(std::string(to, back.size()), back);
       }
     }
   }
