@@ -136,15 +136,17 @@ inline char* writeThrees(__m256i units, int n, char* to) {
       _mm512_setr_epi32(0x05030201, 0x0A090706, 0x0F0E0D0B, 0x15131211, 0x1A191716, 0x1F1E1D1B, 0x25232221, 0x2A292726,
                         0x2F2E2D2B, 0x35333231, 0x3A393736, 0x3F3E3D3B, 0, 0, 0, 0);
   __m512i const sequences = sequencesOf(_mm512_cvtepu16_epi32(units), ofCodes(kThreeBytes));
-  _mm512_mask_storeu_epi8(to, firstBytes(3 * n), _mm512_permutexvar_epi8(order, sequences));
-  return to + 3 * n;
+  int const size = 3 * n;
+  _mm512_mask_storeu_epi8(to, firstBytes(size), _mm512_permutexvar_epi8(order, sequences));
+  return to + size;
 }
 
 // Writes the first n units of 16 pairs of surrogates; returns the end.
 inline char* writeFours(__m512i pairs, int n, char* to) {
   __m512i const codes = codesOfPairs(_mm512_and_si512(pairs, ofCodes(0xFFFF)), _mm512_srli_epi32(pairs, 16));
-  _mm512_mask_storeu_epi8(to, firstBytes(2 * n), sequencesOf(codes, ofCodes(kFourBytes)));
-  return to + 2 * n;
+  int const size = 2 * n;
+  _mm512_mask_storeu_epi8(to, firstBytes(size), sequencesOf(codes, ofCodes(kFourBytes)));
+  return to + size;
 }
 
 // Writes the characters that begin in the first 16 of n units; returns how many units they take.
@@ -246,13 +248,16 @@ inline bool readFours(char const* bytes, int n, wchar* to) {
 // that makes. read(bytes, n, to) reads n of them, each for kMade units.
 template <int kSize, int kMade, class Read>
 inline int readRun(char const* bytes, int n, Read read, wchar*& to) {
+  constexpr int kRead = 16 * kSize;
+  constexpr int kWritten = 16 * kMade;
   int taken = 0;
-  for (; n - taken >= 16 * kSize; taken += 16 * kSize, to += 16 * kMade) {
+  for (; n - taken >= kRead; taken += kRead, to += kWritten) {
     if (!read(bytes + taken, 16, to)) return taken;
   }
   int const rest = (n - taken) / kSize;
+  int const written = rest * kMade;
   if (rest == 0 || !read(bytes + taken, rest, to)) return taken;
-  to += rest * kMade;
+  to += written;
   return taken + rest * kSize;
 }
 
