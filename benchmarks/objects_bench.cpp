@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
 // Reference counting, and tests for the class of an object.
+#include <atomic>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/support.h"
@@ -35,6 +37,31 @@ struct Uncounted {
   int value = 7;
 };
 
+// What the count of a BaseNode requires and nothing else: it is read and written by locked instructions, and becomes a mark
+// before the object ends.
+struct BareNode {
+  virtual ~BareNode() = default;
+  std::atomic<unsigned int> owners{0};
+  int value = 7;
+};
+class BarePointer {
+ public:
+  explicit BarePointer(BareNode* node) : node_(node) { ++node_->owners; }
+  BarePointer(BarePointer const& other) : BarePointer(other.node_) {}
+  BarePointer(BarePointer&& other) noexcept : node_(std::exchange(other.node_, nullptr)) {}
+  BarePointer& operator=(BarePointer const&) = delete;
+  ~BarePointer() {
+    if (node_ == nullptr || node_->owners-- != 1) return;
+    node_->owners.exchange(0xF000DEAD);
+    delete node_;
+  }
+
+  BareNode* operator->() const { return node_; }
+
+ private:
+  BareNode* node_;
+};
+
 // Adds one contestant for each kind of pointer. makeWork takes a function that returns a pointer to a new object, and
 // returns the work.
 template <class MakeWork>
@@ -50,7 +77,8 @@ void addPointers(char const* name, MakeWork makeWork) {
                   return QExplicitlySharedDataPointer<Object>(new Object);
                 })))
       .add(PEER("QSharedPointer", makeWork([] { return QSharedPointer<Uncounted>::create(); })))
-      .add("shared_ptr", makeWork([] { return std::make_shared<Uncounted>(); }));
+      .add("shared_ptr", makeWork([] { return std::make_shared<Uncounted>(); }))
+      .add("floor", makeWork([] { return BarePointer(new BareNode); }));
 }
 
 template <class Pointer>
