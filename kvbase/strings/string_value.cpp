@@ -208,12 +208,11 @@ String String::trim(bool left, bool right) const {
   wchar const* begin = payload_->str();
   wchar const* end = begin + length;
   // Most texts have nothing to cut.
-  bool const isCut = length > 0 && ((left && isSpace(*begin)) || (right && length > 1 && isSpace(end[-1])));
-  if (!isCut) return *this;
   while (left && begin < end && isSpace(*begin)) ++begin;
   // COMPAT: nothing is cut from behind beyond the first unit that remains, so of blanks alone one stays.
   while (right && end - begin > 1 && isSpace(end[-1])) --end;
-  return begin < end ? String(begin, static_cast<int>(end - begin)) : EMPTY;
+  int const units = static_cast<int>(end - begin);
+  return units == length ? *this : units != 0 ? String(begin, units) : EMPTY;
 }
 
 bool String::startsWith(String const& prefix) const {
