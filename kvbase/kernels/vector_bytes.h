@@ -67,11 +67,13 @@ constexpr bool isBeyondAscii(ByteRange range) {
 }
 
 // Copies blocks of a register from the front, copies(i) the one at byte i, until one is not copied; returns how many bytes
-// were. A rest that does not fill a register is covered by one that overlaps the bytes before it.
+// were. A rest that does not fill a register is covered by one that overlaps the bytes before it; the vectors of the units of
+// a long text are aligned.
 template <class V, class Copies>
-int copyBlocks(int n, Copies copies) {
+int copyBlocks(wchar const* units, int n, Copies copies) {
   constexpr int kBytes = 2 * V::kUnits;
   int i = 0;
+  if (n >= kLong && copies(0)) i = kBytes - unitsBehindAligned<V>(units);
   while (n - i >= kBytes && copies(i)) i += kBytes;
   bool const isRestCopied = i < n && i > n - kBytes && n >= kBytes && copies(n - kBytes);
   return isRestCopied ? n : i;
@@ -81,7 +83,7 @@ int copyBlocks(int n, Copies copies) {
 template <class V>
 int widen(char const* bytes, int n, ByteRange except, wchar* units) {
   RangeTest<V> const hasException(except);
-  int const i = copyBlocks<V>(n, [&](int at) {
+  int const i = copyBlocks<V>(units, n, [&](int at) {
     if (hasException(V::loadBytes(bytes + at))) return false;
     V::storeWidened(units + at, bytes + at);
     return true;
@@ -98,7 +100,7 @@ template <class V>
 int narrow(wchar const* units, int n, ByteRange except, char* bytes) {
   RangeTest<V> const hasException(except);
   bool const isAsciiWanted = isBeyondAscii(except);
-  int const i = copyBlocks<V>(n, [&](int at) {
+  int const i = copyBlocks<V>(units, n, [&](int at) {
     auto const front = V::load(units + at);
     auto const back = V::load(units + at + V::kUnits);
     auto const both = V::bitOr(front, back);

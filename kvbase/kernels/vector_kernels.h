@@ -114,6 +114,24 @@ int firstZero(int n, Test test) {
   return n;
 }
 
+// From so many units on it pays to look at a front of a text first, so that the vectors behind it are aligned.
+constexpr int kLong = 512;
+
+// How many units behind an aligned place a text begins.
+template <class V>
+int unitsBehindAligned(wchar const* text) {
+  return static_cast<int>(reinterpret_cast<std::uintptr_t>(text) / sizeof(wchar) % V::kUnits);
+}
+
+// firstZero by aligned vectors of `text`, if it is long. testFrom(i) gives the test for the texts from i on.
+template <class V, class TestFrom>
+int firstZeroAligned(wchar const* text, int n, TestFrom testFrom) {
+  if (n < kLong) return firstZero<V>(n, testFrom(0));
+  int const front = 2 * V::kUnits - unitsBehindAligned<V>(text);
+  int const at = firstZero<V>(front, testFrom(0));
+  return at < front ? at : front + firstZero<V>(n - front, testFrom(front));
+}
+
 // Tests for firstZero. Those of two texts give zero where the units differ or both are NUL.
 inline auto differsOrEnds(wchar const* a, wchar const* b) {
   return [a, b](auto v, auto load) {
@@ -159,7 +177,8 @@ inline auto isInRange(wchar const* text, int low, int high) {
 
 template <class V>
 int mismatch(wchar const* a, wchar const* b, int n) {
-  return n < kFew ? mismatchScalar(a, b, n) : firstZero<V>(n, differsOrEnds(a, b));
+  return n < kFew ? mismatchScalar(a, b, n)
+                  : firstZeroAligned<V>(a, n, [=](int i) { return differsOrEnds(a + i, b + i); });
 }
 
 template <class V>
@@ -170,8 +189,10 @@ int mismatchIgnoringCase(wchar const* a, wchar const* b, int n) {
 template <class V>
 int findUnit(wchar const* text, wchar unit, int n) {
   if (n < kFew) return findUnitScalar(text, unit, n);
-  if (unit == 0) return firstZero<V>(n, [text](auto, auto load) { return load(text); });
-  return firstZero<V>(n, isUnitOrEnd(text, unit));
+  if (unit == 0) {
+    return firstZeroAligned<V>(text, n, [=](int i) { return [=](auto, auto load) { return load(text + i); }; });
+  }
+  return firstZeroAligned<V>(text, n, [=](int i) { return isUnitOrEnd(text + i, unit); });
 }
 
 template <class V>
@@ -238,7 +259,8 @@ int findText(wchar const* text, int n, wchar const* needle, int m) {
 template <class V>
 int findRange(wchar const* text, int n, wchar low, wchar high) {
   KVBASE_ASSERT(low <= high && high < 0x80);
-  return n < kFew ? findRangeScalar(text, n, low, high) : firstZero<V>(n, isInRange(text, low, high));
+  return n < kFew ? findRangeScalar(text, n, low, high)
+                  : firstZeroAligned<V>(text, n, [=](int i) { return isInRange(text + i, low, high); });
 }
 
 template <class V>

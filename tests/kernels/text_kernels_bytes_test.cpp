@@ -83,6 +83,35 @@ TEST(TextKernelsBytes, CopyUpToTheFirstExceptionAtEveryPlace) {
   }
 }
 
+// The vectors of the units of a long text begin at aligned places.
+TEST(TextKernelsBytes, LongTextsFromEveryPlaceInMemory) {
+  constexpr ByteRange kExcept = {0xE0, 0xEF};
+  RandomText random(52);
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    for (int n : {511, 512, 600}) {
+      for (int shift = 0; shift <= 16; ++shift) {
+        std::string bytes = bytesOutside(kExcept, n, random);
+        std::unique_ptr<wchar[]> const units(new wchar[static_cast<std::size_t>(n + shift)]);
+        // At the front, where the first vectors overlap, and at the end.
+        for (int place = 0; place <= n; place += place == 36 ? n - 72 : 1) {
+          std::string const copied = bytes.substr(0, static_cast<std::size_t>(place));
+          char const kept = bytes[static_cast<std::size_t>(place % n)];
+          if (place < n) bytes[static_cast<std::size_t>(place)] = '\xE5';
+          ASSERT_EQ(twin.kernels->widen(bytes.data(), n, kExcept, units.get() + shift), place);
+          ASSERT_EQ(wstring(units.get() + shift, copied.size()), widened(copied)) << place;
+          wstring const all = widened(bytes);
+          std::memcpy(units.get() + shift, all.data(), all.size() * sizeof(wchar));
+          std::string back(bytes.size(), '\0');
+          ASSERT_EQ(twin.kernels->narrow(units.get() + shift, n, kExcept, &back[0]), place);
+          ASSERT_EQ(back.substr(0, copied.size()), copied) << place;
+          bytes[static_cast<std::size_t>(place % n)] = kept;
+        }
+      }
+    }
+  }
+}
+
 TEST(TextKernelsBytes, EveryByteAgainstEveryRange) {
   std::string all;
   for (int number = 0; number <= 0xFF; ++number) all += static_cast<char>(number);

@@ -112,6 +112,31 @@ TEST(TextKernels, MismatchAtEveryPlace) {
   }
 }
 
+// The vectors of a long text begin at aligned places.
+TEST(TextKernels, LongTextsFromEveryPlaceInMemory) {
+  wstring const needle = KVW("5yy");
+  for (Twin const& twin : twins()) {
+    SCOPED_TRACE(twin.name);
+    for (int n : {511, 512, 513, 600}) {
+      for (int shift = 0; shift < kAlignments; ++shift) {
+        Block const plain(wstring(static_cast<std::size_t>(n), KVW('y')), (shift + 5) % kAlignments);
+        Block const block(wstring(static_cast<std::size_t>(n), KVW('y')), shift);
+        // At the front, where the first vectors overlap, and at the end.
+        for (int place = 0; place <= n; place += place == 90 ? n - 180 : 1) {
+          SCOPED_TRACE(place);
+          if (place < n) block.text()[place] = KVW('5');
+          ASSERT_EQ(twin.kernels->mismatch(block.text(), plain.text(), n), place);
+          ASSERT_EQ(twin.kernels->mismatchIgnoringCase(block.text(), plain.text(), n), place);
+          ASSERT_EQ(twin.kernels->findUnit(block.text(), KVW('5'), n), place);
+          ASSERT_EQ(twin.kernels->findRange(block.text(), n, KVW('0'), KVW('9')), place);
+          ASSERT_EQ(twin.kernels->findText(block.text(), n, needle.data(), 3), place + 3 <= n ? place : -1);
+          if (place < n) block.text()[place] = KVW('y');
+        }
+      }
+    }
+  }
+}
+
 TEST(TextKernels, FindUnit) {
   for (Twin const& twin : twins()) {
     SCOPED_TRACE(twin.name);
