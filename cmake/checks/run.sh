@@ -76,8 +76,9 @@ windows_clang() {
     -isystem "$gcc/include/c++/backward" -isystem /usr/x86_64-w64-mingw32/include
     -isystem cmake/checks/mfc)
   library_sources -not -path '*/platform/linux/*' | xargs -0 -n 1 -P "$jobs" \
-    clang++ --target=x86_64-w64-windows-gnu -std=c++17 -fsyntax-only "${headers[@]}" -I. -DKVBASE_BUILD -mavx2 -mavx512bw \
-    -mavx512vl -mavx512vbmi -mavx512vbmi2 -mbmi -mbmi2 -mpopcnt -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
+    clang++ --target=x86_64-w64-windows-gnu -std=c++17 -fsyntax-only "${headers[@]}" -I. -DKVBASE_BUILD \
+    -mavx2 -mavx512bw -mavx512vl -mavx512vbmi -mavx512vbmi2 -mbmi -mbmi2 -mpopcnt \
+    -D_CRT_SECURE_NO_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wgnu -Wmicrosoft -Werror
 }
 
 tidy() { run-clang-tidy -quiet -j "$jobs" -p build/linux-asan "^$PWD/(build/linux-asan/CMakeFiles/kvbase_objects.dir|kvbase)/"; }

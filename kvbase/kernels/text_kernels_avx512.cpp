@@ -297,8 +297,8 @@ inline bool decode(HalfBlock const& half, __m512i& units) {
   return (wrong | _mm512_mask_cmpneq_epi16_mask(half.fours, marks, ofUnits(0xD800))) == 0;
 }
 
-// Reads the characters that begin in the first 61 of n bytes; returns how many bytes they take, 0 if not all of them are
-// valid.
+// Reads the characters that begin in the first 61 of n bytes, so that a block of 64 holds all of each; returns how many bytes
+// they take, 0 if not all of them are valid.
 inline int readMixed(char const* bytes, int n, wchar*& to) {
   ByteMask const lanes = firstBytes(n);
   __m512i const block = _mm512_maskz_loadu_epi8(lanes, bytes);
