@@ -33,13 +33,54 @@ __attribute__((noinline)) int deeply(Work const& work) {
   return result;
 }
 
+// Room for a symbol with its name.
+class SymbolBlock {
+ public:
+  SymbolBlock() {
+    get()->sizeOfStruct = sizeof(debug_help::Symbol64);
+    get()->maxNameLength = 1024;
+  }
+  debug_help::Symbol64* get() { return reinterpret_cast<debug_help::Symbol64*>(block_); }
+
+ private:
+  alignas(debug_help::Symbol64) char block_[1056];
+};
+
+// The two functions that tell of an address.
+struct LookUps {
+  debug_help::SymGetSymFromAddr64 symbol;
+  debug_help::SymGetLineFromAddr64 line;
+
+  // The last digit of each line.
+  std::string lines(Addresses const& addresses) const {
+    SymbolBlock block;
+    std::string result;
+    for (std::uint64_t const address : addresses) {
+      std::uint64_t distance = 0;
+      symbol(nullptr, address, &distance, block.get());
+      keep(block);
+      result += static_cast<char>('0' + lineOf(address).lineNumber % 10);
+    }
+    return result;
+  }
+
+  // Of number 0 if there is none.
+  debug_help::Line64 lineOf(std::uint64_t address) const {
+    debug_help::Line64 found = {};
+    found.sizeOfStruct = sizeof found;
+    ulong32 distance = 0;
+    line(nullptr, address, &distance, &found);
+    return found;
+  }
+};
+
 class DebugHelp {
  public:
   DebugHelp() : library_(debug().loadLibrary(KVW("dbghelp.dll"))) {
     require(library_ != nullptr, "the debug help is installed");
     get(step_, "StackWalk64");
-    get(symbol_, "SymGetSymFromAddr64");
-    get(line_, "SymGetLineFromAddr64");
+    get(lookUps_.symbol, "SymGetSymFromAddr64");
+    get(lookUps_.line, "SymGetLineFromAddr64");
     get(functionTable_, "SymFunctionTableAccess64");
     get(moduleBase_, "SymGetModuleBase64");
     get(moduleInfo_, "SymGetModuleInfo64");
@@ -62,11 +103,11 @@ class DebugHelp {
     walk([&](std::uint64_t address) {
       char text[1024];
       std::uint64_t distance = 0;
-      if (symbol_(process_, address, &distance, symbol.get()) != 0) {
+      if (lookUps_.symbol(process_, address, &distance, symbol.get()) != 0) {
         undecorate_(symbol.get()->name, text, sizeof text, debug_help::kUndecorateNameOnly);
         undecorate_(symbol.get()->name, text, sizeof text, debug_help::kUndecorateComplete);
       }
-      lineNumber(address);
+      lookUps_.lineOf(address);
       debug_help::ModuleInfo64 module;
       module.sizeOfStruct = sizeof module;
       moduleInfo_(process_, address, &module);
@@ -76,31 +117,10 @@ class DebugHelp {
     return count;
   }
 
-  std::string lines(Addresses const& addresses) const {
-    SymbolBlock symbol;
-    std::string result;
-    for (std::uint64_t const address : addresses) {
-      std::uint64_t distance = 0;
-      symbol_(nullptr, address, &distance, symbol.get());
-      keep(symbol);
-      result += static_cast<char>('0' + lineNumber(address) % 10);
-    }
-    return result;
-  }
+  LookUps const& lookUps() const { return lookUps_; }
+  std::string lines(Addresses const& addresses) const { return lookUps_.lines(addresses); }
 
  private:
-  class SymbolBlock {
-   public:
-    SymbolBlock() {
-      get()->sizeOfStruct = sizeof(debug_help::Symbol64);
-      get()->maxNameLength = 1024;
-    }
-    debug_help::Symbol64* get() { return reinterpret_cast<debug_help::Symbol64*>(block_); }
-
-   private:
-    alignas(debug_help::Symbol64) char block_[1056];
-  };
-
   // Calls `visit` with each program counter until it returns false.
   template <class Visit>
   void walk(Visit visit) const {
@@ -115,13 +135,6 @@ class DebugHelp {
                  nullptr) != 0) {
       if (!visit(frame.programCounter.offset) || frame.returnAddress.offset == 0) return;
     }
-  }
-
-  unsigned lineNumber(std::uint64_t address) const {
-    debug_help::Line64 line = {};
-    line.sizeOfStruct = sizeof line;
-    ulong32 distance = 0;
-    return line_(process_, address, &distance, &line) != 0 ? line.lineNumber : 0;
   }
 
   static platform::DebugApi& debug() { return platform::nativeDebug(); }
@@ -141,8 +154,7 @@ class DebugHelp {
   void* process_ = debug().currentProcess();
   void* thread_ = debug().currentThread();
   debug_help::StackWalk64 step_;
-  debug_help::SymGetSymFromAddr64 symbol_;
-  debug_help::SymGetLineFromAddr64 line_;
+  LookUps lookUps_;
   debug_help::SymFunctionTableAccess64 functionTable_;
   debug_help::SymGetModuleBase64 moduleBase_;
   debug_help::SymGetModuleInfo64 moduleInfo_;

@@ -11,8 +11,10 @@
 #include <execinfo.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -111,6 +113,61 @@ std::string linesByBacktrace(backtrace_state* state, Addresses const& addresses)
   return result;
 }
 
+// The look-ups of known addresses bare: a table with what was told of each before, found by the address, and a caller's record
+// that it is copied to. As return addresses stand for their call, each look-up asks what this thread walked last.
+class KnownAddresses {
+ public:
+  static void learn(LookUps const& lookUps, std::vector<Addresses> const& places) {
+    for (Addresses const& addresses : places) {
+      for (std::uint64_t const address : addresses) learn(lookUps, address);
+    }
+  }
+  static LookUps lookUps() { return {&symbol, &line}; }
+
+ private:
+  struct Known {
+    std::uint64_t address;
+    std::string name;
+    std::uint64_t symbolStart;
+    debug_help::Line64 line;
+  };
+  static constexpr std::size_t kBits = 14;
+  static inline std::vector<std::unique_ptr<Known const>> slots_{std::size_t{1} << kBits};
+  static inline thread_local std::uint64_t lastReturnAddress_ = 0;
+
+  static std::unique_ptr<Known const>& slotOf(std::uint64_t address) {
+    std::size_t i = (address * 0x9E3779B97F4A7C15) >> (64 - kBits);
+    while (slots_[i] != nullptr && slots_[i]->address != address) i = (i + 1) % slots_.size();
+    return slots_[i];
+  }
+  static void learn(LookUps const& lookUps, std::uint64_t address) {
+    SymbolBlock block;
+    std::uint64_t distance = 0;
+    require(lookUps.symbol(nullptr, address, &distance, block.get()) != 0, "the address has a symbol");
+    slotOf(address).reset(new Known{address, block.get()->name, block.get()->address, lookUps.lineOf(address)});
+  }
+  static Known const& find(std::uint64_t counter) {
+    return *slotOf(counter == lastReturnAddress_ ? counter - 1 : counter);
+  }
+
+  static debug_help::Bool symbol(void*, std::uint64_t address, std::uint64_t* distance, debug_help::Symbol64* symbol) {
+    Known const& known = find(address);
+    *distance = address - known.symbolStart;
+    symbol->address = known.symbolStart;
+    symbol->size = symbol->flags = 0;
+    std::size_t const size = std::min<std::size_t>(known.name.size(), symbol->maxNameLength - 1);
+    std::memcpy(symbol->name, known.name.data(), size);
+    symbol->name[size] = '\0';
+    return 1;
+  }
+  static debug_help::Bool line(void*, std::uint64_t address, ulong32* distance, debug_help::Line64* line) {
+    Known const& known = find(address);
+    *distance = static_cast<ulong32>(address - known.line.address);
+    *line = known.line;
+    return 1;
+  }
+};
+
 // Whether the machine has debug data of the system's libraries, which may be large and compressed, must not count.
 bool hasDebugData(void const* address) {
   Dl_info module = {};
@@ -191,11 +248,16 @@ void addDiagnostics() {
       .addOnce("KVBase", processes, 0)
       .addOnce(PEER("libdwfl", processes, 1));
 
+  KnownAddresses::learn(help.lookUps(), places);
+  static LookUps bare = KnownAddresses::lookUps();
+  // As those of the debug help, the functions are known only when the program runs.
+  keep(bare);
   Row("call stack: function and line of 20 frames, again")
       .add("KVBase", inTurn(places, [](Addresses const& each) { return help.lines(each); }))
       .add(PEER("libdwfl",
                 inTurn(places, [session = dwfl.open()](Addresses const& each) { return dwfl.lines(session, each); })))
-      .add(PEER("libbacktrace", inTurn(places, [](Addresses const& each) { return linesByBacktrace(state, each); })));
+      .add(PEER("libbacktrace", inTurn(places, [](Addresses const& each) { return linesByBacktrace(state, each); })))
+      .add("floor", inTurn(places, [](Addresses const& each) { return bare.lines(each); }));
 }
 
 }  // namespace bench
