@@ -48,6 +48,7 @@ class SymbolBlock {
 
 // The two functions that tell of an address.
 struct LookUps {
+  void* process;
   debug_help::SymGetSymFromAddr64 symbol;
   debug_help::SymGetLineFromAddr64 line;
 
@@ -57,7 +58,7 @@ struct LookUps {
     std::string result;
     for (std::uint64_t const address : addresses) {
       std::uint64_t distance = 0;
-      symbol(nullptr, address, &distance, block.get());
+      symbol(process, address, &distance, block.get());
       keep(block);
       result += static_cast<char>('0' + lineOf(address).lineNumber % 10);
     }
@@ -69,7 +70,7 @@ struct LookUps {
     debug_help::Line64 found = {};
     found.sizeOfStruct = sizeof found;
     ulong32 distance = 0;
-    line(nullptr, address, &distance, &found);
+    line(process, address, &distance, &found);
     return found;
   }
 };
@@ -154,7 +155,7 @@ class DebugHelp {
   void* process_ = debug().currentProcess();
   void* thread_ = debug().currentThread();
   debug_help::StackWalk64 step_;
-  LookUps lookUps_;
+  LookUps lookUps_ = {process_, nullptr, nullptr};
   debug_help::SymFunctionTableAccess64 functionTable_;
   debug_help::SymGetModuleBase64 moduleBase_;
   debug_help::SymGetModuleInfo64 moduleInfo_;

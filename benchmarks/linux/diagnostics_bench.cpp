@@ -122,7 +122,7 @@ class KnownAddresses {
       for (std::uint64_t const address : addresses) learn(lookUps, address);
     }
   }
-  static LookUps lookUps() { return {&symbol, &line}; }
+  static LookUps lookUps() { return {nullptr, &symbol, &line}; }
 
  private:
   struct Known {
@@ -143,7 +143,7 @@ class KnownAddresses {
   static void learn(LookUps const& lookUps, std::uint64_t address) {
     SymbolBlock block;
     std::uint64_t distance = 0;
-    require(lookUps.symbol(nullptr, address, &distance, block.get()) != 0, "the address has a symbol");
+    require(lookUps.symbol(lookUps.process, address, &distance, block.get()) != 0, "the address has a symbol");
     slotOf(address).reset(new Known{address, block.get()->name, block.get()->address, lookUps.lineOf(address)});
   }
   static Known const& find(std::uint64_t counter) {
