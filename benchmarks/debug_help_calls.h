@@ -88,9 +88,11 @@ class DebugHelp {
     get(undecorate_, "UnDecorateSymbolName");
   }
 
-  int capture(Addresses& addresses) const {
+  int capture(Addresses& addresses) const { return capture(addresses, step_); }
+  // By another function for the steps.
+  int capture(Addresses& addresses, debug_help::StackWalk64 step) const {
     int count = 0;
-    walk([&](std::uint64_t address) {
+    walk(step, [&](std::uint64_t address) {
       addresses[static_cast<std::size_t>(count++)] = address;
       return count < kFrames;
     });
@@ -101,7 +103,7 @@ class DebugHelp {
   int depth() const {
     SymbolBlock symbol;
     int count = 0;
-    walk([&](std::uint64_t address) {
+    walk(step_, [&](std::uint64_t address) {
       char text[1024];
       std::uint64_t distance = 0;
       if (lookUps_.symbol(process_, address, &distance, symbol.get()) != 0) {
@@ -118,13 +120,14 @@ class DebugHelp {
     return count;
   }
 
+  debug_help::StackWalk64 stackWalk() const { return step_; }
   LookUps const& lookUps() const { return lookUps_; }
   std::string lines(Addresses const& addresses) const { return lookUps_.lines(addresses); }
 
  private:
   // Calls `visit` with each program counter until it returns false.
   template <class Visit>
-  void walk(Visit visit) const {
+  void walk(debug_help::StackWalk64 step, Visit visit) const {
     _CONTEXT context;
     context.ContextFlags = debug_help::kContextFull;
     debug().contextCapture()(&context);
@@ -132,8 +135,8 @@ class DebugHelp {
     frame.programCounter = {context.Rip, 0, debug_help::kFlatAddress};
     frame.frame = {context.Rsp, 0, debug_help::kFlatAddress};
     frame.stack = {context.Rsp, 0, debug_help::kFlatAddress};
-    while (step_(debug_help::kMachineX64, process_, thread_, &frame, &context, &read, functionTable_, moduleBase_,
-                 nullptr) != 0) {
+    while (step(debug_help::kMachineX64, process_, thread_, &frame, &context, &read, functionTable_, moduleBase_,
+                nullptr) != 0) {
       if (!visit(frame.programCounter.offset) || frame.returnAddress.offset == 0) return;
     }
   }

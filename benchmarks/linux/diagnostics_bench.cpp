@@ -113,6 +113,87 @@ std::string linesByBacktrace(backtrace_state* state, Addresses const& addresses)
   return result;
 }
 
+// The steps through known frames bare: a table of where each frame keeps the registers of its caller, found by the program
+// counter, the stack, which the caller's routine reads, many words at a time, and the caller's two records. A frame that is
+// not known yet is learnt from the debug help.
+class KnownFrames {
+ public:
+  static debug_help::StackWalk64 learntFrom(debug_help::StackWalk64 step) {
+    learntFrom_ = step;
+    return &KnownFrames::step;
+  }
+
+ private:
+  static constexpr std::size_t kRegisters = 7;
+  static constexpr std::uint64_t _CONTEXT::*kSaved[kRegisters] = {
+      &_CONTEXT::Rbx, &_CONTEXT::Rbp, &_CONTEXT::R12, &_CONTEXT::R13, &_CONTEXT::R14, &_CONTEXT::R15, &_CONTEXT::Rip};
+  struct Known {
+    std::uint64_t counter = 0;
+    std::uint64_t size = 0;
+    // In words below the end of the frame; 0 for a register that the caller has as it is.
+    std::array<std::uint64_t, kRegisters> savedAt = {};
+  };
+  static constexpr std::size_t kBits = 10;
+  static constexpr std::uint64_t kWindowWords = 64;
+  static inline std::vector<Known> slots_{std::size_t{1} << kBits};
+  static inline debug_help::StackWalk64 learntFrom_ = nullptr;
+  static inline thread_local std::uint64_t window_[kWindowWords];
+
+  static Known& slotOf(std::uint64_t counter) {
+    std::size_t i = (counter * 0x9E3779B97F4A7C15) >> (64 - kBits);
+    while (slots_[i].counter != 0 && slots_[i].counter != counter) i = (i + 1) % slots_.size();
+    return slots_[i];
+  }
+
+  static debug_help::Bool step(ulong32 machine, void* process, void* thread, debug_help::StackFrame64* frame,
+                               void* context, debug_help::ReadProcessMemory64 read,
+                               debug_help::FunctionTableAccess64 functionTable, debug_help::GetModuleBase64 moduleBase,
+                               debug_help::TranslateAddress64 translate) {
+    auto& registers = *static_cast<_CONTEXT*>(context);
+    Known& known = slotOf(registers.Rip);
+    if (known.counter == 0) {
+      _CONTEXT const before = registers;
+      if (learntFrom_(machine, process, thread, frame, context, read, functionTable, moduleBase, translate) == 0)
+        return 0;
+      known = learn(before, registers);
+      return 1;
+    }
+    frame->programCounter.offset = registers.Rip;
+    frame->stack.offset = registers.Rsp;
+    std::uint64_t const end = registers.Rsp + known.size;
+    std::uint64_t& windowStart = frame->reserved[0];  // 0 at the start of a walk
+    if (windowStart == 0 || end - windowStart > sizeof window_) {
+      ulong32 bytes = 0;
+      windowStart = end - std::min(known.size, std::uint64_t{sizeof window_});
+      if (read(process, windowStart, window_, sizeof window_, &bytes) == 0) return 0;
+    }
+    std::uint64_t const* const words = window_ + (end - windowStart) / sizeof(std::uint64_t);
+    for (std::size_t i = 0; i < kRegisters; ++i) {
+      if (known.savedAt[i] != 0) registers.*kSaved[i] = *(words - known.savedAt[i]);
+    }
+    registers.Rsp = end;
+    frame->frame.offset = end;
+    frame->returnAddress.offset = registers.Rip;
+    return 1;
+  }
+
+  static Known learn(_CONTEXT const& frame, _CONTEXT const& caller) {
+    Known known;
+    known.counter = frame.Rip;
+    known.size = caller.Rsp - frame.Rsp;
+    auto const* const end = reinterpret_cast<std::uint64_t const*>(caller.Rsp);
+    std::uint64_t const words = std::min(known.size / sizeof(std::uint64_t), kWindowWords);
+    for (std::size_t i = 0; i < kRegisters; ++i) {
+      if (caller.*kSaved[i] == frame.*kSaved[i]) continue;
+      for (std::uint64_t at = words; at > 0; --at) {
+        if (*(end - at) == caller.*kSaved[i]) known.savedAt[i] = at;
+      }
+      require(known.savedAt[i] != 0, "a frame has the registers that it changes");
+    }
+    return known;
+  }
+};
+
 // The look-ups of known addresses bare: a table with what was told of each before, found by the address, and a caller's record
 // that it is copied to. As return addresses stand for their call, each look-up asks what this thread walked last.
 class KnownAddresses {
@@ -228,6 +309,20 @@ void addDiagnostics() {
                                            return result;
                                          }});
 
+  // As that of the debug help, the function is known only when the program runs.
+  static debug_help::StackWalk64 bareStep = KnownFrames::learntFrom(help.stackWalk());
+  keep(bareStep);
+  deeply<kFrames>([&] {
+    Addresses frames;
+    for (int i = 0; i < 2; ++i) {  // learnt, and known
+      Addresses bare;
+      help.capture(frames, i == 0 ? bareStep : help.stackWalk());
+      help.capture(bare, bareStep);
+      require(std::equal(frames.begin() + 1, frames.end(), bare.begin() + 1), "both steps find the same frames");
+    }
+    return 0;
+  });
+
   Row("call stack: capture 20 frames")
       .add("KVBase",
            [] {
@@ -239,10 +334,15 @@ void addDiagnostics() {
              void* frames[kFrames];
              return deeply<kFrames>([&] { return backtrace(frames, kFrames); });
            })
-      .add(PEER("libunwind", [] {
-        void* frames[kFrames];
-        return deeply<kFrames>([&] { return unwind(frames, kFrames); });
-      }));
+      .add(PEER("libunwind",
+                [] {
+                  void* frames[kFrames];
+                  return deeply<kFrames>([&] { return unwind(frames, kFrames); });
+                }))
+      .add("floor", [] {
+        Addresses frames;
+        return deeply<kFrames>([&] { return help.capture(frames, bareStep); });
+      });
 
   Row("call stack: function and line of 20 frames, first time")
       .addOnce("KVBase", processes, 0)
