@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/text/code_pages.h"
-
+//
+// Windows code pages by their numbers. They are converted by ICU: all the pages of Windows that ICU has a table for. 1200
+// and 1201, which are not narrow text, are refused as Windows refuses them.
 #include <stdlib.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "kvbase/export.h"
 #include "kvbase/kernels/short_text.h"
 #include "kvbase/kernels/text_kernels.h"
+#include "kvbase/platform/internal/native_backends.h"
 #include "kvbase/platform/linux/text/code_page_converter.h"
 #include "kvbase/platform/narrow_text.h"
 
@@ -229,11 +231,20 @@ unsigned int ansiCodePageOfEnvironment() {
 }
 
 // 0 until the first call. Threads that ask at the same time get the same result.
-std::atomic<unsigned int> ansiCodePage{0};
+std::atomic<unsigned int> knownAnsiCodePage{0};
+
+unsigned int currentAnsiCodePage() {
+  unsigned int page = knownAnsiCodePage.load(std::memory_order_relaxed);
+  if (page == 0) {
+    page = ansiCodePageOfEnvironment();
+    knownAnsiCodePage.store(page, std::memory_order_relaxed);
+  }
+  return page;
+}
 
 // The page of a number, 0 included; null if it has not been used yet.
 inline CodePage* usedPage(unsigned int number) {
-  if (number == kAnsiCodePage) number = ansiCodePage.load(std::memory_order_relaxed);
+  if (number == kAnsiCodePage) number = knownAnsiCodePage.load(std::memory_order_relaxed);
   CodePage* page = newestPage.load(std::memory_order_acquire);
   while (page != nullptr && page->number() != number) page = page->older;
   return page;
@@ -259,23 +270,18 @@ KVBASE_NEVER_INLINE int encodeAny(unsigned int codePage, wchar const* units, int
 
 }  // namespace
 
-unsigned int currentAnsiCodePage() {
-  unsigned int page = ansiCodePage.load(std::memory_order_relaxed);
-  if (page == 0) {
-    page = ansiCodePageOfEnvironment();
-    ansiCodePage.store(page, std::memory_order_relaxed);
-  }
-  return page;
+unsigned int NativeText::ansiCodePage() {
+  return currentAnsiCodePage();
 }
 
-int decodeCodePage(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
+int NativeText::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
   CodePage const* const page = usedPage(codePage);
   int const n = page != nullptr ? page->decodeShort(bytes, size, units, capacity) : 0;
   return n != 0 ? n : decodeAny(codePage, bytes, size, units, capacity);
 }
 
-int encodeCodePage(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
+int NativeText::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
   if (size <= 0 || capacity < 0) return 0;
   CodePage const* const page = usedPage(codePage);
   int const n = page != nullptr ? page->encodeShort(units, size, bytes, capacity) : 0;

@@ -3,23 +3,10 @@
 
 #include <unicode/uchar.h>
 
-#include "kvbase/platform/linux/text/code_pages.h"
 #include "kvbase/platform/linux/text/wide_print.h"
 
 namespace KV_1_1 {
 namespace platform {
-
-unsigned int NativeText::ansiCodePage() {
-  return currentAnsiCodePage();
-}
-
-int NativeText::decode(unsigned int codePage, char const* bytes, int size, wchar* units, int capacity) {
-  return decodeCodePage(codePage, bytes, size, units, capacity);
-}
-
-int NativeText::encode(unsigned int codePage, wchar const* units, int size, char* bytes, int capacity) {
-  return encodeCodePage(codePage, units, size, bytes, capacity);
-}
 
 int NativeText::print(wchar* out, std::size_t capacity, wchar const* format, va_list arguments) {
   return widePrint(out, capacity, format, arguments);

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "kvbase/platform/internal/native_backends.h"
 #include "kvbase/platform/linux/text/code_page_converter.h"
-#include "kvbase/platform/linux/text/code_pages.h"
 #include "tests/support/random_text.h"
 #include "tests/support/threads.h"
 
@@ -17,6 +17,7 @@ namespace testing {
 namespace {
 
 using platform::CodePageConverter;
+using platform::NativeText;
 
 constexpr unsigned int kOneBytePages[] = {
     37,    437,   500,   720,   737,   775,   850,   852,   855,   857,   858,   860,   861,   862,   863,   864,
@@ -36,13 +37,13 @@ std::string encodedBy(CodePageConverter& converter, wstring const& units) {
 // Measured and converted.
 std::string encodedInPage(unsigned int page, wstring const& units) {
   int const size = static_cast<int>(units.size());
-  int const needed = platform::encodeCodePage(page, units.data(), size, nullptr, 0);
+  int const needed = NativeText().encode(page, units.data(), size, nullptr, 0);
   std::string bytes(static_cast<std::size_t>(needed), '#');
   if (needed == 0) return bytes;
-  EXPECT_EQ(platform::encodeCodePage(page, units.data(), size, &bytes[0], needed), needed);
+  EXPECT_EQ(NativeText().encode(page, units.data(), size, &bytes[0], needed), needed);
   if (needed > 1) {
     std::string less = bytes;
-    EXPECT_EQ(platform::encodeCodePage(page, units.data(), size, &less[0], needed - 1), 0) << "too little room";
+    EXPECT_EQ(NativeText().encode(page, units.data(), size, &less[0], needed - 1), 0) << "too little room";
   }
   return bytes;
 }
@@ -69,14 +70,14 @@ TEST(CodePageTables, EveryByteDecodesAsByTheConverter) {
     for (int number = 0; number <= 0xFF; ++number) {
       all += static_cast<char>(number);
       wchar unit = KVW('#');
-      ASSERT_EQ(platform::decodeCodePage(page, &all.back(), 1, &unit, 1), 1) << number;
+      ASSERT_EQ(NativeText().decode(page, &all.back(), 1, &unit, 1), 1) << number;
       ASSERT_EQ(unit, expected[static_cast<std::size_t>(number)]) << number;
     }
-    ASSERT_EQ(platform::decodeCodePage(page, all.data(), 256, nullptr, 0), 256);
+    ASSERT_EQ(NativeText().decode(page, all.data(), 256, nullptr, 0), 256);
     wstring together(256, KVW('#'));
-    ASSERT_EQ(platform::decodeCodePage(page, all.data(), 256, &together[0], 256), 256);
+    ASSERT_EQ(NativeText().decode(page, all.data(), 256, &together[0], 256), 256);
     EXPECT_EQ(together, expected);
-    EXPECT_EQ(platform::decodeCodePage(page, all.data(), 256, &together[0], 255), 0) << "too little room";
+    EXPECT_EQ(NativeText().decode(page, all.data(), 256, &together[0], 255), 0) << "too little room";
   }
 }
 
@@ -99,9 +100,9 @@ TEST(CodePageTables, UnitsEncodeAsByTheConverter) {
       char expected[4] = {};
       char bytes[4] = {};
       int const size = converter.encode(&unit, 1, expected, 4);
-      ASSERT_EQ(platform::encodeCodePage(page, &unit, 1, bytes, 4), size) << number;
+      ASSERT_EQ(NativeText().encode(page, &unit, 1, bytes, 4), size) << number;
       ASSERT_EQ(bytes[0], expected[0]) << number;
-      ASSERT_EQ(platform::encodeCodePage(page, &unit, 1, nullptr, 0), size) << number;
+      ASSERT_EQ(NativeText().encode(page, &unit, 1, nullptr, 0), size) << number;
     }
   }
 }
@@ -150,7 +151,7 @@ TEST(CodePageTables, LongTextsGoThereAndBack) {
     wstring units(bytes.size(), KVW('#'));
     wstring expected = units;
     int const size = static_cast<int>(bytes.size());
-    ASSERT_EQ(platform::decodeCodePage(page, bytes.data(), size, &units[0], size), size);
+    ASSERT_EQ(NativeText().decode(page, bytes.data(), size, &units[0], size), size);
     ASSERT_EQ(converter.decode(bytes.data(), size, &expected[0], size), size);
     EXPECT_TRUE(units == expected);
     EXPECT_TRUE(encodedInPage(page, units) == encodedBy(converter, units));

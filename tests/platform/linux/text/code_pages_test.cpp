@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "kvbase/platform/linux/text/code_pages.h"
-
+//
+// The code pages of the Linux backend, by their Windows numbers.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "kvbase/platform/internal/native_backends.h"
 #include "tests/platform/linux/environment_variable.h"
 
 namespace KV_1_1 {
 namespace testing {
 namespace {
+
+using platform::NativeText;
 
 // The variable is read once per process, so each row runs in a process of its own.
 TEST(AnsiCodePageDeathTest, ComesFromTheEnvironment) {
@@ -24,7 +27,7 @@ TEST(AnsiCodePageDeathTest, ComesFromTheEnvironment) {
                       {"none", 65001},  {"0", 65001},   {"70000", 65001}};
   for (Row const& row : rows) {
     EnvironmentVariable const variable("KVBASE_ANSI_CODEPAGE", row.value);
-    EXPECT_EXIT(std::exit(platform::currentAnsiCodePage() == row.page ? 0 : 1), ::testing::ExitedWithCode(0), "")
+    EXPECT_EXIT(std::exit(NativeText().ansiCodePage() == row.page ? 0 : 1), ::testing::ExitedWithCode(0), "")
         << (row.value == nullptr ? "unset" : row.value);
   }
 }
@@ -41,26 +44,26 @@ TEST(CodePages, AreKnownByTheirWindowsNumbers) {
         50220u, 50221u, 50222u, 50225u, 51932u, 51936u, 51949u, 52936u, 54936u, 65000u}) {
     SCOPED_TRACE(page);
     char bytes[16];
-    int const size = platform::encodeCodePage(page, KVW("A1"), 2, bytes, sizeof bytes);
+    int const size = NativeText().encode(page, KVW("A1"), 2, bytes, sizeof bytes);
     ASSERT_GT(size, 0);
     wchar units[8];
-    ASSERT_EQ(platform::decodeCodePage(page, bytes, size, units, 8), 2);
+    ASSERT_EQ(NativeText().decode(page, bytes, size, units, 8), 2);
     EXPECT_EQ(wstring(units, 2), KVW("A1"));
   }
 }
 
 TEST(CodePages, OtherUnicodeFormsAreNoCodePages) {
   for (unsigned int page : {1200u, 1201u, 1202u, 1208u, 12000u, 12001u}) {
-    EXPECT_EQ(platform::decodeCodePage(page, "ab", 2, nullptr, 0), 0) << page;
+    EXPECT_EQ(NativeText().decode(page, "ab", 2, nullptr, 0), 0) << page;
   }
 }
 
 TEST(CodePages, ReplacementIsAQuestionMarkOfThePage) {
   char bytes[4];
-  ASSERT_EQ(platform::encodeCodePage(37, KVW("\u3042"), 1, bytes, 4), 1);
+  ASSERT_EQ(NativeText().encode(37, KVW("\u3042"), 1, bytes, 4), 1);
   EXPECT_EQ(bytes[0], '\x6F') << "of the old mainframe's page";
   wchar const lone[] = {static_cast<wchar>(0xD800)};
-  ASSERT_EQ(platform::encodeCodePage(1252, lone, 1, bytes, 4), 1);
+  ASSERT_EQ(NativeText().encode(1252, lone, 1, bytes, 4), 1);
   EXPECT_EQ(bytes[0], '?');
 }
 
@@ -69,16 +72,16 @@ TEST(CodePages, MeasuringWritesNothingAndAgreesWithWriting) {
       "\x93\xFA\x96\x7B"
       "abc"
       "\x1A\x1C\x7F";
-  int const needed = platform::decodeCodePage(932, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0);
+  int const needed = NativeText().decode(932, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0);
   ASSERT_EQ(needed, 8);
   std::vector<wchar> units(8);
-  ASSERT_EQ(platform::decodeCodePage(932, bytes.data(), static_cast<int>(bytes.size()), units.data(), 8), 8);
+  ASSERT_EQ(NativeText().decode(932, bytes.data(), static_cast<int>(bytes.size()), units.data(), 8), 8);
   EXPECT_EQ(wstring(units.data(), 8), KVW("\u65E5\u672Cabc\x1A\x1C\x7F"));
   std::string back(10, '#');
-  EXPECT_EQ(platform::encodeCodePage(932, units.data(), 8, nullptr, 0), 10);
-  ASSERT_EQ(platform::encodeCodePage(932, units.data(), 8, &back[0], 10), 10);
+  EXPECT_EQ(NativeText().encode(932, units.data(), 8, nullptr, 0), 10);
+  ASSERT_EQ(NativeText().encode(932, units.data(), 8, &back[0], 10), 10);
   EXPECT_EQ(back, bytes);
-  EXPECT_EQ(platform::encodeCodePage(932, units.data(), 8, &back[0], 9), 0);
+  EXPECT_EQ(NativeText().encode(932, units.data(), 8, &back[0], 9), 0);
 }
 
 }  // namespace
