@@ -26,12 +26,6 @@ bool isInNames(wchar unit) {
   return (nameClassesOf(unit) & (kReserved | kWildcard)) == 0;
 }
 
-// A text up to its first NUL.
-TextView untilNul(String const& text) {
-  TextView const units = viewOf(text);
-  return units.substr(0, static_cast<std::size_t>(strings::kernels().findUnit(units.data(), 0, text.length())));
-}
-
 // Cuts a prefix, written with backslashes, if the text begins with it.
 bool cutPrefix(TextView& text, TextView prefix) {
   if (text.size() < prefix.size()) return false;
@@ -100,7 +94,7 @@ void reportBeyondRoot(String const& path) {
 }  // namespace
 
 SmartPtr<Directory> Directory::fromString(String const& text) {
-  return fromText(untilNul(text));
+  return fromText(upToNul(viewOf(text)));
 }
 
 SmartPtr<Directory> Directory::fromUTF8(char const* text) {
@@ -205,7 +199,7 @@ SmartPtr<File> File::named(SmartPtr<Directory const> directory, std::basic_strin
 }
 
 SmartPtr<File> File::fromString(String const& text) {
-  TextView const units = untilNul(text);
+  TextView const units = upToNul(viewOf(text));
   std::size_t begin = units.size();
   while (begin > 0 && !isSeparator(units[begin - 1]) && units[begin - 1] != KVW(':')) --begin;
 

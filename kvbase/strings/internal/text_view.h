@@ -32,7 +32,7 @@ inline TextView viewOf(wchar const* text) {
 
 // The part of a text before its first NUL.
 inline TextView upToNul(TextView text) {
-  return text.substr(0, static_cast<std::size_t>(strings::kernels().findUnit(text.data(), 0, lengthOf(text))));
+  return text.substr(0, static_cast<std::size_t>(strings::findUnitFromFront(text.data(), 0, lengthOf(text))));
 }
 
 // The text up to a NUL that can be read behind the view, not always the first one; nothing is read behind it. Unlike
