@@ -86,7 +86,10 @@ void addExists() {
                 }))
       .add("floor", [] {
         static fs::path const file = path();
-        return existsBare(file.c_str());
+        static u16string const folder = plain(file.parent_path().string() + "/");
+        static u16string const baseName = plain(file.stem().string());
+        static u16string const extension = plain(file.extension().string());
+        return existsBare({&folder, &baseName, &extension});
       });
 }
 

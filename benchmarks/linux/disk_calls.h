@@ -16,6 +16,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,7 +28,7 @@ namespace bench {
 
 // What the two searches of each folder cost bare, one for its files and one for the folders in it: the calls of the
 // system, and for each file the three blocks that a File takes.
-struct BareFile {
+struct FoundFile {
   std::vector<wchar> baseName, extension;
 };
 
@@ -45,12 +46,12 @@ inline void visitEntries(std::string const& folder, Visit visit) {
   close(directory);
 }
 
-inline void collectBare(std::string const& folder, std::vector<std::unique_ptr<BareFile>>& files) {
+inline void collectBare(std::string const& folder, std::vector<std::unique_ptr<FoundFile>>& files) {
   visitEntries(folder, [&](dirent64 const& entry) {
     if (entry.d_type == DT_DIR) return;
     char const* const end = entry.d_name + strlen(entry.d_name);
     char const* const dot = std::find(entry.d_name, end, '.');
-    files.emplace_back(new BareFile{{entry.d_name, dot}, {dot, end}});
+    files.emplace_back(new FoundFile{{entry.d_name, dot}, {dot, end}});
   });
   visitEntries(folder, [&](dirent64 const& entry) {
     bool const isDots = strcmp(entry.d_name, ".") == 0 || strcmp(entry.d_name, "..") == 0;
@@ -59,7 +60,7 @@ inline void collectBare(std::string const& folder, std::vector<std::unique_ptr<B
 }
 
 inline int collectedBare(std::string const& root) {
-  std::vector<std::unique_ptr<BareFile>> files;
+  std::vector<std::unique_ptr<FoundFile>> files;
   collectBare(root, files);
   return static_cast<int>(files.size());
 }
@@ -67,6 +68,20 @@ inline int collectedBare(std::string const& root) {
 inline bool existsBare(char const* path) {
   struct statx status;
   return statx(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, STATX_TYPE | STATX_MODE, &status) == 0;
+}
+
+// The same of a path in parts: its text is put together and mapped to that of the system, as each call of a File does.
+inline bool existsBare(std::initializer_list<u16string const*> parts) {
+  char path[256];
+  char* end = path;
+  for (u16string const* const part : parts) {
+    for (wchar const unit : *part) {
+      if (unit < ' ' || unit > '~') return false;
+      *end++ = unit == '\\' ? '/' : static_cast<char>(unit);
+    }
+  }
+  *end = '\0';
+  return existsBare(path);
 }
 
 inline std::vector<std::string> namesOf(std::string const& folder, unsigned char type) {

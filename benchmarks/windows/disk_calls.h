@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,26 +31,35 @@ void visitEntries(std::wstring const& folder, bool isFolder, Visit visit) {
 
 // What the two searches of each folder cost bare, one for its files and one for the folders in it: the calls of the
 // system, and for each file the three blocks that a File takes.
-struct BareFile {
+struct FoundFile {
   std::vector<wchar> baseName, extension;
 };
 
-inline void collectBare(std::wstring const& folder, std::vector<std::unique_ptr<BareFile>>& files) {
+inline void collectBare(std::wstring const& folder, std::vector<std::unique_ptr<FoundFile>>& files) {
   visitEntries(folder, false, [&](std::wstring const& name) {
     auto const dot = std::find(name.begin(), name.end(), L'.');
-    files.emplace_back(new BareFile{{name.begin(), dot}, {dot, name.end()}});
+    files.emplace_back(new FoundFile{{name.begin(), dot}, {dot, name.end()}});
   });
   visitEntries(folder, true, [&](std::wstring const& name) { collectBare(folder + name + L'\\', files); });
 }
 
 inline int collectedBare(std::string const& root) {
-  std::vector<std::unique_ptr<BareFile>> files;
+  std::vector<std::unique_ptr<FoundFile>> files;
   collectBare(std::wstring(root.begin(), root.end()) + L'\\', files);
   return static_cast<int>(files.size());
 }
 
 inline bool existsBare(wchar const* path) {
   return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+// The same of a path in parts: its text is put together, as each call of a File does.
+inline bool existsBare(std::initializer_list<u16string const*> parts) {
+  wchar path[256];
+  wchar* end = path;
+  for (u16string const* const part : parts) end = std::copy(part->begin(), part->end(), end);
+  *end = 0;
+  return existsBare(path);
 }
 
 // The calls of a copy and no more: what both folders are, its folders, its files; for each folder whether it is there already
