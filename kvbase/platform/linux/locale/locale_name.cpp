@@ -104,7 +104,10 @@ class LocaleName {
     for (auto const& entry : kScripts) {
       if (modifier.equals(entry.modifier)) script_ = {entry.script, 4};
     }
-    if (modifier.equals("valencia")) variant_ = {"VALENCIA", 8};
+    if (!modifier.equals("valencia")) return;
+    variant_ = {"VALENCIA", 8};
+    // Translations have the name "ca@valencia", but ICU knows the variant only together with its region.
+    if (region_.size == 0) region_ = {"ES", 2};
   }
 
   char const* next_ = nullptr;
