@@ -12,6 +12,7 @@
 
 #include "kvbase/platform/settings_api.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/files/file_support.h"
 #include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/allocation_failure.h"
 #include "tests/support/current_path.h"
@@ -243,10 +244,16 @@ TEST_F(LinuxSettingsApiTest, DescriptorZeroIsAKey) {
   }
 }
 
-TEST_F(LinuxSettingsApiTest, KeyOfAFolderWithoutRightToListIsOpened) {
+TEST_F(LinuxSettingsApiTest, RightsToListAndToReadAreThoseOfTheSystem) {
   writeValue("deu");
+  folder_.write(valuePath("secret"), "deu");
+  std::filesystem::permissions(folder_.path(valuePath("secret")), std::filesystem::perms::none);
   std::filesystem::permissions(folder_.path(kKey), std::filesystem::perms::owner_exec);
-  EXPECT_EQ(read(), "1:8:deu$");
+  inChild([&] {
+    dropRights();
+    EXPECT_EQ(read(), "1:8:deu$") << "a folder need not be listed to be a key";
+    EXPECT_EQ(read(KVW("secret")), "none");
+  });
 }
 
 TEST_F(LinuxSettingsApiTest, ConfigurationFolderIsThatOfTheUser) {
@@ -265,10 +272,11 @@ TEST_F(LinuxSettingsApiTest, ConfigurationFolderIsThatOfTheUser) {
 TEST_F(LinuxSettingsApiTest, FailedAllocationsLeaveNothingBehind) {
   std::string const text(5000, 'x');
   writeValue(text);
-  wstring const deep = KVW("Software\\VOLQ") + wstring(700, KVW('\\'));
+  wstring deep = KVW("Software\\VOLQ");
+  for (int i = 0; i < 300; ++i) deep += KVW("\\x");
   std::vector<wchar> data(text.size() + 1);
   std::size_t const descriptors = openDescriptors();
-  for (AllocationSweep sweep(2); sweep.next();) {
+  for (AllocationSweep sweep(3); sweep.next();) {
     platform::SettingsKey key = nullptr;
     sweep.run([&] {
       settings().openKey(settings().currentUser(), deep.c_str());
