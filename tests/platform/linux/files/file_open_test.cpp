@@ -107,18 +107,10 @@ TEST_F(LinuxOpenFiles, TheFirstDescriptorIsAFileToo) {
 
 TEST_F(LinuxOpenFiles, AnOpenFileIsNotInherited) {
   folder.write("file");
-  auto const inheritable = [] {
-    std::size_t n = 0;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-      int const flags = fcntl(descriptor, F_GETFD);
-      n += flags >= 0 && (flags & FD_CLOEXEC) == 0;
-    }
-    return n;
-  };
-  std::size_t const count = inheritable();
+  std::size_t const count = inheritedDescriptors();
   FileHandle const file = files().openFile(at(KVW("file")).c_str(), kAccessWrite, 0, kOpenExisting, 0);
   int const descriptor = files().openDescriptor(at(KVW("file")).c_str(), kDescriptorReadWrite, kDescriptorShareAll, 0);
-  EXPECT_EQ(inheritable(), count);
+  EXPECT_EQ(inheritedDescriptors(), count);
   EXPECT_TRUE(files().closeFile(file));
   EXPECT_EQ(files().closeDescriptor(descriptor), 0);
 }

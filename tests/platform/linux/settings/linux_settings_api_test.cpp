@@ -244,6 +244,14 @@ TEST_F(LinuxSettingsApiTest, DescriptorZeroIsAKey) {
   }
 }
 
+TEST_F(LinuxSettingsApiTest, OpenKeysAreNotInherited) {
+  std::size_t const count = inheritedDescriptors();
+  platform::SettingsKey const key = settings().openKey(settings().currentUser(), KVW("Software"));
+  EXPECT_NE(key, nullptr);
+  EXPECT_EQ(inheritedDescriptors(), count);
+  settings().closeKey(key);
+}
+
 TEST_F(LinuxSettingsApiTest, RightsToListAndToReadAreThoseOfTheSystem) {
   writeValue("deu");
   folder_.write(valuePath("secret"), "deu");
