@@ -35,10 +35,11 @@ TEST(LinuxErrorTexts, EveryCodeHasOneSentence) {
                            kModuleNotFound,    kPartialCopy,
                            kInvalidAddress,    kLibraryInitFailed};
   for (ulong32 const code : codes) {
-    wstring text;
+    wstring text = KVW("old text");
     ASSERT_TRUE(nativeErrors().errorText(code, text)) << code;
     std::string const bytes = narrow(text);
     ASSERT_GT(bytes.size(), 4u) << code;
+    EXPECT_EQ(bytes.find("old text"), std::string::npos) << code;
     EXPECT_EQ(bytes.substr(bytes.size() - 3), ".\r\n") << code;
     EXPECT_EQ(bytes.find('\n'), bytes.size() - 1) << code;
     for (char const c : bytes) EXPECT_GT(c, 0) << code << ": ASCII";
