@@ -100,7 +100,7 @@ class LocaleName {
     static constexpr struct {
       char const* modifier;
       char const* script;
-    } kScripts[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
+    } kScripts[] = {{"latin", "Latn"}, {"cyrillic", "Cyrl"}};
     for (auto const& entry : kScripts) {
       if (modifier.equals(entry.modifier)) script_ = {entry.script, 4};
     }
