@@ -5,11 +5,14 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "kvbase/platform/linux/locale/locale_name.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/files/file_support.h"
 #include "tests/platform/linux/open_descriptors.h"
+#include "tests/support/skip.h"
 #include "tests/support/temp_folder.h"
 
 namespace KV_1_1 {
@@ -58,6 +61,7 @@ EnvironmentRow const kEnvironments[] = {
     {"LanguageInLocaleCIsIgnored", "de", "C", nullptr, nullptr, "fr_FR", 1033, 1033},
     {"LanguageInLocalePosixIsIgnored", "de", nullptr, "POSIX", nullptr, "fr_FR", 1033, 1036},
     {"LanguageInLocaleCOfUtf8IsIgnored", "de", nullptr, nullptr, nullptr, "C.UTF-8", 1033, 1033},
+    {"LanguageIsIgnoredIfTheFirstThatIsNotEmptyIsC", "de", "", "", nullptr, "C", 1033, 1033},
     {"LanguageCountsIfOnlyTheTimeIsC", "de", nullptr, nullptr, "C", "fr_FR", 1031, 1033},
     {"LocaleCIsEnglish", nullptr, "C", nullptr, nullptr, "de_DE", 1033, 1033},
     {"EmptyIsNotSet", "", "", "", "", "de_DE", 1031, 1031},
@@ -90,6 +94,23 @@ TEST(SystemLanguage, IsThatOfTheFilesOrEnglish) {
     if (expected == platform::kNoLanguage) expected = 1033;
     EXPECT_EQ(platform::systemLanguageOfEnvironment(), expected);
   }
+}
+
+TEST(SystemLanguage, IsThatOfTheFirstFileThatNamesOne) {
+  bool const permitted = inChildIfPermitted([] {
+    if (!mountPrivately("/etc", "size=1m")) return false;
+    EnvironmentVariable const system("KVBASE_SYSTEM_LANG", nullptr);
+    EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1033);
+    std::filesystem::create_directory("/etc/default");
+    std::ofstream("/etc/default/locale") << "LANG=de_DE\n";
+    EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1031);
+    std::ofstream("/etc/locale.conf") << "LANG=fr_FR\n";
+    EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1036);
+    std::ofstream("/etc/locale.conf") << "LANG=tlh\n";
+    EXPECT_EQ(platform::systemLanguageOfEnvironment(), 1031);
+    return true;
+  });
+  KVBASE_SKIP_UNLESS(permitted, KVBASE_MOUNT_RIGHT);
 }
 
 TEST(SystemLanguage, DoesNotFollowTheUser) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include "kvbase/platform/linux/locale/language_table.h"
 #include "kvbase/platform/locale_api.h"
 #include "tests/platform/linux/environment_variable.h"
+#include "tests/platform/linux/files/file_support.h"
 #include "tests/platform/linux/open_descriptors.h"
 #include "tests/support/allocation_failure.h"
 #include "tests/support/narrow_text.h"
@@ -93,6 +95,8 @@ TEST_F(LinuxLocaleApiTest, LocalesAreThoseOfTheTableInAscendingOrder) {
   EXPECT_EQ(groups, std::vector<ulong32>{1});
   EXPECT_TRUE(locales().enumerateLocales(1, collect, &found));
   EXPECT_EQ(found, expected);
+  auto const stop = [](ulong32, void*) { return false; };
+  EXPECT_TRUE(locales().enumerateLocales(1, stop, nullptr)) << "to end it early is no failure";
   EXPECT_FALSE(locales().enumerateLocales(2, collect, &found));
   EXPECT_EQ(found, expected);
 }
@@ -114,6 +118,16 @@ TEST_F(LinuxLocaleApiTest, FailedAllocationsOfTheCommandLineLeaveTheArguments) {
     EXPECT_EQ(openDescriptors(), descriptors);
     EXPECT_EQ(arguments == std::vector<wstring>(1), sweep.failed());
   }
+}
+
+TEST_F(LinuxLocaleApiTest, WithoutTheFileOfTheCommandLineThereIsNone) {
+  inChild([] {
+    rlimit const none = {0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    std::vector<wstring> arguments = {KVW("unchanged")};
+    EXPECT_FALSE(locales().commandLine(arguments));
+    EXPECT_EQ(arguments, std::vector<wstring>{KVW("unchanged")});
+  });
 }
 
 // The arguments that a process started with `arguments` reads, as UTF-8, one in a line. The process is a copy of this

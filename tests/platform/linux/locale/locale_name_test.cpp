@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "kvbase/platform/linux/locale/language_table.h"
+#include "tests/support/threads.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -70,6 +71,7 @@ constexpr NameRow kNames[] = {
     {"ScriptWithoutOwnLanguage", "be_BY@latin", 0x0423},
     {"ValencianByModifier", "ca_ES@valencia", 0x0803},
     {"ValencianWithCharacterSet", "ca_ES.UTF-8@valencia", 0x0803},
+    {"CatalanWithOtherModifier", "ca_ES@euro", 0x0403},
     {"ValencianWithoutRegion", "ca@valencia", 0x0803},
     {"ValencianOfAnotherRegion", "ca_AD@valencia", 0x0403},
     {"ValenciaOfAnotherLanguage", "en@valencia", 0x0409},
@@ -94,6 +96,7 @@ constexpr NameRow kNames[] = {
     {"Digits", "12_34", 0},
     {"RegionOfOneLetter", "de_D", 0},
     {"RegionOfLetterAndDigit", "de_D3", 0},
+    {"RegionOfThreeLetters", "de_DEU", 0},
     {"EmptyRegion", "de_", 0},
     {"EmptyLanguage", "_DE", 0},
     {"EmptyRegionBehindScript", "zh_Hant_", 0},
@@ -116,6 +119,7 @@ TEST(LocaleNameLimit, OverlongNamesHaveNoLanguage) {
   EXPECT_EQ(languageOf("de_DE." + std::string(121, 'x')), 0x0407u);
   EXPECT_EQ(languageOf("de_DE." + std::string(122, 'x')), 0u);
   EXPECT_EQ(languageOf(std::string(1 << 20, 'd')), 0u);
+  EXPECT_EQ(languageOf(std::string(100, 'd') + "_DE"), 0u);
 }
 
 TEST(LocaleNameLimit, NamesEndAtTheirSizeWhateverIsBehind) {
@@ -141,6 +145,14 @@ TEST(LocaleNameLimit, ANameHasItsLanguageWhateverWasAskedForBefore) {
       EXPECT_EQ(languageOf(name.first), name.second) << name.first << " after " << before.first;
     }
   }
+}
+
+TEST(LocaleNameConcurrency, EachThreadGetsTheLanguageOfItsOwnName) {
+  std::pair<char const*, unsigned int> const names[kThreads] = {
+      {"de_DE", 0x0407}, {"fr_FR", 0x040C}, {"ja_JP", 0x0411}, {"de_AT", 0x0C07}};
+  onThreads([&names](int thread) {
+    for (int i = 0; i < 2000; ++i) EXPECT_EQ(languageOf(names[thread].first), names[thread].second);
+  });
 }
 
 TEST(LocaleNameLimit, AnyBytesLeadToNoneOrToALanguageOfTheTable) {
