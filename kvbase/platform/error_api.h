@@ -14,7 +14,8 @@ namespace platform {
 class ErrorApi {
  public:
   // The reason why the last call of another group that failed on this thread failed: a code of error_codes.h or any
-  // other code of the system. Calls that succeed leave it unchanged, unless their contract says otherwise.
+  // other code of the system. Calls that succeed leave it unchanged, unless their contract says otherwise. Calls for
+  // languages, settings and modules need not set it.
   virtual ulong32 lastError() = 0;
   // Sets the result of lastError on this thread. For backends and test fakes; of the library itself only the stack
   // walker sets it, to tell why it failed.
