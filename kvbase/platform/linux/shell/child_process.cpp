@@ -43,11 +43,12 @@ class SpawnSettings {
  private:
   // The output comes first: where the application has closed its standard streams, `output` may itself be 0 or 2.
   int setStreams(int output) {
-    int const error =
+    int error =
         output < 0 ? openNull(STDOUT_FILENO) : posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-    if (error != 0) return error;
-    int const inputError = openNull(STDIN_FILENO);
-    return inputError != 0 ? inputError : openNull(STDERR_FILENO);
+    if (error == 0) error = openNull(STDIN_FILENO);
+    if (error == 0) error = openNull(STDERR_FILENO);
+    if (error == 0) error = posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    return error;
   }
   int openNull(int stream) {
     return posix_spawn_file_actions_addopen(&actions_, stream, "/dev/null",

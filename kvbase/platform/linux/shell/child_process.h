@@ -13,7 +13,7 @@ namespace platform {
 // may not be executed. A file that is executable but none that the system can run counts as started.
 //
 // The tool gets a session of its own, no signal blocked or ignored, and /dev/null as its standard streams; its output
-// goes to the descriptor `output` instead if that is not negative.
+// goes to the descriptor `output` instead if that is not negative. It gets no other descriptor of this process.
 //
 // The tool is no child of this process, so it leaves no zombie however long it runs. The application sees one
 // short-lived child, setsid(1), which starts the tool and is waited for here: it causes one SIGCHLD, and a wait() of

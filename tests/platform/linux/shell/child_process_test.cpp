@@ -2,6 +2,7 @@
 #include "kvbase/platform/linux/shell/child_process.h"
 
 #include <errno.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <string>
 
+#include "kvbase/platform/linux/files/descriptor.h"
 #include "tests/platform/linux/shell/fake_desktop.h"
 #include "tests/platform/linux/shell/signal_action.h"
 #include "tests/support/current_path.h"
@@ -132,6 +134,16 @@ TEST_F(ChildProcess, AnswerIsNotAwaitedForEver) {
   EXPECT_EQ(desktop_.nextCall(), (Call{"tool", "x"}));
   desktop_.letGoOn();
   EXPECT_EQ(desktop_.nextCall(), Call{"end"});
+}
+
+// A browser may run for days: a socket or a lock of the application would stay taken.
+TEST_F(ChildProcess, ToolGetsNoDescriptorOfTheApplication) {
+  platform::Descriptor const opened(::open("/dev/null", O_RDONLY));
+  platform::Descriptor const kept(fcntl(opened.get(), F_DUPFD, 100));
+  ASSERT_TRUE(kept);
+  desktop_.install("tool", "[ -e /proc/self/fd/" + std::to_string(kept.get()) + " ] || echo none\n");
+  EXPECT_TRUE(platform::toolAnswers(command_, 10000));
+  EXPECT_EQ(platform::runTool(command_).output, "none\n");
 }
 
 // The library's descriptors may then have the numbers of the standard streams.
