@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include "kvbase/platform/debug_api.h"
@@ -45,8 +44,8 @@ std::string escaped(char const* text) {
   return result;
 }
 
-// zenity writes the button's text. Without a button it ends with 1 when its window is closed, and with another status
-// if it cannot show one.
+// zenity writes the button's text, and the library of its windows may write other lines. When its window is closed, it
+// ends with the status of the variable: by default 1, which is its status too if there is no such display.
 Outcome askByZenity(char const* message, char const* title, int& answer) {
   std::string const text = "--text=" + escaped(message);
   std::string const caption = std::string("--title=") + title;
@@ -61,13 +60,15 @@ Outcome askByZenity(char const* message, char const* title, int& answer) {
                                  "--extra-button=Retry",
                                  "--extra-button=Ignore",
                                  nullptr};
-  ToolResult const result = runTool(command);
+  constexpr int kClosed = 17;
+  ToolResult const result = runTool(command, "ZENITY_ESC=17");
+  std::string const lines = '\n' + result.output;
   for (Answer const& each : kAnswers) {
-    if (result.output.compare(0, strlen(each.word), each.word) != 0) continue;
+    if (lines.find('\n' + std::string(each.word) + '\n') == std::string::npos) continue;
     answer = each.value;
     return Outcome::kAnswered;
   }
-  return result.started && result.status == 1 ? Outcome::kNotAnswered : Outcome::kNotAsked;
+  return result.status == kClosed ? Outcome::kNotAnswered : Outcome::kNotAsked;
 }
 
 // The text in the mark-up that kdialog takes a text for that has something like it. kdialog reads escapes too.

@@ -8,6 +8,7 @@
 #include <spawn.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -125,36 +126,39 @@ int startTool(char const* const arguments[], int output) {
   return succeeds(child) ? 0 : EAGAIN;
 }
 
-ToolResult runTool(char const* const arguments[]) {
+// The output is a file, not a pipe: a pipe ends only when all those have closed it that the tool leaves running.
+ToolResult runTool(char const* const arguments[], char const* variable) {
   ToolResult result;
   NativePath path;
-  int ends[2];
-  if (findTool(arguments[0], path) != 0 || pipe2(ends, O_CLOEXEC) != 0) return result;
-  Descriptor const answer(ends[0]);
+  Descriptor const output(memfd_create("output", MFD_CLOEXEC));
+  if (!output || findTool(arguments[0], path) != 0) return result;
+  SpawnSettings const settings(output.get());
+  SmallBuffer<char*, 16> command;
+  for (std::size_t i = 0; i == 0 || arguments[i - 1] != nullptr; ++i) {
+    command.push(const_cast<char*>(arguments[i]));
+  }
+  SmallBuffer<char*, 128> environment;
+  for (char** each = environ; *each != nullptr; ++each) {
+    bool const isReplaced = variable != nullptr && strncmp(*each, variable, strcspn(variable, "=") + 1) == 0;
+    if (!isReplaced) environment.push(*each);
+  }
+  if (variable != nullptr) environment.push(const_cast<char*>(variable));
+  environment.push(nullptr);
   pid_t child;
-  {
-    Descriptor const output(ends[1]);
-    SpawnSettings const settings(output.get());
-    SmallBuffer<char*, 16> command;
-    for (std::size_t i = 0; i == 0 || arguments[i - 1] != nullptr; ++i) {
-      command.push(const_cast<char*>(arguments[i]));
-    }
-    result.started = settings.error() == 0 && posix_spawn(&child, path.data(), settings.actions(),
-                                                          settings.attributes(), command.data(), environ) == 0;
-    if (!result.started) return result;
-  }
-  constexpr std::size_t kMostOutput = 1024;
-  char bytes[256];
-  ssize_t count;
-  while ((count = read(answer.get(), bytes, sizeof bytes)) > 0 || (count < 0 && errno == EINTR)) {
-    if (count > 0 && result.output.size() < kMostOutput) result.output.append(bytes, static_cast<std::size_t>(count));
-  }
+  result.started = settings.error() == 0 && posix_spawn(&child, path.data(), settings.actions(), settings.attributes(),
+                                                        command.data(), environment.data()) == 0;
+  if (!result.started) return result;
   int status = 0;
   pid_t ended;
   do {
     ended = waitpid(child, &status, 0);
   } while (ended < 0 && errno == EINTR);
   if (ended == child && WIFEXITED(status)) result.status = WEXITSTATUS(status);
+  char bytes[4096];
+  off_t const size = lseek(output.get(), 0, SEEK_END);
+  off_t const begin = size > off_t{sizeof bytes} ? size - off_t{sizeof bytes} : 0;
+  ssize_t const count = pread(output.get(), bytes, sizeof bytes, begin);
+  if (count > 0) result.output.assign(bytes, static_cast<std::size_t>(count));
   return result;
 }
 

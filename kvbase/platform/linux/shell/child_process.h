@@ -24,12 +24,13 @@ int startTool(char const* const arguments[], int output = -1);
 struct ToolResult {
   bool started = false;
   int status = -1;     // its exit status; -1 if it was killed, or if nobody can tell (see startTool)
-  std::string output;  // the beginning of what it wrote
+  std::string output;  // the end of what it wrote
 };
 
 // Runs a tool, found and set up as by startTool, and waits until it ends, however long that takes: a dialog waits for the
-// user. The tool is a child of this process until then.
-ToolResult runTool(char const* const arguments[]);
+// user. The tool is a child of this process until then, and belongs to its session. `variable`, "NAME=value", is set in
+// its environment.
+ToolResult runTool(char const* const arguments[], char const* variable = nullptr);
 
 // Starts a tool and waits until it writes something or closes its output. True if it writes something in time.
 bool toolAnswers(char const* const arguments[], int milliseconds);

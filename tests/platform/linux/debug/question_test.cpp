@@ -98,12 +98,19 @@ TEST_F(LinuxQuestion, ZenityGetsTheTextsWithBackslashesEscaped) {
   Call const call = desktop_.nextCall();
   EXPECT_THAT(call, ::testing::Contains("--no-markup"));
   EXPECT_THAT(call, ::testing::Contains("--title=-scan.cpp:7"));
-  EXPECT_THAT(call,
-              ::testing::Contains("--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J"));
+  EXPECT_THAT(call, ::testing::Contains(
+                        "--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J"));
+}
+
+// The library of its windows may write there too.
+TEST_F(LinuxQuestion, AnswerOfZenityIsALineOfItsOutput) {
+  desktop_.install("zenity", "echo 'Abort of nothing'\necho Retry\necho 'at the end'\nexit 1\n");
+  EXPECT_EQ(ask(), kAnswerRetry);
 }
 
 TEST_F(LinuxQuestion, ClosedWindowIsNoAnswerAndEndsTheQuestion) {
-  desktop_.install("zenity", "exit 1\n");
+  EnvironmentVariable const status("ZENITY_ESC", "1");
+  desktop_.install("zenity", "exit \"$ZENITY_ESC\"\n");
   desktop_.install("kdialog", "exit 0\n");
   EXPECT_EQ(ask(), 0);
 }
@@ -120,14 +127,18 @@ TEST_F(LinuxQuestion, KdialogGetsNoMarkUpFromTheText) {
   EXPECT_EQ(ask(), kAnswerAbort);
   Call const call = desktop_.nextCall();
   ASSERT_FALSE(call.empty());
-  EXPECT_EQ(call.back(),
-            "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
+  EXPECT_EQ(
+      call.back(),
+      "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
 }
 
 TEST_F(LinuxQuestion, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
-  desktop_.install("zenity", "exit 255\n");
   desktop_.install("kdialog", "exit 1\n");
-  EXPECT_EQ(ask(), kAnswerRetry);
+  // 1 without the display, 255 for an option or a file that is missing.
+  for (char const* status : {"1", "255"}) {
+    desktop_.install("zenity", std::string("exit ") + status + '\n');
+    EXPECT_EQ(ask(), kAnswerRetry) << status;
+  }
 }
 
 TEST_F(LinuxQuestion, ToolThatCrashesLeavesTheQuestionToTheNext) {

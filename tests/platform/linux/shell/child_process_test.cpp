@@ -10,7 +10,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
+#include <future>
 #include <string>
 
 #include "kvbase/platform/linux/files/descriptor.h"
@@ -144,6 +146,27 @@ TEST_F(ChildProcess, ToolGetsNoDescriptorOfTheApplication) {
   desktop_.install("tool", "[ -e /proc/self/fd/" + std::to_string(kept.get()) + " ] || echo none\n");
   EXPECT_TRUE(platform::toolAnswers(command_, 10000));
   EXPECT_EQ(platform::runTool(command_).output, "none\n");
+}
+
+TEST_F(ChildProcess, ResultIsTheStatusAndTheEndOfTheOutput) {
+  EXPECT_FALSE(platform::runTool(command_).started);
+  desktop_.install("tool", "printf '%08192d\\nhere\\n' 1\necho 'not here' >&2\nexit 3\n");
+  platform::ToolResult const result = platform::runTool(command_);
+  EXPECT_TRUE(result.started);
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.output, ::testing::EndsWith("01\nhere\n"));
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(ChildProcess, ResultDoesNotWaitForWhatTheToolLeavesRunning) {
+  desktop_.install("tool", std::string("{\n") + kWait + kReportEnd + "} &\necho here\n");
+  auto run = std::async(std::launch::async, [this] { return platform::runTool(command_); });
+  EXPECT_EQ(run.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  desktop_.letGoOn();
+  EXPECT_EQ(desktop_.nextCall(), Call{"end"});
+  platform::ToolResult const result = run.get();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.output, "here\n");
 }
 
 // The library's descriptors may then have the numbers of the standard streams.
