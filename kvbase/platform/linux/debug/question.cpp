@@ -121,12 +121,16 @@ bool writeAll(int descriptor, std::string const& text) {
   return true;
 }
 
-// A terminal obeys control characters, which a text from elsewhere must not bring.
+// A terminal obeys control characters, which a text from elsewhere must not bring. U+0080 to U+009F are such too.
 std::string printable(char const* text) {
-  std::string result = text;
-  for (char& each : result) {
-    bool const isControl = (static_cast<unsigned char>(each) < 0x20 && each != '\n' && each != '\t') || each == 0x7F;
-    if (isControl) each = '?';
+  std::string result;
+  for (; *text != '\0'; ++text) {
+    auto const byte = static_cast<unsigned char>(text[0]);
+    auto const next = static_cast<unsigned char>(text[1]);
+    bool const isPair = byte == 0xC2 && next >= 0x80 && next < 0xA0;
+    bool const isControl = isPair || (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
+    result += isControl ? '?' : *text;
+    if (isPair) ++text;
   }
   return result;
 }
@@ -139,7 +143,8 @@ bool readLetter(int terminal, char& letter) {
     ssize_t const count = read(terminal, &byte, 1);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return false;
-    if (byte == '\n') return true;
+    // A terminal in raw mode ends a line with the latter.
+    if (byte == '\n' || byte == '\r') return true;
     if (letter == '\0' && byte != ' ') letter = byte;
   }
 }

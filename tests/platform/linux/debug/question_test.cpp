@@ -25,7 +25,7 @@ using platform::kAnswerAbort;
 using platform::kAnswerIgnore;
 using platform::kAnswerRetry;
 
-constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J");
+constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J\u009B3J");
 constexpr wchar const* kTitle = KVW("-scan.cpp:7");
 
 int ask() {
@@ -58,6 +58,14 @@ class Asker : public Terminal {
   }
   Asker(Asker const&) = delete;
   Asker& operator=(Asker const&) = delete;
+
+  // As an application does that draws on the whole terminal: a line then ends as the key sends it.
+  void setRaw() {
+    termios mode;
+    EXPECT_EQ(tcgetattr(terminal_.get(), &mode), 0);
+    cfmakeraw(&mode);
+    EXPECT_EQ(tcsetattr(terminal_.get(), TCSANOW, &mode), 0);
+  }
 
   // The answer that the process has got; negative if it was ended by a signal.
   int answer() {
@@ -99,7 +107,7 @@ TEST_F(LinuxQuestion, ZenityGetsTheTextsWithBackslashesEscaped) {
   EXPECT_THAT(call, ::testing::Contains("--no-markup"));
   EXPECT_THAT(call, ::testing::Contains("--title=-scan.cpp:7"));
   EXPECT_THAT(call, ::testing::Contains(
-                        "--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J"));
+                        "--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J\u009B3J"));
 }
 
 // The library of its windows may write there too.
@@ -129,7 +137,7 @@ TEST_F(LinuxQuestion, KdialogGetsNoMarkUpFromTheText) {
   ASSERT_FALSE(call.empty());
   EXPECT_EQ(
       call.back(),
-      "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J</qt>");
+      "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J\u009B3J</qt>");
 }
 
 TEST_F(LinuxQuestion, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
@@ -222,10 +230,18 @@ TEST_F(LinuxQuestion, TerminalTakesLettersOfEitherCase) {
 TEST_F(LinuxQuestion, TerminalGetsNoControlCharacters) {
   Asker asker(/*hasTerminal=*/true);
   std::string const text = asker.readUpTo(kQuestionPrompt);
-  EXPECT_THAT(text, ::testing::HasSubstr("?[2J"));
+  EXPECT_THAT(text, ::testing::HasSubstr("\u00E4?[2J?3J\r\n"));
   EXPECT_EQ(text.find('\x1B'), std::string::npos);
   asker.type("i\n");
   EXPECT_EQ(asker.answer(), kAnswerIgnore);
+}
+
+TEST_F(LinuxQuestion, TerminalMayBeInRawMode) {
+  Asker asker(/*hasTerminal=*/true);
+  asker.readUpTo(kQuestionPrompt);
+  asker.setRaw();
+  asker.type("r\r");
+  EXPECT_EQ(asker.answer(), kAnswerRetry);
 }
 
 TEST_F(LinuxQuestion, EndOfTheTerminalsInputIsNoAnswer) {
