@@ -15,6 +15,7 @@
 #include "tests/platform/linux/debug/terminal.h"
 #include "tests/platform/linux/environment_variable.h"
 #include "tests/platform/linux/shell/fake_desktop.h"
+#include "tests/platform/linux/shell/signal_action.h"
 
 namespace KV_1_1 {
 namespace testing {
@@ -25,7 +26,8 @@ using platform::kAnswerAbort;
 using platform::kAnswerIgnore;
 using platform::kAnswerRetry;
 
-constexpr wchar const* kMessage = KVW("Assertion <b>n > 0</b> & `\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J\u009B3J");
+constexpr wchar const* kMessage =
+    KVW("Assertion <b>n > 0</b> & `\\n` failed.\n\"50%\t$HOME\" \u00E4\u00A7\x1B[2J\u009B3J\x7F");
 constexpr wchar const* kTitle = KVW("-scan.cpp:7");
 
 int ask() {
@@ -58,6 +60,8 @@ class Asker : public Terminal {
   }
   Asker(Asker const&) = delete;
   Asker& operator=(Asker const&) = delete;
+
+  void signal(int number) { EXPECT_EQ(kill(process_, number), 0); }
 
   // As an application does that draws on the whole terminal: a line then ends as the key sends it.
   void setRaw() {
@@ -106,13 +110,14 @@ TEST_F(LinuxQuestion, ZenityGetsTheTextsWithBackslashesEscaped) {
   Call const call = desktop_.nextCall();
   EXPECT_THAT(call, ::testing::Contains("--no-markup"));
   EXPECT_THAT(call, ::testing::Contains("--title=-scan.cpp:7"));
-  EXPECT_THAT(call, ::testing::Contains(
-                        "--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50% $HOME\" \u00E4\x1B[2J\u009B3J"));
+  EXPECT_THAT(call,
+              ::testing::Contains(
+                  "--text=Assertion <b>n > 0</b> & `\\\\n` failed.\n\"50%\t$HOME\" \u00E4\u00A7\x1B[2J\u009B3J\x7F"));
 }
 
 // The library of its windows may write there too.
 TEST_F(LinuxQuestion, AnswerOfZenityIsALineOfItsOutput) {
-  desktop_.install("zenity", "echo 'Abort of nothing'\necho Retry\necho 'at the end'\nexit 1\n");
+  desktop_.install("zenity", "echo 'Abort of nothing'\necho 'No Abort'\necho Retry\necho 'at the end'\nexit 1\n");
   EXPECT_EQ(ask(), kAnswerRetry);
 }
 
@@ -135,9 +140,9 @@ TEST_F(LinuxQuestion, KdialogGetsNoMarkUpFromTheText) {
   EXPECT_EQ(ask(), kAnswerAbort);
   Call const call = desktop_.nextCall();
   ASSERT_FALSE(call.empty());
-  EXPECT_EQ(
-      call.back(),
-      "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50% $HOME\" \u00E4\x1B[2J\u009B3J</qt>");
+  EXPECT_EQ(call.back(),
+            "<qt>Assertion &lt;b&gt;n &gt; 0&lt;/b&gt; &amp; `&#92;n` failed.<br/>\"50%\t$HOME\" "
+            "\u00E4\u00A7\x1B[2J\u009B3J\x7F</qt>");
 }
 
 TEST_F(LinuxQuestion, ToolThatCannotShowAWindowLeavesTheQuestionToTheNext) {
@@ -153,6 +158,14 @@ TEST_F(LinuxQuestion, ToolThatCrashesLeavesTheQuestionToTheNext) {
   desktop_.install("zenity", "kill -SEGV $$\n");
   desktop_.install("kdialog", "exit 2\n");
   EXPECT_EQ(ask(), kAnswerIgnore);
+}
+
+TEST_F(LinuxQuestion, KdialogThatCrashesOrFailsIsNoAnswer) {
+  for (char const* end : {"kill -SEGV $$\n", "exit 3\n"}) {
+    desktop_.install("kdialog", end);
+    Asker asker(/*hasTerminal=*/false);
+    EXPECT_EQ(asker.answer(), 0) << end;
+  }
 }
 
 TEST_F(LinuxQuestion, ToolMayTakeItsTime) {
@@ -174,10 +187,12 @@ TEST_F(LinuxQuestion, HangingToolThatIsKilledIsNoAnswer) {
 }
 
 TEST_F(LinuxQuestion, NoDisplayStartsNoTool) {
-  EnvironmentVariable const display("DISPLAY", nullptr);
   desktop_.install("zenity", "echo Abort\n");
-  Asker asker(/*hasTerminal=*/false);
-  EXPECT_EQ(asker.answer(), 0);
+  for (char const* name : {static_cast<char const*>(nullptr), ""}) {
+    EnvironmentVariable const display("DISPLAY", name);
+    Asker asker(/*hasTerminal=*/false);
+    EXPECT_EQ(asker.answer(), 0);
+  }
 }
 
 TEST_F(LinuxQuestion, WaylandIsADisplayToo) {
@@ -230,10 +245,19 @@ TEST_F(LinuxQuestion, TerminalTakesLettersOfEitherCase) {
 TEST_F(LinuxQuestion, TerminalGetsNoControlCharacters) {
   Asker asker(/*hasTerminal=*/true);
   std::string const text = asker.readUpTo(kQuestionPrompt);
-  EXPECT_THAT(text, ::testing::HasSubstr("\u00E4?[2J?3J\r\n"));
+  EXPECT_THAT(text, ::testing::HasSubstr("50%\t$HOME\" \u00E4\u00A7?[2J?3J?\r\n"));
   EXPECT_EQ(text.find('\x1B'), std::string::npos);
   asker.type("i\n");
   EXPECT_EQ(asker.answer(), kAnswerIgnore);
+}
+
+TEST_F(LinuxQuestion, SignalsDoNotEndTheQuestion) {
+  SignalAction const action(SIGUSR1, [](int) {});
+  Asker asker(/*hasTerminal=*/true);
+  asker.readUpTo(kQuestionPrompt);
+  asker.signal(SIGUSR1);
+  asker.type("r\n");
+  EXPECT_EQ(asker.answer(), kAnswerRetry);
 }
 
 TEST_F(LinuxQuestion, TerminalMayBeInRawMode) {

@@ -73,6 +73,21 @@ TEST_F(ChildProcess, AnEmptyEntryOfThePathIsTheCurrentFolder) {
   EXPECT_TRUE(platform::toolAnswers(command_, 10000));
 }
 
+TEST_F(ChildProcess, WithoutAPathTheFoldersOfTheSystemAreSearched) {
+  EnvironmentVariable const path("PATH", nullptr);
+  char const* const command[] = {"true", nullptr};
+  EXPECT_EQ(platform::runTool(command).status, 0);
+}
+
+TEST_F(ChildProcess, VariableReplacesThatOfTheApplication) {
+  EnvironmentVariable const path("PATH", nullptr);
+  EnvironmentVariable const replaced("KVBASE_TEST", "old");
+  EnvironmentVariable const kept("KVBASE_TEST_2", "kept");
+  char const* const command[] = {"printenv", "KVBASE_TEST", "KVBASE_TEST_2", nullptr};
+  EXPECT_EQ(platform::runTool(command, "KVBASE_TEST=new").output, "new\nkept\n");
+  EXPECT_EQ(platform::runTool(command).output, "old\nkept\n");
+}
+
 TEST_F(ChildProcess, MaskStays) {
   desktop_.install("tool", kReport);
   sigset_t mask;
@@ -126,6 +141,14 @@ TEST_F(ChildProcess, AnswerIsWhatTheToolSays) {
   EXPECT_TRUE(platform::toolAnswers(command_, 10000));
   desktop_.install("tool", "echo 'not here' >&2\n");
   EXPECT_FALSE(platform::toolAnswers(command_, 10000));
+  desktop_.install("tool", "echo 'not here' >&2 && echo here\n");
+  EXPECT_TRUE(platform::toolAnswers(command_, 10000));
+}
+
+TEST_F(ChildProcess, SignalsDoNotCutTheWaitForAnAnswerShort) {
+  SignalAction const action(SIGUSR1, [](int) {});
+  desktop_.install("tool", "kill -USR1 " + std::to_string(getpid()) + "\necho here\n");
+  for (int i = 0; i < 10; ++i) EXPECT_TRUE(platform::toolAnswers(command_, 10000));
 }
 
 TEST_F(ChildProcess, AnswerIsNotAwaitedForEver) {
