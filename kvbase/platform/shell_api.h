@@ -25,7 +25,7 @@ class ShellApi {
   // Opens `file`, a path or an address such as "https://...", with its default program and does not wait for it. `verb`
   // (null: the default one), `directory` (null: the current one) and `show` are ignored on Linux. A result above 32 is
   // success; any other is the code of a failure, for example kFileNotFound, kPathNotFound, or 31 if there is no program
-  // for the file or no desktop.
+  // for the file or no desktop. On Linux success means that xdg-open has been started; what comes of that is not known.
   virtual std::intptr_t open(wchar const* verb, wchar const* file, wchar const* directory, int show) = 0;
 
   // The item of an absolute path, for showItem; null if there is none. Must be released with freeItemList.
