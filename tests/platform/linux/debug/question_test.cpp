@@ -262,10 +262,14 @@ TEST_F(LinuxQuestion, TerminalGetsNoControlCharacters) {
 }
 
 TEST_F(LinuxQuestion, SignalsDoNotEndTheQuestion) {
-  SignalAction const action(SIGUSR1, [](int) {});
+  SignalAction const action(SIGUSR1, [](int) {
+    platform::Descriptor const terminal(open("/dev/tty", O_WRONLY | O_CLOEXEC));
+    EXPECT_EQ(write(terminal.get(), "!", 1), 1);
+  });
   Asker asker(/*hasTerminal=*/true);
   asker.readUpTo(kQuestionPrompt);
   asker.signalWhileItReads(SIGUSR1);
+  asker.readUpTo("!");  // what was typed before would end the call in place of the signal
   asker.type("r\n");
   EXPECT_EQ(asker.answer(), kAnswerRetry);
 }
