@@ -75,6 +75,7 @@ inline bool existsBare(std::initializer_list<u16string const*> parts) {
   char path[256];
   char* end = path;
   for (u16string const* const part : parts) {
+    if (part->size() >= static_cast<std::size_t>(path + sizeof path - end)) return false;
     for (wchar const unit : *part) {
       if (unit < ' ' || unit > '~') return false;
       *end++ = unit == '\\' ? '/' : static_cast<char>(unit);

@@ -57,7 +57,10 @@ inline bool existsBare(wchar const* path) {
 inline bool existsBare(std::initializer_list<u16string const*> parts) {
   wchar path[256];
   wchar* end = path;
-  for (u16string const* const part : parts) end = std::copy(part->begin(), part->end(), end);
+  for (u16string const* const part : parts) {
+    if (part->size() >= static_cast<std::size_t>(std::end(path) - end)) return false;
+    end = std::copy(part->begin(), part->end(), end);
+  }
   *end = 0;
   return existsBare(path);
 }
