@@ -10,7 +10,6 @@
 #include "kvbase/filesystem/internal/path_names.h"
 #include "kvbase/filesystem/internal/report.h"
 #include "kvbase/internal_assert.h"
-#include "kvbase/kernels/text_kernels.h"
 #include "kvbase/strings/internal/character_class.h"
 #include "kvbase/strings/internal/text_builder.h"
 
